@@ -1,0 +1,110 @@
+#include "data/ado/ado_connection.h"
+
+#include <algorithm>
+
+#include "data/ado/dispatch.h"
+#include "data/ado/variant_value.h"
+#include "runtime/error.h"
+
+namespace rdv::ado {
+namespace {
+
+// Constants of the data access's type library.
+constexpr int32_t kCommandText = 1;            // adCmdText
+constexpr int32_t kVariableWideText = 202;     // adVarWChar
+constexpr int32_t kInputParameter = 1;         // adParamInput
+constexpr int32_t kOpenState = 1;              // adStateOpen
+constexpr int32_t kSmallestParameterSize = 1;  // a parameter of no size is refused
+
+int32_t ToNumber(const Variant& value) {
+  return ToLong(ToValue(value.Get()));
+}
+
+bool BeginsWithSelect(TextView statement) {
+  constexpr TextView kSelect = u"SELECT";
+  return EqualsIgnoringCase(Trim(statement).substr(0, kSelect.size()), kSelect);
+}
+
+void AppendParameter(const Object& command, const Object& parameters, const Argument& argument) {
+  const Variant name{TextView()};
+  const Variant type(kVariableWideText);
+  const Variant direction(kInputParameter);
+  const Variant size(argument
+                         ? std::max(kSmallestParameterSize, static_cast<int32_t>(argument->size()))
+                         : kSmallestParameterSize);
+  const Variant value = argument ? Variant(TextView(*argument)) : Variant::MakeNull();
+  const Variant parameter =
+      command.Call(L"CreateParameter", {&name, &type, &direction, &size, &value});
+  parameters.Call(L"Append", {&parameter});
+}
+
+RowTable ReadRows(const Object& recordset) {
+  RowTable table;
+  const Object fields(recordset.Get(L"Fields"));
+  const int32_t count = ToNumber(fields.Get(L"Count"));
+  std::vector<Object> columns;
+  for (int32_t i = 0; i < count; ++i) {
+    const Variant ordinal(i);
+    columns.emplace_back(fields.Get(L"Item", {&ordinal}));
+    table.columns.push_back(ToText(ToValue(columns.back().Get(L"Name").Get())));
+  }
+  while (!ToBoolean(ToValue(recordset.Get(L"EOF").Get()))) {
+    std::vector<Value>& row = table.rows.emplace_back();
+    for (const Object& column : columns) row.push_back(ToValue(column.Get(L"Value").Get()));
+    recordset.Call(L"MoveNext");
+  }
+  recordset.Call(L"Close");
+  return table;
+}
+
+class AdoConnection : public Connection {
+ public:
+  explicit AdoConnection(const Text& connection_string)
+      : connection_(Object::Create(L"ADODB.Connection")) {
+    connection_.Put(L"ConnectionString", Variant(TextView(connection_string)));
+    connection_.Call(L"Open");
+  }
+
+  ~AdoConnection() override {
+    try {
+      if (ToNumber(connection_.Get(L"State")) == kOpenState) connection_.Call(L"Close");
+    } catch (const RuntimeError&) {
+      // The connection goes away with its object.
+    }
+  }
+
+  CommandResult Execute(TextView statement, std::span<const Argument> arguments) override {
+    const Object command = Object::Create(L"ADODB.Command");
+    command.PutReference(L"ActiveConnection", connection_);
+    command.Put(L"CommandType", Variant(kCommandText));
+    command.Put(L"CommandText", Variant(statement));
+    const Object parameters(command.Get(L"Parameters"));
+    for (const Argument& argument : arguments) AppendParameter(command, parameters, argument);
+    Variant affected(int32_t{0});
+    const Variant affected_reference = Variant::ReferenceTo(affected);
+    const Object recordset(command.Call(L"Execute", {&affected_reference}));
+    CommandResult result;
+    if (BeginsWithSelect(statement)) {
+      result.rows = ReadRows(recordset);
+    } else {
+      result.rows_written = ToNumber(affected);
+    }
+    return result;
+  }
+
+ private:
+  Object connection_;
+};
+
+}  // namespace
+
+bool JetProviderIsRegistered() {
+  CLSID class_id;
+  return SUCCEEDED(CLSIDFromProgID(L"Microsoft.Jet.OLEDB.4.0", &class_id));
+}
+
+std::unique_ptr<Connection> OpenAdoConnection(const Text& connection_string) {
+  return std::make_unique<AdoConnection>(connection_string);
+}
+
+}  // namespace rdv::ado

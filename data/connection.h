@@ -1,0 +1,44 @@
+// The seam between the configuration database's named commands and what executes them: the
+// product's own engine (data/jet) or the platform's data access (data/ado).
+#pragma once
+
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "runtime/text.h"
+#include "runtime/value.h"
+
+namespace rdv {
+
+// A command argument: text, converted by the executing side to the type of the column that it
+// meets; nothing stands for Null.
+using Argument = std::optional<Text>;
+
+// The rows of a command, complete and independent of the connection that delivered them.
+struct RowTable {
+  std::vector<Text> columns;
+  std::vector<std::vector<Value>> rows;  // each as long as `columns`
+};
+
+struct CommandResult {
+  std::optional<RowTable> rows;  // for a statement that returns rows, even when there are none
+  int rows_written = 0;
+};
+
+// Not thread-safe. Destroying it closes the connection; after a write the data is then flushed to
+// disk, once.
+class Connection {
+ public:
+  Connection() = default;
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+  virtual ~Connection() = default;
+
+  // Runs one statement of the stored commands, its parameters bound by position to `arguments`.
+  // Raises RuntimeError with the number, description and source of the data access; a statement
+  // that raises has written nothing.
+  virtual CommandResult Execute(TextView statement, std::span<const Argument> arguments) = 0;
+};
+
+}  // namespace rdv

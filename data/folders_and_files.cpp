@@ -1,0 +1,111 @@
+#include "data/folders_and_files.h"
+
+#ifdef _WIN32
+#include <windows.h>
+// The shell's headers need the declarations before them.
+#include <shlobj.h>
+
+#include "data/ansi_text.h"
+#include "data/registry.h"
+#else
+#include <sys/stat.h>
+
+#include <cstdlib>
+
+#include "data/ini_file.h"
+#endif
+
+namespace rdv {
+namespace {
+
+Text SuiteFolderIn(const Text& common_app_data) {
+  using namespace ORVANTPlusFilesAndFolders;
+  Text folder = common_app_data;
+  for (const TextView name : {kCompanyFolder, kSuiteFolder}) {
+    folder += kPathSeparator;
+    folder += name;
+  }
+  return folder += kPathSeparator;
+}
+
+#ifdef _WIN32
+
+bool FolderExists(const Text& path) {
+  const DWORD attributes = GetFileAttributesW(reinterpret_cast<const wchar_t*>(path.c_str()));
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+// As the language turns any value into text: bytes are the text's own.
+Text AsText(const RegistryValue& value) {
+  if (const auto* text = std::get_if<Text>(&value)) return *text;
+  if (const auto* number = std::get_if<int32_t>(&value)) return Decimal(*number);
+  Text text;
+  if (const auto* bytes = std::get_if<Binary>(&value)) {
+    for (size_t i = 0; i + 1 < bytes->size(); i += 2)
+      text.push_back(static_cast<char16_t>((*bytes)[i] | ((*bytes)[i + 1] << 8)));
+  }
+  return text;
+}
+
+#else
+
+bool FolderExists(const Text& path) {
+  struct stat status;
+  return stat(ToUtf8(path).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+Text EnvironmentVariable(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? Text() : FromUtf8(value);
+}
+
+#endif
+
+}  // namespace
+
+#ifdef _WIN32
+
+Text GetSpecialFolder(int32_t folder) {
+  char path[MAX_PATH] = {};
+  Text result;
+  LPITEMIDLIST items = nullptr;
+  if (SHGetSpecialFolderLocation(nullptr, folder, &items) == S_OK &&
+      SHGetPathFromIDListA(items, path)) {
+    result = FromAnsi(path);
+  }
+  CoTaskMemFree(items);
+  return result;
+}
+
+Text GetCommonAppDataFolder() {
+  return AsText(ReadRegistryValue(
+      kLocalMachine, u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders",
+      u"Common AppData", Text()));
+}
+
+#else
+
+Text GetSpecialFolder(int32_t folder) {
+  return folder == kCommonAppDataFolder ? EnvironmentVariable("RDV_COMMON_APPDATA") : Text();
+}
+
+Text GetCommonAppDataFolder() {
+  Text file = EnvironmentVariable("RDV_SHELL_FOLDERS");
+  if (file.empty()) file = u"/etc/rdv/shell-folders.ini";
+  // A path is what the file system has: UTF-8 like all its names.
+  return FromUtf8(FindIniValue(file, u"Shell Folders", u"Common AppData").value_or(""));
+}
+
+#endif
+
+Text GetSuiteFolder() {
+  Text candidate = SuiteFolderIn(GetSpecialFolder(kCommonAppDataFolder));
+  if (FolderExists(candidate)) return candidate;
+  return SuiteFolderIn(GetCommonAppDataFolder());
+}
+
+Text GetDatabaseFolder() {
+  return GetSuiteFolder() + Text(ORVANTPlusFilesAndFolders::kDatabaseFolder) + Text(kPathSeparator);
+}
+
+}  // namespace rdv

@@ -1,0 +1,201 @@
+#include "data/jet/engine.h"
+
+#include <map>
+#include <optional>
+#include <unordered_map>
+
+#include "data/jet/catalog.h"
+#include "data/jet/creation.h"
+#include "data/jet/errors.h"
+#include "data/jet/pager.h"
+#include "data/jet/table_writer.h"
+#include "runtime/error.h"
+
+namespace rdv::jet {
+
+struct Engine::State : public TableSource {
+  State(const Text& path, const EngineOptions& options)
+      : pager(options.files ? *options.files : NativeFileSystem(), path, options.lock_wait,
+              options.cache_pages),
+        file(pager, pager.FileHeader()),
+        context{pager, file} {}
+
+  // Forgets what was derived from pages that may have changed since.
+  void Revalidate();
+
+  Catalog& OpenCatalog();
+  const TableDefinition& TableAt(uint32_t page) override;
+  void RequireWritable(const TableDefinition& table) const;
+
+  // Runs a change of rows; one that fails half done makes the scope unfit to be committed.
+  template <typename Change>
+  auto MakeChange(const TableDefinition& table, Change change) {
+    RequireWritable(table);
+    try {
+      return change();
+    } catch (...) {
+      broken = broken || writer->Changing();
+      throw;
+    }
+  }
+
+  // As MakeChange, for changes of definitions.
+  template <typename Change>
+  void MakeDefinition(Change change) {
+    if (!pager.Writing()) Raise(LanguageError::InvalidProcedureCall);
+    broken = true;  // until it is done
+    SchemaWriter schema(context, *allocator, *this, *writer);
+    change(schema);
+    broken = false;
+    Forget();
+  }
+  void Forget();
+
+  Pager pager;
+  FileReader file;
+  WriteContext context;
+  uint64_t generation = ~uint64_t{0};
+  std::optional<Catalog> catalog;
+  std::unordered_map<uint32_t, std::unique_ptr<TableDefinition>> tables;  // by page
+  std::map<Text, const TableDefinition*, std::less<>> tables_by_name;     // upper case
+  std::optional<PageAllocator> allocator;
+  std::optional<TableWriter> writer;
+  bool broken = false;
+  mutable EngineCounters counters;
+};
+
+void Engine::State::Revalidate() {
+  if (generation == pager.Generation()) return;
+  generation = pager.Generation();
+  Forget();
+}
+
+void Engine::State::Forget() {
+  catalog.reset();
+  tables_by_name.clear();
+  tables.clear();
+  allocator.emplace(context);
+  writer.emplace(context, *allocator, *this);
+}
+
+Catalog& Engine::State::OpenCatalog() {
+  if (!catalog) catalog.emplace(file);
+  return *catalog;
+}
+
+const TableDefinition& Engine::State::TableAt(uint32_t page) {
+  const auto known = tables.find(page);
+  if (known != tables.end()) return *known->second;
+  for (const CatalogObject& object : OpenCatalog().All()) {
+    if (!object.IsLocalTable() || static_cast<uint32_t>(object.id) != page) continue;
+    auto table = std::make_unique<TableDefinition>(OpenCatalog().Table(object));
+    return *tables.emplace(page, std::move(table)).first->second;
+  }
+  file.DamagedPage(page, u"is no table of the catalog");
+}
+
+// The engine's own tables change by their own rules; keys of texts are known for one order only.
+void Engine::State::RequireWritable(const TableDefinition& table) const {
+  if (!pager.Writing()) Raise(LanguageError::InvalidProcedureCall);
+  if (table.system)
+    RaiseReadOnly(pager.Path(), u"The table " + table.name + u" is the engine's own");
+}
+
+Engine::Engine(std::unique_ptr<State> state) : state_(std::move(state)) {}
+Engine::~Engine() = default;
+
+std::unique_ptr<Engine> Engine::Open(const Text& path, const EngineOptions& options) {
+  return std::unique_ptr<Engine>(new Engine(std::make_unique<State>(path, options)));
+}
+
+void Engine::Create(const Text& path, const EngineOptions& options) {
+  CreateDatabase(options.files ? *options.files : NativeFileSystem(), path, StampOfNow());
+}
+
+void Engine::Close() {
+  state_->pager.Close();
+}
+
+Engine::ReadScope::ReadScope(Engine& engine) : engine_(engine) {
+  engine_.state_->pager.BeginRead();
+  engine_.state_->Revalidate();
+}
+Engine::ReadScope::~ReadScope() {
+  engine_.state_->pager.EndRead();
+}
+bool Engine::ReadScope::StillValid() const {
+  return engine_.state_->pager.UnchangedSinceBegin();
+}
+
+Engine::WriteScope::WriteScope(Engine& engine) : engine_(engine) {
+  engine_.state_->pager.BeginWrite();
+  engine_.state_->broken = false;
+  engine_.state_->Revalidate();
+}
+Engine::WriteScope::~WriteScope() {
+  if (open_) engine_.state_->pager.Rollback();
+}
+void Engine::WriteScope::Commit() {
+  State& state = *engine_.state_;
+  if (!open_ || state.broken) Raise(LanguageError::InvalidProcedureCall);
+  open_ = false;
+  state.pager.Commit();
+}
+
+const TableDefinition& Engine::Table(TextView name) {
+  const Text key = UpperCase(name);
+  const auto known = state_->tables_by_name.find(key);
+  if (known != state_->tables_by_name.end()) return *known->second;
+  const std::optional<CatalogObject> object = state_->OpenCatalog().Find(kTablesContainer, name);
+  if (!object || !object->IsLocalTable()) RaiseCannotFindTable(name);
+  const uint32_t page = static_cast<uint32_t>(object->id);
+  if (!state_->tables.contains(page)) {
+    state_->tables.emplace(page,
+                           std::make_unique<TableDefinition>(state_->OpenCatalog().Table(*object)));
+  }
+  return *state_->tables_by_name.emplace(key, state_->tables.at(page).get()).first->second;
+}
+
+const TableDefinition& Engine::TableAt(uint32_t page) {
+  return state_->TableAt(page);
+}
+
+std::vector<Text> Engine::UserTableNames() {
+  std::vector<Text> names;
+  for (const CatalogObject& table : state_->OpenCatalog().UserTables()) names.push_back(table.name);
+  return names;
+}
+
+const FileReader& Engine::File() const {
+  return state_->file;
+}
+
+RowId Engine::Insert(const TableDefinition& table, std::span<const Assignment> values) {
+  return state_->MakeChange(table, [&] { return state_->writer->Insert(table, values); });
+}
+
+void Engine::Update(const TableDefinition& table, RowId row,
+                    std::span<const Assignment> assignments) {
+  state_->MakeChange(table, [&] { state_->writer->Update(table, row, assignments); });
+}
+
+void Engine::Delete(const TableDefinition& table, RowId row) {
+  state_->MakeChange(table, [&] { state_->writer->Delete(table, row); });
+}
+
+void Engine::CreateTable(const TableSpec& spec) {
+  state_->MakeDefinition([&](SchemaWriter& schema) { schema.CreateTable(spec); });
+}
+
+void Engine::CreateRelationship(const RelationshipSpec& spec) {
+  state_->MakeDefinition([&](SchemaWriter& schema) { schema.CreateRelationship(spec); });
+}
+
+const EngineCounters& Engine::Counters() const {
+  const PagerCounters& counters = state_->pager.Counters();
+  state_->counters = {counters.pages_read, counters.pages_written, counters.commits,
+                      counters.flushes};
+  return state_->counters;
+}
+
+}  // namespace rdv::jet

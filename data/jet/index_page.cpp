@@ -1,0 +1,129 @@
+#include "data/jet/index_page.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+#include "data/jet/data_page.h"
+
+namespace rdv::jet {
+namespace {
+
+// The order of entries: that of their bytes, a beginning before what goes on.
+int Compare(Bytes left, Bytes right) {
+  const size_t common = std::min(left.size(), right.size());
+  const int order = common == 0 ? 0 : std::memcmp(left.data(), right.data(), common);
+  if (order != 0) return order;
+  return left.size() < right.size() ? -1 : left.size() > right.size() ? 1 : 0;
+}
+
+// The lowest set bit above `bit`; the number of bits when there is none.
+size_t NextSetBit(Bytes bits, size_t bit) {
+  ++bit;
+  size_t byte = bit / 8;
+  if (byte >= bits.size()) return bits.size() * 8;
+  uint32_t rest = uint32_t{bits[byte]} >> (bit % 8) << (bit % 8);
+  while (rest == 0) {
+    if (++byte == bits.size()) return bits.size() * 8;
+    rest = bits[byte];
+  }
+  return byte * 8 + static_cast<size_t>(std::countr_zero(rest));
+}
+
+}  // namespace
+
+RowId LoadEntryRow(const uint8_t* from) {
+  return {.page = Load24BigEndian(from), .row = from[3]};
+}
+
+IndexPageView::IndexPageView(const FileReader& file, uint32_t table_page, uint32_t number)
+    : file_(&file), number_(number), page_(file.IndexPage(number, table_page)) {
+  const auto& layout = file.Layout().index;
+  mask_ = page_.subspan(layout.mask, layout.mask_size);
+  entries_ = page_.subspan(layout.entries);
+  child_size_ = IsLeaf() ? 0 : kEntryChildSize;
+  const auto first = EntryAt(0);
+  if (!first) return;
+  first_ = *first;
+  prefix_ = layout.prefix_size == 1 ? page_[layout.prefix] : Load16(&page_[layout.prefix]);
+  if (prefix_ > first_.end - child_size_) {
+    file.DamagedPage(number, u"shares more bytes between index entries than its first one has");
+  }
+}
+
+bool IndexPageView::IsLeaf() const {
+  return page_[0] == static_cast<uint8_t>(PageType::IndexLeaf);
+}
+uint32_t IndexPageView::Previous() const {
+  return Load32(&page_[file_->Layout().index.previous]);
+}
+uint32_t IndexPageView::Next() const {
+  return Load32(&page_[file_->Layout().index.next]);
+}
+uint32_t IndexPageView::Tail() const {
+  return IsLeaf() ? 0 : Load32(&page_[file_->Layout().index.tail]);
+}
+uint8_t IndexPageView::Level() const {
+  return page_[file_->Layout().index.level];
+}
+
+std::optional<EntryBounds> IndexPageView::EntryAt(size_t start) const {
+  const size_t end = NextSetBit(mask_, start);
+  if (end >= mask_.size() * 8) return std::nullopt;
+  const size_t restored = end - start + (start == 0 ? 0 : prefix_);
+  if (end > entries_.size() || end - start < child_size_ ||
+      restored <= kEntryRowSize + child_size_) {
+    file_->DamagedPage(number_, u"marks an index entry that cannot be");
+  }
+  return EntryBounds{start, end};
+}
+
+std::optional<EntryBounds> IndexPageView::LowerBound(Bytes key) const {
+  if (first_.end == 0) return std::nullopt;
+  if (Compare(WithoutChild(first_), key) >= 0) return first_;
+  // Since the first entry is below the key, what all entries begin with is below it too or begins
+  // it; then what they do not share decides.
+  if (prefix_ > key.size() || Compare(entries_.first(prefix_), key.first(prefix_)) != 0) {
+    return std::nullopt;
+  }
+  const Bytes rest = key.subspan(prefix_);
+  for (auto entry = EntryAt(first_.end); entry; entry = EntryAt(entry->end)) {
+    if (Compare(WithoutChild(*entry), rest) >= 0) return entry;
+  }
+  return std::nullopt;
+}
+
+void IndexPageView::Restore(EntryBounds entry, std::vector<uint8_t>& to) const {
+  to.clear();
+  if (entry.start != 0) to.insert(to.end(), entries_.data(), entries_.data() + prefix_);
+  to.insert(to.end(), entries_.data() + entry.start, entries_.data() + entry.end);
+}
+
+uint32_t IndexPageView::Child(EntryBounds entry) const {
+  return Load32BigEndian(&entries_[entry.end - kEntryChildSize]);
+}
+
+IndexPageContent ReadIndexPage(const FileReader& file, uint32_t table_page, uint32_t number) {
+  const IndexPageView view(file, table_page, number);
+  IndexPageContent content;
+  content.leaf = view.IsLeaf();
+  content.previous = view.Previous();
+  content.next = view.Next();
+  content.tail = view.Tail();
+  content.level = view.Level();
+  content.prefix = view.Prefix();
+  const size_t behind_key = kEntryRowSize + (content.leaf ? 0 : kEntryChildSize);
+  std::vector<uint8_t> bytes;
+  for (auto bounds = view.EntryAt(0); bounds; bounds = view.EntryAt(bounds->end)) {
+    view.Restore(*bounds, bytes);
+    const size_t key_size = bytes.size() - behind_key;
+    IndexEntry& entry = content.entries.emplace_back();
+    entry.row = LoadEntryRow(&bytes[key_size]);
+    if (!content.leaf) entry.child = Load32BigEndian(&bytes[key_size + kEntryRowSize]);
+    bytes.resize(key_size);
+    entry.key = bytes;
+  }
+  return content;
+}
+
+}  // namespace rdv::jet

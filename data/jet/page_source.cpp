@@ -1,0 +1,12 @@
+#include "data/jet/page_source.h"
+
+#include "data/jet/errors.h"
+
+namespace rdv::jet {
+
+Bytes BufferPageSource::Page(uint32_t number) {
+  if (number >= PageCount()) RaisePageOutsideFile(path_, number, PageCount());
+  return Bytes(bytes_).subspan(size_t{number} * page_size_, page_size_);
+}
+
+}  // namespace rdv::jet

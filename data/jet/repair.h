@@ -1,0 +1,23 @@
+// Mending what a check finds, as far as it can be mended without guessing.
+#pragma once
+
+#include <chrono>
+#include <vector>
+
+#include "data/jet/check.h"
+#include "data/jet/file.h"
+
+namespace rdv::jet {
+
+struct RepairReport {
+  std::vector<Finding> mended;
+  CheckReport remaining;  // of a check after the repair
+};
+
+// All repairs are one statement: they are in the file together or not at all. A file in which a
+// page has two owners is left alone, as either owner's rows may be the true ones; rows that cannot
+// be read stay where they are. Raises when the file cannot be written or read at all.
+RepairReport RepairDatabase(FileSystem& files, const Text& path,
+                            std::chrono::milliseconds lock_wait);
+
+}  // namespace rdv::jet

@@ -1,0 +1,89 @@
+// One row: reading its fields where they lie, and building a new one.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "data/jet/bytes.h"
+#include "data/jet/file_reader.h"
+#include "data/jet/schema.h"
+#include "runtime/value.h"
+
+namespace rdv::jet {
+
+// A view of a row's bytes, checked as a whole when it is made and cheap to point at the next row.
+// Lives as long as the page.
+class RowView {
+ public:
+  // `table` must outlive the view.
+  RowView(const FileReader& file, const TableDefinition& table);
+
+  // Raises the damaged file's error for a row whose parts do not fit into it.
+  void Reset(RowId id, Bytes row);
+
+  RowId Id() const { return id_; }
+  Bytes Content() const { return row_; }
+
+  // The field's bytes as stored; nothing for Null. A Boolean is never Null: its "bytes" are empty
+  // and there when it is true.
+  std::optional<Bytes> Field(const Column& column) const;
+  bool IsNull(const Column& column) const;
+
+  // Raise the damaged file's error for content that does not suit the type; long values are
+  // fetched from their pages.
+  Value Get(const Column& column) const;
+  // The field as ToText(Get(column)) gives it, without the detour; nothing for Null. GUIDs are
+  // written in braces, binary data as hexadecimal digits.
+  void AppendText(const Column& column, Text& to) const;
+
+ private:
+  [[noreturn]] void DamagedRow() const;
+  [[noreturn]] void DamagedField(const Column& column) const;
+  void ParseVariablePart();
+  size_t LoadOffset(size_t position) const;
+  size_t VariableOffset(size_t index) const;
+  bool Has(const Column& column) const;
+  const uint8_t* FixedField(const Column& column, size_t size) const;
+  int32_t FixedNumber(const Column& column) const;  // of an Integer or Long column
+  const uint8_t* Require(const Column& column, Bytes field) const;
+
+  const FileReader* file_;
+  const Format* format_;
+  size_t first_variable_;  // lowest number of a variable column: rows with fewer have no such part
+  RowId id_;
+  Bytes row_;
+  size_t column_count_ = 0;
+  size_t variable_count_ = 0;
+  size_t mask_ = 0;         // where the null mask starts
+  size_t offsets_end_ = 0;  // behind the offset of variable column 0, which comes last
+  size_t end_of_data_ = 0;  // of the variable columns
+  size_t jumps_ = 0;        // Jet 3: entries of the jump table ...
+  size_t jumps_end_ = 0;    // ... and where it ends
+};
+
+// A GUID's 16 bytes as "{XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}", and any bytes as hexadecimal
+// digits.
+void AppendGuid(const uint8_t* bytes, Text& to);
+void AppendBinary(Bytes bytes, Text& to);
+
+// What a column takes in the fixed area.
+size_t FixedSize(const Column& column);
+
+// A field's bytes as they go into a row (for a Boolean: there and empty when true).
+using FieldBytes = std::optional<std::vector<uint8_t>>;
+
+// Values of Jet 4 columns as stored. The value has the column's own type already, or is Null.
+// Raises "too small" for text and binary data longer than the column. Not for memo and OLE, whose
+// descriptors the writer of long values makes.
+FieldBytes EncodeField(const Column& column, const Value& value);
+
+// Text as Jet stores it: one byte per unit where it is allowed, possible and worth it.
+std::vector<uint8_t> EncodeText(TextView text, bool compressible);
+
+// A Jet 4 row; `fields` in the order of the table's columns. Raises when it is larger than a row
+// may be.
+std::vector<uint8_t> EncodeRow(const TableDefinition& table, std::span<const FieldBytes> fields);
+
+}  // namespace rdv::jet

@@ -1,0 +1,44 @@
+// What the names of a statement stand for: a column of its table, or a parameter.
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <variant>
+#include <vector>
+
+#include "data/connection.h"
+#include "data/jet/schema.h"
+#include "data/jet/sql/statement.h"
+
+namespace rdv::jet::sql {
+
+struct ColumnOperand {
+  const Column* column = nullptr;
+};
+struct ParameterOperand {
+  size_t number = 0;  // of the argument that is bound to it
+};
+using BoundOperand = std::variant<ColumnOperand, ParameterOperand, Literal>;
+
+// A name that is no column is a parameter; parameters are numbered in the order in which they are
+// met first, and one that is met again is the same. So a statement's names are to be resolved in
+// the order in which they stand there.
+class Names {
+ public:
+  // Null where no name is a column. `table` must outlive what is resolved.
+  explicit Names(const TableDefinition* table) : table_(table) {}
+
+  BoundOperand Resolve(const Name& name);
+  BoundOperand Resolve(const Operand& operand);
+
+  // Raises "No value given ..." when there are fewer arguments than parameters.
+  void RequireArguments(std::span<const Argument> arguments) const;
+
+ private:
+  const Column* FindColumn(const Name& name) const;
+
+  const TableDefinition* table_;
+  std::vector<Text> parameters_;
+};
+
+}  // namespace rdv::jet::sql

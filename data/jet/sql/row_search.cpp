@@ -1,0 +1,96 @@
+#include "data/jet/sql/row_search.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "data/jet/index_key.h"
+#include "data/jet/table_reader.h"
+
+namespace rdv::jet::sql {
+namespace {
+
+struct AccessPath {
+  const RealIndex* index = nullptr;
+  size_t bound_columns = 0;
+  Key key_prefix;
+};
+
+const Value* GivenValue(const Predicate& predicate, const Column& column) {
+  for (const Equality& equality : predicate.Equalities()) {
+    if (equality.column == &column) return equality.value;
+  }
+  return nullptr;
+}
+
+// The longest beginning of the index's columns that the condition gives values for and whose key is
+// known.
+AccessPath PathThrough(const FileReader& file, const TableDefinition& table, const RealIndex& index,
+                       const Predicate& predicate) {
+  std::vector<Value> values;
+  for (const IndexColumn& part : index.columns) {
+    const Value* value = GivenValue(predicate, table.columns[part.column]);
+    if (value == nullptr) break;
+    values.push_back(*value);
+  }
+  for (; !values.empty(); values.pop_back()) {
+    if (auto key = TryBuildKey(file, table, index, values))
+      return {&index, values.size(), std::move(*key)};
+  }
+  return {};
+}
+
+AccessPath ChoosePath(const FileReader& file, const TableDefinition& table,
+                      const Predicate& predicate) {
+  AccessPath best;
+  if (predicate.Equalities().empty()) return best;
+  for (const RealIndex& index : table.indexes) {
+    AccessPath path = PathThrough(file, table, index, predicate);
+    const bool better = path.bound_columns > best.bound_columns;
+    const bool as_good = path.index != nullptr && path.bound_columns == best.bound_columns;
+    if (better || (as_good && index.unique && !best.index->unique)) best = std::move(path);
+  }
+  return best;
+}
+
+void VisitThroughIndex(const FileReader& file, const TableDefinition& table, const AccessPath& path,
+                       const std::function<void(const RowView&)>& visit) {
+  IndexCursor cursor(file, table, *path.index);
+  std::vector<std::pair<RowId, uint32_t>> entries;  // with the page of the entry
+  for (cursor.Seek(path.key_prefix); cursor.Valid() && cursor.KeyStartsWith(path.key_prefix);
+       cursor.Next()) {
+    entries.emplace_back(cursor.Row(), cursor.PageNumber());
+  }
+  std::sort(entries.begin(), entries.end());
+  RowView row(file, table);
+  for (const auto& [id, index_page] : entries) {
+    if (!FetchRow(file, table, id, row))
+      file.DamagedPage(index_page, u"holds an index entry of a row that is not there");
+    visit(row);
+  }
+}
+
+}  // namespace
+
+void ForEachMatch(const FileReader& file, const TableDefinition& table, const Predicate& predicate,
+                  const std::function<void(const RowView&)>& visit) {
+  if (!predicate.CanMatch()) return;
+  const auto filter = [&](const RowView& row) {
+    if (predicate.Matches(row)) visit(row);
+  };
+  const AccessPath path = ChoosePath(file, table, predicate);
+  if (path.index != nullptr) {
+    VisitThroughIndex(file, table, path, filter);
+    return;
+  }
+  for (TableScan scan(file, table); scan.Next();) filter(scan.Row());
+}
+
+std::vector<RowId> FindMatches(const FileReader& file, const TableDefinition& table,
+                               const Predicate& predicate) {
+  std::vector<RowId> rows;
+  ForEachMatch(file, table, predicate, [&](const RowView& row) { rows.push_back(row.Id()); });
+  return rows;
+}
+
+}  // namespace rdv::jet::sql

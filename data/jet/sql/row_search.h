@@ -1,0 +1,24 @@
+// Finds the rows that a condition selects.
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "data/jet/file_reader.h"
+#include "data/jet/row_codec.h"
+#include "data/jet/schema.h"
+#include "data/jet/sql/predicate.h"
+
+namespace rdv::jet::sql {
+
+// Visits the matching rows in the order of storage: by page, then by slot. Uses the index whose
+// leading columns the condition gives values for, the one with the most of them; without any it
+// reads the whole table.
+void ForEachMatch(const FileReader& file, const TableDefinition& table, const Predicate& predicate,
+                  const std::function<void(const RowView&)>& visit);
+
+// The same rows, by their places.
+std::vector<RowId> FindMatches(const FileReader& file, const TableDefinition& table,
+                               const Predicate& predicate);
+
+}  // namespace rdv::jet::sql

@@ -1,0 +1,296 @@
+#include "data/jet/sql/statement_parser.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "data/jet/errors.h"
+#include "data/jet/sql/tokens.h"
+
+namespace rdv::jet::sql {
+namespace {
+
+constexpr TextView kUnknownStatement =
+    u"Invalid SQL statement; expected 'DELETE', 'INSERT', 'PROCEDURE', 'SELECT', or 'UPDATE'.";
+constexpr TextView kSelectError =
+    u"The SELECT statement includes a reserved word or an argument name that is misspelled or "
+    u"missing, or the punctuation is incorrect.";
+constexpr TextView kFromError = u"Syntax error in FROM clause.";
+constexpr TextView kWhereError = u"Syntax error in WHERE clause.";
+constexpr TextView kOrderError = u"Syntax error in ORDER BY clause.";
+constexpr TextView kUpdateError = u"Syntax error in UPDATE statement.";
+constexpr TextView kInsertError = u"Syntax error in INSERT INTO statement.";
+constexpr TextView kDeleteError = u"Syntax error in DELETE statement.";
+constexpr TextView kTrailingError = u"Characters found after end of SQL statement.";
+constexpr TextView kTooComplex = u"Query is too complex.";
+
+// Words that are no names unless they are quoted.
+constexpr TextView kReserved[] = {u"SELECT", u"FROM",   u"WHERE",  u"ORDER", u"BY",  u"ASC",
+                                  u"DESC",   u"UPDATE", u"SET",    u"INTO",  u"AND", u"OR",
+                                  u"INSERT", u"DELETE", u"VALUES", u"NOT",   u"IS",  u"NULL"};
+
+struct Operator {
+  TextView symbol;
+  Comparison comparison;
+};
+constexpr Operator kOperators[] = {
+    {u"=", Comparison::Equal},   {u"<>", Comparison::NotEqual},
+    {u"<", Comparison::Less},    {u"<=", Comparison::LessOrEqual},
+    {u">", Comparison::Greater}, {u">=", Comparison::GreaterOrEqual},
+};
+
+// Each clause sets the error that everything unexpected in it raises.
+class Parser {
+ public:
+  explicit Parser(TextView text) : tokens_(Tokenize(text)) {}
+
+  Statement Parse() {
+    Statement statement = ParseAny();
+    TakeSymbol(u";");
+    error_ = kTrailingError;
+    if (Current().kind != TokenKind::End) Fail();
+    return statement;
+  }
+
+ private:
+  Statement ParseAny() {
+    if (TakeWord(u"SELECT")) return ParseSelect();
+    if (TakeWord(u"UPDATE")) return ParseUpdate();
+    if (TakeWord(u"INSERT")) return ParseInsert();
+    if (TakeWord(u"DELETE")) return ParseDelete();
+    Fail();
+  }
+
+  Select ParseSelect() {
+    error_ = kSelectError;
+    Select select;
+    do {
+      select.items.push_back(ParseSelectItem());
+    } while (TakeSymbol(u","));
+    select.table = ParseFrom();
+    select.where = ParseWhere();
+    if (!TakeWord(u"ORDER")) return select;
+    error_ = kOrderError;
+    RequireWord(u"BY");
+    do {
+      OrderItem item{ParseName()};
+      item.descending = TakeWord(u"DESC");
+      if (!item.descending) TakeWord(u"ASC");
+      select.order.push_back(std::move(item));
+    } while (TakeSymbol(u","));
+    return select;
+  }
+
+  std::variant<AllColumns, Operand> ParseSelectItem() {
+    if (TakeSymbol(u"*")) return AllColumns{};
+    if (IsName() && IsSymbol(u".", 1) && IsSymbol(u"*", 2)) {
+      AllColumns all{TakeName()};
+      position_ += 2;
+      return all;
+    }
+    return ParseOperand();
+  }
+
+  Update ParseUpdate() {
+    error_ = kUpdateError;
+    Update update;
+    update.table = TakeName();
+    RequireWord(u"SET");
+    do {
+      Name target = ParseName();
+      RequireSymbol(u"=");
+      update.items.push_back({std::move(target), ParseOperand()});
+    } while (TakeSymbol(u","));
+    update.where = ParseWhere();
+    return update;
+  }
+
+  Insert ParseInsert() {
+    error_ = kInsertError;
+    Insert insert;
+    RequireWord(u"INTO");
+    insert.table = TakeName();
+    if (TakeSymbol(u"(")) {
+      do {
+        insert.columns.push_back(TakeName());
+      } while (TakeSymbol(u","));
+      RequireSymbol(u")");
+    }
+    RequireWord(u"VALUES");
+    RequireSymbol(u"(");
+    do {
+      insert.values.push_back(ParseOperand());
+    } while (TakeSymbol(u","));
+    RequireSymbol(u")");
+    return insert;
+  }
+
+  Delete ParseDelete() {
+    error_ = kDeleteError;
+    if (!TakeSymbol(u"*") && IsName()) {
+      TakeName();
+      RequireSymbol(u".");
+      RequireSymbol(u"*");
+    }
+    Delete statement;
+    statement.table = ParseFrom();
+    statement.where = ParseWhere();
+    return statement;
+  }
+
+  Text ParseFrom() {
+    RequireWord(u"FROM");
+    error_ = kFromError;
+    return TakeName();
+  }
+
+  std::optional<Condition> ParseWhere() {
+    if (!TakeWord(u"WHERE")) return std::nullopt;
+    error_ = kWhereError;
+    return ParseOr(0);
+  }
+
+  Condition ParseOr(int depth) {
+    return ParseChain(ConditionKind::Or, u"OR", [&] { return ParseAnd(depth); });
+  }
+  Condition ParseAnd(int depth) {
+    return ParseChain(ConditionKind::And, u"AND", [&] { return ParseNot(depth); });
+  }
+
+  template <typename ParsePart>
+  Condition ParseChain(ConditionKind kind, TextView word, ParsePart parse_part) {
+    Condition first = parse_part();
+    if (!IsWord(word)) return first;
+    Condition chain;
+    chain.kind = kind;
+    chain.parts.push_back(std::move(first));
+    while (TakeWord(word)) chain.parts.push_back(parse_part());
+    return chain;
+  }
+
+  Condition ParseNot(int depth) {
+    if (depth > kMaxConditionDepth) RaiseSyntaxError(kTooComplex);
+    if (TakeWord(u"NOT")) return Negated(ParseNot(depth + 1));
+    if (!TakeSymbol(u"(")) return ParseComparison();
+    Condition condition = ParseOr(depth + 1);
+    RequireSymbol(u")");
+    return condition;
+  }
+
+  Condition ParseComparison() {
+    Condition condition;
+    condition.left = ParseOperand();
+    if (TakeWord(u"IS")) {
+      condition.kind = ConditionKind::IsNull;
+      const bool negated = TakeWord(u"NOT");
+      RequireWord(u"NULL");
+      return negated ? Negated(std::move(condition)) : condition;
+    }
+    const auto found = std::find_if(std::begin(kOperators), std::end(kOperators),
+                                    [&](const Operator& entry) { return IsSymbol(entry.symbol); });
+    if (found == std::end(kOperators)) Fail();
+    ++position_;
+    condition.comparison = found->comparison;
+    condition.right = ParseOperand();
+    return condition;
+  }
+
+  static Condition Negated(Condition condition) {
+    Condition negation;
+    negation.kind = ConditionKind::Not;
+    negation.parts.push_back(std::move(condition));
+    return negation;
+  }
+
+  Operand ParseOperand() {
+    const Token& token = Current();
+    switch (token.kind) {
+      case TokenKind::Text:
+        return TakeLiteral(LiteralKind::Text);
+      case TokenKind::Number:
+        return TakeLiteral(LiteralKind::Number);
+      case TokenKind::Date:
+        return TakeLiteral(LiteralKind::Date);
+      case TokenKind::Symbol:
+        return ParseSignedNumber();
+      default:
+        break;
+    }
+    if (TakeWord(u"NULL")) return Literal{};
+    if (TakeWord(u"TRUE")) return Literal{LiteralKind::Boolean, u"-1"};
+    if (TakeWord(u"FALSE")) return Literal{LiteralKind::Boolean, u"0"};
+    return ParseName();
+  }
+
+  Literal ParseSignedNumber() {
+    const bool negative = TakeSymbol(u"-");
+    if (!negative) RequireSymbol(u"+");
+    if (Current().kind != TokenKind::Number) Fail();
+    Literal literal = TakeLiteral(LiteralKind::Number);
+    if (negative) literal.text.insert(0, u"-");
+    return literal;
+  }
+
+  Literal TakeLiteral(LiteralKind kind) { return {kind, tokens_[position_++].text}; }
+
+  Name ParseName() {
+    Name name{{}, TakeName()};
+    if (!TakeSymbol(u".")) return name;
+    name.table = std::exchange(name.column, TakeName());
+    return name;
+  }
+
+  bool IsName() const {
+    const Token& token = Current();
+    if (token.kind == TokenKind::Quoted) return true;
+    return token.kind == TokenKind::Word &&
+           std::none_of(std::begin(kReserved), std::end(kReserved),
+                        [&](TextView word) { return EqualsIgnoringCase(token.text, word); });
+  }
+  Text TakeName() {
+    if (!IsName()) Fail();
+    return tokens_[position_++].text;
+  }
+
+  const Token& Current() const { return tokens_[position_]; }
+
+  bool IsWord(TextView word) const {
+    return Current().kind == TokenKind::Word && EqualsIgnoringCase(Current().text, word);
+  }
+  bool TakeWord(TextView word) {
+    if (!IsWord(word)) return false;
+    ++position_;
+    return true;
+  }
+  void RequireWord(TextView word) {
+    if (!TakeWord(word)) Fail();
+  }
+
+  bool IsSymbol(TextView symbol, size_t ahead = 0) const {
+    const size_t position = std::min(position_ + ahead, tokens_.size() - 1);
+    return tokens_[position].kind == TokenKind::Symbol && tokens_[position].text == symbol;
+  }
+  bool TakeSymbol(TextView symbol) {
+    if (!IsSymbol(symbol)) return false;
+    ++position_;
+    return true;
+  }
+  void RequireSymbol(TextView symbol) {
+    if (!TakeSymbol(symbol)) Fail();
+  }
+
+  [[noreturn]] void Fail() const { RaiseSyntaxError(error_); }
+
+  std::vector<Token> tokens_;
+  size_t position_ = 0;
+  TextView error_ = kUnknownStatement;
+};
+
+}  // namespace
+
+Statement ParseStatement(TextView text) {
+  if (text.size() > kMaxStatementLength) RaiseSyntaxError(kTooComplex);
+  return Parser(text).Parse();
+}
+
+}  // namespace rdv::jet::sql

@@ -1,0 +1,28 @@
+// Reads the part of SQL that the configuration database is used with:
+//
+//   SELECT items FROM table [WHERE condition] [ORDER BY name [ASC | DESC], ...]
+//   UPDATE table SET name = operand, ... [WHERE condition]
+//   INSERT INTO table [(name, ...)] VALUES (operand, ...)
+//   DELETE [* | table.*] FROM table [WHERE condition]
+//
+//   item       *, table.*, an operand
+//   condition  operand =, <>, <, <=, >, >= operand; operand IS [NOT] NULL; NOT, AND, OR, ( )
+//   operand    a name, table.name, a number, 'text', "text", #date#, TRUE, FALSE, NULL
+//
+// Keywords are known in either case; a name that is a keyword, or holds other characters than
+// letters, digits and "_", is written in backquotes or brackets. A ";" may end a statement.
+#pragma once
+
+#include "data/jet/sql/statement.h"
+#include "runtime/text.h"
+
+namespace rdv::jet::sql {
+
+// In UTF-16 units and in levels of parentheses; what goes beyond is "too complex".
+inline constexpr size_t kMaxStatementLength = 64000;
+inline constexpr int kMaxConditionDepth = 50;
+
+// Raises the syntax errors of the engine.
+Statement ParseStatement(TextView text);
+
+}  // namespace rdv::jet::sql
