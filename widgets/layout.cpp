@@ -1,0 +1,54 @@
+#include "widgets/layout.h"
+
+#include <algorithm>
+
+namespace rdv {
+namespace {
+
+constexpr Twips kMargin = 120;
+constexpr Twips kFrameTop = 240;  // room for a frame's caption
+// The eleven columns take 13000; a vertical scroll bar fits beside them.
+constexpr Twips kGridWidth = 13320;
+constexpr Twips kGridHeight = 3330;
+constexpr Twips kButtonWidth = 1215;
+constexpr Twips kButtonHeight = 375;
+constexpr Twips kDefaultsFrameHeight = 735;
+constexpr Twips kUnitTypeWidth = 3000;  // that of its dropped-down list
+constexpr Twips kUnitTypeHeight = 315;
+constexpr Twips kRestoreWidth = 1575;
+
+}  // namespace
+
+Size DesignSize() {
+  return {kGridWidth + 4 * kMargin,
+          kGridHeight + kFrameTop + kDefaultsFrameHeight + kButtonHeight + 5 * kMargin};
+}
+
+FormLayout LayOut(Size size) {
+  const Size design = DesignSize();
+  const Twips width = std::max(size.width, design.width);
+  const Twips height = std::max(size.height, design.height);
+
+  FormLayout layout;
+  const Twips button_top = height - kMargin - kButtonHeight;
+  const auto button = [&](int from_right) {
+    return Rectangle{width - from_right * (kButtonWidth + kMargin), button_top, kButtonWidth,
+                     kButtonHeight};
+  };
+  layout.cmdOK = button(3);
+  layout.cmdCancel = button(2);
+  layout.cmdApply = button(1);
+
+  const Twips defaults_top = button_top - kMargin - kDefaultsFrameHeight;
+  layout.fraDefault = {kMargin, defaults_top, width - 2 * kMargin, kDefaultsFrameHeight};
+  layout.cmbRDVType = {kMargin, kFrameTop + 45, kUnitTypeWidth, kUnitTypeHeight};
+  layout.cmdShowDefaults = {2 * kMargin + kUnitTypeWidth, kFrameTop + 15, kRestoreWidth,
+                            kButtonHeight};
+
+  layout.fraConfiguration = {kMargin, kMargin, width - 2 * kMargin, defaults_top - 2 * kMargin};
+  layout.grid = {kMargin, kFrameTop, layout.fraConfiguration.width - 2 * kMargin,
+                 layout.fraConfiguration.height - kFrameTop - kMargin};
+  return layout;
+}
+
+}  // namespace rdv

@@ -1,0 +1,47 @@
+// Where the widgets of the form lie at a given size of the control. All in twips.
+#pragma once
+
+#include "widgets/widget.h"
+
+namespace rdv {
+
+struct Rectangle {
+  Twips left = 0;
+  Twips top = 0;
+  Twips width = 0;
+  Twips height = 0;
+};
+
+struct Size {
+  Twips width = 0;
+  Twips height = 0;
+};
+
+// Shows all eleven visible columns and ten rows.
+Size DesignSize();
+
+// Frames and grid grow with the control; the buttons keep their size and stay at the right edge
+// below the frames. Smaller than the design size, the layout keeps the positions of the design
+// size and is cut off. Editors are placed over cells by the control; only their height is fixed.
+// The grid's rectangle and the editors share one coordinate system, that of fraConfiguration's
+// content; the widgets of fraDefault are likewise relative to it.
+struct FormLayout {
+  Rectangle fraConfiguration;
+  Rectangle grid;  // within fraConfiguration
+  Rectangle fraDefault;
+  Rectangle cmbRDVType;       // within fraDefault
+  Rectangle cmdShowDefaults;  // within fraDefault
+  Rectangle cmdOK;
+  Rectangle cmdCancel;
+  Rectangle cmdApply;
+};
+
+FormLayout LayOut(Size size);
+
+inline constexpr Twips kEditorHeight = 315;
+// Of the grid at 96 dots per inch with the default font: where there are no windows to ask.
+inline constexpr Twips kGridHeaderHeight = 360;
+inline constexpr Twips kGridRowHeight = 255;
+inline constexpr Twips kTwipsPerPixel = 15;  // at 96 dots per inch
+
+}  // namespace rdv

@@ -1,0 +1,22 @@
+#include "widgets/memory/memory_screen.h"
+
+namespace rdv::memory {
+namespace {
+
+constexpr int kButtonsMask = 0x0F;
+constexpr int kOnlyOk = 0;
+
+}  // namespace
+
+MessageAnswer MemoryScreen::ShowMessage(TextView text, int style, std::optional<TextView> title) {
+  MessageAnswer answer =
+      (style & kButtonsMask) == kOnlyOk ? MessageAnswer::Ok : MessageAnswer::Cancel;
+  if (!answers_.empty()) {
+    answer = answers_.front();
+    answers_.pop_front();
+  }
+  messages_.push_back({Text(text), std::optional<Text>(title), style, answer});
+  return answer;
+}
+
+}  // namespace rdv::memory

@@ -1,0 +1,183 @@
+#include "widgets/win32/combo_box_window.h"
+
+#include "runtime/error.h"
+#include "widgets/win32/wide.h"
+
+namespace rdv::win32 {
+namespace {
+
+constexpr int kDroppedRows = 10;
+// Around the text of a closed combo box: border and padding, above and below.
+constexpr int kClosedPadding = 6;
+
+}  // namespace
+
+ComboBoxWindow::ComboBoxWindow(HWND parent, int id, TextEntry entry) : entry_(entry) {
+  const DWORD kind = entry == TextEntry::Typed ? CBS_DROPDOWN | CBS_AUTOHSCROLL : CBS_DROPDOWNLIST;
+  Create(parent, {.window_class = L"COMBOBOX", .style = WS_TABSTOP | WS_VSCROLL | kind, .id = id});
+}
+
+bool ComboBoxWindow::DroppedDown() const {
+  return SendMessageW(Handle(), CB_GETDROPPEDSTATE, 0, 0) != 0;
+}
+
+void ComboBoxWindow::SetVisible(bool visible) {
+  if (!visible && DroppedDown()) SendMessageW(Handle(), CB_SHOWDROPDOWN, FALSE, 0);
+  EditorWindow::SetVisible(visible);
+}
+
+rdv::Text ComboBoxWindow::Text() const {
+  if (list_index_ >= 0) return List(list_index_);
+  return entry_ == TextEntry::Typed ? WindowText(Handle()) : rdv::Text();
+}
+
+void ComboBoxWindow::SetText(TextView text) {
+  if (entry_ == TextEntry::FromListOnly) {
+    for (int index = 0; index < ListCount(); ++index) {
+      if (List(index) == text) return SetListIndex(index);
+    }
+    return;
+  }
+  const bool changes = text != Text();
+  known_text_ = text;
+  list_index_ = -1;
+  setting_ = true;
+  SendMessageW(Handle(), CB_SETCURSEL, static_cast<WPARAM>(-1), 0);
+  SetWindowTextW(Handle(), Wide(known_text_));
+  setting_ = false;
+  SetCaret(0);
+  if (changes && on_change) on_change();
+}
+
+size_t ComboBoxWindow::Caret() const {
+  if (entry_ == TextEntry::FromListOnly) return 0;
+  DWORD start = 0;
+  SendMessageW(Handle(), CB_GETEDITSEL, reinterpret_cast<WPARAM>(&start), 0);
+  return start;
+}
+
+void ComboBoxWindow::SetCaret(size_t position) {
+  const auto at = static_cast<WORD>(position);
+  SendMessageW(Handle(), CB_SETEDITSEL, 0, MAKELPARAM(at, at));
+}
+
+void ComboBoxWindow::Clear() {
+  list_index_ = -1;
+  known_text_.clear();
+  setting_ = true;
+  SendMessageW(Handle(), CB_RESETCONTENT, 0, 0);
+  if (entry_ == TextEntry::Typed) SetWindowTextW(Handle(), L"");
+  setting_ = false;
+}
+
+void ComboBoxWindow::AddItem(TextView caption, int32_t item_data) {
+  const rdv::Text text(caption);
+  const LRESULT index =
+      SendMessageW(Handle(), CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text.c_str()));
+  SendMessageW(Handle(), CB_SETITEMDATA, static_cast<WPARAM>(index), item_data);
+}
+
+int ComboBoxWindow::ListCount() const {
+  return static_cast<int>(SendMessageW(Handle(), CB_GETCOUNT, 0, 0));
+}
+
+rdv::Text ComboBoxWindow::List(int index) const {
+  CheckIndex(index);
+  const LRESULT length = SendMessageW(Handle(), CB_GETLBTEXTLEN, static_cast<WPARAM>(index), 0);
+  rdv::Text text(static_cast<size_t>(length) + 1, u'\0');
+  SendMessageW(Handle(), CB_GETLBTEXT, static_cast<WPARAM>(index),
+               reinterpret_cast<LPARAM>(text.data()));
+  text.resize(static_cast<size_t>(length));
+  return text;
+}
+
+int32_t ComboBoxWindow::ItemData(int index) const {
+  CheckIndex(index);
+  return static_cast<int32_t>(
+      SendMessageW(Handle(), CB_GETITEMDATA, static_cast<WPARAM>(index), 0));
+}
+
+void ComboBoxWindow::SetListIndex(int index) {
+  if (index < -1 || index >= ListCount()) Raise(LanguageError::InvalidPropertyValue);
+  if (index == list_index_) return;
+  list_index_ = index;
+  setting_ = true;
+  SendMessageW(Handle(), CB_SETCURSEL, static_cast<WPARAM>(index), 0);
+  setting_ = false;
+  known_text_ = Text();
+  if (on_click) on_click();
+}
+
+void ComboBoxWindow::SetDropDownWidth(int pixels) {
+  SendMessageW(Handle(), CB_SETDROPPEDWIDTH, static_cast<WPARAM>(pixels), 0);
+}
+
+void ComboBoxWindow::OnCommand(WORD code) {
+  switch (code) {
+    case CBN_DROPDOWN:
+      dropped_ = true;
+      break;
+    case CBN_SELENDOK:
+      OnPicked();
+      break;
+    case CBN_SELCHANGE:
+      // Moving through the open list is no pick yet; in a closed list the arrow keys pick.
+      if (!dropped_ && PlatformIndex() != list_index_) OnPicked();
+      break;
+    case CBN_CLOSEUP:
+      dropped_ = false;
+      break;
+    case CBN_SELENDCANCEL:
+      if (list_index_ >= 0 || entry_ == TextEntry::FromListOnly) {
+        SendMessageW(Handle(), CB_SETCURSEL, static_cast<WPARAM>(list_index_), 0);
+      }
+      break;
+    case CBN_EDITCHANGE:
+      if (!setting_) OnTyped();
+      break;
+    default:
+      break;
+  }
+}
+
+void ComboBoxWindow::PlaceAt(const RECT& place) {
+  const int closed_height = place.bottom - place.top;
+  SendMessageW(Handle(), CB_SETITEMHEIGHT, static_cast<WPARAM>(-1), closed_height - kClosedPadding);
+  const auto row_height = static_cast<int>(SendMessageW(Handle(), CB_GETITEMHEIGHT, 0, 0));
+  // A combo box is as high as its text part; the height given is that with the list open.
+  RECT opened = place;
+  opened.bottom += kDroppedRows * row_height + 2;
+  MoveTo(Handle(), opened);
+}
+
+void ComboBoxWindow::CheckIndex(int index) const {
+  if (index < 0 || index >= ListCount()) Raise(LanguageError::InvalidPropertyArrayIndex);
+}
+
+int ComboBoxWindow::PlatformIndex() const {
+  return static_cast<int>(SendMessageW(Handle(), CB_GETCURSEL, 0, 0));
+}
+
+void ComboBoxWindow::OnPicked() {
+  const int index = PlatformIndex();
+  if (index < 0) return;
+  list_index_ = index;
+  known_text_ = Text();
+  if (on_click) on_click();
+}
+
+void ComboBoxWindow::OnTyped() {
+  rdv::Text text = WindowText(Handle());
+  if (text == known_text_) return;
+  known_text_ = std::move(text);
+  list_index_ = -1;
+  COMBOBOXINFO parts = {};
+  parts.cbSize = sizeof parts;
+  // Directly in the list: the combo box's own message would empty the text being typed.
+  if (GetComboBoxInfo(Handle(), &parts)) {
+    SendMessageW(parts.hwndList, LB_SETCURSEL, static_cast<WPARAM>(-1), 0);
+  }
+  if (on_change) on_change();
+}
+
+}  // namespace rdv::win32

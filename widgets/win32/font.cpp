@@ -1,0 +1,38 @@
+#include "widgets/win32/font.h"
+
+#include <cmath>
+
+namespace rdv::win32 {
+namespace {
+
+constexpr double kPointsPerInch = 72;
+
+}  // namespace
+
+Font MakeFont(const FontDescription& description, Scale scale) {
+  LOGFONTW font = {};
+  font.lfHeight =
+      -static_cast<LONG>(std::lround(description.points * scale.DotsPerInch() / kPointsPerInch));
+  font.lfWeight = description.weight;
+  font.lfItalic = description.italic;
+  font.lfCharSet = description.character_set;
+  description.face.copy(font.lfFaceName, LF_FACESIZE - 1);
+  return Font(CreateFontIndirectW(&font));
+}
+
+Font MakeSystemFont(Scale scale) {
+  NONCLIENTMETRICSW metrics = {};
+  metrics.cbSize = sizeof metrics;
+  if (!SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0)) {
+    return MakeFont({.face = L"MS Shell Dlg", .points = 8}, scale);
+  }
+  // The metrics are in pixels of the system's resolution, which need not be the window's.
+  const HDC screen = GetDC(nullptr);
+  const int system_resolution = GetDeviceCaps(screen, LOGPIXELSY);
+  ReleaseDC(nullptr, screen);
+  LOGFONTW& font = metrics.lfMessageFont;
+  font.lfHeight = MulDiv(font.lfHeight, scale.DotsPerInch(), system_resolution);
+  return Font(CreateFontIndirectW(&font));
+}
+
+}  // namespace rdv::win32

@@ -1,0 +1,22 @@
+// What the form's frames and grid ask of the form window that they lie in.
+#pragma once
+
+#include <memory>
+
+#include "widgets/win32/platform.h"
+
+namespace rdv::win32 {
+
+// The brush is the form's or the system's: not to be deleted.
+HBRUSH FormBackground(HWND form);
+COLORREF FormTextColor(HWND form);
+HFONT FormFont(HWND form);
+
+// Keeps all that the form belongs to until the result goes: a window procedure runs code of which a
+// container may let go meanwhile. `window` is the form or lies in it, at any depth.
+std::shared_ptr<void> HoldForm(HWND window);
+
+// Lets the form know when `message` tells that a child gained or lost the focus.
+void ReflectFocus(HWND form, UINT message, WPARAM wparam, LPARAM lparam);
+
+}  // namespace rdv::win32

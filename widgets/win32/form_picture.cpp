@@ -1,0 +1,127 @@
+#include "widgets/win32/form_picture.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string_view>
+
+#include "widgets/layout.h"
+#include "widgets/win32/form_captions.h"
+
+namespace rdv::win32 {
+namespace {
+
+constexpr double kTwipsPerHimetric = 1440.0 / 2540.0;
+constexpr double kTwipsPerPoint = 20;
+constexpr double kDefaultPoints = 8;
+constexpr Twips kCaptionIndent = 120;
+
+class Picture {
+ public:
+  Picture(HDC context, const RECT& area, Size size, const Appearance& appearance)
+      : context_(context),
+        area_(area),
+        horizontal_((area.right - area.left) / size.width),
+        vertical_((area.bottom - area.top) / size.height),
+        text_color_(appearance.text_color.value_or(GetSysColor(COLOR_BTNTEXT))) {
+    saved_ = SaveDC(context_);
+    IntersectClipRect(context_, area.left, area.top, area.right, area.bottom);
+    FontDescription font = appearance.font.value_or(
+        FontDescription{.face = L"MS Shell Dlg", .points = kDefaultPoints});
+    // A resolution at which a point is as high as it is in this picture.
+    font.points *= kTwipsPerPoint * std::abs(vertical_);
+    font_ = MakeFont(font, Scale(72));
+    SelectObject(context_, font_.get());
+    SetBkMode(context_, TRANSPARENT);
+  }
+  ~Picture() { RestoreDC(context_, saved_); }
+  Picture(const Picture&) = delete;
+  Picture& operator=(const Picture&) = delete;
+
+  void Fill(const Rectangle& place, COLORREF color) {
+    const RECT pixels = Pixels(place);
+    const HBRUSH brush = CreateSolidBrush(color);
+    FillRect(context_, &pixels, brush);
+    DeleteObject(brush);
+  }
+
+  void Outline(const Rectangle& place) {
+    const RECT pixels = Pixels(place);
+    SelectObject(context_, GetStockObject(DC_PEN));
+    SelectObject(context_, GetStockObject(NULL_BRUSH));
+    SetDCPenColor(context_, GetSysColor(COLOR_3DSHADOW));
+    ::Rectangle(context_, pixels.left, pixels.top, pixels.right, pixels.bottom);
+  }
+
+  void Write(const Rectangle& place, std::wstring_view text, UINT format) {
+    RECT pixels = Pixels(place);
+    SetTextColor(context_, text_color_);
+    DrawTextW(context_, text.data(), static_cast<int>(text.size()), &pixels,
+              format | DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
+  }
+
+  void Frame(const Rectangle& place, const wchar_t* caption, COLORREF background) {
+    const Twips half = kCaptionIndent;
+    Outline({place.left, place.top + half, place.width, place.height - half});
+    const std::wstring_view text = caption;
+    SIZE extent = {};
+    GetTextExtentPoint32W(context_, text.data(), static_cast<int>(text.size()), &extent);
+    const Twips width = extent.cx / std::abs(horizontal_);
+    const Rectangle label = {place.left + kCaptionIndent, place.top, width, 2 * half};
+    Fill(label, background);
+    Write(label, text, DT_LEFT);
+  }
+
+  void Button(const Rectangle& place, const wchar_t* caption) {
+    Fill(place, GetSysColor(COLOR_BTNFACE));
+    Outline(place);
+    Write(place, caption, DT_CENTER);
+  }
+
+ private:
+  RECT Pixels(const Rectangle& place) const {
+    const auto x = [&](Twips at) { return area_.left + std::lround(at * horizontal_); };
+    const auto y = [&](Twips at) { return area_.top + std::lround(at * vertical_); };
+    return {x(place.left), y(place.top), x(place.left + place.width), y(place.top + place.height)};
+  }
+
+  const HDC context_;
+  const RECT area_;
+  const double horizontal_;  // pixels of a twip
+  const double vertical_;
+  const COLORREF text_color_;
+  int saved_ = 0;
+  Font font_;
+};
+
+Rectangle Within(const Rectangle& outer, const Rectangle& inner) {
+  return {outer.left + inner.left, outer.top + inner.top, inner.width, inner.height};
+}
+
+}  // namespace
+
+void DrawForm(HDC context, const RECT& area, SIZEL extent, const Appearance& appearance) {
+  const Size size = {std::max(1.0, static_cast<double>(extent.cx) * kTwipsPerHimetric),
+                     std::max(1.0, static_cast<double>(extent.cy) * kTwipsPerHimetric)};
+  const FormLayout layout = LayOut(size);
+  const COLORREF background = appearance.background.value_or(GetSysColor(COLOR_BTNFACE));
+  Picture picture(context, area, size, appearance);
+  picture.Fill({0, 0, size.width, size.height}, background);
+
+  picture.Frame(layout.fraConfiguration, caption::kConfigurationFrame, background);
+  const Rectangle grid = Within(layout.fraConfiguration, layout.grid);
+  picture.Fill(grid, GetSysColor(COLOR_WINDOW));
+  picture.Fill({grid.left, grid.top, grid.width, kGridHeaderHeight}, GetSysColor(COLOR_BTNFACE));
+  picture.Outline(grid);
+
+  picture.Frame(layout.fraDefault, caption::kDefaultsFrame, background);
+  const Rectangle unit_type = Within(layout.fraDefault, layout.cmbRDVType);
+  picture.Fill(unit_type, GetSysColor(COLOR_WINDOW));
+  picture.Outline(unit_type);
+  picture.Button(Within(layout.fraDefault, layout.cmdShowDefaults), caption::kRestore);
+
+  picture.Button(layout.cmdOK, caption::kOk);
+  picture.Button(layout.cmdCancel, caption::kCancel);
+  picture.Button(layout.cmdApply, caption::kApply);
+}
+
+}  // namespace rdv::win32

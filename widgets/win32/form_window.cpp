@@ -1,0 +1,302 @@
+#include "widgets/win32/form_window.h"
+
+#include <array>
+#include <utility>
+
+#include "widgets/layout.h"
+#include "widgets/win32/accessible_name.h"
+#include "widgets/win32/control_ids.h"
+#include "widgets/win32/form_captions.h"
+#include "widgets/win32/platform.h"
+
+namespace rdv::win32 {
+namespace {
+
+constexpr const wchar_t* kFormClass = L"TLV_RDV_Line_Config.Form";
+constexpr UINT kCheckFocus = WM_APP;
+
+FormWindow* FormOf(HWND window) {
+  return reinterpret_cast<FormWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+}
+
+void RegisterClasses(HINSTANCE module, WNDPROC procedure) {
+  INITCOMMONCONTROLSEX controls = {sizeof controls, ICC_LISTVIEW_CLASSES};
+  InitCommonControlsEx(&controls);
+  WNDCLASSEXW description = {};
+  description.cbSize = sizeof description;
+  description.lpfnWndProc = procedure;
+  description.hInstance = module;
+  description.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+  description.lpszClassName = kFormClass;
+  RegisterClassExW(&description);  // fails, as it should, for all forms but the first
+}
+
+BOOL CALLBACK SetFont(HWND window, LPARAM font) {
+  SendMessageW(window, WM_SETFONT, static_cast<WPARAM>(font), TRUE);
+  return TRUE;
+}
+
+}  // namespace
+
+HBRUSH FormBackground(HWND form) {
+  const FormWindow* window = FormOf(form);
+  return window && window->background_ ? window->background_ : GetSysColorBrush(COLOR_BTNFACE);
+}
+
+COLORREF FormTextColor(HWND form) {
+  const FormWindow* window = FormOf(form);
+  const DWORD system_color = GetSysColor(COLOR_BTNTEXT);
+  return window ? window->appearance_.text_color.value_or(system_color) : system_color;
+}
+
+HFONT FormFont(HWND form) {
+  const FormWindow* window = FormOf(form);
+  return window ? window->font_.get() : nullptr;
+}
+
+std::shared_ptr<void> HoldForm(HWND window) {
+  for (; window; window = GetAncestor(window, GA_PARENT)) {
+    if (reinterpret_cast<WNDPROC>(GetClassLongPtrW(window, GCLP_WNDPROC)) !=
+        &FormWindow::Procedure) {
+      continue;
+    }
+    const FormWindow* form = FormOf(window);
+    return form ? form->owner_.lock() : nullptr;
+  }
+  return nullptr;
+}
+
+void ReflectFocus(HWND form, UINT message, WPARAM wparam, LPARAM lparam) {
+  // The codes of the child classes for gaining and losing the focus.
+  const UINT code =
+      message == WM_NOTIFY ? reinterpret_cast<const NMHDR*>(lparam)->code : HIWORD(wparam);
+  constexpr std::array<UINT, 8> kFocusCodes = {NM_SETFOCUS,  NM_KILLFOCUS, EN_SETFOCUS,
+                                               EN_KILLFOCUS, CBN_SETFOCUS, CBN_KILLFOCUS,
+                                               BN_SETFOCUS,  BN_KILLFOCUS};
+  for (const UINT focus_code : kFocusCodes) {
+    // Only when the change is complete is it known where the focus went.
+    if (code == focus_code) {
+      PostMessageW(form, kCheckFocus, 0, 0);
+      return;
+    }
+  }
+}
+
+void UnregisterFormClasses(HINSTANCE module) {
+  UnregisterClassW(kFormClass, module);
+  UnregisterClassW(FrameWindow::kClass, module);
+}
+
+FormWindowHandle::FormWindowHandle(HINSTANCE module, HWND parent, void* form) {
+  RegisterClasses(module, &FormWindow::Procedure);
+  window_ = CreateWindowExW(WS_EX_CONTROLPARENT, kFormClass, L"",
+                            WS_CHILD | WS_CLIPCHILDREN | WS_CLIPSIBLINGS, 0, 0, 0, 0, parent,
+                            nullptr, module, nullptr);
+  SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(form));
+}
+
+FormWindow::FormWindow(HINSTANCE module, HWND parent)
+    : window_(module, parent, nullptr),
+      scale_(Scale::Of(window_)),
+      fraConfiguration_(window_, control_id::fraConfiguration, caption::kConfigurationFrame),
+      cmbPartition_(fraConfiguration_.Handle(), control_id::cmbPartition, TextEntry::FromListOnly),
+      cmbStartingNodeName_(fraConfiguration_.Handle(), control_id::cmbStartingNodeName,
+                           TextEntry::FromListOnly),
+      cmbStartingNodeNumber_(fraConfiguration_.Handle(), control_id::cmbStartingNodeNumber,
+                             TextEntry::Typed),
+      cmbVolume_(fraConfiguration_.Handle(), control_id::cmbVolume, TextEntry::FromListOnly),
+      cmbModeType_(fraConfiguration_.Handle(), control_id::cmbModeType, TextEntry::FromListOnly),
+      cmbModeNumber_(fraConfiguration_.Handle(), control_id::cmbModeNumber, TextEntry::Typed),
+      cmbNISOption_(fraConfiguration_.Handle(), control_id::cmbNISOption, TextEntry::FromListOnly),
+      txtEWTOption_(fraConfiguration_.Handle(), control_id::txtEWTOption),
+      cmbLineType_(fraConfiguration_.Handle(), control_id::cmbLineType, TextEntry::FromListOnly),
+      cmbImpedance_(fraConfiguration_.Handle(), control_id::cmbImpedance, TextEntry::FromListOnly),
+      cmbSoftStop_(fraConfiguration_.Handle(), control_id::cmbSoftStop, TextEntry::FromListOnly),
+      txtLabel_(fraConfiguration_.Handle(), control_id::txtLabel),
+      LVRDVLineConfig_(fraConfiguration_.Handle(), control_id::LVRDVLineConfig),
+      fraDefault_(window_, control_id::fraDefault, caption::kDefaultsFrame),
+      cmbRDVType_(fraDefault_.Handle(), control_id::cmbRDVType, TextEntry::Typed),
+      cmdShowDefaults_(fraDefault_.Handle(), control_id::cmdShowDefaults, caption::kRestore),
+      cmdOK_(window_, control_id::cmdOK, caption::kOk),
+      cmdCancel_(window_, control_id::cmdCancel, caption::kCancel),
+      cmdApply_(window_, control_id::cmdApply, caption::kApply),
+      screen_(window_),
+      form_{fraConfiguration_,
+            LVRDVLineConfig_,
+            cmbPartition_,
+            cmbStartingNodeName_,
+            cmbStartingNodeNumber_,
+            cmbVolume_,
+            cmbModeType_,
+            cmbModeNumber_,
+            cmbNISOption_,
+            txtEWTOption_,
+            cmbLineType_,
+            cmbImpedance_,
+            cmbSoftStop_,
+            txtLabel_,
+            fraDefault_,
+            cmbRDVType_,
+            cmdShowDefaults_,
+            cmdOK_,
+            cmdCancel_,
+            cmdApply_,
+            screen_},
+      keyboard_(form_, LVRDVLineConfig_,
+                std::array<KeyboardWalk::Stop, 6>{{{LVRDVLineConfig_.Handle(), 0},
+                                                   {cmbRDVType_.Handle(), 0},
+                                                   {cmdShowDefaults_.Handle(), L'R'},
+                                                   {cmdOK_.Handle(), L'O'},
+                                                   {cmdCancel_.Handle(), L'C'},
+                                                   {cmdApply_.Handle(), L'A'}}}) {
+  SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+  fraConfiguration_.SetMainChild(LVRDVLineConfig_.Handle());
+  cmbRDVType_.SetVisible(true);
+  cmdApply_.SetEnabled(false);
+  NameWidgets();
+  ApplyFont();
+  Layout();
+}
+
+FormWindow::~FormWindow() {
+  SetWindowLongPtrW(window_, GWLP_USERDATA, 0);
+  LVRDVLineConfig_.Unhook();
+  if (background_) DeleteObject(background_);
+}
+
+void FormWindow::SetAppearance(Appearance appearance) {
+  if (appearance == appearance_) return;
+  appearance_ = std::move(appearance);
+  if (background_) DeleteObject(background_);
+  background_ = appearance_.background ? CreateSolidBrush(*appearance_.background) : nullptr;
+  Refresh();
+}
+
+void FormWindow::FollowScreen() {
+  const Scale scale = Scale::Of(window_);
+  if (scale == scale_) return;
+  scale_ = scale;
+  Refresh();
+}
+
+void FormWindow::Refresh() {
+  ApplyFont();
+  Layout();
+  RefreshColors();
+}
+
+void FormWindow::NameWidgets() {
+  const std::array<std::pair<HWND, const wchar_t*>, 14> names = {{
+      {LVRDVLineConfig_.Handle(), L"Lines"},
+      {cmbPartition_.Handle(), L"Partition"},
+      {cmbStartingNodeName_.Handle(), L"Starting Node"},
+      {cmbStartingNodeNumber_.Handle(), L"Starting Node Number"},
+      {cmbVolume_.Handle(), L"Volume"},
+      {cmbModeType_.Handle(), L"Mode"},
+      {cmbModeNumber_.Handle(), L"Mode Number"},
+      {cmbNISOption_.Handle(), L"NIS Option"},
+      {txtEWTOption_.Handle(), L"EWT Option"},
+      {cmbLineType_.Handle(), L"Line Type"},
+      {cmbImpedance_.Handle(), L"Impedance"},
+      {cmbSoftStop_.Handle(), L"Soft Stop"},
+      {txtLabel_.Handle(), L"Label"},
+      {cmbRDVType_.Handle(), L"Unit Type"},
+  }};
+  for (const auto& [window, name] : names) SetAccessibleName(window, name);
+}
+
+void FormWindow::Layout() {
+  RECT client = {};
+  GetClientRect(window_, &client);
+  const FormLayout layout = LayOut({scale_.ToTwips(client.right), scale_.ToTwips(client.bottom)});
+  const std::array<std::pair<HWND, Rectangle>, 6> places = {{
+      {fraConfiguration_.Handle(), layout.fraConfiguration},
+      {fraDefault_.Handle(), layout.fraDefault},
+      {cmdShowDefaults_.Handle(), layout.cmdShowDefaults},
+      {cmdOK_.Handle(), layout.cmdOK},
+      {cmdCancel_.Handle(), layout.cmdCancel},
+      {cmdApply_.Handle(), layout.cmdApply},
+  }};
+  for (const auto& [window, place] : places) MoveTo(window, scale_.Pixels(place));
+  LVRDVLineConfig_.Place(layout.grid, scale_);
+  for (Editor* editor : form_.Editors()) {
+    if (auto* list = dynamic_cast<ComboBoxWindow*>(editor)) list->SetScale(scale_);
+  }
+  txtEWTOption_.SetScale(scale_);
+  txtLabel_.SetScale(scale_);
+  cmbRDVType_.SetScale(scale_);
+  cmbRDVType_.SetLeft(layout.cmbRDVType.left);
+  cmbRDVType_.SetTop(layout.cmbRDVType.top);
+  cmbRDVType_.SetWidth(layout.cmbRDVType.width);
+}
+
+void FormWindow::ApplyFont() {
+  Font font = appearance_.font ? MakeFont(*appearance_.font, scale_) : MakeSystemFont(scale_);
+  EnumChildWindows(window_, SetFont, reinterpret_cast<LPARAM>(font.get()));
+  font_ = std::move(font);
+}
+
+void FormWindow::RefreshColors() {
+  LVRDVLineConfig_.RefreshColors();
+  RedrawWindow(window_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
+}
+
+void FormWindow::CheckFocus() {
+  const HWND focus = GetFocus();
+  const bool inside = focus == window_ || IsChild(window_, focus);
+  if (inside == focus_inside_) return;
+  focus_inside_ = inside;
+  if (on_focus_change) on_focus_change(inside);
+}
+
+std::optional<LRESULT> FormWindow::OnMessage(UINT message, WPARAM wparam, LPARAM lparam) {
+  switch (message) {
+    case WM_SIZE:
+      Layout();
+      return 0;
+    case WM_COMMAND:
+    case WM_NOTIFY:
+      ReflectFocus(window_, message, wparam, lparam);
+      return ReflectNotification(message, wparam, lparam);
+    case WM_SETCURSOR:
+      if (screen_.ShowPointer()) return TRUE;
+      return std::nullopt;
+    case WM_LBUTTONDOWN:
+      keyboard_.Enter(false);
+      return 0;
+    case WM_SETFOCUS:
+    case kCheckFocus:
+      CheckFocus();
+      return 0;
+    case WM_ERASEBKGND: {
+      RECT area = {};
+      GetClientRect(window_, &area);
+      FillRect(reinterpret_cast<HDC>(wparam), &area, FormBackground(window_));
+      return 1;
+    }
+    case WM_CTLCOLORBTN:
+      return reinterpret_cast<LRESULT>(FormBackground(window_));
+    case WM_SYSCOLORCHANGE:
+    case WM_THEMECHANGED:
+      RefreshColors();
+      return std::nullopt;
+    case WM_DPICHANGED_AFTERPARENT:
+      FollowScreen();
+      return 0;
+    case WM_DESTROY:
+      LVRDVLineConfig_.Unhook();
+      return 0;
+    default:
+      return std::nullopt;
+  }
+}
+
+LRESULT CALLBACK FormWindow::Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+  const auto hold = HoldForm(window);
+  if (FormWindow* form = FormOf(window)) {
+    if (const auto answer = form->OnMessage(message, wparam, lparam)) return *answer;
+  }
+  return DefWindowProcW(window, message, wparam, lparam);
+}
+
+}  // namespace rdv::win32

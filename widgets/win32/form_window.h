@@ -1,0 +1,120 @@
+// The form as a child window: all its widgets, laid out in the size that it is given.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "widgets/form.h"
+#include "widgets/win32/button_window.h"
+#include "widgets/win32/combo_box_window.h"
+#include "widgets/win32/font.h"
+#include "widgets/win32/form_messages.h"
+#include "widgets/win32/frame_window.h"
+#include "widgets/win32/keyboard_walk.h"
+#include "widgets/win32/line_grid_window.h"
+#include "widgets/win32/platform.h"
+#include "widgets/win32/screen_window.h"
+#include "widgets/win32/text_box_window.h"
+
+namespace rdv::win32 {
+
+// What a container may wish for; nothing stands for the system's own.
+struct Appearance {
+  std::optional<FontDescription> font;
+  std::optional<COLORREF> background;
+  std::optional<COLORREF> text_color;
+
+  bool operator==(const Appearance&) const = default;
+};
+
+class FormWindowHandle {
+ public:
+  FormWindowHandle(HINSTANCE module, HWND parent, void* form);
+  FormWindowHandle(const FormWindowHandle&) = delete;
+  FormWindowHandle& operator=(const FormWindowHandle&) = delete;
+  ~FormWindowHandle() { DestroyWindow(window_); }
+  operator HWND() const { return window_; }
+
+ private:
+  HWND window_;
+};
+
+// Before the module with the windows' procedures is unloaded. No form may be left.
+void UnregisterFormClasses(HINSTANCE module);
+
+// One thread. The window is created hidden and without a size; move it as any window. It follows
+// the resolution, the colours and the theme of its screen by itself.
+class FormWindow {
+ public:
+  // Needs the common controls' list view classes, which it asks the system to register.
+  FormWindow(HINSTANCE module, HWND parent);
+  ~FormWindow();
+
+  HWND Handle() const { return window_; }
+  const Form& Widgets() const { return form_; }
+  KeyboardWalk& Keyboard() { return keyboard_; }
+  WindowScreen& Screen() { return screen_; }
+
+  // What is to live on, with the form in it, while one of the form's windows is at work.
+  void KeepAlive(std::weak_ptr<void> owner) { owner_ = std::move(owner); }
+
+  void SetAppearance(Appearance appearance);
+  // After the window has come to another parent, perhaps on a screen of another resolution.
+  void FollowScreen();
+
+  // The focus has come into the form or left it.
+  std::function<void(bool inside)> on_focus_change;
+
+ private:
+  friend class FormWindowHandle;
+  friend std::shared_ptr<void> HoldForm(HWND window);
+  friend HBRUSH FormBackground(HWND form);
+  friend COLORREF FormTextColor(HWND form);
+  friend HFONT FormFont(HWND form);
+
+  static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+  std::optional<LRESULT> OnMessage(UINT message, WPARAM wparam, LPARAM lparam);
+  void NameWidgets();
+  void Refresh();
+  void Layout();
+  void ApplyFont();
+  void RefreshColors();
+  void CheckFocus();
+
+  FormWindowHandle window_;
+  Scale scale_;
+  Font font_;
+  Appearance appearance_;
+  HBRUSH background_ = nullptr;  // of the appearance; null = the system's
+  bool focus_inside_ = false;
+  std::weak_ptr<void> owner_;
+
+  // The editors come before the grid, which makes them lie above it.
+  FrameWindow fraConfiguration_;
+  ComboBoxWindow cmbPartition_;
+  ComboBoxWindow cmbStartingNodeName_;
+  ComboBoxWindow cmbStartingNodeNumber_;
+  ComboBoxWindow cmbVolume_;
+  ComboBoxWindow cmbModeType_;
+  ComboBoxWindow cmbModeNumber_;
+  ComboBoxWindow cmbNISOption_;
+  TextBoxWindow txtEWTOption_;
+  ComboBoxWindow cmbLineType_;
+  ComboBoxWindow cmbImpedance_;
+  ComboBoxWindow cmbSoftStop_;
+  TextBoxWindow txtLabel_;
+  LineGridWindow LVRDVLineConfig_;
+  FrameWindow fraDefault_;
+  ComboBoxWindow cmbRDVType_;
+  ButtonWindow cmdShowDefaults_;
+  ButtonWindow cmdOK_;
+  ButtonWindow cmdCancel_;
+  ButtonWindow cmdApply_;
+  WindowScreen screen_;
+
+  const Form form_;
+  KeyboardWalk keyboard_;
+};
+
+}  // namespace rdv::win32

@@ -1,0 +1,201 @@
+#include "widgets/win32/keyboard_walk.h"
+
+#include <algorithm>
+
+namespace rdv::win32 {
+namespace {
+
+// The grid's columns with an editor of their own.
+constexpr int kFirstEditedColumn = 12;
+constexpr int kLastEditedColumn = 20;
+
+bool HasFocus(HWND window) {
+  const HWND focus = GetFocus();
+  return focus && (focus == window || IsChild(window, focus));
+}
+
+HWND WindowOf(Editor* editor) {
+  if (auto* list = dynamic_cast<ComboBoxWindow*>(editor)) return list->Handle();
+  return dynamic_cast<EditorWindow<TextBox>&>(*editor).Handle();
+}
+
+bool CanTakeFocus(HWND window) {
+  return IsWindowVisible(window) && IsWindowEnabled(window) && IsWindowEnabled(GetParent(window));
+}
+
+bool MovesWithin(WPARAM key) {
+  switch (key) {
+    case VK_UP:
+    case VK_DOWN:
+    case VK_LEFT:
+    case VK_RIGHT:
+    case VK_PRIOR:
+    case VK_NEXT:
+    case VK_HOME:
+    case VK_END:
+    case VK_F2:
+    case VK_F4:
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool ToWindow(const MSG& message) {
+  TranslateMessage(&message);
+  DispatchMessageW(&message);
+  return true;
+}
+
+bool IsDroppedDown(HWND focus) {
+  const HWND list = GetDlgCtrlID(GetParent(focus)) != 0 ? GetParent(focus) : focus;
+  return SendMessageW(focus, CB_GETDROPPEDSTATE, 0, 0) != 0 ||
+         SendMessageW(list, CB_GETDROPPEDSTATE, 0, 0) != 0;
+}
+
+}  // namespace
+
+KeyboardWalk::KeyboardWalk(const Form& form, LineGridWindow& grid, std::span<const Stop> stops)
+    : form_(form), grid_(grid), column_(kFirstEditedColumn) {
+  std::copy_n(stops.begin(), stops_.size(), stops_.begin());
+  grid_.on_edit_request = [this] { OpenCurrentCell(); };
+}
+
+bool KeyboardWalk::Translate(const MSG& message) {
+  if (message.message == WM_SYSCHAR) return PressMnemonic(static_cast<wchar_t>(message.wParam));
+  if (message.message != WM_KEYDOWN) return false;
+  const bool shift = GetKeyState(VK_SHIFT) < 0;
+  if (IsDroppedDown(message.hwnd) && message.wParam != VK_TAB) {
+    const bool closes = message.wParam == VK_RETURN || message.wParam == VK_ESCAPE;
+    return (closes || MovesWithin(message.wParam)) && ToWindow(message);
+  }
+  return FocusedEditor() ? TranslateEditorKey(message, shift) : TranslateKey(message, shift);
+}
+
+bool KeyboardWalk::TranslateKey(const MSG& message, bool shift) {
+  if (message.wParam == VK_TAB) return GetKeyState(VK_CONTROL) >= 0 && StepToStop(shift);
+  if (message.wParam == VK_RETURN) {
+    const auto stop = std::find_if(stops_.begin(), stops_.end(),
+                                   [](const Stop& each) { return HasFocus(each.window); });
+    if (stop == stops_.end() || stop->mnemonic == 0) return false;
+    SendMessageW(stop->window, BM_CLICK, 0, 0);
+    return true;
+  }
+  return MovesWithin(message.wParam) && ToWindow(message);
+}
+
+bool KeyboardWalk::TranslateEditorKey(const MSG& message, bool shift) {
+  switch (message.wParam) {
+    case VK_TAB:
+      StepToCell(shift);
+      return true;
+    case VK_RETURN:
+    case VK_ESCAPE:
+      CloseEditors();
+      return true;
+    default:
+      return MovesWithin(message.wParam) && ToWindow(message);
+  }
+}
+
+bool KeyboardWalk::PressMnemonic(wchar_t key) {
+  const auto upper = static_cast<wchar_t>(UpperCase(static_cast<char16_t>(key)));
+  for (const Stop& stop : stops_) {
+    if (stop.mnemonic == 0 || stop.mnemonic != upper || !CanTakeFocus(stop.window)) continue;
+    SendMessageW(stop.window, BM_CLICK, 0, 0);
+    return true;
+  }
+  return false;
+}
+
+void KeyboardWalk::Enter(bool at_the_end) {
+  const auto enter = [](const auto& stops) {
+    for (const Stop& stop : stops) {
+      if (!CanTakeFocus(stop.window)) continue;
+      ::SetFocus(stop.window);
+      return;
+    }
+  };
+  if (at_the_end) {
+    std::array<Stop, 6> backward = stops_;
+    std::reverse(backward.begin(), backward.end());
+    enter(backward);
+  } else {
+    enter(stops_);
+  }
+}
+
+// False at the end: the focus then leaves the control.
+bool KeyboardWalk::StepToStop(bool backward) {
+  const int step = backward ? -1 : 1;
+  const int count = static_cast<int>(stops_.size());
+  int index = 0;
+  while (index < count && !HasFocus(stops_[static_cast<size_t>(index)].window)) ++index;
+  if (index == count) index = backward ? count : -1;
+  for (index += step; index >= 0 && index < count; index += step) {
+    const HWND window = stops_[static_cast<size_t>(index)].window;
+    if (!CanTakeFocus(window)) continue;
+    ::SetFocus(window);
+    return true;
+  }
+  return false;
+}
+
+void KeyboardWalk::StepToCell(bool backward) {
+  const auto halves = {std::pair{&form_.cmbStartingNodeName, &form_.cmbStartingNodeNumber},
+                       std::pair{&form_.cmbModeType, &form_.cmbModeNumber}};
+  for (const auto& [left, right] : halves) {
+    ComboBox* from = backward ? right : left;
+    ComboBox* to = backward ? left : right;
+    if (FocusedEditor() == from && to->Visible()) return to->SetFocus();
+  }
+  const int step = backward ? -1 : 1;
+  int row = grid_.SelectedItem().value_or(1);
+  int column = column_;
+  for (;;) {
+    column += step;
+    if (column < kFirstEditedColumn || column > kLastEditedColumn) {
+      row += step;
+      column = backward ? kLastEditedColumn : kFirstEditedColumn;
+    }
+    if (row < 1 || row > grid_.RowCount()) return CloseEditors();
+    if (OpenAt(row, column)) return;
+  }
+}
+
+bool KeyboardWalk::OpenAt(int row, int column) {
+  grid_.AimAtCell(row, column);
+  if (!AnyEditorVisible()) return false;
+  column_ = column;
+  grid_.OpenCell(row, column);
+  return true;
+}
+
+void KeyboardWalk::OpenCurrentCell() {
+  const auto row = grid_.SelectedItem() ? grid_.SelectedItem() : grid_.FocusedRow();
+  if (!row) return;
+  if (OpenAt(*row, column_)) return;
+  for (int column = kFirstEditedColumn; column <= kLastEditedColumn; ++column) {
+    if (OpenAt(*row, column)) return;
+  }
+}
+
+void KeyboardWalk::CloseEditors() {
+  for (Editor* editor : form_.Editors()) editor->SetVisible(false);
+  grid_.SetFocus();
+}
+
+Editor* KeyboardWalk::FocusedEditor() const {
+  for (Editor* editor : form_.Editors()) {
+    if (editor->Visible() && HasFocus(WindowOf(editor))) return editor;
+  }
+  return nullptr;
+}
+
+bool KeyboardWalk::AnyEditorVisible() const {
+  const auto editors = form_.Editors();
+  return std::any_of(editors.begin(), editors.end(),
+                     [](const Editor* editor) { return editor->Visible(); });
+}
+
+}  // namespace rdv::win32

@@ -1,0 +1,54 @@
+// The control by keyboard: tab stops, the way from cell to cell while editing, and mnemonics.
+#pragma once
+
+#include <array>
+#include <span>
+
+#include "widgets/form.h"
+#include "widgets/win32/combo_box_window.h"
+#include "widgets/win32/line_grid_window.h"
+#include "widgets/win32/platform.h"
+
+namespace rdv::win32 {
+
+// While an editor is open, Tab, Shift+Tab, Enter, Esc and the arrow keys stay in the grid: Tab goes
+// to the next cell that can be edited, Enter and Esc close the editor. Otherwise Tab walks the tab
+// stops and leaves the control at either end; F2 opens the cell.
+class KeyboardWalk {
+ public:
+  struct Stop {
+    HWND window;
+    wchar_t mnemonic;  // with Alt: presses a button; 0 for none
+  };
+
+  // `form` and `grid` outlive the walk. `stops` are the tab stops in their order.
+  KeyboardWalk(const Form& form, LineGridWindow& grid, std::span<const Stop> stops);
+
+  // True when the key was for the control and has been acted on.
+  bool Translate(const MSG& message);
+
+  // Presses the button of the mnemonic; false when there is none.
+  bool PressMnemonic(wchar_t key);
+  std::span<const Stop> Stops() const { return stops_; }
+
+  // At the first tab stop, or the last.
+  void Enter(bool at_the_end);
+
+ private:
+  bool TranslateKey(const MSG& message, bool shift);
+  bool TranslateEditorKey(const MSG& message, bool shift);
+  bool StepToStop(bool backward);
+  void StepToCell(bool backward);
+  bool OpenAt(int row, int column);
+  void OpenCurrentCell();
+  void CloseEditors();
+  Editor* FocusedEditor() const;
+  bool AnyEditorVisible() const;
+
+  const Form& form_;
+  LineGridWindow& grid_;
+  std::array<Stop, 6> stops_;
+  int column_;  // of the cell opened last
+};
+
+}  // namespace rdv::win32

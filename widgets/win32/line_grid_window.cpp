@@ -1,0 +1,257 @@
+#include "widgets/win32/line_grid_window.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "runtime/error.h"
+#include "widgets/win32/wide.h"
+
+namespace rdv::win32 {
+namespace {
+
+constexpr UINT_PTR kHeaderSubclass = 1;
+
+}  // namespace
+
+LineGridWindow::LineGridWindow(HWND parent, int id) {
+  Create(parent, {.window_class = WC_LISTVIEWW,
+                  .style = WS_VISIBLE | WS_TABSTOP | LVS_REPORT | LVS_SHOWSELALWAYS,
+                  .id = id});
+  hook_ = std::make_unique<ListViewHook>(Handle(), static_cast<GridWatcher&>(*this));
+  SetReportView();
+}
+
+void LineGridWindow::Place(const Rectangle& place, Scale scale) {
+  place_ = place;
+  scale_ = scale;
+  SetRowHeight();
+  MoveTo(Handle(), scale.Pixels(place));
+  ApplyColumnWidths();
+}
+
+void LineGridWindow::RefreshColors() {
+  Send(LVM_SETBKCOLOR, 0, static_cast<LPARAM>(GetSysColor(COLOR_WINDOW)));
+  Send(LVM_SETTEXTBKCOLOR, 0, static_cast<LPARAM>(GetSysColor(COLOR_WINDOW)));
+  Send(LVM_SETTEXTCOLOR, 0, static_cast<LPARAM>(GetSysColor(COLOR_WINDOWTEXT)));
+  InvalidateRect(Handle(), nullptr, TRUE);
+}
+
+void LineGridWindow::SetReportView() {
+  constexpr DWORD kStyles = LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_LABELTIP;
+  Send(LVM_SETEXTENDEDLISTVIEWSTYLE, kStyles | LVS_EX_HEADERDRAGDROP, kStyles);
+  if (const HWND header = Header()) {
+    SetWindowSubclass(header, &HeaderProcedure, kHeaderSubclass, reinterpret_cast<DWORD_PTR>(this));
+  }
+}
+
+void LineGridWindow::RemoveColumns() {
+  while (Send(LVM_DELETECOLUMN, 0)) {
+  }
+  columns_.clear();
+}
+
+void LineGridWindow::AddColumn(TextView caption, Twips width) {
+  Text text(caption);
+  const int left = TotalWidth();
+  columns_.push_back({width, width == 0});
+  LVCOLUMNW column = {};
+  column.mask = LVCF_FMT | LVCF_TEXT | LVCF_WIDTH | LVCF_SUBITEM;
+  column.fmt = LVCFMT_LEFT;
+  column.cx = TotalWidth() - left;
+  column.pszText = reinterpret_cast<wchar_t*>(text.data());
+  column.iSubItem = ColumnCount() - 1;
+  resizing_columns_ = true;
+  Send(LVM_INSERTCOLUMNW, columns_.size() - 1, reinterpret_cast<LPARAM>(&column));
+  resizing_columns_ = false;
+}
+
+Twips LineGridWindow::ColumnLeft(int column) const {
+  CheckColumn(column);
+  Twips left = 0;
+  for (int before = 1; before < column; ++before) left += ColumnWidth(before);
+  return left;
+}
+
+Twips LineGridWindow::ColumnWidth(int column) const {
+  CheckColumn(column);
+  return columns_[static_cast<size_t>(column - 1)].width;
+}
+
+int LineGridWindow::RowCount() const {
+  return static_cast<int>(Send(LVM_GETITEMCOUNT));
+}
+
+void LineGridWindow::RemoveRows() {
+  Send(LVM_DELETEALLITEMS);
+  Send(LVM_SETSELECTIONMARK, 0, -1);
+  keys_.clear();
+}
+
+void LineGridWindow::AddRow(TextView key, TextView text) {
+  if (FindRow(key)) Raise(LanguageError::KeyNotUnique);
+  Text copy(text);
+  LVITEMW item = {};
+  item.mask = LVIF_TEXT;
+  item.iItem = RowCount();
+  item.pszText = reinterpret_cast<wchar_t*>(copy.data());
+  Send(LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
+  keys_.emplace_back(key);
+}
+
+Text LineGridWindow::Key(int row) const {
+  CheckRow(row);
+  return keys_[static_cast<size_t>(row - 1)];
+}
+
+std::optional<int> LineGridWindow::FindRow(TextView key) const {
+  const auto found = std::find(keys_.begin(), keys_.end(), key);
+  if (found == keys_.end()) return std::nullopt;
+  return static_cast<int>(found - keys_.begin()) + 1;
+}
+
+Text LineGridWindow::Cell(int row, int column) const {
+  CheckRow(row);
+  CheckColumn(column);
+  for (size_t capacity = 256;; capacity *= 2) {
+    Text text(capacity, u'\0');
+    LVITEMW item = {};
+    item.iSubItem = column - 1;
+    item.pszText = reinterpret_cast<wchar_t*>(text.data());
+    item.cchTextMax = static_cast<int>(capacity);
+    const auto length = static_cast<size_t>(
+        Send(LVM_GETITEMTEXTW, static_cast<WPARAM>(row - 1), reinterpret_cast<LPARAM>(&item)));
+    if (length + 1 < capacity) {
+      text.resize(length);
+      return text;
+    }
+  }
+}
+
+void LineGridWindow::SetCell(int row, int column, TextView text) {
+  CheckRow(row);
+  CheckColumn(column);
+  Text copy(text);
+  LVITEMW item = {};
+  item.iSubItem = column - 1;
+  item.pszText = reinterpret_cast<wchar_t*>(copy.data());
+  Send(LVM_SETITEMTEXTW, static_cast<WPARAM>(row - 1), reinterpret_cast<LPARAM>(&item));
+}
+
+Twips LineGridWindow::RowLeft(int row) const {
+  return scale_.ToTwips(RowRectangle(row).left);
+}
+
+Twips LineGridWindow::RowTop(int row) const {
+  return scale_.ToTwips(RowRectangle(row).top);
+}
+
+Twips LineGridWindow::RowHeight(int row) const {
+  const RECT rectangle = RowRectangle(row);
+  return scale_.ToTwips(rectangle.bottom - rectangle.top);
+}
+
+bool LineGridWindow::Selected(int row) const {
+  CheckRow(row);
+  return Send(LVM_GETITEMSTATE, static_cast<WPARAM>(row - 1), LVIS_SELECTED) != 0;
+}
+
+void LineGridWindow::SetSelected(int row, bool selected) {
+  CheckRow(row);
+  SetState(row, selected ? LVIS_SELECTED : 0, LVIS_SELECTED);
+}
+
+std::optional<int> LineGridWindow::SelectedItem() const {
+  if (const auto focused = FocusedRow(); focused && Selected(*focused)) return focused;
+  const LRESULT first = Send(LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED);
+  if (first < 0) return std::nullopt;
+  return static_cast<int>(first) + 1;
+}
+
+std::optional<int> LineGridWindow::FocusedRow() const {
+  const LRESULT focused = Send(LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED);
+  if (focused < 0) return std::nullopt;
+  return static_cast<int>(focused) + 1;
+}
+
+std::optional<int> LineGridWindow::HitTest(Twips x, Twips y) const {
+  return RowAt({scale_.Pixels(x), scale_.Pixels(y)});
+}
+
+LRESULT LineGridWindow::OnNotify(const NMHDR& header) {
+  if (header.code == LVN_COLUMNCLICK && on_column_click) {
+    on_column_click(reinterpret_cast<const NMLISTVIEW&>(header).iSubItem + 1);
+  }
+  return 0;
+}
+
+LRESULT LineGridWindow::Send(UINT message, WPARAM wparam, LPARAM lparam) const {
+  return SendMessageW(Handle(), message, wparam, lparam);
+}
+
+HWND LineGridWindow::Header() const {
+  return reinterpret_cast<HWND>(Send(LVM_GETHEADER));
+}
+
+void LineGridWindow::CheckRow(int row) const {
+  if (row < 1 || row > RowCount()) Raise(LanguageError::SubscriptOutOfRange);
+}
+
+void LineGridWindow::CheckColumn(int column) const {
+  if (column < 1 || column > ColumnCount()) Raise(LanguageError::SubscriptOutOfRange);
+}
+
+RECT LineGridWindow::RowRectangle(int row) const {
+  CheckRow(row);
+  RECT rectangle = {};
+  rectangle.left = LVIR_BOUNDS;
+  Send(LVM_GETITEMRECT, static_cast<WPARAM>(row - 1), reinterpret_cast<LPARAM>(&rectangle));
+  return rectangle;
+}
+
+int LineGridWindow::HeaderHeight() const {
+  RECT rectangle = {};
+  GetWindowRect(Header(), &rectangle);
+  return rectangle.bottom - rectangle.top;
+}
+
+int LineGridWindow::TotalWidth() const {
+  return columns_.empty() ? 0 : scale_.Pixels(ColumnLeft(ColumnCount()) + columns_.back().width);
+}
+
+std::optional<int> LineGridWindow::RowAt(POINT point) const {
+  if (RowCount() == 0 || point.y < HeaderHeight()) return std::nullopt;
+  const RECT first = RowRectangle(1);
+  if (point.x < first.left || point.x > first.left + TotalWidth()) return std::nullopt;
+  const int row = (point.y - first.top) / (first.bottom - first.top) + 1;
+  if (point.y < first.top || row > RowCount()) return std::nullopt;
+  return row;
+}
+
+// A list view makes its rows a pixel higher than the images that it is given.
+void LineGridWindow::SetRowHeight() {
+  const int height = scale_.Pixels(kGridRowHeight) - 1;
+  const HIMAGELIST images = ImageList_Create(1, height, ILC_COLOR, 0, 1);
+  const auto previous = reinterpret_cast<HIMAGELIST>(
+      Send(LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(images)));
+  if (previous) ImageList_Destroy(previous);
+}
+
+void LineGridWindow::ApplyColumnWidths() {
+  resizing_columns_ = true;
+  Twips edge = 0;
+  for (size_t index = 0; index < columns_.size(); ++index) {
+    const int left = scale_.Pixels(edge);
+    edge += columns_[index].width;
+    Send(LVM_SETCOLUMNWIDTH, index, scale_.Pixels(edge) - left);
+  }
+  resizing_columns_ = false;
+}
+
+void LineGridWindow::SetState(int row, UINT state, UINT mask) {
+  LVITEMW item = {};
+  item.state = state;
+  item.stateMask = mask;
+  Send(LVM_SETITEMSTATE, static_cast<WPARAM>(row - 1), reinterpret_cast<LPARAM>(&item));
+}
+
+}  // namespace rdv::win32

@@ -1,0 +1,29 @@
+// Message boxes and the mouse pointer around the control's windows.
+#pragma once
+
+#include "widgets/widget.h"
+#include "widgets/win32/platform.h"
+
+namespace rdv::win32 {
+
+class WindowScreen : public Screen {
+ public:
+  explicit WindowScreen(HWND form) : form_(form) {}
+
+  MessageAnswer ShowMessage(TextView text, int style, std::optional<TextView> title) override;
+  MousePointer Pointer() const override { return pointer_; }
+  void SetPointer(MousePointer pointer) override;
+
+  // For WM_SETCURSOR: true when the pointer has been set and the windows' own ones do not count.
+  bool ShowPointer() const;
+
+  // Around every message box: true before, false after. The host's other windows are then to be
+  // disabled with ours.
+  std::function<void(bool modal)> on_modal;
+
+ private:
+  const HWND form_;
+  MousePointer pointer_ = MousePointer::Default;
+};
+
+}  // namespace rdv::win32

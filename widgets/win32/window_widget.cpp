@@ -1,0 +1,53 @@
+#include "widgets/win32/window_widget.h"
+
+#include "runtime/error.h"
+#include "widgets/win32/wide.h"
+
+namespace rdv::win32 {
+namespace {
+
+[[noreturn]] void RaiseLastError() {
+  const DWORD code = GetLastError();
+  wchar_t text[256] = L"";
+  const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+                                      nullptr, code, 0, text, 256, nullptr);
+  throw RuntimeError(static_cast<int32_t>(code), FromWide({text, length}), Text(kProductSource));
+}
+
+}  // namespace
+
+HWND CreateChild(HWND parent, const ChildDescription& description, NotificationTarget* target) {
+  const auto module = reinterpret_cast<HINSTANCE>(GetWindowLongPtrW(parent, GWLP_HINSTANCE));
+  const HWND window = CreateWindowExW(
+      description.extended_style, description.window_class, description.text,
+      WS_CHILD | WS_CLIPSIBLINGS | description.style, 0, 0, 0, 0, parent,
+      reinterpret_cast<HMENU>(static_cast<INT_PTR>(description.id)), module, nullptr);
+  if (!window) RaiseLastError();
+  SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(target));
+  return window;
+}
+
+LRESULT ReflectNotification(UINT message, WPARAM wparam, LPARAM lparam) noexcept {
+  const auto* header = message == WM_NOTIFY ? reinterpret_cast<const NMHDR*>(lparam) : nullptr;
+  const HWND child = header ? header->hwndFrom : reinterpret_cast<HWND>(lparam);
+  auto* target = reinterpret_cast<NotificationTarget*>(GetWindowLongPtrW(child, GWLP_USERDATA));
+  if (!target) return 0;
+  try {
+    if (header) return target->OnNotify(*header);
+    target->OnCommand(HIWORD(wparam));
+  } catch (...) {
+    // A handler that traps nothing ends where it failed; the host is never brought down.
+  }
+  return 0;
+}
+
+void MoveTo(HWND window, const RECT& place) {
+  SetWindowPos(window, nullptr, place.left, place.top, place.right - place.left,
+               place.bottom - place.top, SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+void FocusTo(HWND window) {
+  if (IsWindowVisible(GetAncestor(window, GA_ROOT))) ::SetFocus(window);
+}
+
+}  // namespace rdv::win32

@@ -1,0 +1,70 @@
+// What every widget on a platform window shares. A widget owns its window; when the window is
+// destroyed from outside (a host that tears its form down), calls on the widget do nothing.
+#pragma once
+
+#include "widgets/win32/platform.h"
+#include "widgets/win32/scale.h"
+
+namespace rdv::win32 {
+
+// Receives what a child window tells its parent; the parent passes it on.
+class NotificationTarget {
+ public:
+  virtual ~NotificationTarget() = default;
+  virtual void OnCommand(WORD code) = 0;
+  virtual LRESULT OnNotify(const NMHDR& /*header*/) { return 0; }
+};
+
+struct ChildDescription {
+  const wchar_t* window_class;
+  const wchar_t* text = L"";
+  DWORD style = 0;  // WS_CHILD and WS_CLIPSIBLINGS are added
+  DWORD extended_style = 0;
+  int id = 0;
+};
+
+// Raises RuntimeError with the platform's error when the window cannot be created.
+HWND CreateChild(HWND parent, const ChildDescription& description, NotificationTarget* target);
+
+// Hands a WM_COMMAND or WM_NOTIFY of a child made by CreateChild to its target. Nothing thrown
+// leaves it: the caller is a window procedure.
+LRESULT ReflectNotification(UINT message, WPARAM wparam, LPARAM lparam) noexcept;
+
+void MoveTo(HWND window, const RECT& place);
+
+// To the window unless it lies, still unplaced, in a hidden window.
+void FocusTo(HWND window);
+
+template <class Contract>
+class WindowWidget : public Contract, public NotificationTarget {
+ public:
+  ~WindowWidget() override {
+    SetWindowLongPtrW(window_, GWLP_USERDATA, 0);
+    DestroyWindow(window_);
+  }
+
+  HWND Handle() const { return window_; }
+
+  bool Visible() const override { return (GetWindowLongW(window_, GWL_STYLE) & WS_VISIBLE) != 0; }
+  void SetVisible(bool visible) override { ShowWindow(window_, visible ? SW_SHOWNA : SW_HIDE); }
+  bool Enabled() const override { return IsWindowEnabled(window_) != FALSE; }
+  void SetEnabled(bool enabled) override {
+    // A window that the user cannot reach must not keep the keyboard.
+    if (!enabled && GetFocus() == window_) FocusTo(GetParent(window_));
+    EnableWindow(window_, enabled);
+  }
+  void SetFocus() override { FocusTo(window_); }
+
+  void OnCommand(WORD /*code*/) override {}
+
+ protected:
+  WindowWidget() = default;
+  void Create(HWND parent, const ChildDescription& description) {
+    window_ = CreateChild(parent, description, this);
+  }
+
+ private:
+  HWND window_ = nullptr;
+};
+
+}  // namespace rdv::win32
