@@ -1,0 +1,38 @@
+// What one control remembers between its events.
+#pragma once
+
+#include <cstdint>
+#include <map>
+
+#include "rules/business_rules.h"
+#include "runtime/keyed_collection.h"
+#include "runtime/text.h"
+
+namespace rdv {
+
+struct ControlState {
+  Business_Rules BusinessRules;
+
+  // Empty while no loading step has failed; each one that fails appends its block.
+  Text LoadErrorText;
+
+  // Captions by the decimal text of their code.
+  KeyedCollection CardTypes;
+  KeyedCollection PartitionList;
+  KeyedCollection NodeNames;
+  KeyedCollection ModeNames;
+
+  bool ChinaImpedanceImplemented = false;
+
+  // The line type that the list of starting nodes was filled for; -1 for none.
+  int16_t StartNodeListLineType = -1;
+
+  // Node number of the last music-on-hold line made from the template: 1, 2, 1, 2, ... It carries
+  // over from one "Restore Default" to the next.
+  int16_t MohNodeCounter = 0;
+
+  // ACD_Option as it was read, by line number: no editor shows it, so saving has to give it back.
+  std::map<int32_t, Text> AcdOptions;
+};
+
+}  // namespace rdv

@@ -1,0 +1,285 @@
+#include "rules/dependent_choices.h"
+
+#include "data/database.h"
+#include "rules/error_report.h"
+#include "rules/grid_rows.h"
+#include "rules/line_codes.h"
+
+namespace rdv {
+namespace {
+
+struct Choice {
+  int32_t code;
+  Text caption;
+};
+
+// Raises 381 when nothing is selected.
+Choice SelectedEntry(const ComboBox& list) {
+  const int index = list.ListIndex();
+  return {list.ItemData(index), list.List(index)};
+}
+
+bool ModeIsAllowed(DataBase& database, int16_t given_line_type, int32_t mode_type) {
+  database.Get_Line_Type_Allowed_Modes(Decimal(CardTypeFor(given_line_type)));
+  Recordset& modes = database.rsGet_Line_Type_Allowed_Modes;
+  bool allowed = false;
+  for (; !allowed && !modes.EndOfFile(); modes.MoveNext()) {
+    const Value& stored = modes.Field(u"Mode_Type_ID");
+    allowed = !IsNull(stored) && ToLong(stored) == mode_type;
+  }
+  modes.Close();
+  return allowed;
+}
+
+}  // namespace
+
+void DependentChoices::WriteChoice(ComboBox& editor, LineTypes refused, int code_column,
+                                   int caption_column) {
+  form_.cmdApply.SetEnabled(true);
+  LineGrid& grid = form_.LVRDVLineConfig;
+  if (!grid.SelectedItem()) return;
+  const Choice choice = SelectedEntry(editor);
+  ForEachSelectedRow(grid, refused, [&](int row) {
+    grid.SetCell(row, code_column, Decimal(choice.code));
+    grid.SetCell(row, caption_column, choice.caption);
+  });
+}
+
+void DependentChoices::cmbPartition_Click() {
+  WriteChoice(form_.cmbPartition, kNotInstalledLines, column::kPartitionCode, column::kPartition);
+}
+
+void DependentChoices::cmbImpedance_Click() {
+  WriteChoice(form_.cmbImpedance, kLinesWithoutOptions, column::kImpedanceCode, column::kImpedance);
+}
+
+void DependentChoices::cmbSoftStop_Click() {
+  WriteChoice(form_.cmbSoftStop, kLinesWithoutOptions, column::kSoftStopCode, column::kSoftStop);
+}
+
+void DependentChoices::cmbNISOption_Click() {
+  form_.cmdApply.SetEnabled(true);
+  LineGrid& grid = form_.LVRDVLineConfig;
+  if (!grid.SelectedItem()) return;
+  const Choice choice = SelectedEntry(form_.cmbNISOption);
+  ForEachSelectedRow(grid, kLinesWithoutOptions,
+                     [&](int row) { grid.SetCell(row, column::kNISOption, choice.caption); });
+}
+
+void DependentChoices::cmbLineType_Click() {
+  form_.cmdApply.SetEnabled(true);
+  LineGrid& grid = form_.LVRDVLineConfig;
+  if (!grid.SelectedItem()) return;
+  const int32_t chosen = SelectedEntry(form_.cmbLineType).code;
+  ForEachSelectedRow(grid, kNoLineTypes, [&](int row) {
+    if (LineTypeOf(grid, row) == chosen) return;
+    // The templates are given the row's position, also where the line's own number is another.
+    // There is none for an impedance line: such a row keeps its line type.
+    const auto position = static_cast<int16_t>(row);
+    switch (chosen) {
+      case line_type::kNotInstalled:
+        templates_.LoadDefaultNotInstalledLine(position, Target::ExistingRow);
+        break;
+      case line_type::kHybrid:
+        templates_.LoadDefaultHybrideLine(position, Target::ExistingRow, Store::No);
+        break;
+      case line_type::kMusicOnHold:
+        templates_.LoadDefaultMOHLine(position, Target::ExistingRow, Store::No);
+        break;
+    }
+  });
+}
+
+void DependentChoices::cmbVolume_Click() {
+  form_.cmdApply.SetEnabled(true);
+  LineGrid& grid = form_.LVRDVLineConfig;
+  if (!grid.SelectedItem()) return;
+  const auto [code, chosen_caption] = SelectedEntry(form_.cmbVolume);
+  ForEachSelectedRow(grid, kNotInstalledLines, [&](int row) {
+    const Text line_type = grid.Cell(row, column::kLineTypeCode);
+    TextView shown = chosen_caption;
+    if (line_type == u"6" || line_type == u"5") {
+      const bool low = code == volume::kLow && chosen_caption != u"0";
+      if (code != volume::kHigh && !low) return;
+    } else if (line_type == u"8") {
+      if (code < 0 || code > 9) return;
+      if (code == 0) shown = u"0";
+    }
+    grid.SetCell(row, column::kVolumeCode, Decimal(code));
+    grid.SetCell(row, column::kVolume, shown);
+  });
+}
+
+void DependentChoices::ShowModeNumberFor(int32_t mode_type) {
+  ComboBox& mode = form_.cmbModeType;
+  ComboBox& number = form_.cmbModeNumber;
+  const bool takes_number = Contains(ModeTypesWithNumber, mode_type);
+  if (takes_number && !number.Visible()) {
+    mode.SetWidth(number.Width());
+    number.SetVisible(true);
+  } else if (!takes_number && number.Visible()) {
+    if (mode.Width() > number.Width()) {
+      mode.SetWidth(RoundToInt32(mode.Width()) / 2);
+    } else {
+      mode.SetWidth(mode.Width() + number.Width());
+    }
+    number.SetVisible(false);
+  }
+}
+
+void DependentChoices::cmbModeType_Click() {
+  EndSilently([&] {
+    form_.cmdApply.SetEnabled(true);
+    LineGrid& grid = form_.LVRDVLineConfig;
+    const auto [code, chosen_caption] = SelectedEntry(form_.cmbModeType);
+    ShowModeNumberFor(code);
+    DataBase database;
+    ForEachSelectedRow(grid, kNotInstalledLines, [&](int row) {
+      const int16_t given_line_type = CInt(grid.Cell(row, column::kLineTypeCode));
+      if (!ModeIsAllowed(database, given_line_type, code)) return;
+      grid.SetCell(row, column::kModeType, Decimal(code));
+      grid.SetCell(row, column::kMode,
+                   form_.cmbModeNumber.Visible()
+                       ? chosen_caption + u"=" + grid.Cell(row, column::kModeNumber)
+                       : chosen_caption);
+    });
+  });
+}
+
+void DependentChoices::cmbModeNumber_Click() {
+  form_.cmdApply.SetEnabled(true);
+  LineGrid& grid = form_.LVRDVLineConfig;
+  if (!grid.SelectedItem()) return;
+  const auto [code, chosen_caption] = SelectedEntry(form_.cmbModeNumber);
+  ForEachSelectedRow(grid, kLinesWithoutOptions, [&](int row) {
+    // Whether there is a number is asked of the editor, which mode it belongs to of the row.
+    if (!Contains(ModeTypesWithNumber, SelectedEntry(form_.cmbModeType).code)) return;
+    grid.SetCell(row, column::kModeNumber, Decimal(code));
+    const Text& mode = state_.ModeNames.Item(grid.Cell(row, column::kModeType));
+    grid.SetCell(row, column::kMode, mode + u"=" + chosen_caption);
+  });
+}
+
+void DependentChoices::cmbStartingNodeNumber_Click() {
+  form_.cmdApply.SetEnabled(true);
+  LineGrid& grid = form_.LVRDVLineConfig;
+  if (!grid.SelectedItem()) return;
+  const auto [code, chosen_caption] = SelectedEntry(form_.cmbStartingNodeNumber);
+  ForEachSelectedRow(grid, kNotInstalledLines, [&](int row) {
+    const Text node_type = grid.Cell(row, column::kStartingNodeType);
+    if (CDbl(node_type) == node_type::kNone) return;
+    grid.SetCell(row, column::kStartingNodeNumber, Decimal(code));
+    const Text& node = state_.NodeNames.Item(node_type);
+    grid.SetCell(row, column::kStartingNode, node + u" " + chosen_caption);
+  });
+}
+
+void DependentChoices::cmbStartingNodeName_Click() {
+  EndSilently([&] {
+    form_.cmdApply.SetEnabled(true);
+    LineGrid& grid = form_.LVRDVLineConfig;
+    if (!grid.SelectedItem()) return;
+    const auto [code, chosen_caption] = SelectedEntry(form_.cmbStartingNodeName);
+    OfferNodeNumbersFor(code);
+    ForEachSelectedRow(grid, kNotInstalledLines, [&](int row) {
+      const int16_t given_line_type = CInt(grid.Cell(row, column::kLineTypeCode));
+      if (!Contains(StartNodeTypesOf(given_line_type), code)) return;
+      grid.SetCell(row, column::kStartingNodeType, Decimal(code));
+      grid.SetCell(row, column::kStartingNode,
+                   code == node_type::kNone
+                       ? chosen_caption
+                       : chosen_caption + u" " + grid.Cell(row, column::kStartingNodeNumber));
+    });
+  });
+}
+
+// Asks for the partition that the host works in, whatever partition the line is given.
+void DependentChoices::OfferNodeNumbersFor(int32_t node_type) {
+  ComboBox& name = form_.cmbStartingNodeName;
+  ComboBox& number = form_.cmbStartingNodeNumber;
+  DataBase database;
+  database.Get_Max_NodeNumber(Decimal(state_.BusinessRules.ConfigID),
+                              Decimal(state_.BusinessRules.PartitionID), Decimal(node_type));
+  Recordset& record = database.rsGet_Max_NodeNumber;
+  if (!record.EndOfFile()) {
+    if (!number.Visible()) {
+      name.SetWidth(number.Width());
+      number.SetVisible(true);
+    }
+    const int32_t maximum = ToLong(record.Field(u"Max_Number"));
+    if (number.ListCount() != maximum) {
+      number.Clear();
+      for (int entry = 1; entry <= maximum; ++entry) number.AddItem(Decimal(entry), entry);
+      SelectNodeNumber();
+    }
+  } else if (number.Visible()) {
+    name.SetWidth(name.Width() + number.Width());
+    number.SetVisible(false);
+  }
+  record.Close();
+}
+
+// The number is compared with the last one as text, so "9" counts as beyond "16".
+void DependentChoices::SelectNodeNumber() {
+  LineGrid& grid = form_.LVRDVLineConfig;
+  ComboBox& list = form_.cmbStartingNodeNumber;
+  const int last = list.ListCount() - 1;
+  const Text last_number = list.List(last);
+  const Text current = grid.Cell(grid.SelectedItem().value(), column::kStartingNodeNumber);
+  if (CDbl(current) > 0 && current <= last_number) {
+    list.SetListIndex(CLng(current) - 1);
+  } else {
+    list.SetListIndex(last);
+  }
+}
+
+void DependentChoices::cmbModeNumber_Change() {
+  FilterTypedNumber(form_.cmbModeNumber);
+}
+
+void DependentChoices::cmbStartingNodeNumber_Change() {
+  FilterTypedNumber(form_.cmbStartingNodeNumber);
+}
+
+namespace {
+
+struct NumberRange {
+  double first;
+  double last;
+  bool Holds(double number) const { return first <= number && number <= last; }
+};
+
+// Of a list's captions; a list without entries has room for no number.
+NumberRange RangeOf(const ComboBox& list) {
+  if (list.ListCount() == 0) return {1, 0};
+  return {CDbl(list.List(0)), CDbl(list.List(list.ListCount() - 1))};
+}
+
+// The digits that `text` begins with, up to the one that would leave the range.
+int64_t LeadingNumber(TextView text, const NumberRange& range) {
+  int64_t value = 0;
+  for (const char16_t unit : text) {
+    if (!IsDigit(unit)) break;
+    const int64_t next = value * 10 + (unit - u'0');
+    if (!range.Holds(static_cast<double>(next))) break;
+    value = next;
+  }
+  return value == 0 ? 1 : value;
+}
+
+}  // namespace
+
+void DependentChoices::FilterTypedNumber(ComboBox& editor) {
+  form_.cmdApply.SetEnabled(true);
+  const NumberRange range = RangeOf(editor);
+  const int64_t value = LeadingNumber(editor.Text(), range);
+  const Text cleaned = Decimal(value);
+  if (cleaned != editor.Text()) editor.SetText(cleaned);
+  if (editor.ListCount() > 0) {
+    // The entries count from 1 without a gap.
+    editor.SetListIndex(range.Holds(static_cast<double>(value)) ? static_cast<int>(value - 1) : 0);
+  }
+  editor.SetCaret(editor.Text().size());
+}
+
+}  // namespace rdv

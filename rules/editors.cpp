@@ -1,0 +1,20 @@
+#include "rules/editors.h"
+
+namespace rdv {
+
+void ShowEditors(const Form& form, bool Visible) {
+  for (Editor* editor : form.Editors()) {
+    editor->SetVisible(Visible && editor != &form.cmbLineType);
+  }
+}
+
+void SelectByCode(ComboBox& list, double code) {
+  for (int index = 0; index < list.ListCount(); ++index) {
+    if (list.ItemData(index) == code) {
+      list.SetListIndex(index);
+      return;
+    }
+  }
+}
+
+}  // namespace rdv

@@ -1,0 +1,54 @@
+// Whole rows of the line grid, and walking the rows that the user has selected.
+#pragma once
+
+#include <array>
+#include <span>
+
+#include "rules/grid_columns.h"
+#include "rules/line_codes.h"
+#include "runtime/conversion.h"
+#include "widgets/line_grid.h"
+
+namespace rdv {
+
+// The twenty texts of a row by column.
+class RowCells {
+ public:
+  Text& operator[](int column) { return cells_[static_cast<size_t>(column - 1)]; }
+  const Text& operator[](int column) const { return cells_[static_cast<size_t>(column - 1)]; }
+
+ private:
+  std::array<Text, kColumnCount> cells_;
+};
+
+// "a" and the number.
+Text RowKey(int number);
+
+// At the end of the grid. Raises 35602 when the key is taken; the grid is unchanged then.
+void AddRow(LineGrid& grid, TextView key, const RowCells& cells);
+void OverwriteRow(LineGrid& grid, int row, const RowCells& cells);
+RowCells CellsOf(const LineGrid& grid, int row);
+
+// The line types to whose rows an editor never writes, which are also those for whose cells it is
+// not shown.
+using LineTypes = std::span<const int16_t>;
+inline constexpr std::array<int16_t, 0> kNoLineTypes = {};
+inline constexpr std::array<int16_t, 1> kNotInstalledLines = {line_type::kNotInstalled};
+inline constexpr std::array<int16_t, 2> kLinesWithoutOptions = {line_type::kNotInstalled,
+                                                                line_type::kMusicOnHold};
+inline constexpr std::array<int16_t, 3> kLinesWithoutImpedance = {
+    line_type::kNotInstalled, line_type::kImpedance, line_type::kMusicOnHold};
+
+inline double LineTypeOf(const LineGrid& grid, int row) {
+  return CDbl(grid.Cell(row, column::kLineTypeCode));
+}
+
+// Calls rule(row) for every selected row, first to last, but for those of a refused line type.
+template <typename Rule>
+void ForEachSelectedRow(const LineGrid& grid, LineTypes refused, Rule&& rule) {
+  for (int row = 1; row <= grid.RowCount(); ++row) {
+    if (grid.Selected(row) && !Contains(refused, LineTypeOf(grid, row))) rule(row);
+  }
+}
+
+}  // namespace rdv
