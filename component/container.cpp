@@ -1,0 +1,107 @@
+#include "component/container.h"
+
+namespace rdv {
+namespace {
+
+constexpr double kCurrencyUnits = 10000;  // font sizes are fixed-point
+
+std::optional<COLORREF> ToColor(OLE_COLOR ole_color) {
+  COLORREF color = 0;
+  if (FAILED(OleTranslateColor(ole_color, nullptr, &color))) return std::nullopt;
+  return color;
+}
+
+DWORD KeyModifiers() {
+  constexpr DWORD kShift = 1;
+  constexpr DWORD kCtrl = 2;
+  constexpr DWORD kAlt = 4;
+  return (GetKeyState(VK_SHIFT) < 0 ? kShift : 0) | (GetKeyState(VK_CONTROL) < 0 ? kCtrl : 0) |
+         (GetKeyState(VK_MENU) < 0 ? kAlt : 0);
+}
+
+}  // namespace
+
+void Container::SetSite(IOleClientSite* site) {
+  site_ = ComPointer<IOleClientSite>(site);
+  ambients_ = ComPointer<IDispatch>::From(site, IID_IDispatch);
+  control_site_ = ComPointer<IOleControlSite>::From(site, IID_IOleControlSite);
+}
+
+bool Container::UserMode() const {
+  VARIANT value;
+  if (GetAmbient(DISPID_AMBIENT_USERMODE, VT_BOOL, value)) return value.boolVal != VARIANT_FALSE;
+  return quick_user_mode_.value_or(true);
+}
+
+win32::Appearance Container::Appearance() const {
+  win32::Appearance appearance;
+  VARIANT value;
+  if (GetAmbient(DISPID_AMBIENT_FONT, VT_DISPATCH, value)) {
+    TakeFont(ComPointer<IFont>::From(value.pdispVal, IID_IFont).Get(), appearance);
+    VariantClear(&value);
+  } else {
+    TakeFont(quick_font_.Get(), appearance);
+  }
+  const auto color = [&](DISPID property, std::optional<OLE_COLOR> quick) {
+    if (GetAmbient(property, VT_I4, value)) quick = static_cast<OLE_COLOR>(value.lVal);
+    return quick ? ToColor(*quick) : std::nullopt;
+  };
+  appearance.background = color(DISPID_AMBIENT_BACKCOLOR, quick_background_);
+  appearance.text_color = color(DISPID_AMBIENT_FORECOLOR, quick_text_color_);
+  return appearance;
+}
+
+void Container::TellFocus(bool gained) const {
+  if (control_site_) control_site_->OnFocus(gained);
+}
+
+bool Container::OfferKey(MSG* message) const {
+  const ComPointer<IOleControlSite> site = control_site_;
+  return site && site->TranslateAccelerator(message, KeyModifiers()) == S_OK;
+}
+
+void Container::SetQuickAmbients(const QACONTAINER& ambients) {
+  quick_user_mode_ = (ambients.dwAmbientFlags & QACONTAINER_USERMODE) != 0;
+  quick_font_ = ComPointer<IFont>(ambients.pFont);
+  quick_background_ = ambients.colorBack;
+  quick_text_color_ = ambients.colorFore;
+}
+
+// On success `value` has the type, and is the caller's to clear.
+bool Container::GetAmbient(DISPID property, VARTYPE type, VARIANT& value) const {
+  VariantInit(&value);
+  if (!ambients_) return false;
+  DISPPARAMS none = {};
+  if (FAILED(ambients_->Invoke(property, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none,
+                               &value, nullptr, nullptr))) {
+    VariantInit(&value);
+    return false;
+  }
+  if (SUCCEEDED(VariantChangeType(&value, &value, 0, type))) return true;
+  VariantClear(&value);
+  return false;
+}
+
+void Container::TakeFont(IFont* font, win32::Appearance& appearance) const {
+  if (!font) return;
+  BSTR name = nullptr;
+  CY size = {};
+  SHORT weight = FW_NORMAL;
+  BOOL italic = FALSE;
+  SHORT character_set = DEFAULT_CHARSET;
+  const bool complete = SUCCEEDED(font->get_Name(&name)) && SUCCEEDED(font->get_Size(&size)) &&
+                        SUCCEEDED(font->get_Weight(&weight)) &&
+                        SUCCEEDED(font->get_Italic(&italic)) &&
+                        SUCCEEDED(font->get_Charset(&character_set));
+  if (complete && name && size.int64 > 0) {
+    appearance.font =
+        win32::FontDescription{.face = name,
+                               .points = static_cast<double>(size.int64) / kCurrencyUnits,
+                               .weight = weight,
+                               .italic = italic != FALSE,
+                               .character_set = static_cast<BYTE>(character_set)};
+  }
+  SysFreeString(name);
+}
+
+}  // namespace rdv

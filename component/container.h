@@ -1,0 +1,43 @@
+// The container as the control sees it. Every part of it may be missing.
+#pragma once
+
+#include "component/com_pointer.h"
+#include "widgets/win32/form_window.h"
+
+namespace rdv {
+
+class Container {
+ public:
+  void SetSite(IOleClientSite* site);
+  IOleClientSite* Site() const { return site_.Get(); }
+  template <class Interface>
+  ComPointer<Interface> SiteAs(REFIID iid) const {
+    return ComPointer<Interface>::From(site_.Get(), iid);
+  }
+
+  // False in a form designer. True where the container does not say.
+  bool UserMode() const;
+  // Font and colours that the container proposes.
+  win32::Appearance Appearance() const;
+
+  void TellFocus(bool gained) const;
+  // True when the container has used the key that the control does not want.
+  bool OfferKey(MSG* message) const;
+
+  // What a container has told in one call instead of being asked.
+  void SetQuickAmbients(const QACONTAINER& ambients);
+
+ private:
+  bool GetAmbient(DISPID property, VARTYPE type, VARIANT& value) const;
+  void TakeFont(IFont* font, win32::Appearance& appearance) const;
+
+  ComPointer<IOleClientSite> site_;
+  ComPointer<IDispatch> ambients_;
+  ComPointer<IOleControlSite> control_site_;
+  std::optional<bool> quick_user_mode_;
+  ComPointer<IFont> quick_font_;
+  std::optional<OLE_COLOR> quick_background_;
+  std::optional<OLE_COLOR> quick_text_color_;
+};
+
+}  // namespace rdv

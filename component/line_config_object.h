@@ -1,0 +1,69 @@
+// The control as containers and scripts know it: one COM object made of parts, each of which
+// carries the interfaces of one subject.
+#pragma once
+
+#include <memory>
+
+#include "component/automation.h"
+#include "component/connection_points.h"
+#include "component/container.h"
+#include "component/control_services.h"
+#include "component/in_place.h"
+#include "component/live_control.h"
+#include "component/module.h"
+#include "component/ole_object.h"
+#include "component/persistence.h"
+#include "component/view.h"
+
+namespace rdv {
+
+// May be aggregated. Lives in a single-threaded apartment.
+class LineConfigObject final : private IUnknown {
+ public:
+  // `outer` is the aggregating owner or null.
+  static HRESULT Create(IUnknown* outer, REFIID iid, void** object);
+
+  class Container& Container() {
+    return container_;
+  }
+  OleObject& Ole() { return ole_; }
+  InPlace& Activation() { return in_place_; }
+  View& Drawing() { return view_; }
+  ConnectionPoints& Connections() { return connections_; }
+
+  // Made when first needed: a control in a designer's palette or a reader of its type information
+  // needs no windows. Made anew when a container has destroyed the windows.
+  LiveControl& Live();
+
+  // Takes the windows, where there are any, out of the container's.
+  void Park();
+
+  // The container has other fonts, colours or another mode than before.
+  void AmbientsChanged();
+
+ private:
+  explicit LineConfigObject(IUnknown* outer);
+  ~LineConfigObject();
+
+  // The object's own identity, as only its creator uses it when it is aggregated.
+  STDMETHODIMP QueryInterface(REFIID iid, void** object) override;
+  STDMETHODIMP_(ULONG) AddRef() override;
+  STDMETHODIMP_(ULONG) Release() override;
+
+  IUnknown* Find(REFIID iid);
+
+  ModuleLock lock_;
+  ULONG references_ = 1;
+  IUnknown& outer_;
+  class Container container_;
+  Automation automation_;
+  OleObject ole_;
+  InPlace in_place_;
+  ControlServices services_;
+  View view_;
+  Persistence persistence_;
+  ConnectionPoints connections_;
+  std::shared_ptr<LiveControl> live_;
+};
+
+}  // namespace rdv

@@ -1,0 +1,48 @@
+#include "component/live_control.h"
+
+#include "component/label_validator.h"
+#include "component/module.h"
+
+namespace rdv {
+
+ParkingWindow::ParkingWindow()
+    : window_(CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr,
+                              ModuleInstance(), nullptr)) {}
+
+LiveControl::LiveControl()
+    : form_(ModuleInstance(), parking_.Handle()),
+      control_(form_.Widgets(), ControlOptions{.make_label_validator = MakeLabelValidator}) {}
+
+std::shared_ptr<LiveControl> LiveControl::Create() {
+  const std::shared_ptr<LiveControl> live(new LiveControl);
+  // A container may let go of the control while its windows are at work.
+  live->form_.KeepAlive(live);
+  return live;
+}
+
+void LiveControl::PlaceIn(HWND parent, const RECT& place, const RECT& clip, bool reachable) {
+  SetParent(form_.Handle(), parent);
+  form_.FollowScreen();
+  Move(place, clip);
+  EnableWindow(form_.Handle(), reachable);
+  ShowWindow(form_.Handle(), SW_SHOWNA);
+}
+
+void LiveControl::Move(const RECT& place, const RECT& clip) {
+  RECT visible = {};
+  const HWND form = form_.Handle();
+  if (IntersectRect(&visible, &place, &clip) && !EqualRect(&visible, &place)) {
+    OffsetRect(&visible, -place.left, -place.top);
+    SetWindowRgn(form, CreateRectRgnIndirect(&visible), TRUE);
+  } else {
+    SetWindowRgn(form, nullptr, TRUE);
+  }
+  win32::MoveTo(form, place);
+}
+
+void LiveControl::Park() {
+  ShowWindow(form_.Handle(), SW_HIDE);
+  SetParent(form_.Handle(), parking_.Handle());
+}
+
+}  // namespace rdv

@@ -1,0 +1,54 @@
+// The running control: its windows and the logic that drives them.
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "control/line_config_control.h"
+#include "widgets/win32/form_window.h"
+
+namespace rdv {
+
+// A window that is never seen: the control's windows lie in it while no container shows them.
+class ParkingWindow {
+ public:
+  ParkingWindow();
+  ParkingWindow(const ParkingWindow&) = delete;
+  ParkingWindow& operator=(const ParkingWindow&) = delete;
+  ~ParkingWindow() { DestroyWindow(window_); }
+  HWND Handle() const { return window_; }
+
+ private:
+  const HWND window_;
+};
+
+// Made in the parking window, so that a host can load lines before it places the control, and the
+// lines stay when it takes the control out of a window and into another.
+class LiveControl {
+ public:
+  static std::shared_ptr<LiveControl> Create();
+
+  bool ShowControl(int16_t config_id) { return control_.ShowControl(config_id); }
+  void AssignIndextoDefaultBox(int16_t line1_type, int16_t line5_type) {
+    control_.AssignIndextoDefaultBox(line1_type, line5_type);
+  }
+  win32::FormWindow& Form() { return form_; }
+  // False once a container has destroyed the windows together with its own.
+  bool WindowsExist() const { return IsWindow(form_.Handle()) != FALSE; }
+
+  // Shows the form in a container's window, in pixels of that window.
+  void PlaceIn(HWND parent, const RECT& place, const RECT& clip, bool reachable);
+  void Move(const RECT& place, const RECT& clip);
+  void Park();
+
+  void OnRemoveMe(std::function<void()> handler) { control_.RemoveME = std::move(handler); }
+
+ private:
+  LiveControl();
+
+  ParkingWindow parking_;
+  win32::FormWindow form_;
+  ucRDVLineConfig control_;
+};
+
+}  // namespace rdv

@@ -1,0 +1,160 @@
+#include "component/ole_object.h"
+
+#include <cmath>
+
+#include "component/identifiers.h"
+#include "component/line_config_object.h"
+#include "widgets/layout.h"
+
+namespace rdv {
+namespace {
+
+constexpr double kHimetricPerTwip = 2540.0 / 1440.0;
+
+SIZEL DesignExtent() {
+  const Size size = DesignSize();
+  return {std::lround(size.width * kHimetricPerTwip), std::lround(size.height * kHimetricPerTwip)};
+}
+
+}  // namespace
+
+OleObject::OleObject(LineConfigObject& object, IUnknown& outer)
+    : Part(object, outer), extent_(DesignExtent()) {}
+
+STDMETHODIMP OleObject::SetClientSite(IOleClientSite* site) {
+  const KeepObject keep(outer_);
+  if (!site) object_.Activation().Deactivate();
+  object_.Container().SetSite(site);
+  object_.AmbientsChanged();
+  return S_OK;
+}
+
+STDMETHODIMP OleObject::GetClientSite(IOleClientSite** site) {
+  if (!site) return E_POINTER;
+  *site = object_.Container().Site();
+  if (*site) (*site)->AddRef();
+  return S_OK;
+}
+
+STDMETHODIMP OleObject::SetHostNames(LPCOLESTR /*application*/, LPCOLESTR /*document*/) {
+  return S_OK;
+}
+
+STDMETHODIMP OleObject::Close(DWORD /*save_option*/) {
+  const KeepObject keep(outer_);
+  object_.Activation().Deactivate();
+  if (advise_holder_) advise_holder_->SendOnClose();
+  return S_OK;
+}
+
+STDMETHODIMP OleObject::SetMoniker(DWORD /*which*/, IMoniker* /*moniker*/) {
+  return E_NOTIMPL;
+}
+
+STDMETHODIMP OleObject::GetMoniker(DWORD /*assign*/, DWORD /*which*/, IMoniker** moniker) {
+  if (!moniker) return E_POINTER;
+  *moniker = nullptr;
+  return E_NOTIMPL;
+}
+
+STDMETHODIMP OleObject::InitFromData(IDataObject* /*data*/, BOOL /*creation*/, DWORD /*reserved*/) {
+  return E_NOTIMPL;
+}
+
+STDMETHODIMP OleObject::GetClipboardData(DWORD /*reserved*/, IDataObject** data) {
+  if (!data) return E_POINTER;
+  *data = nullptr;
+  return E_NOTIMPL;
+}
+
+STDMETHODIMP OleObject::DoVerb(LONG verb, LPMSG /*message*/, IOleClientSite* /*site*/,
+                               LONG /*index*/, HWND /*parent*/, LPCRECT /*place*/) {
+  const KeepObject keep(outer_);
+  switch (verb) {
+    case OLEIVERB_PRIMARY:
+    case OLEIVERB_UIACTIVATE:
+      return object_.Activation().Activate(InPlace::Activity::UserInterface);
+    case OLEIVERB_SHOW:
+    case OLEIVERB_INPLACEACTIVATE:
+      return object_.Activation().Activate(InPlace::Activity::Visible);
+    case OLEIVERB_HIDE:
+      object_.Activation().Deactivate();
+      return S_OK;
+    case OLEIVERB_OPEN:
+    case OLEIVERB_DISCARDUNDOSTATE:
+      return E_NOTIMPL;
+    default:
+      // An unknown verb of the object's own runs the first one and says so.
+      if (verb < 0) return E_NOTIMPL;
+      return SUCCEEDED(object_.Activation().Activate(InPlace::Activity::UserInterface))
+                 ? OLEOBJ_S_INVALIDVERB
+                 : E_FAIL;
+  }
+}
+
+STDMETHODIMP OleObject::EnumVerbs(IEnumOLEVERB** verbs) {
+  if (!verbs) return E_POINTER;
+  // From the registration.
+  return OleRegEnumVerbs(kLineConfigClassId, verbs);
+}
+
+STDMETHODIMP OleObject::GetUserClassID(CLSID* class_id) {
+  if (!class_id) return E_POINTER;
+  *class_id = kLineConfigClassId;
+  return S_OK;
+}
+
+STDMETHODIMP OleObject::GetUserType(DWORD /*form*/, LPOLESTR* name) {
+  if (!name) return E_POINTER;
+  const size_t size = (std::char_traits<wchar_t>::length(kUserClassName) + 1) * sizeof(wchar_t);
+  *name = static_cast<LPOLESTR>(CoTaskMemAlloc(size));
+  if (!*name) return E_OUTOFMEMORY;
+  memcpy(*name, kUserClassName, size);
+  return S_OK;
+}
+
+STDMETHODIMP OleObject::SetExtent(DWORD aspect, SIZEL* size) {
+  if (!size) return E_POINTER;
+  if (aspect != DVASPECT_CONTENT) return DV_E_DVASPECT;
+  // The windows take their size from the container's rectangles, not from here.
+  extent_ = *size;
+  return S_OK;
+}
+
+STDMETHODIMP OleObject::GetExtent(DWORD aspect, SIZEL* size) {
+  if (!size) return E_POINTER;
+  if (aspect != DVASPECT_CONTENT) return DV_E_DVASPECT;
+  *size = extent_;
+  return S_OK;
+}
+
+STDMETHODIMP OleObject::Advise(IAdviseSink* sink, DWORD* connection) {
+  if (!connection) return E_POINTER;
+  if (!advise_holder_) {
+    const HRESULT result = CreateOleAdviseHolder(advise_holder_.Receive());
+    if (FAILED(result)) return result;
+  }
+  return advise_holder_->Advise(sink, connection);
+}
+
+STDMETHODIMP OleObject::Unadvise(DWORD connection) {
+  return advise_holder_ ? advise_holder_->Unadvise(connection) : OLE_E_NOCONNECTION;
+}
+
+STDMETHODIMP OleObject::EnumAdvise(IEnumSTATDATA** enumerator) {
+  if (!enumerator) return E_POINTER;
+  *enumerator = nullptr;
+  return advise_holder_ ? advise_holder_->EnumAdvise(enumerator) : S_OK;
+}
+
+STDMETHODIMP OleObject::GetMiscStatus(DWORD aspect, DWORD* status) {
+  if (!status) return E_POINTER;
+  *status = aspect == DVASPECT_CONTENT ? kMiscStatus : 0;
+  return aspect == DVASPECT_CONTENT ? S_OK : DV_E_DVASPECT;
+}
+
+STDMETHODIMP OleObject::SetColorScheme(LOGPALETTE* /*palette*/) {
+  return E_NOTIMPL;
+}
+
+}  // namespace rdv
