@@ -1,0 +1,98 @@
+#include "bench/sqlite_rival.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "runtime/text.h"
+#include "runtime/value.h"
+
+namespace rdv::bench {
+namespace {
+
+void Check(int result, sqlite3* database) {
+  if (result == SQLITE_OK || result == SQLITE_DONE || result == SQLITE_ROW) return;
+  std::fprintf(stderr, "SQLite: %s\n", sqlite3_errmsg(database));
+  std::exit(1);
+}
+
+std::string ColumnDefinition(const Text& name, const RowTable& lines, size_t column) {
+  bool text = false;
+  for (const auto& row : lines.rows) text = text || std::holds_alternative<Text>(row[column]);
+  return ToUtf8(name) + (text ? " TEXT" : " INTEGER");
+}
+
+}  // namespace
+
+SqliteDatabase OpenSqlite(const std::filesystem::path& file) {
+  sqlite3* database = nullptr;
+  Check(sqlite3_open(file.c_str(), &database), database);
+  SqliteDatabase owner(database);
+  Run(database, "PRAGMA synchronous=OFF");
+  return owner;
+}
+
+SqliteStatement Prepare(sqlite3* database, const std::string& statement) {
+  sqlite3_stmt* prepared = nullptr;
+  Check(sqlite3_prepare_v2(database, statement.c_str(), -1, &prepared, nullptr), database);
+  return SqliteStatement(prepared);
+}
+
+void Run(sqlite3* database, const std::string& statement) {
+  Check(sqlite3_exec(database, statement.c_str(), nullptr, nullptr, nullptr), database);
+}
+
+void BindText(sqlite3_stmt* statement, int position, const std::string& text) {
+  Check(sqlite3_bind_text(statement, position, text.data(), static_cast<int>(text.size()),
+                          SQLITE_TRANSIENT),
+        sqlite3_db_handle(statement));
+}
+
+void MakeSqliteLines(const std::filesystem::path& file, const RowTable& lines,
+                     const std::vector<std::string>& more_indexes) {
+  std::filesystem::remove(file);
+  const SqliteDatabase database = OpenSqlite(file);
+  std::string columns;
+  std::string marks;
+  for (size_t i = 0; i < lines.columns.size(); ++i) {
+    columns += ColumnDefinition(lines.columns[i], lines, i) + ", ";
+    marks += i == 0 ? "?" : ",?";
+  }
+  Run(database.get(), "CREATE TABLE Used_Lines (" + columns +
+                          "PRIMARY KEY (Config_ID, Base_Slot_No, Slot_Offset, Line))");
+  for (size_t i = 0; i < more_indexes.size(); ++i) {
+    Run(database.get(),
+        "CREATE INDEX more" + std::to_string(i) + " ON Used_Lines (" + more_indexes[i] + ")");
+  }
+  Run(database.get(), "BEGIN");
+  const SqliteStatement insert =
+      Prepare(database.get(), "INSERT INTO Used_Lines VALUES (" + marks + ")");
+  for (const auto& row : lines.rows) {
+    for (size_t i = 0; i < row.size(); ++i) {
+      const int position = static_cast<int>(i) + 1;
+      if (IsNull(row[i])) {
+        sqlite3_bind_null(insert.get(), position);
+      } else {
+        BindText(insert.get(), position, ToUtf8(ToText(row[i])));
+      }
+    }
+    Check(sqlite3_step(insert.get()), database.get());
+    sqlite3_reset(insert.get());
+  }
+  Run(database.get(), "COMMIT");
+}
+
+size_t FetchAll(sqlite3_stmt* statement) {
+  size_t bytes = 0;
+  const int columns = sqlite3_column_count(statement);
+  while (sqlite3_step(statement) == SQLITE_ROW) {
+    for (int i = 0; i < columns; ++i) {
+      if (sqlite3_column_text(statement, i) != nullptr) {
+        bytes += static_cast<size_t>(sqlite3_column_bytes(statement, i));
+      }
+    }
+  }
+  sqlite3_reset(statement);
+  return bytes;
+}
+
+}  // namespace rdv::bench

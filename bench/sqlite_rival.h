@@ -1,0 +1,37 @@
+// SQLite with the same rows and the same primary key: what the engine is measured against.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "data/connection.h"
+
+namespace rdv::bench {
+
+struct SqliteCloser {
+  void operator()(sqlite3* database) const { sqlite3_close(database); }
+  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+};
+using SqliteDatabase = std::unique_ptr<sqlite3, SqliteCloser>;
+using SqliteStatement = std::unique_ptr<sqlite3_stmt, SqliteCloser>;
+
+// All of these end the program with SQLite's message when a call fails: a rival that does not work
+// gives no figure.
+SqliteDatabase OpenSqlite(const std::filesystem::path& file);
+SqliteStatement Prepare(sqlite3* database, const std::string& statement);
+void Run(sqlite3* database, const std::string& statement);
+void BindText(sqlite3_stmt* statement, int position, const std::string& text);
+
+// Makes `file` with the table Used_Lines of the given rows and the primary key (Config_ID,
+// Base_Slot_No, Slot_Offset, Line); `more_indexes` are column lists of further indexes.
+void MakeSqliteLines(const std::filesystem::path& file, const RowTable& lines,
+                     const std::vector<std::string>& more_indexes = {});
+
+// Steps through the statement, fetches every column as text and counts the bytes.
+size_t FetchAll(sqlite3_stmt* statement);
+
+}  // namespace rdv::bench

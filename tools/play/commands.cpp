@@ -1,0 +1,226 @@
+#include "tools/play/commands.h"
+
+#include <algorithm>
+#include <iterator>
+#include <limits>
+
+#include "rules/grid_columns.h"
+#include "tools/play/arguments.h"
+#include "tools/play/stored_rows.h"
+
+namespace rdv::play {
+namespace {
+
+enum class Needs { Nothing, NoControl, Control };
+
+constexpr size_t kAnyNumber = std::numeric_limits<size_t>::max();
+constexpr int kAnyRow = std::numeric_limits<int>::max();
+
+bool IsTextBox(std::string_view editor) {
+  return std::find(kTextBoxes.begin(), kTextBoxes.end(), editor) != kTextBoxes.end();
+}
+
+// The in-place editors and the unit-type list.
+std::vector<std::string_view> AllEditors() {
+  std::vector<std::string_view> names(kEditors.begin(), kEditors.end());
+  names.push_back(kUnitTypeList);
+  return names;
+}
+
+std::vector<std::string_view> AllLists() {
+  std::vector<std::string_view> names = AllEditors();
+  std::erase_if(names, IsTextBox);
+  return names;
+}
+
+}  // namespace
+
+struct Commands::Rule {
+  std::string_view name;
+  size_t least;  // number of arguments
+  size_t most;
+  Needs needs;
+  void (Commands::*run)(const Arguments&);
+};
+
+const Commands::Rule& Commands::RuleOf(const Token& command) {
+  static constexpr Rule kRules[] = {
+      {"site", 1, 1, Needs::NoControl, &Commands::Site},
+      {"create", 0, 0, Needs::NoControl, &Commands::Create},
+      {"show", 1, 1, Needs::Control, &Commands::Show},
+      {"assign", 2, 2, Needs::Control, &Commands::Assign},
+      {"click", 2, 4, Needs::Control, &Commands::Click},
+      {"clickat", 2, 4, Needs::Control, &Commands::ClickAt},
+      {"key", 1, 1, Needs::Control, &Commands::Key},
+      {"columnclick", 1, 1, Needs::Control, &Commands::ColumnClick},
+      {"columnwidth", 2, 2, Needs::Control, &Commands::ColumnWidth},
+      {"scroll", 2, 2, Needs::Control, &Commands::Scroll},
+      {"pick", 2, 2, Needs::Control, &Commands::Pick},
+      {"type", 2, 2, Needs::Control, &Commands::Type},
+      {"paste", 2, 2, Needs::Control, &Commands::Paste},
+      {"press", 1, 1, Needs::Control, &Commands::Press},
+      {"answer", 1, 1, Needs::Nothing, &Commands::QueueAnswer},
+      {"dump", 0, kAnyNumber, Needs::Control, &Commands::Dump},
+      {"lines", 1, 1, Needs::Nothing, &Commands::Lines},
+      {"cards", 1, 1, Needs::Nothing, &Commands::Cards},
+      {"destroy", 0, 0, Needs::Control, &Commands::Destroy},
+  };
+  const std::string name = ToUtf8(command.text);
+  const auto found = std::find_if(std::begin(kRules), std::end(kRules),
+                                  [&](const Rule& rule) { return rule.name == name; });
+  if (found == std::end(kRules)) {
+    throw ScriptError("unknown command '" + name + "'");
+  }
+  return *found;
+}
+
+void Commands::Run(const std::vector<Token>& line) {
+  const Rule& rule = RuleOf(line.front());
+  const Arguments given(line);
+  const std::string name(rule.name);
+  if (given.Count() < rule.least) throw ScriptError("'" + name + "' lacks an argument");
+  if (given.Count() > rule.most) throw ScriptError("'" + name + "' has an argument too many");
+  if (rule.needs == Needs::Control && !driver_.HasControl()) {
+    throw ScriptError("'" + name + "' needs a control");
+  }
+  if (rule.needs == Needs::NoControl && driver_.HasControl()) {
+    throw ScriptError("'" + name + "' comes before the control is created");
+  }
+  (this->*rule.run)(given);
+}
+
+void Commands::Answer(const Refusal& refused) {
+  if (refused) answers_.Refused(*refused);
+}
+
+void Commands::Site(const Arguments& given) {
+  driver_.UseSite(given.AsText(0));
+}
+
+void Commands::Create(const Arguments&) {
+  driver_.Create();
+  answers_.Done("create");
+}
+
+void Commands::Show(const Arguments& given) {
+  answers_.Done("show", driver_.ShowControl(given.AsInteger(0)));
+}
+
+void Commands::Assign(const Arguments& given) {
+  driver_.AssignIndextoDefaultBox(given.AsInteger(0), given.AsInteger(1));
+  answers_.Nothing("assign");
+}
+
+void Commands::Click(const Arguments& given) {
+  Answer(driver_.ClickCell(given.AsWhole(0, -kAnyRow, kAnyRow), given.AsWhole(1, 1, kColumnCount),
+                           given.AsHeldKeys(2)));
+}
+
+void Commands::ClickAt(const Arguments& given) {
+  Answer(driver_.ClickAt(given.AsReal(0), given.AsReal(1), given.AsHeldKeys(2)));
+}
+
+void Commands::Key(const Arguments& given) {
+  for (const char16_t unit : given.AsKey(0)) {
+    if (const Refusal refused = driver_.PressKey(unit)) return Answer(refused);
+  }
+}
+
+void Commands::ColumnClick(const Arguments& given) {
+  Answer(driver_.ClickHeader(given.AsWhole(0, 1, kColumnCount)));
+}
+
+void Commands::ColumnWidth(const Arguments& given) {
+  const double width = given.AsReal(1);
+  if (width < 0) throw ScriptError("a column's width is not negative");
+  Answer(driver_.ResizeColumn(given.AsWhole(0, 1, kColumnCount), width));
+}
+
+void Commands::Scroll(const Arguments& given) {
+  constexpr std::array<std::string_view, 2> kDirections = {"h", "v"};
+  const bool horizontally = given.AsOneOf(0, kDirections) == "h";
+  const double distance = given.AsReal(1);
+  Answer(horizontally ? driver_.ScrollHorizontally(distance) : driver_.ScrollVertically(distance));
+}
+
+void Commands::Pick(const Arguments& given) {
+  const std::string_view editor = given.AsOneOf(0, AllEditors());
+  if (IsTextBox(editor)) return answers_.Refused(refusal::kNoSuchEntry);
+  Answer(driver_.Pick(editor, given.AsEntryOf(1, driver_.ListState(editor))));
+}
+
+void Commands::Type(const Arguments& given) {
+  Answer(driver_.Type(given.AsOneOf(0, AllEditors()), given.AsText(1)));
+}
+
+void Commands::Paste(const Arguments& given) {
+  Answer(driver_.Paste(given.AsOneOf(0, AllEditors()), given.AsText(1)));
+}
+
+void Commands::Press(const Arguments& given) {
+  Answer(driver_.Press(given.AsOneOf(0, kButtons)));
+}
+
+void Commands::QueueAnswer(const Arguments& given) {
+  driver_.QueueAnswer(AnswerNamed(given.AsOneOf(0, kAnswerNames)));
+}
+
+void Commands::Dump(const Arguments& given) {
+  constexpr std::array<std::string_view, 5> kNames = {"state", "rows", "editors", "lists",
+                                                      "geometry"};
+  constexpr size_t kDumpedByDefault = 3;
+  constexpr void (Commands::*kDumps[])() = {&Commands::DumpState, &Commands::DumpRows,
+                                            &Commands::DumpEditors, &Commands::DumpLists,
+                                            &Commands::DumpGeometry};
+  std::vector<size_t> wanted;
+  for (size_t position = 0; position < given.Count(); ++position) {
+    const std::string_view name = given.AsOneOf(position, kNames);
+    wanted.push_back(
+        static_cast<size_t>(std::find(kNames.begin(), kNames.end(), name) - kNames.begin()));
+  }
+  for (size_t what = 0; given.Count() == 0 && what < kDumpedByDefault; ++what) {
+    wanted.push_back(what);
+  }
+  for (const size_t what : wanted) (this->*kDumps[what])();
+}
+
+void Commands::Lines(const Arguments& given) {
+  answers_.Stored("lines", StoredLines(given.AsInteger(0)));
+}
+
+void Commands::Cards(const Arguments& given) {
+  answers_.Stored("cards", StoredCards(given.AsInteger(0)));
+}
+
+void Commands::Destroy(const Arguments&) {
+  driver_.Destroy();
+  answers_.Done("destroy");
+}
+
+void Commands::DumpState() {
+  answers_.State(driver_.State(), driver_.TakeRemoveMeCount(), driver_.TakeMessages());
+}
+
+void Commands::DumpRows() {
+  answers_.Rows(driver_.Rows());
+}
+
+void Commands::DumpEditors() {
+  Answers::Named<EditorSeen> editors;
+  for (const std::string_view name : kEditors) {
+    editors.emplace_back(name, driver_.EditorState(name));
+  }
+  answers_.Editors(editors);
+}
+
+void Commands::DumpLists() {
+  Answers::Named<ListSeen> lists;
+  for (const std::string_view name : AllLists()) lists.emplace_back(name, driver_.ListState(name));
+  answers_.Lists(lists);
+}
+
+void Commands::DumpGeometry() {
+  answers_.Geometry(driver_.Geometry());
+}
+
+}  // namespace rdv::play

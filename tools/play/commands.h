@@ -1,0 +1,58 @@
+// The commands of a script: what each takes, does and answers.
+#pragma once
+
+#include <vector>
+
+#include "tools/play/answers.h"
+#include "tools/play/driver.h"
+#include "tools/play/script.h"
+
+namespace rdv::play {
+
+class Arguments;
+
+class Commands {
+ public:
+  // Both outlive the object.
+  Commands(Driver& driver, Answers& answers) : driver_(driver), answers_(answers) {}
+
+  // One line of a script, not an empty one. Raises ScriptError for a command or an argument that
+  // does not exist; nothing has been done then.
+  void Run(const std::vector<Token>& line);
+
+ private:
+  struct Rule;
+  static const Rule& RuleOf(const Token& command);
+  void Answer(const Refusal& refused);
+
+  void Site(const Arguments& given);
+  void Create(const Arguments& given);
+  void Show(const Arguments& given);
+  void Assign(const Arguments& given);
+  void Click(const Arguments& given);
+  void ClickAt(const Arguments& given);
+  void Key(const Arguments& given);
+  void ColumnClick(const Arguments& given);
+  void ColumnWidth(const Arguments& given);
+  void Scroll(const Arguments& given);
+  void Pick(const Arguments& given);
+  void Type(const Arguments& given);
+  void Paste(const Arguments& given);
+  void Press(const Arguments& given);
+  void QueueAnswer(const Arguments& given);
+  void Dump(const Arguments& given);
+  void Lines(const Arguments& given);
+  void Cards(const Arguments& given);
+  void Destroy(const Arguments& given);
+
+  void DumpState();
+  void DumpRows();
+  void DumpEditors();
+  void DumpLists();
+  void DumpGeometry();
+
+  Driver& driver_;
+  Answers& answers_;
+};
+
+}  // namespace rdv::play

@@ -1,0 +1,162 @@
+#include "tools/play/memory/memory_driver.h"
+
+#include <stdexcept>
+#include <utility>
+
+namespace rdv::play {
+
+std::unique_ptr<Driver> MakeDriver() {
+  return std::make_unique<MemoryDriver>();
+}
+
+void MemoryDriver::UseSite(const Text& folder) {
+  site_.reset();
+  site_.emplace(folder);
+}
+
+void MemoryDriver::Create() {
+  form_ = std::make_unique<memory::MemoryForm>();
+  for (const MessageAnswer answer : std::exchange(answers_, {})) form_->screen.QueueAnswer(answer);
+  control_ = std::make_unique<ucRDVLineConfig>(form_->Widgets());
+  control_->RemoveME = [this] { ++remove_me_count_; };
+}
+
+void MemoryDriver::Destroy() {
+  KeepMessages();
+  answers_ = form_->screen.TakeAnswers();
+  control_.reset();
+  form_.reset();
+}
+
+Refusal MemoryDriver::ClickCell(int row, int column, HeldKeys held) {
+  return Grid().UserClickCell(row, column, {.ctrl = held.ctrl, .shift = held.shift});
+}
+
+Refusal MemoryDriver::ClickAt(Twips x, Twips y, HeldKeys held) {
+  return Grid().UserClick(x, y, {.ctrl = held.ctrl, .shift = held.shift});
+}
+
+Refusal MemoryDriver::Type(std::string_view editor, TextView text) {
+  if (memory::MemoryTextBox* box = TextBox(editor)) return box->UserType(text);
+  return List(editor).UserType(text);
+}
+
+Refusal MemoryDriver::Paste(std::string_view editor, TextView text) {
+  if (memory::MemoryTextBox* box = TextBox(editor)) return box->UserPaste(text);
+  return List(editor).UserPaste(text);
+}
+
+Refusal MemoryDriver::Press(std::string_view button) {
+  for (memory::MemoryButton* candidate :
+       {&form_->cmdApply, &form_->cmdOK, &form_->cmdCancel, &form_->cmdShowDefaults}) {
+    if (candidate->Name() == button) return candidate->UserPress();
+  }
+  throw std::logic_error("unknown button");
+}
+
+void MemoryDriver::QueueAnswer(MessageAnswer answer) {
+  if (form_) {
+    form_->screen.QueueAnswer(answer);
+  } else {
+    answers_.push_back(answer);
+  }
+}
+
+StateSeen MemoryDriver::State() {
+  return {.apply_enabled = form_->cmdApply.Enabled(),
+          .configuration_enabled = form_->fraConfiguration.Enabled(),
+          .unit_type = form_->cmbRDVType.Text(),
+          .pointer = static_cast<int>(form_->screen.Pointer()),
+          .focus = form_->FocusedWidget()};
+}
+
+int MemoryDriver::TakeRemoveMeCount() {
+  return std::exchange(remove_me_count_, 0);
+}
+
+std::vector<MessageSeen> MemoryDriver::TakeMessages() {
+  KeepMessages();
+  return std::exchange(messages_, {});
+}
+
+void MemoryDriver::KeepMessages() {
+  for (memory::ShownMessage& shown : form_->screen.TakeMessages()) {
+    messages_.push_back({std::move(shown.text), std::move(shown.title), shown.style,
+                         std::string(NameOf(shown.answer))});
+  }
+}
+
+std::vector<RowSeen> MemoryDriver::Rows() {
+  std::vector<RowSeen> rows;
+  for (int row = 1; row <= Grid().RowCount(); ++row) {
+    RowSeen& seen = rows.emplace_back();
+    seen.selected = Grid().Selected(row);
+    for (int column = 1; column <= Grid().ColumnCount(); ++column) {
+      seen.cells.push_back(Grid().Cell(row, column));
+    }
+  }
+  return rows;
+}
+
+EditorSeen MemoryDriver::EditorState(std::string_view editor) {
+  EditorSeen seen;
+  const auto look_at = [&seen](const Editor& widget) {
+    seen.visible = widget.Visible();
+    seen.left = widget.Left();
+    seen.top = widget.Top();
+    seen.width = widget.Width();
+    seen.text = widget.Text();
+  };
+  if (const memory::MemoryTextBox* box = TextBox(editor)) {
+    look_at(*box);
+  } else {
+    const memory::MemoryComboBox& list = List(editor);
+    look_at(list);
+    seen.index = list.ListIndex();
+  }
+  return seen;
+}
+
+ListSeen MemoryDriver::ListState(std::string_view list) {
+  const memory::MemoryComboBox& widget = List(list);
+  ListSeen seen;
+  seen.index = widget.ListIndex();
+  seen.text = widget.Text();
+  seen.drop_down_width = widget.DropDownWidth();
+  for (int index = 0; index < widget.ListCount(); ++index) {
+    seen.entries.push_back({widget.List(index), widget.ItemData(index)});
+  }
+  return seen;
+}
+
+GeometrySeen MemoryDriver::Geometry() {
+  const LineGrid& grid = Grid();
+  GeometrySeen seen;
+  seen.grid = {grid.Left(), grid.Top(), grid.Width(), grid.Height()};
+  for (int row = 1; row <= grid.RowCount(); ++row) {
+    seen.rows.push_back({grid.RowLeft(row), grid.RowTop(row), grid.RowHeight(row)});
+  }
+  for (int column = 1; column <= grid.ColumnCount(); ++column) {
+    seen.columns.push_back({grid.ColumnLeft(column), grid.ColumnWidth(column)});
+  }
+  return seen;
+}
+
+memory::MemoryComboBox& MemoryDriver::List(std::string_view name) {
+  for (memory::MemoryComboBox* list :
+       {&form_->cmbPartition, &form_->cmbStartingNodeName, &form_->cmbStartingNodeNumber,
+        &form_->cmbVolume, &form_->cmbModeType, &form_->cmbModeNumber, &form_->cmbNISOption,
+        &form_->cmbLineType, &form_->cmbImpedance, &form_->cmbSoftStop, &form_->cmbRDVType}) {
+    if (list->Name() == name) return *list;
+  }
+  throw std::logic_error("unknown list");
+}
+
+memory::MemoryTextBox* MemoryDriver::TextBox(std::string_view name) {
+  for (memory::MemoryTextBox* box : {&form_->txtEWTOption, &form_->txtLabel}) {
+    if (box->Name() == name) return box;
+  }
+  return nullptr;
+}
+
+}  // namespace rdv::play

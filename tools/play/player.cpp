@@ -1,0 +1,74 @@
+#include "tools/play/player.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+
+#include "tools/play/commands.h"
+
+namespace rdv::play {
+namespace {
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+// `line_number` counts along, so that whoever catches an error knows where it is.
+void Play(std::istream& script, const Options& options, std::ostream& out, int& line_number) {
+  const std::unique_ptr<Driver> driver = MakeDriver();
+  Answers answers(out);
+  Commands commands(*driver, answers);
+  if (options.site) driver->UseSite(FromUtf8(*options.site));
+  for (std::string line; std::getline(script, line);) {
+    ++line_number;
+    std::string_view text = line;
+    if (line_number == 1 && text.starts_with(kByteOrderMark)) {
+      text.remove_prefix(kByteOrderMark.size());
+    }
+    if (const std::vector<Token> tokens = Tokenize(text); !tokens.empty()) commands.Run(tokens);
+  }
+}
+
+bool PlayFile(const std::string& name, const Options& options, std::istream& in, std::ostream& out,
+              std::ostream& err) {
+  int line_number = 0;
+  try {
+    if (name == "-") {
+      Play(in, options, out, line_number);
+      return true;
+    }
+    std::ifstream file(std::filesystem::path(FromUtf8(name)), std::ios::binary);
+    if (!file) throw ScriptError("cannot be read");
+    Play(file, options, out, line_number);
+    return true;
+  } catch (const ScriptError& error) {
+    err << name << ':' << line_number << ": " << error.what() << '\n';
+    return false;
+  }
+}
+
+}  // namespace
+
+Options ParseOptions(const std::vector<std::string_view>& arguments) {
+  Options options;
+  for (size_t position = 0; position < arguments.size(); ++position) {
+    const std::string_view argument = arguments[position];
+    if (argument == "--site") {
+      if (++position == arguments.size()) throw UsageError("--site needs a folder");
+      options.site = arguments[position];
+    } else if (argument.starts_with("--")) {
+      throw UsageError("unknown option " + std::string(argument));
+    } else {
+      options.scripts.emplace_back(argument);
+    }
+  }
+  if (options.scripts.empty()) throw UsageError("no script given");
+  return options;
+}
+
+ExitStatus PlayAll(const Options& options, std::istream& in, std::ostream& out, std::ostream& err) {
+  for (const std::string& script : options.scripts) {
+    if (!PlayFile(script, options, in, out, err)) return ExitStatus::ScriptError;
+  }
+  return ExitStatus::Played;
+}
+
+}  // namespace rdv::play

@@ -1,0 +1,97 @@
+#include "tools/play/win32/message_watch.h"
+
+#include <array>
+#include <utility>
+
+#include "tools/play/win32/container.h"
+#include "tools/play/win32/window_text.h"
+
+namespace rdv::play {
+namespace {
+
+MessageWatch* watching = nullptr;
+
+constexpr const wchar_t* kDialogClass = L"#32770";
+
+bool HasButton(HWND box, int id) {
+  const HWND button = GetDlgItem(box, id);
+  return button && HasClass(button, L"Button");
+}
+
+struct Parts {
+  Text text;
+  HICON icon = nullptr;
+};
+
+BOOL CALLBACK TakePart(HWND child, LPARAM context) {
+  auto& parts = *reinterpret_cast<Parts*>(context);
+  if (!HasClass(child, L"Static")) return TRUE;
+  const auto kind = GetWindowLongW(child, GWL_STYLE) & SS_TYPEMASK;
+  if (kind == SS_ICON) {
+    parts.icon = reinterpret_cast<HICON>(SendMessageW(child, STM_GETICON, 0, 0));
+  } else if (parts.text.empty()) {
+    parts.text = TextOf(child);
+  }
+  return TRUE;
+}
+
+int ButtonsStyle(HWND box) {
+  if (HasButton(box, IDYES)) return HasButton(box, IDCANCEL) ? MB_YESNOCANCEL : MB_YESNO;
+  return HasButton(box, IDCANCEL) && HasButton(box, IDOK) ? MB_OKCANCEL : MB_OK;
+}
+
+int IconStyle(HICON icon) {
+  const std::array<std::pair<LPCWSTR, int>, 4> icons = {{{IDI_HAND, MB_ICONHAND},
+                                                         {IDI_QUESTION, MB_ICONQUESTION},
+                                                         {IDI_EXCLAMATION, MB_ICONEXCLAMATION},
+                                                         {IDI_ASTERISK, MB_ICONASTERISK}}};
+  for (const auto& [name, style] : icons) {
+    if (icon && icon == LoadIconW(nullptr, name)) return style;
+  }
+  return 0;
+}
+
+}  // namespace
+
+MessageWatch::MessageWatch() {
+  watching = this;
+  hook_ = SetWindowsHookExW(WH_CALLWNDPROCRET, &AfterMessage, nullptr, GetCurrentThreadId());
+}
+
+MessageWatch::~MessageWatch() {
+  UnhookWindowsHookEx(hook_);
+  watching = nullptr;
+}
+
+std::vector<MessageSeen> MessageWatch::TakeMessages() {
+  return std::exchange(messages_, {});
+}
+
+// A box that has just been set up is complete: its text, its icon and its buttons are there.
+LRESULT CALLBACK MessageWatch::AfterMessage(int code, WPARAM wparam, LPARAM lparam) {
+  const auto& sent = *reinterpret_cast<const CWPRETSTRUCT*>(lparam);
+  if (code == HC_ACTION && sent.message == WM_INITDIALOG && HasClass(sent.hwnd, kDialogClass)) {
+    watching->OnBox(sent.hwnd);
+  }
+  return CallNextHookEx(nullptr, code, wparam, lparam);
+}
+
+void MessageWatch::OnBox(HWND box) {
+  Parts parts;
+  EnumChildWindows(box, &TakePart, reinterpret_cast<LPARAM>(&parts));
+  const int buttons = ButtonsStyle(box);
+  MessageAnswer answer = buttons == MB_OK ? MessageAnswer::Ok : MessageAnswer::Cancel;
+  if (!answers_.empty()) {
+    answer = answers_.front();
+    answers_.pop_front();
+  }
+  MessageSeen& seen = messages_.emplace_back();
+  seen.text = parts.text;
+  const Text title = TextOf(box);
+  if (title != FromWide(kHostTitle)) seen.title = title;
+  seen.style = buttons | IconStyle(parts.icon);
+  seen.answer = NameOf(answer);
+  PostMessageW(box, WM_COMMAND, static_cast<WPARAM>(answer), 0);
+}
+
+}  // namespace rdv::play
