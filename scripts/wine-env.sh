@@ -1,0 +1,83 @@
+# Wine as this project uses it, apart from the Wine of the user. Sourced, never run.
+# RDV_WINE_PREFIX names other prefixes than out/wine/prefix-*.
+source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
+
+export WINEDEBUG=${WINEDEBUG:--all}
+export LC_ALL=C.UTF-8 # Wine takes the encoding of file names from it.
+# No add-ons are fetched; menus and file types of the user are not touched.
+export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
+
+# Which way 32-bit programs run now; the words of wine32.sh.
+wine32_mode() {
+  if [ -x /usr/lib/wine/wine ]; then
+    echo full
+  elif [ -d "$RDV_OUT/wine/wine32/i386-windows" ]; then
+    echo wow64
+  else
+    echo none
+  fi
+}
+
+# Sets the prefix for programs of 64 or 32 bits and makes it where there is none. A full Wine has one
+# for both. Else each has its own: in that of the 32-bit programs windows are not painted, because the
+# driver that paints has no 32-bit half there and without "null" in its place no window comes up.
+use_wine() {
+  local bits=$1 kind=win64
+  unset WINEDLLPATH
+  case $(wine32_mode)-$bits in
+    full-*) kind=full ;;
+    wow64-32)
+      kind=win32
+      export WINEDLLPATH=$RDV_OUT/wine/wine32
+      ;;
+  esac
+  export WINEPREFIX=${RDV_WINE_PREFIX:-$RDV_OUT/wine/prefix}-$kind
+  [ ! -e "$WINEPREFIX/made" ] || return 0
+  mkdir -p "$(dirname "$WINEPREFIX")"
+  (
+    flock 9
+    [ ! -e "$WINEPREFIX/made" ] || exit 0
+    rm -rf "$WINEPREFIX"
+    quietly make_prefix "$kind"
+    touch "$WINEPREFIX/made"
+  ) 9>"$WINEPREFIX.lock"
+}
+
+make_prefix() {
+  timeout --kill-after=10 300 wineboot --init </dev/null || return
+  # A program that crashes ends; a dialog would wait for somebody to press a button.
+  set_wine_option WineDbg ShowCrashDialog REG_DWORD 0
+  [ "$1" != win32 ] || set_wine_option Drivers Graphics REG_SZ null
+  # The settings hold from the next start of the prefix on.
+  wineserver -k || true
+  wineserver -w
+}
+
+set_wine_option() {
+  timeout 60 wine reg add "HKCU\\Software\\Wine\\$1" /v "$2" /t "$3" /d "$4" /f </dev/null
+}
+
+# Ends what still runs in the prefixes, and nothing elsewhere.
+stop_wine() {
+  local kind prefix
+  for kind in win64 win32 full; do
+    prefix=${RDV_WINE_PREFIX:-$RDV_OUT/wine/prefix}-$kind
+    [ ! -d "$prefix" ] || WINEPREFIX=$prefix wineserver -k >/dev/null 2>&1 || true
+  done
+}
+
+# Starts a virtual display on a free number and waits until it answers; sets DISPLAY and
+# display_pid.
+start_display() {
+  local number
+  number=$(mktemp)
+  Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$number" >/dev/null 2>&1 &
+  display_pid=$!
+  for _ in $(seq 200); do
+    [ ! -s "$number" ] && kill -0 "$display_pid" 2>/dev/null || break
+    sleep 0.05
+  done
+  export DISPLAY=:$(cat "$number")
+  rm -f "$number"
+  [ "$DISPLAY" != : ] || die "the virtual display did not start"
+}

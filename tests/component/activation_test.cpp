@@ -1,0 +1,260 @@
+// The control in containers: order of calls, place, missing parts of the container, modes.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/component/placed_control.h"
+#include "widgets/win32/control_ids.h"
+
+namespace rdv::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class Activation : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_EQ(OleInitialize(nullptr), S_OK); }
+  void TearDown() override { OleUninitialize(); }
+};
+
+RECT PlaceInParent(HWND window) {
+  RECT place = {};
+  GetWindowRect(window, &place);
+  MapWindowPoints(nullptr, GetParent(window), reinterpret_cast<POINT*>(&place), 2);
+  return place;
+}
+
+TEST_F(Activation, AnswersEveryInterfaceWithOneIdentity) {
+  PlacedControl placed;
+  const auto identity = placed.As<IUnknown>(IID_IUnknown);
+  const IID interfaces[] = {IID_IDispatch,
+                            kLineConfigInterfaceId,
+                            IID_IOleObject,
+                            IID_IOleWindow,
+                            IID_IOleInPlaceObject,
+                            IID_IOleInPlaceActiveObject,
+                            IID_IOleControl,
+                            IID_IQuickActivate,
+                            IID_IViewObject,
+                            IID_IViewObject2,
+                            IID_IPersist,
+                            IID_IPersistStreamInit,
+                            IID_IPersistPropertyBag,
+                            IID_IConnectionPointContainer,
+                            IID_IProvideClassInfo,
+                            IID_IProvideClassInfo2,
+                            IID_ISupportErrorInfo};
+  for (const IID& iid : interfaces) {
+    const auto part = placed.As<IUnknown>(iid);
+    ASSERT_TRUE(part);
+    EXPECT_EQ(ComPointer<IUnknown>::From(part.Get(), IID_IUnknown).Get(), identity.Get());
+  }
+  EXPECT_FALSE(placed.As<IUnknown>(IID_IDataObject));
+}
+
+TEST_F(Activation, TellsTheContainerOfEachStepInOrder) {
+  PlacedControl placed;
+  EXPECT_EQ(placed.Verb(OLEIVERB_INPLACEACTIVATE), S_OK);
+  EXPECT_THAT(placed.container.TakeCalls(), ElementsAre("CanInPlaceActivate", "OnInPlaceActivate",
+                                                        "GetWindowContext", "ShowObject"));
+  const auto in_place = placed.As<IOleInPlaceObject>(IID_IOleInPlaceObject);
+  EXPECT_EQ(in_place->InPlaceDeactivate(), S_OK);
+  EXPECT_THAT(placed.container.TakeCalls(), ElementsAre("OnInPlaceDeactivate"));
+  EXPECT_EQ(in_place->InPlaceDeactivate(), S_OK);
+  EXPECT_THAT(placed.container.TakeCalls(), IsEmpty());
+}
+
+TEST_F(Activation, TakesAndGivesBackTheKeyboard) {
+  PlacedControl placed;
+  EXPECT_EQ(placed.Verb(OLEIVERB_UIACTIVATE), S_OK);
+  auto calls = placed.container.TakeCalls();
+  calls.resize(6);
+  EXPECT_THAT(calls, ElementsAre("CanInPlaceActivate", "OnInPlaceActivate", "GetWindowContext",
+                                 "ShowObject", "OnUIActivate", "SetActiveObject(object)"));
+  EXPECT_TRUE(IsChild(placed.Form(), GetFocus()));
+  PumpMessages();
+  placed.container.TakeCalls();
+  placed.As<IOleInPlaceObject>(IID_IOleInPlaceObject)->UIDeactivate();
+  EXPECT_THAT(placed.container.TakeCalls(), ElementsAre("SetActiveObject(null)", "OnUIDeactivate"));
+}
+
+TEST_F(Activation, AWindowInsideThatGetsTheFocusTakesTheKeyboard) {
+  PlacedControl placed;
+  placed.Verb(OLEIVERB_INPLACEACTIVATE);
+  placed.container.TakeCalls();
+  SetFocus(placed.Child(control_id::cmdOK));
+  PumpMessages();
+  EXPECT_THAT(placed.container.TakeCalls(),
+              ElementsAre("OnUIActivate", "SetActiveObject(object)", "OnFocus(TRUE)"));
+  SetFocus(placed.container.Window());
+  PumpMessages();
+  EXPECT_THAT(placed.container.TakeCalls(), ElementsAre("OnFocus(FALSE)"));
+}
+
+TEST_F(Activation, LiesWhereTheContainerPutsIt) {
+  PlacedControl placed;
+  placed.container.place = {10, 20, 910, 420};
+  placed.Verb(OLEIVERB_INPLACEACTIVATE);
+  ASSERT_EQ(GetParent(placed.Form()), placed.container.Window());
+  RECT place = PlaceInParent(placed.Form());
+  EXPECT_TRUE(EqualRect(&place, &placed.container.place));
+  const RECT moved = {0, 0, 1000, 500};
+  placed.As<IOleInPlaceObject>(IID_IOleInPlaceObject)->SetObjectRects(&moved, &moved);
+  place = PlaceInParent(placed.Form());
+  EXPECT_TRUE(EqualRect(&place, &moved));
+}
+
+TEST_F(Activation, FramesAndGridGrowAndButtonsStayAtTheRightEdge) {
+  PlacedControl placed;
+  placed.container.place = {0, 0, 1000, 450};
+  placed.Verb(OLEIVERB_INPLACEACTIVATE);
+  const RECT grid = PlaceInParent(placed.Child(control_id::LVRDVLineConfig));
+  const RECT apply = PlaceInParent(placed.Child(control_id::cmdApply));
+  const RECT bigger = {0, 0, 1100, 550};
+  placed.As<IOleInPlaceObject>(IID_IOleInPlaceObject)->SetObjectRects(&bigger, &bigger);
+  const RECT grid_now = PlaceInParent(placed.Child(control_id::LVRDVLineConfig));
+  const RECT apply_now = PlaceInParent(placed.Child(control_id::cmdApply));
+  EXPECT_EQ(grid_now.right - grid.right, 100);
+  EXPECT_EQ(grid_now.bottom - grid.bottom, 100);
+  EXPECT_EQ(apply_now.right - apply.right, 100);
+  EXPECT_EQ(apply_now.right - apply_now.left, apply.right - apply.left);
+}
+
+TEST_F(Activation, SurvivesAContainerThatOffersNothing) {
+  PlacedControl placed({.ambients = false, .control_site = false, .frame = false});
+  EXPECT_EQ(placed.Verb(OLEIVERB_UIACTIVATE), S_OK);
+  PumpMessages();
+  EXPECT_TRUE(IsWindowVisible(placed.Form()));
+  placed.Remove();
+  EXPECT_EQ(placed.container.ReferencesLeft(), 0u);
+}
+
+TEST_F(Activation, IsRefusedWithoutASite) {
+  const Library library;
+  const auto object = library.Create<IOleObject>(IID_IOleObject);
+  EXPECT_TRUE(FAILED(object->DoVerb(OLEIVERB_SHOW, nullptr, nullptr, 0, nullptr, nullptr)));
+}
+
+TEST_F(Activation, IsRefusedWhereTheContainerDoesNotAllowIt) {
+  PlacedControl placed({.allows_activation = false});
+  EXPECT_TRUE(FAILED(placed.Verb(OLEIVERB_SHOW)));
+  EXPECT_THAT(placed.container.TakeCalls(), ElementsAre("CanInPlaceActivate"));
+}
+
+TEST_F(Activation, IsNotLiveInAFormDesigner) {
+  const BoxAnswerer boxes;
+  PlacedControl placed({.user_mode = false});
+  EXPECT_EQ(placed.Verb(OLEIVERB_UIACTIVATE), S_OK);
+  EXPECT_THAT(placed.container.TakeCalls(), ElementsAre("CanInPlaceActivate", "OnInPlaceActivate",
+                                                        "GetWindowContext", "ShowObject"));
+  EXPECT_FALSE(IsWindowEnabled(placed.Form()));
+  VARIANT_BOOL shown = VARIANT_TRUE;
+  EXPECT_EQ(placed.As<LineConfigInterface>(kLineConfigInterfaceId)->ShowControl(1, &shown), S_OK);
+  EXPECT_EQ(shown, VARIANT_FALSE);
+  EXPECT_EQ(BoxAnswerer::Count(), 0);
+}
+
+TEST_F(Activation, KeepsItsWindowsBetweenTwoPlaces) {
+  PlacedControl placed;
+  placed.Verb(OLEIVERB_INPLACEACTIVATE);
+  const HWND form = placed.Form();
+  placed.As<IOleInPlaceObject>(IID_IOleInPlaceObject)->InPlaceDeactivate();
+  EXPECT_TRUE(IsWindow(form));
+  EXPECT_NE(GetParent(form), placed.container.Window());
+  placed.Verb(OLEIVERB_INPLACEACTIVATE);
+  EXPECT_EQ(placed.Form(), form);
+}
+
+TEST_F(Activation, SurvivesAContainerThatDestroysItsWindowFirst) {
+  const BoxAnswerer boxes;
+  PlacedControl placed;
+  placed.Verb(OLEIVERB_INPLACEACTIVATE);
+  DestroyWindow(placed.container.Window());
+  VARIANT_BOOL shown = VARIANT_TRUE;
+  const auto control = placed.As<LineConfigInterface>(kLineConfigInterfaceId);
+  EXPECT_EQ(control->ShowControl(1, &shown), S_OK);
+}
+
+TEST_F(Activation, QuickActivationDoesAllInOneCall) {
+  const Library library;
+  TestContainer container{Profile{.ambients = false}};
+  const auto quick = library.Create<IQuickActivate>(IID_IQuickActivate);
+  QACONTAINER given = {};
+  given.cbSize = sizeof given;
+  given.pClientSite = container.Site();
+  given.dwAmbientFlags = QACONTAINER_USERMODE;
+  given.pUnkEventSink = container.EventSink();
+  QACONTROL answer = {};
+  answer.cbSize = sizeof answer;
+  EXPECT_EQ(quick->QuickActivate(&given, &answer), S_OK);
+  EXPECT_EQ(answer.dwMiscStatus, kMiscStatus);
+  EXPECT_NE(answer.dwEventCookie, 0u);
+  const auto object = ComPointer<IOleObject>::From(quick.Get(), IID_IOleObject);
+  ComPointer<IOleClientSite> site;
+  EXPECT_EQ(object->GetClientSite(site.Receive()), S_OK);
+  EXPECT_EQ(site.Get(), container.Site());
+  object->SetClientSite(nullptr);
+}
+
+TEST_F(Activation, StateLoadsAndSavesBeforeAndAfterTheSite) {
+  const Library library;
+  const auto state = library.Create<IPersistStreamInit>(IID_IPersistStreamInit);
+  EXPECT_EQ(state->InitNew(), S_OK);
+  ComPointer<IStream> stream;
+  ASSERT_EQ(CreateStreamOnHGlobal(nullptr, TRUE, stream.Receive()), S_OK);
+  EXPECT_EQ(state->IsDirty(), S_FALSE);
+  EXPECT_EQ(state->Save(stream.Get(), TRUE), S_OK);
+  STATSTG statistics = {};
+  stream->Stat(&statistics, STATFLAG_NONAME);
+  EXPECT_EQ(statistics.cbSize.QuadPart, 0u);
+  EXPECT_EQ(state->Load(stream.Get()), S_OK);
+  EXPECT_EQ(state->Load(stream.Get()), S_OK);
+  CLSID class_id = {};
+  EXPECT_EQ(state->GetClassID(&class_id), S_OK);
+  EXPECT_EQ(class_id, kLineConfigClassId);
+}
+
+TEST_F(Activation, SizeStartsAsDesignedAndFollowsTheContainer) {
+  const Library library;
+  const auto object = library.Create<IOleObject>(IID_IOleObject);
+  SIZEL size = {};
+  EXPECT_EQ(object->GetExtent(DVASPECT_CONTENT, &size), S_OK);
+  EXPECT_GT(size.cx, 20000);
+  EXPECT_GT(size.cy, 8000);
+  SIZEL wanted = {12345, 6789};
+  EXPECT_EQ(object->SetExtent(DVASPECT_CONTENT, &wanted), S_OK);
+  EXPECT_EQ(object->GetExtent(DVASPECT_CONTENT, &size), S_OK);
+  EXPECT_EQ(size.cx, wanted.cx);
+  EXPECT_EQ(size.cy, wanted.cy);
+  EXPECT_EQ(object->SetExtent(DVASPECT_ICON, &wanted), DV_E_DVASPECT);
+}
+
+TEST_F(Activation, DrawsItselfWithoutAWindow) {
+  const Library library;
+  const auto view = library.Create<IViewObject2>(IID_IViewObject2);
+  const HDC screen = GetDC(nullptr);
+  const HDC memory = CreateCompatibleDC(screen);
+  const HBITMAP bitmap = CreateCompatibleBitmap(screen, 300, 150);
+  SelectObject(memory, bitmap);
+  PatBlt(memory, 0, 0, 300, 150, BLACKNESS);
+  const RECTL bounds = {10, 10, 290, 140};
+  EXPECT_EQ(view->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, memory, &bounds, nullptr,
+                       nullptr, 0),
+            S_OK);
+  EXPECT_EQ(GetPixel(memory, 5, 5), RGB(0, 0, 0));
+  EXPECT_EQ(GetPixel(memory, 12, 12), GetSysColor(COLOR_BTNFACE));
+  DeleteDC(memory);
+  DeleteObject(bitmap);
+
+  const HDC metafile = CreateEnhMetaFileW(screen, nullptr, nullptr, nullptr);
+  EXPECT_EQ(view->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, metafile, &bounds, nullptr,
+                       nullptr, 0),
+            S_OK);
+  const HENHMETAFILE picture = CloseEnhMetaFile(metafile);
+  EXPECT_GT(GetEnhMetaFileBits(picture, 0, nullptr), 1000u);
+  DeleteEnhMetaFile(picture);
+  ReleaseDC(nullptr, screen);
+}
+
+}  // namespace
+}  // namespace rdv::test

@@ -1,0 +1,88 @@
+// The methods as scripts call them.
+#include <gtest/gtest.h>
+
+#include "tests/component/placed_control.h"
+
+namespace rdv::test {
+namespace {
+
+class Scripts : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(OleInitialize(nullptr), S_OK);
+    control_ = library_.Create<IDispatch>(IID_IDispatch);
+  }
+  void TearDown() override {
+    control_.Reset();
+    OleUninitialize();
+  }
+
+  HRESULT Call(const wchar_t* name, std::vector<VARIANT> arguments, VARIANT& result) {
+    std::wstring copy = name;
+    LPOLESTR names[] = {copy.data()};
+    DISPID method = 0;
+    const HRESULT found = control_->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &method);
+    if (FAILED(found)) return found;
+    DISPPARAMS parameters = {arguments.data(), nullptr, static_cast<UINT>(arguments.size()), 0};
+    VariantInit(&result);
+    return control_->Invoke(method, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters,
+                            &result, nullptr, nullptr);
+  }
+
+  static VARIANT Number(LONG number) {
+    VARIANT value;
+    VariantInit(&value);
+    value.vt = VT_I4;
+    value.lVal = number;
+    return value;
+  }
+  static VARIANT Words(const wchar_t* text) {
+    VARIANT value;
+    VariantInit(&value);
+    value.vt = VT_BSTR;
+    value.bstrVal = SysAllocString(text);
+    return value;
+  }
+
+  Library library_;
+  BoxAnswerer boxes_;
+  ComPointer<IDispatch> control_;
+  VARIANT result_;
+};
+
+TEST_F(Scripts, ShowControlAnswersABooleanWithoutAContainer) {
+  EXPECT_EQ(Call(L"ShowControl", {Number(1)}, result_), S_OK);
+  EXPECT_EQ(result_.vt, VT_BOOL);
+  EXPECT_EQ(Call(L"showcontrol", {Number(1)}, result_), S_OK);
+}
+
+TEST_F(Scripts, AssignAnswersEmpty) {
+  EXPECT_EQ(Call(L"AssignIndextoDefaultBox", {Number(6), Number(6)}, result_), S_OK);
+  EXPECT_EQ(result_.vt, VT_EMPTY);
+}
+
+TEST_F(Scripts, WrongArgumentsAreErrorsOfTheCall) {
+  EXPECT_EQ(Call(L"ShowControl", {}, result_), DISP_E_BADPARAMCOUNT);
+  EXPECT_EQ(Call(L"ShowControl", {Number(1), Number(2)}, result_), DISP_E_BADPARAMCOUNT);
+  EXPECT_EQ(Call(L"ShowControl", {Number(70000)}, result_), DISP_E_OVERFLOW);
+  VARIANT words = Words(L"one");
+  EXPECT_EQ(Call(L"ShowControl", {words}, result_), DISP_E_TYPEMISMATCH);
+  VariantClear(&words);
+  EXPECT_EQ(Call(L"Refresh", {}, result_), DISP_E_UNKNOWNNAME);
+}
+
+TEST_F(Scripts, AMethodTableCallNeedsAPlaceForItsResult) {
+  const auto methods =
+      ComPointer<LineConfigInterface>::From(control_.Get(), kLineConfigInterfaceId);
+  EXPECT_EQ(methods->ShowControl(1, nullptr), E_POINTER);
+  EXPECT_EQ(methods->AssignIndextoDefaultBox(5, 5, nullptr), E_POINTER);
+}
+
+TEST_F(Scripts, ErrorInformationIsOfferedForTheMethods) {
+  const auto support = ComPointer<ISupportErrorInfo>::From(control_.Get(), IID_ISupportErrorInfo);
+  EXPECT_EQ(support->InterfaceSupportsErrorInfo(kLineConfigInterfaceId), S_OK);
+  EXPECT_EQ(support->InterfaceSupportsErrorInfo(IID_IOleObject), S_FALSE);
+}
+
+}  // namespace
+}  // namespace rdv::test

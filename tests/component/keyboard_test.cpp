@@ -1,0 +1,88 @@
+// Keys that a container hands to the control.
+#include <gtest/gtest.h>
+
+#include "tests/component/placed_control.h"
+#include "widgets/win32/control_ids.h"
+
+namespace rdv::test {
+namespace {
+
+class Keyboard : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(OleInitialize(nullptr), S_OK);
+    placed_ = std::make_unique<PlacedControl>();
+    placed_->Verb(OLEIVERB_UIACTIVATE);
+  }
+  void TearDown() override {
+    placed_.reset();
+    OleUninitialize();
+  }
+
+  HRESULT Press(UINT message, WPARAM key) {
+    MSG event = {};
+    event.hwnd = GetFocus();
+    event.message = message;
+    event.wParam = key;
+    return placed_->As<IOleInPlaceActiveObject>(IID_IOleInPlaceActiveObject)
+        ->TranslateAccelerator(&event);
+  }
+  int Focus() { return GetDlgCtrlID(GetFocus()); }
+
+  std::unique_ptr<PlacedControl> placed_;
+};
+
+TEST_F(Keyboard, StartsInTheGrid) {
+  EXPECT_EQ(Focus(), control_id::LVRDVLineConfig);
+}
+
+TEST_F(Keyboard, TabWalksTheStopsAndLeavesAtTheEnd) {
+  // The unit-type list's focus is in the text part inside it.
+  EXPECT_EQ(Press(WM_KEYDOWN, VK_TAB), S_OK);
+  EXPECT_EQ(GetDlgCtrlID(GetParent(GetFocus())), control_id::cmbRDVType);
+  EXPECT_EQ(Press(WM_KEYDOWN, VK_TAB), S_OK);
+  EXPECT_EQ(Focus(), control_id::cmdShowDefaults);
+  EXPECT_EQ(Press(WM_KEYDOWN, VK_TAB), S_OK);
+  EXPECT_EQ(Focus(), control_id::cmdOK);
+  EXPECT_EQ(Press(WM_KEYDOWN, VK_TAB), S_OK);
+  EXPECT_EQ(Focus(), control_id::cmdCancel);
+  placed_->container.TakeCalls();
+  // Apply is disabled: the container is offered the key that would leave.
+  EXPECT_EQ(Press(WM_KEYDOWN, VK_TAB), S_FALSE);
+  const auto calls = placed_->container.TakeCalls();
+  ASSERT_FALSE(calls.empty());
+  EXPECT_EQ(calls.back(), "TranslateAccelerator");
+}
+
+TEST_F(Keyboard, ArrowsStayInTheGrid) {
+  EXPECT_EQ(Press(WM_KEYDOWN, VK_DOWN), S_OK);
+  EXPECT_EQ(Focus(), control_id::LVRDVLineConfig);
+}
+
+TEST_F(Keyboard, EscapeOutsideAnEditorIsTheContainers) {
+  placed_->container.TakeCalls();
+  EXPECT_EQ(Press(WM_KEYDOWN, VK_ESCAPE), S_FALSE);
+}
+
+TEST_F(Keyboard, EnterPressesTheButtonWithTheFocus) {
+  SetFocus(placed_->Child(control_id::cmdCancel));
+  EXPECT_EQ(Press(WM_KEYDOWN, VK_RETURN), S_OK);
+  EXPECT_EQ(placed_->container.Events(), 1);
+}
+
+TEST_F(Keyboard, MnemonicsPressButtons) {
+  CONTROLINFO info = {};
+  info.cb = sizeof info;
+  const auto control = placed_->As<IOleControl>(IID_IOleControl);
+  ASSERT_EQ(control->GetControlInfo(&info), S_OK);
+  EXPECT_EQ(info.cAccel, 4);
+  DestroyAcceleratorTable(info.hAccel);
+  MSG event = {};
+  event.message = WM_SYSCHAR;
+  event.wParam = L'c';
+  EXPECT_EQ(control->OnMnemonic(&event), S_OK);
+  EXPECT_EQ(placed_->container.Events(), 1);
+}
+
+}  // namespace
+}  // namespace rdv::test

@@ -1,0 +1,248 @@
+// Registering and unregistering the library, and what containers find in between.
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "component/identifiers.h"
+#include "component/registry_changes.h"
+#include "tests/component/library.h"
+
+namespace rdv::test {
+namespace {
+
+constexpr const wchar_t* kClasses = L"Software\\Classes";
+
+std::wstring ToText(REFGUID id) {
+  wchar_t text[40] = L"";
+  StringFromGUID2(id, text, 40);
+  return text;
+}
+
+// Every key at and below the places that a registration writes to: the names under Classes, and
+// all that lies below our own identifiers.
+void AddKeys(HKEY root, const std::wstring& path, int depth, std::set<std::wstring>& keys) {
+  HKEY key = nullptr;
+  if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return;
+  wchar_t name[256] = L"";
+  DWORD size = 256;
+  for (DWORD index = 0;
+       RegEnumKeyExW(key, index, name, &size, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+       ++index, size = 256) {
+    keys.insert(path + L"\\" + name);
+    if (depth > 1) AddKeys(root, path + L"\\" + name, depth - 1, keys);
+  }
+  RegCloseKey(key);
+}
+
+std::set<std::wstring> Snapshot() {
+  std::set<std::wstring> keys;
+  for (const HKEY root : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER}) {
+    const std::wstring classes = kClasses;
+    AddKeys(root, classes, 1, keys);
+    for (const wchar_t* below : {L"\\CLSID", L"\\Interface", L"\\TypeLib"}) {
+      AddKeys(root, classes + below, 1, keys);
+    }
+  }
+  return keys;
+}
+
+std::wstring Value(const std::wstring& path, const wchar_t* name = nullptr) {
+  wchar_t value[512] = L"";
+  DWORD size = sizeof value;
+  const std::wstring full = std::wstring(kClasses) + L"\\" + path;
+  if (RegGetValueW(HKEY_LOCAL_MACHINE, full.c_str(), name, RRF_RT_REG_SZ, nullptr, value, &size)) {
+    return L"(absent)";
+  }
+  return value;
+}
+
+class Registration : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(OleInitialize(nullptr), S_OK);
+    library_.Unregister();
+  }
+  void TearDown() override {
+    library_.Unregister();
+    OleUninitialize();
+  }
+  Library library_;
+};
+
+TEST_F(Registration, LeavesNoKeyBehindWhenUndone) {
+  const auto before = Snapshot();
+  ASSERT_EQ(library_.Register(), S_OK);
+  EXPECT_NE(Snapshot(), before);
+  ASSERT_EQ(library_.Unregister(), S_OK);
+  EXPECT_EQ(Snapshot(), before);
+}
+
+TEST_F(Registration, MayBeDoneAndUndoneTwice) {
+  EXPECT_EQ(library_.Register(), S_OK);
+  EXPECT_EQ(library_.Register(), S_OK);
+  EXPECT_EQ(library_.Unregister(), S_OK);
+  EXPECT_EQ(library_.Unregister(), S_OK);
+}
+
+TEST_F(Registration, WritesWhatContainersLookFor) {
+  ASSERT_EQ(library_.Register(), S_OK);
+  const std::wstring key = L"CLSID\\" + ToText(kLineConfigClassId);
+  EXPECT_EQ(Value(key + L"\\InprocServer32"), Library::Path());
+  EXPECT_EQ(Value(key + L"\\InprocServer32", L"ThreadingModel"), L"Apartment");
+  EXPECT_EQ(Value(key + L"\\Control"), L"");
+  EXPECT_EQ(Value(key + L"\\MiscStatus"), L"0");
+  EXPECT_EQ(Value(key + L"\\MiscStatus\\1"), L"131473");
+  EXPECT_EQ(Value(key + L"\\ToolboxBitmap32"), Library::Path() + L", 101");
+  EXPECT_EQ(Value(key + L"\\TypeLib"), ToText(kTypeLibraryId));
+  EXPECT_EQ(Value(key + L"\\Version"), L"1.0");
+  EXPECT_EQ(Value(key + L"\\Verb\\0"), L"&Edit,0,2");
+  EXPECT_EQ(Value(key + L"\\Implemented Categories\\{40FC6ED4-2438-11CF-A3DB-080036F12502}"), L"");
+  EXPECT_EQ(Value(key + L"\\Insertable"), L"(absent)");
+  EXPECT_EQ(Value(L"TLV_RDV_Line_Config.ucRDVLineConfig\\CLSID"), ToText(kLineConfigClassId));
+  EXPECT_EQ(Value(Value(key + L"\\ProgID") + L"\\CLSID"), ToText(kLineConfigClassId));
+}
+
+TEST_F(Registration, LetsHostsCreateTheControlByName) {
+  ASSERT_EQ(library_.Register(), S_OK);
+  CLSID class_id = {};
+  ASSERT_EQ(CLSIDFromProgID(L"TLV_RDV_Line_Config.ucRDVLineConfig", &class_id), S_OK);
+  ComPointer<IDispatch> control;
+  EXPECT_EQ(CoCreateInstance(class_id, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch,
+                             control.ReceiveUntyped()),
+            S_OK);
+  DWORD status = 0;
+  EXPECT_EQ(OleRegGetMiscStatus(class_id, DVASPECT_CONTENT, &status), S_OK);
+  EXPECT_EQ(status, kMiscStatus);
+  ComPointer<ITypeLib> types;
+  EXPECT_EQ(LoadRegTypeLib(kTypeLibraryId, 1, 0, LOCALE_NEUTRAL, types.Receive()), S_OK);
+}
+
+TEST_F(Registration, GoesToTheCallerAloneWhenAsked) {
+  SetEnvironmentVariableW(L"RDV_REGISTRATION", L"user");
+  const HRESULT registered = library_.Register();
+  const std::wstring path =
+      std::wstring(kClasses) + L"\\CLSID\\" + ToText(kLineConfigClassId) + L"\\InprocServer32";
+  wchar_t server[512] = L"";
+  DWORD size = sizeof server;
+  const LSTATUS found =
+      RegGetValueW(HKEY_CURRENT_USER, path.c_str(), nullptr, RRF_RT_REG_SZ, nullptr, server, &size);
+  const std::wstring machine = Value(L"CLSID\\" + ToText(kLineConfigClassId));
+  const HRESULT unregistered = library_.Unregister();
+  SetEnvironmentVariableW(L"RDV_REGISTRATION", nullptr);
+  EXPECT_EQ(registered, S_OK);
+  EXPECT_EQ(found, ERROR_SUCCESS);
+  EXPECT_EQ(std::wstring(server), Library::Path());
+  EXPECT_EQ(machine, L"(absent)");
+  EXPECT_EQ(unregistered, S_OK);
+}
+
+TEST_F(Registration, IsNotNeededWithTheManifest) {
+  const std::wstring folder = Library::Path().substr(0, Library::Path().find_last_of(L'\\'));
+  const std::wstring manifest = folder + L"\\TLV_RDV_Line_Config.manifest";
+  ACTCTXW description = {};
+  description.cbSize = sizeof description;
+  description.dwFlags = ACTCTX_FLAG_ASSEMBLY_DIRECTORY_VALID;
+  description.lpSource = manifest.c_str();
+  description.lpAssemblyDirectory = folder.c_str();
+  const HANDLE context = CreateActCtxW(&description);
+  ASSERT_NE(context, INVALID_HANDLE_VALUE);
+  ULONG_PTR cookie = 0;
+  ASSERT_TRUE(ActivateActCtx(context, &cookie));
+  CLSID class_id = {};
+  EXPECT_EQ(CLSIDFromProgID(L"TLV_RDV_Line_Config.ucRDVLineConfig", &class_id), S_OK);
+  // The system may lend the name another identifier; it leads to the same class.
+  ComPointer<IDispatch> control;
+  EXPECT_EQ(CoCreateInstance(class_id, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch,
+                             control.ReceiveUntyped()),
+            S_OK);
+  DWORD status = 0;
+  EXPECT_EQ(OleRegGetMiscStatus(kLineConfigClassId, DVASPECT_CONTENT, &status), S_OK);
+  EXPECT_EQ(status, kMiscStatus);
+  DeactivateActCtx(0, cookie);
+  ReleaseActCtx(context);
+}
+
+// The container that comes with the system, which asks for little and offers little.
+TEST_F(Registration, LetsTheSystemsOwnContainerHostTheControl) {
+  const BoxAnswerer boxes;
+  ASSERT_EQ(library_.Register(), S_OK);
+  const HMODULE container = LoadLibraryW(L"atl100.dll");
+  if (!container) GTEST_SKIP() << "atl100.dll is not installed here";
+  using Initialize = BOOL(WINAPI*)();
+  using GetControl = HRESULT(WINAPI*)(HWND, IUnknown**);
+  const auto function = [&](const char* name) {
+    return reinterpret_cast<void*>(GetProcAddress(container, name));
+  };
+  ASSERT_TRUE(reinterpret_cast<Initialize>(function("AtlAxWinInit"))());
+  const HWND window = CreateWindowExW(0, L"AtlAxWin100", L"TLV_RDV_Line_Config.ucRDVLineConfig",
+                                      WS_OVERLAPPEDWINDOW, 0, 0, 950, 430, nullptr, nullptr,
+                                      GetModuleHandleW(nullptr), nullptr);
+  ASSERT_NE(window, nullptr);
+  {
+    ComPointer<IUnknown> control;
+    ASSERT_EQ(reinterpret_cast<GetControl>(function("AtlAxGetControl"))(window, control.Receive()),
+              S_OK);
+    const auto methods =
+        ComPointer<LineConfigInterface>::From(control.Get(), kLineConfigInterfaceId);
+    ASSERT_TRUE(methods);
+    VARIANT_BOOL shown = VARIANT_FALSE;
+    EXPECT_EQ(methods->ShowControl(1, &shown), S_OK);
+    HWND form = nullptr;
+    ComPointer<IOleInPlaceObject>::From(control.Get(), IID_IOleInPlaceObject)->GetWindow(&form);
+    EXPECT_TRUE(IsChild(window, form));
+    SetWindowPos(window, nullptr, 0, 0, 1050, 500, SWP_NOMOVE | SWP_NOZORDER);
+    RECT client = {};
+    RECT place = {};
+    GetClientRect(window, &client);
+    GetClientRect(form, &place);
+    EXPECT_TRUE(EqualRect(&client, &place));
+  }
+  DestroyWindow(window);
+  EXPECT_EQ(library_.CanUnloadNow(), S_OK);
+  FreeLibrary(container);
+}
+
+class Changes : public testing::Test {
+ protected:
+  static constexpr const wchar_t* kKey = L"Software\\TLV_RDV_Line_Config.test";
+  void SetUp() override {
+    RegDeleteTreeW(HKEY_CURRENT_USER, kKey);
+    ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, kKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                              &key_, nullptr),
+              ERROR_SUCCESS);
+  }
+  void TearDown() override {
+    RegCloseKey(key_);
+    RegDeleteTreeW(HKEY_CURRENT_USER, kKey);
+  }
+  std::wstring Read(const wchar_t* path, const wchar_t* name) {
+    wchar_t value[64] = L"";
+    DWORD size = sizeof value;
+    return RegGetValueW(key_, path, name, RRF_RT_REG_SZ, nullptr, value, &size) ? L"(absent)"
+                                                                                : value;
+  }
+  HKEY key_ = nullptr;
+};
+
+TEST_F(Changes, ArePutBackUnlessTheyAreCompleted) {
+  {
+    RegistryChanges changes(key_);
+    ASSERT_EQ(changes.SetValue(L"kept", L"name", L"before"), S_OK);
+    changes.Commit();
+  }
+  {
+    RegistryChanges changes(key_);
+    ASSERT_EQ(changes.SetValue(L"kept", L"name", L"after"), S_OK);
+    ASSERT_EQ(changes.SetValue(L"kept", L"other", L"new"), S_OK);
+    ASSERT_EQ(changes.SetValue(L"fresh\\below", L"", L"new"), S_OK);
+    EXPECT_EQ(Read(L"fresh\\below", nullptr), L"new");
+  }
+  EXPECT_EQ(Read(L"kept", L"name"), L"before");
+  EXPECT_EQ(Read(L"kept", L"other"), L"(absent)");
+  std::set<std::wstring> keys;
+  AddKeys(HKEY_CURRENT_USER, kKey, 3, keys);
+  EXPECT_EQ(keys.size(), 1u);
+}
+
+}  // namespace
+}  // namespace rdv::test

@@ -1,0 +1,162 @@
+// The route through the platform's data access, against a stand-in for it.
+#ifdef _WIN32
+
+#include <gtest/gtest.h>
+
+#include "data/ado/ado_connection.h"
+#include "data/commands.h"
+#include "data/connection_route.h"
+#include "data/jet/sql/jet_connection.h"
+#include "runtime/error.h"
+#include "tests/data/ado_stand_in.h"
+#include "tests/support/site_fixture.h"
+
+namespace rdv {
+namespace {
+
+constexpr int32_t kVariableWideText = 202;
+constexpr int32_t kInput = 1;
+constexpr int32_t kText = 1;
+
+class AdoRoute : public testing::Test {
+ protected:
+  void SetUp() override {
+    const auto sample = test::SharedSites() / "plain" / "NewDB.mdb";
+    if (!std::filesystem::exists(sample))
+      GTEST_SKIP() << "the sample sites are not at hand in " << test::SharedSites();
+    if (!stand_in_.Usable()) GTEST_SKIP() << "ADODB has no class identifiers on this machine";
+    for (const auto& copy : {AdoFile(), JetFile()}) {
+      std::filesystem::copy_file(sample, copy);
+      std::filesystem::permissions(copy, std::filesystem::perms::owner_write,
+                                   std::filesystem::perm_options::add);
+    }
+    connection_ = ado::OpenAdoConnection(ConnectionString());
+  }
+
+  std::filesystem::path AdoFile() const { return folder_.Path() / "ado.mdb"; }
+  std::filesystem::path JetFile() const { return folder_.Path() / "jet.mdb"; }
+  Text ConnectionString() const {
+    return u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + AdoFile().u16string();
+  }
+
+  static std::vector<Argument> ArgumentsFor(const CommandDefinition& command) {
+    std::vector<Argument> arguments;
+    for (size_t i = 0; i < command.parameters.size(); ++i) arguments.emplace_back(u"1");
+    return arguments;
+  }
+
+  test::AdoStandIn stand_in_;
+  test::TemporaryFolder folder_;
+  std::unique_ptr<Connection> connection_;
+};
+
+TEST_F(AdoRoute, OpensItsConnectionWithTheConnectionStringAndClosesIt) {
+  EXPECT_EQ(stand_in_.Notes().connection_strings, std::vector<Text>{ConnectionString()});
+  EXPECT_EQ(stand_in_.Notes().open_connections, 1);
+  connection_.reset();
+  EXPECT_EQ(stand_in_.Notes().open_connections, 0);
+}
+
+TEST_F(AdoRoute, SendsEachStoredStatementUnchangedWithTextParametersInTheirOrder) {
+  for (const CommandDefinition& command : AllCommands()) {
+    SCOPED_TRACE(ToUtf8(command.name));
+    std::vector<Argument> arguments;
+    std::vector<test::SentParameter> expected;
+    for (size_t i = 0; i < command.parameters.size(); ++i) {
+      const Text text = Decimal(static_cast<int64_t>(i + 5));
+      arguments.emplace_back(text);
+      expected.push_back({kVariableWideText, kInput, static_cast<int32_t>(text.size()), text});
+    }
+    connection_->Execute(command.statement, arguments);
+    const test::SentCommand& sent = stand_in_.Notes().commands.back();
+    EXPECT_EQ(sent.type, kText);
+    EXPECT_EQ(sent.statement, command.statement);
+    EXPECT_EQ(sent.parameters, expected);
+  }
+  EXPECT_EQ(stand_in_.Notes().open_recordsets, 0);
+}
+
+TEST_F(AdoRoute, SendsNullAndEmptyTextAsWhatTheyAre) {
+  connection_->Execute(u"UPDATE Used_Lines SET Description = a, Volume_Name = b",
+                       std::vector<Argument>{Argument(), u""});
+  const std::vector<test::SentParameter> expected = {{kVariableWideText, kInput, 1, Argument()},
+                                                     {kVariableWideText, kInput, 1, Argument(u"")}};
+  EXPECT_EQ(stand_in_.Notes().commands.back().parameters, expected);
+}
+
+TEST_F(AdoRoute, GivesTheSameRowsAndCountsAsTheEngine) {
+  const auto engine = jet::OpenJetConnection(JetFile().u16string());
+  size_t found = 0;
+  for (const CommandDefinition& command : AllCommands()) {
+    SCOPED_TRACE(ToUtf8(command.name));
+    if (command.command == Command::Insert_All_Lines ||
+        command.command == Command::Insert_Used_Card)
+      continue;  // the row of these arguments is there already
+    const std::vector<Argument> arguments = ArgumentsFor(command);
+    const CommandResult expected = engine->Execute(command.statement, arguments);
+    const CommandResult actual = connection_->Execute(command.statement, arguments);
+    ASSERT_EQ(actual.rows.has_value(), expected.rows.has_value());
+    EXPECT_EQ(actual.rows_written, expected.rows_written);
+    if (!expected.rows) continue;
+    EXPECT_EQ(actual.rows->columns, expected.rows->columns);
+    EXPECT_EQ(actual.rows->rows, expected.rows->rows);
+    found += actual.rows->rows.size();
+  }
+  EXPECT_GT(found, 50u);
+}
+
+TEST_F(AdoRoute, PassesNumberDescriptionAndSourceOfErrorsOn) {
+  const auto engine = jet::OpenJetConnection(JetFile().u16string());
+  const std::pair<TextView, std::vector<Argument>> failing[] = {
+      {u"SELECT * FROM Nowhere", {}},
+      {u"SELECT * FROM Used_Lines WHERE Config_ID = p", {u"x"}},
+      {u"SELECT * FROM Used_Lines WHERE Config_ID = p", {}},
+      {DefinitionOf(Command::Insert_Used_Card).statement,
+       ArgumentsFor(DefinitionOf(Command::Insert_Used_Card))}};
+  for (const auto& [statement, arguments] : failing) {
+    std::string expected;
+    std::string actual;
+    try {
+      engine->Execute(statement, arguments);
+    } catch (const RuntimeError& error) {
+      expected = error.what();
+    }
+    try {
+      connection_->Execute(statement, arguments);
+    } catch (const RuntimeError& error) {
+      actual = error.what();
+    }
+    EXPECT_FALSE(expected.empty());
+    EXPECT_EQ(actual, expected);
+  }
+}
+
+TEST_F(AdoRoute, RaisesWhatOpeningRaises) {
+  const Text path = (folder_.Path() / "none.mdb").u16string();
+  try {
+    ado::OpenAdoConnection(u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + path);
+    FAIL() << "a file that is not there was opened";
+  } catch (const RuntimeError& error) {
+    EXPECT_EQ(error.Description(), u"Could not find file '" + path + u"'.");
+    EXPECT_EQ(error.Source(), u"Microsoft JET Database Engine");
+  }
+}
+
+TEST_F(AdoRoute, IsTakenWhenTheVariableDemandsIt) {
+  test::SetEnvironment("RDV_DATABASE_ROUTE", "ado");
+  EXPECT_EQ(ChooseDatabaseRoute(), DatabaseRoute::Ado);
+  OpenConnection(ConnectionString())->Execute(u"SELECT * FROM orvsettings", {});
+  EXPECT_EQ(stand_in_.Notes().commands.size(), 1u);
+  test::SetEnvironment("RDV_DATABASE_ROUTE", "jet");
+  EXPECT_EQ(ChooseDatabaseRoute(), DatabaseRoute::Jet);
+  OpenConnection(ConnectionString())->Execute(u"SELECT * FROM orvsettings", {});
+  EXPECT_EQ(stand_in_.Notes().commands.size(), 1u);
+  test::SetEnvironment("RDV_DATABASE_ROUTE", "");
+  EXPECT_EQ(ChooseDatabaseRoute(),
+            ado::JetProviderIsRegistered() ? DatabaseRoute::Ado : DatabaseRoute::Jet);
+}
+
+}  // namespace
+}  // namespace rdv
+
+#endif

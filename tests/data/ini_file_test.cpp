@@ -1,0 +1,101 @@
+#include "data/ini_file.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/site_fixture.h"
+
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
+namespace rdv {
+namespace {
+
+struct IniCase {
+  const char* what;
+  const char* content;
+  const char* key;
+  const char* value;  // null: absent
+};
+
+// All are looked up in section "S".
+const IniCase kCases[] = {
+    {"a value", "[S]\r\nk=v\r\n", "k", "v"},
+    {"lines without carriage returns", "[S]\nk=v\n", "k", "v"},
+    {"a last line without an end", "[S]\r\nk=v", "k", "v"},
+    {"section and key in another case", "[s]\r\nKEY=v\r\n", "key", "v"},
+    {"blanks and tabs around key and value", "[S]\r\n \tk \t= \tv w\t \r\n", "k", "v w"},
+    {"an empty value", "[S]\r\nk=\r\n", "k", ""},
+    {"a value of blanks", "[S]\r\nk=   \r\n", "k", ""},
+    {"a value with equals signs", "[S]\r\nk=a=b=c\r\n", "k", "a=b=c"},
+    {"double quotes around a value", "[S]\r\nk=\" v \"\r\n", "k", " v "},
+    {"single quotes around a value", "[S]\r\nk=' v '\r\n", "k", " v "},
+    {"one pair of quotes only", "[S]\r\nk=\"\"v\"\"\r\n", "k", "\"v\""},
+    {"quotes that are no pair", "[S]\r\nk=\"v'\r\n", "k", "\"v'"},
+    {"a single quote sign", "[S]\r\nk=\"\r\n", "k", "\""},
+    {"quotes inside a value", "[S]\r\nk=a\"b\"c\r\n", "k", "a\"b\"c"},
+    {"the first of equal keys", "[S]\r\nk=1\r\nk=2\r\n", "k", "1"},
+    {"the first of equal sections", "[S]\r\na=1\r\n[T]\r\nk=2\r\n[S]\r\nk=3\r\n", "k", nullptr},
+    {"a key of another section", "[T]\r\nk=1\r\n[S]\r\nj=2\r\n", "k", nullptr},
+    {"a key before all sections", "k=1\r\n[S]\r\n", "k", nullptr},
+    {"a comment", "[S]\r\n;k=1\r\nk=2\r\n", "k", "2"},
+    {"a semicolon in a value", "[S]\r\nk=1;2\r\n", "k", "1;2"},
+    {"blank lines", "\r\n\r\n[S]\r\n\r\n \r\nk=2\r\n", "k", "2"},
+    {"text behind a heading", "[S] ; section\r\nk=2\r\n", "k", "2"},
+    {"a key of digits", "[S]\r\n1=a\r\n128=b\r\n", "128", "b"},
+    {"a byte outside ASCII", "[S]\r\nk=\xC4\xD6\x80\r\n", "k", "\xC4\xD6\x80"},
+    {"an empty file", "", "k", nullptr},
+};
+
+class IniFile : public testing::Test {
+ protected:
+  Text Write(std::string_view content) const {
+    const auto path = folder_.Path() / "settings.ini";
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << content;
+    return FromUtf8(path.string());
+  }
+
+  test::TemporaryFolder folder_;
+};
+
+TEST_F(IniFile, IsReadByTheRulesOfTheWindowsFunction) {
+  for (const IniCase& entry : kCases) {
+    const auto value = FindIniValue(Write(entry.content), u"S", FromUtf8(entry.key));
+    if (entry.value == nullptr) {
+      EXPECT_EQ(value, std::nullopt) << entry.what;
+    } else {
+      EXPECT_EQ(value, std::string(entry.value)) << entry.what;
+    }
+  }
+}
+
+#ifdef _WIN32
+// The cases above say what the system's own function does.
+TEST_F(IniFile, AgreesWithTheWindowsFunction) {
+  for (const IniCase& entry : kCases) {
+    const std::string path = ToUtf8(Write(entry.content));
+    char buffer[255] = {};
+    WritePrivateProfileStringA(nullptr, nullptr, nullptr, path.c_str());  // no stale content
+    GetPrivateProfileStringA("S", entry.key, "(absent)", buffer, sizeof buffer, path.c_str());
+    EXPECT_STREQ(buffer, entry.value == nullptr ? "(absent)" : entry.value) << entry.what;
+  }
+}
+#endif
+
+// On which implementations of the Windows function do not agree.
+TEST_F(IniFile, TakesALineWithoutEqualsSignForNoKey) {
+  EXPECT_EQ(FindIniValue(Write("[S]\r\nk\r\nk=2\r\n"), u"S", u"k"), "2");
+}
+
+TEST_F(IniFile, ComparesNamesOutsideAsciiWithoutRegardToCase) {
+  EXPECT_EQ(FindIniValue(Write("[\xC4]\r\n\xD6=v\r\n"), u"ä", u"ö"), "v");
+}
+
+TEST_F(IniFile, ThatIsNotThereHoldsNothing) {
+  EXPECT_EQ(FindIniValue(FromUtf8((folder_.Path() / "none.ini").string()), u"S", u"k"),
+            std::nullopt);
+  EXPECT_EQ(FindIniValue(FromUtf8(folder_.Path().string()), u"S", u"k"), std::nullopt);
+}
+
+}  // namespace
+}  // namespace rdv

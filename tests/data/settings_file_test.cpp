@@ -1,0 +1,64 @@
+// The two switches, off Windows; there the data folder is not a test's to replace.
+#ifndef _WIN32
+
+#include "data/settings_file.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/site_fixture.h"
+
+namespace rdv {
+namespace {
+
+class SettingsFile : public testing::Test {
+ protected:
+  SettingsFile() : site_("", "") {}
+
+  static Text Caption(const Text& caption) {
+    return GetMOHVolumeCaptionfromINI(caption, ReportUnexpected);
+  }
+  bool ChinaWith(const std::string& line) {
+    site_.WriteSettings("[IMPEDANCE]\r\n" + line + "\r\n");
+    return GetHasImplementedImpedanceForChinaFromINI(ReportUnexpected);
+  }
+  static void ReportUnexpected(TextView message) { ADD_FAILURE() << ToUtf8(message); }
+
+  test::Site site_;
+};
+
+TEST_F(SettingsFile, ThatIsAbsentMapsEachCaptionToItselfAndSwitchesChinaOff) {
+  EXPECT_EQ(Caption(u"6"), u"6");
+  EXPECT_EQ(Caption(u"Någon volym 音"), u"Någon volym 音");
+  EXPECT_FALSE(GetHasImplementedImpedanceForChinaFromINI(ReportUnexpected));
+}
+
+TEST_F(SettingsFile, MapsTheCaptionsThatItLists) {
+  site_.WriteSettings("[MOHLINEVOLUME]\r\n6=Above medium\r\nhigh=Loud \x80\r\n");
+  EXPECT_EQ(Caption(u"6"), u"Above medium");
+  EXPECT_EQ(Caption(u"HIGH"), u"Loud €");
+  EXPECT_EQ(Caption(u"7"), u"7");
+  EXPECT_EQ(Caption(u""), u"");
+}
+
+TEST_F(SettingsFile, GivesAtMost254Characters) {
+  site_.WriteSettings("[MOHLINEVOLUME]\r\n6=" + std::string(300, 'x') + "\r\n");
+  EXPECT_EQ(Caption(u"6"), Text(254, u'x'));
+  EXPECT_EQ(Caption(Text(300, u'y')), Text(254, u'y'));
+}
+
+TEST_F(SettingsFile, SwitchesChinaOffByNInEitherCaseOrWithoutTheKey) {
+  EXPECT_FALSE(ChinaWith("IMPLEMENTEDCHINA=N"));
+  EXPECT_FALSE(ChinaWith("implementedchina = n"));
+  EXPECT_FALSE(ChinaWith("IMPLEMENTEDCHINA=\"N\""));
+  EXPECT_FALSE(ChinaWith("OTHER=Y"));
+}
+
+TEST_F(SettingsFile, SwitchesChinaOnByAnyOtherValueAnEmptyOneIncluded) {
+  for (const char* value : {"Y", "yes", "0", "No", "NN", ""})
+    EXPECT_TRUE(ChinaWith(std::string("IMPLEMENTEDCHINA=") + value)) << value;
+}
+
+}  // namespace
+}  // namespace rdv
+
+#endif

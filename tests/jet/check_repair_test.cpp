@@ -1,0 +1,182 @@
+// Each kind of damage is found under its name and, where that can be, mended.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "data/jet/allocation.h"
+#include "data/jet/catalog.h"
+#include "data/jet/check.h"
+#include "data/jet/index_page_writer.h"
+#include "data/jet/pager.h"
+#include "data/jet/repair.h"
+#include "data/jet/table_reader.h"
+#include "data/jet/usage_map.h"
+#include "tests/jet/write_support.h"
+
+namespace rdv::jet {
+namespace {
+
+constexpr std::chrono::milliseconds kWait{100};
+const std::string kSite = "sites/indexed/NewDB.mdb";
+
+// What the damage is done with.
+struct Tools {
+  const WriteContext& context;
+  const TableDefinition& lines;  // has moved rows and a memo
+  const TableDefinition& cards;
+
+  uint32_t FirstPage(RowId map) const { return UsageMap(context.file, map).Next(0).value(); }
+  uint8_t* Edit(uint32_t page) const { return context.pager.Edit(page); }
+};
+
+struct Damage {
+  const char* name;
+  FindingKind kind;
+  bool can_be_mended;
+  void (*inflict)(const Tools&);
+};
+
+void LeakAPage(const Tools& tools) {
+  PageAllocator allocator(tools.context);
+  allocator.Allocate();
+}
+void FreeAPageInUse(const Tools& tools) {
+  PageAllocator allocator(tools.context);
+  allocator.Free(tools.FirstPage(tools.cards.owned_map));
+}
+void GiveAPageTwoOwners(const Tools& tools) {
+  PageAllocator allocator(tools.context);
+  PageSetWriter(tools.context, allocator, tools.lines.owned_map)
+      .Add(tools.FirstPage(tools.cards.owned_map));
+}
+void MapAPageOfAnotherKind(const Tools& tools) {
+  PageAllocator allocator(tools.context);
+  PageSetWriter(tools.context, allocator, tools.lines.owned_map).Add(allocator.Allocate());
+}
+void MiscountFreeBytes(const Tools& tools) {
+  Store16(tools.Edit(tools.FirstPage(tools.cards.owned_map)) + kPageFreeBytes, 1);
+}
+void MiscountRows(const Tools& tools) {
+  Store32(tools.Edit(tools.cards.Page()) + kJet4.definition.row_count, 99);
+}
+void LowerTheAutonumber(const Tools& tools) {
+  Store32(tools.Edit(tools.cards.Page()) + kJet4.definition.last_autonumber, 1);
+}
+
+// The first slot of a table's pages with the flags.
+RowId FindSlot(const Tools& tools, const TableDefinition& table, uint16_t flags) {
+  for (const uint32_t page : UsageMap(tools.context.file, table.owned_map).Pages()) {
+    const DataPageWriter rows(tools.context, page, table.Page());
+    for (size_t row = 0; row < rows.SlotCount(); ++row) {
+      const uint8_t number = static_cast<uint8_t>(row);
+      if (rows.Flags(number) == flags) return {page, number};
+    }
+  }
+  ADD_FAILURE() << "no such slot";
+  return {};
+}
+void LosePointer(const Tools& tools) {
+  const RowId row = FindSlot(tools, tools.lines, kSlotPointer);
+  DataPageWriter(tools.context, row.page, tools.lines.Page()).Delete(row.row);
+}
+void LoseMovedRow(const Tools& tools) {
+  const RowId row = FindSlot(tools, tools.lines, kSlotHidden);
+  DataPageWriter(tools.context, row.page, tools.lines.Page()).Delete(row.row);
+}
+void LoseRow(const Tools& tools) {
+  const RowId row = FindSlot(tools, tools.cards, 0);
+  DataPageWriter(tools.context, row.page, tools.cards.Page()).Delete(row.row);
+}
+void ChangeIndexEntry(const Tools& tools) {
+  uint8_t* page = tools.Edit(tools.cards.indexes[0].root);
+  page[kJet4.index.entries + 1] ^= 0x01;
+}
+void LeakLongValue(const Tools& tools) {
+  for (const Column& column : tools.lines.columns) {
+    if (!column.IsLongValue()) continue;
+    PageAllocator allocator(tools.context);
+    const uint32_t page = allocator.Allocate();
+    DataPageWriter::Initialize(tools.context, page, kOwnerLongValues);
+    const std::vector<uint8_t> value(100, 'x');
+    DataPageWriter(tools.context, page, kOwnerLongValues).Insert(value);
+    PageSetWriter(tools.context, allocator, column.owned_map).Add(page);
+  }
+}
+void SpoilRow(const Tools& tools) {
+  const RowId row = FindSlot(tools, tools.cards, 0);
+  const std::span<uint8_t> bytes =
+      DataPageWriter(tools.context, row.page, tools.cards.Page()).EditRow(row.row);
+  Store16(bytes.data(), 0xFFFF);
+}
+
+class CheckRepairTest : public testing::TestWithParam<Damage> {};
+
+std::vector<FindingKind> Kinds(const CheckReport& report) {
+  std::vector<FindingKind> kinds;
+  for (const Finding& finding : report.findings) kinds.push_back(finding.kind);
+  return kinds;
+}
+
+TEST_P(CheckRepairTest, IsFoundAndMendedWherePossible) {
+  if (!std::filesystem::exists(SharedFile(kSite))) GTEST_SKIP() << "no sample sites";
+  const TemporaryFolder folder;
+  const auto path = folder.Copy(SharedFile(kSite));
+  {
+    Pager pager(NativeFileSystem(), PathText(path), kWait, 100);
+    const FileReader file(pager, pager.FileHeader());
+    const WriteContext context{pager, file};
+    pager.BeginWrite();
+    const Catalog catalog(file);
+    const TableDefinition lines = catalog.Table(u"Used_Lines");
+    const TableDefinition cards = catalog.Table(u"Used_Cards");
+    GetParam().inflict({context, lines, cards});
+    pager.Commit();
+    pager.BeginRead();
+    EXPECT_THAT(Kinds(CheckFile(file)), testing::Contains(GetParam().kind));
+    pager.EndRead();
+  }
+  const RepairReport report = RepairDatabase(NativeFileSystem(), PathText(path), kWait);
+  EXPECT_EQ(report.remaining.Clean(), GetParam().can_be_mended);
+  if (GetParam().can_be_mended) {
+    EXPECT_FALSE(report.mended.empty());
+  } else {
+    EXPECT_THAT(Kinds(report.remaining), testing::Contains(GetParam().kind));
+  }
+  // A second repair finds nothing more to do.
+  EXPECT_TRUE(RepairDatabase(NativeFileSystem(), PathText(path), kWait).mended.empty());
+}
+
+using enum FindingKind;
+INSTANTIATE_TEST_SUITE_P(
+    Every, CheckRepairTest,
+    testing::Values(Damage{"LeakedPage", LeakedPage, true, LeakAPage},
+                    Damage{"OwnedPageFree", OwnedPageFree, true, FreeAPageInUse},
+                    Damage{"OwnedTwice", OwnedTwice, false, GiveAPageTwoOwners},
+                    Damage{"WrongPage", WrongPage, true, MapAPageOfAnotherKind},
+                    Damage{"FreeBytes", FreeBytes, true, MiscountFreeBytes},
+                    Damage{"RowCount", RowCount, true, MiscountRows},
+                    Damage{"Autonumber", Autonumber, true, LowerTheAutonumber},
+                    Damage{"OrphanRow", OrphanRow, true, LosePointer},
+                    Damage{"LostRow", LostRow, true, LoseMovedRow},
+                    Damage{"EntryWithoutRow", Index, true, LoseRow},
+                    Damage{"WrongEntry", Index, true, ChangeIndexEntry},
+                    Damage{"LeakedLongValue", LeakedLongValue, true, LeakLongValue},
+                    Damage{"DamagedRow", DamagedRow, false, SpoilRow}),
+    [](const testing::TestParamInfo<Damage>& param) { return std::string(param.param.name); });
+
+TEST(CheckRepair, AFileLeftInTheMiddleOfAWriteIsMended) {
+  if (!std::filesystem::exists(SharedFile(kSite))) GTEST_SKIP() << "no sample sites";
+  const TemporaryFolder folder;
+  const auto path = folder.Copy(SharedFile(kSite));
+  std::vector<uint8_t> bytes = ReadWholeFile(path);
+  Store16(bytes.data() + kJet4.header.commit_words + 6, kCommitCorrupt);
+  WriteWholeFile(path, bytes);
+  const RepairReport report = RepairDatabase(NativeFileSystem(), PathText(path), kWait);
+  EXPECT_TRUE(report.remaining.Clean());
+  ASSERT_EQ(report.mended.size(), 1u);
+  EXPECT_EQ(report.mended[0].kind, CommitWords);
+}
+
+}  // namespace
+}  // namespace rdv::jet

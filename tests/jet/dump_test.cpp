@@ -1,0 +1,87 @@
+#include "data/jet/dump.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+#include "runtime/error.h"
+#include "tests/jet/corpus.h"
+#include "tests/jet/json.h"
+
+namespace rdv::jet {
+namespace {
+
+std::string Dump(const std::string& name, std::vector<Text> tables = {}) {
+  OpenFile file(name);
+  std::string text;
+  const Text file_name = FromUtf8(std::filesystem::path(name).filename().string());
+  DumpDatabase(file.Reader(), {.file_name = file_name, .tables = tables},
+               [&text](std::string_view piece) { text += piece; });
+  return text;
+}
+
+// The dump that lies beside a database; "" when there is none.
+std::string ShippedDump(const std::string& name) {
+  std::filesystem::path path = SharedPath(name);
+  path.replace_extension(".json");
+  if (std::filesystem::exists(path)) {
+    std::ifstream file(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+  }
+  path += ".gz";
+  std::string text;
+#ifndef _WIN32
+  if (!std::filesystem::exists(path)) return text;
+  FILE* pipe = popen(("zcat '" + path.string() + "'").c_str(), "r");
+  if (pipe == nullptr) return text;
+  char buffer[65536];
+  for (size_t size; (size = fread(buffer, 1, sizeof buffer, pipe)) > 0;) text.append(buffer, size);
+  pclose(pipe);
+#endif
+  return text;
+}
+
+class DumpOfFile : public testing::TestWithParam<std::string> {};
+
+TEST_P(DumpOfFile, SaysWhatTheShippedDumpSays) {
+  const std::string shipped = ShippedDump(GetParam());
+  if (shipped.empty()) GTEST_SKIP() << "no dump that can be read lies beside " << GetParam();
+  const std::string dump = Dump(GetParam());
+  EXPECT_EQ(FirstDifference(ParseJson(shipped), ParseJson(dump)), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, DumpOfFile, testing::ValuesIn(AllFiles()),
+                         [](const auto& file) { return TestName(file.param); });
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(DumpOfFile);
+
+TEST(Dump, HoldsTheNamedTablesOnlyWithoutRegardToCase) {
+  RDV_REQUIRE_SHARED_FILE("sites/plain/NewDB.mdb");
+  const std::string dump = Dump("sites/plain/NewDB.mdb", {u"used_cards"});
+  EXPECT_NE(dump.find("\"name\":\"Used_Cards\""), std::string::npos);
+  EXPECT_EQ(dump.find("\"name\":\"Used_Lines\""), std::string::npos);
+}
+
+TEST(Dump, RefusesTheNameOfATableThatIsNotThere) {
+  RDV_REQUIRE_SHARED_FILE("sites/plain/NewDB.mdb");
+  try {
+    Dump("sites/plain/NewDB.mdb", {u"Nowhere"});
+    FAIL() << "a table that is not there was dumped";
+  } catch (const RuntimeError& error) {
+    EXPECT_NE(error.Description().find(u"'Nowhere'"), Text::npos);
+  }
+}
+
+TEST(JsonComparison, TellsTheFirstDifference) {
+  EXPECT_EQ(FirstDifference(ParseJson("[1, {\"a\": [true, \"x\"]}]"),
+                            ParseJson("[1.0, {\"a\": [true, \"\\u0078\"]}]")),
+            "");
+  EXPECT_EQ(FirstDifference(ParseJson("[1, {\"a\": null}]"), ParseJson("[1, {\"a\": false}]")),
+            "/1/a: false instead of null");
+  EXPECT_EQ(FirstDifference(ParseJson("[1]"), ParseJson("[1, 2]")), ": 2 elements instead of 1");
+}
+
+}  // namespace
+}  // namespace rdv::jet

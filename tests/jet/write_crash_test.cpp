@@ -1,0 +1,275 @@
+// What is left of a statement whose process died, and what processes do to each other.
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "data/jet/check.h"
+#include "data/jet/creation.h"
+#include "data/jet/engine.h"
+#include "data/jet/index_key.h"
+#include "data/jet/table_reader.h"
+#include "runtime/error.h"
+#include "tests/jet/write_support.h"
+
+#ifndef _WIN32
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
+
+namespace rdv::jet {
+namespace {
+
+using Rows = std::vector<std::vector<Value>>;
+
+const TableSpec kThings = {
+    .name = u"Things",
+    .columns = {{.name = u"ID", .type = ColumnType::Long},
+                {.name = u"Name", .type = ColumnType::Text, .length = 200},
+                {.name = u"Notes", .type = ColumnType::Memo},
+                {.name = u"Counter", .type = ColumnType::Long}},
+    .indexes = {{.name = u"PrimaryKey", .columns = {{u"ID"}}, .primary = true},
+                {.name = u"Name", .columns = {{u"Name"}}},
+                {.name = u"Counter", .columns = {{u"Counter", true}}}}};
+
+std::vector<Assignment> Thing(int32_t id, size_t name_length, size_t notes_length) {
+  return {{0, id},
+          {1, Text(name_length, static_cast<char16_t>(u'a' + id % 26))},
+          {2, Text(notes_length, u'n')},
+          {3, int32_t{0}}};
+}
+
+std::string Findings(Engine& engine) {
+  const Engine::ReadScope scope(engine);
+  std::string text;
+  for (const Finding& finding : CheckFile(engine.File()).findings)
+    text += ToUtf8(KindName(finding.kind) + u": " + finding.text) + "\n";
+  return text;
+}
+
+Rows ReadThings(Engine& engine) {
+  const Engine::ReadScope scope(engine);
+  const TableDefinition& table = engine.Table(u"Things");
+  Rows rows;
+  for (TableScan scan(engine.File(), table); scan.Next();) {
+    auto& row = rows.emplace_back();
+    for (const Column& column : table.columns) row.push_back(scan.Row().Get(column));
+  }
+  return rows;
+}
+
+RowId FindThing(Engine& engine, int32_t id) {
+  const TableDefinition& table = engine.Table(u"Things");
+  const Value value = id;
+  IndexSeek seek(engine.File(), table, table.indexes[0],
+                 BuildKey(engine.File(), table, table.indexes[0], {&value, 1}));
+  return seek.Next() ? seek.Row().Id() : RowId{};
+}
+
+void Update(Engine& engine, int32_t id, size_t column, const Value& value) {
+  const std::vector<Assignment> assignments = {{column, value}};
+  engine.Update(engine.Table(u"Things"), FindThing(engine, id), assignments);
+}
+
+class WriteCrashTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    Engine::Create(PathText(path_));
+    const auto engine = Engine::Open(PathText(path_));
+    Engine::WriteScope scope(*engine);
+    engine->CreateTable(kThings);
+    for (int32_t i = 0; i < kThingCount; ++i)
+      engine->Insert(engine->Table(u"Things"), Thing(i * 2, 60, i % 10 == 0 ? 900 : 20));
+    scope.Commit();
+    engine->Close();
+  }
+
+  // Runs the statement on a copy again and again, dying one operation later each time.
+  void DieEverywhereIn(const std::function<void(Engine&)>& statement) {
+    const auto original = folder_.Copy(path_, "original.mdb");
+    const auto run = [&](FileSystem& files) {
+      const auto engine = Engine::Open(PathText(path_), {.files = &files});
+      Engine::WriteScope scope(*engine);
+      statement(*engine);
+      scope.Commit();
+    };
+    const Rows before = ReadThings(*Engine::Open(PathText(path_)));
+    run(NativeFileSystem());
+    const Rows after = ReadThings(*Engine::Open(PathText(path_)));
+    ASSERT_NE(before, after);
+    int nothing = 0;
+    for (int writes = 0;; ++writes) {
+      SCOPED_TRACE(writes);
+      folder_.Copy(original, path_.filename().string());
+      FaultyFileSystem files;
+      files.Arm(Fault::Death, writes);
+      try {
+        run(files);
+      } catch (const RuntimeError&) {
+        EXPECT_TRUE(files.Struck());
+      }
+      const auto engine = Engine::Open(PathText(path_));
+      const Rows found = ReadThings(*engine);
+      EXPECT_TRUE(found == before || found == after);
+      EXPECT_EQ(Findings(*engine), "");
+      nothing += found == before ? 1 : 0;
+      // And it can be written again.
+      Engine::WriteScope scope(*engine);
+      engine->Insert(engine->Table(u"Things"), Thing(1'000'001, 5, 5));
+      scope.Commit();
+      if (!files.Struck() || HasFailure()) break;
+    }
+    EXPECT_GT(nothing, 4);
+  }
+
+  static constexpr int32_t kThingCount = 300;
+  TemporaryFolder folder_;
+  std::filesystem::path path_ = folder_.Path() / "crash.mdb";
+};
+
+TEST_F(WriteCrashTest, DeathLeavesAllOfAnInsertionOrNothing) {
+  DieEverywhereIn(
+      [](Engine& engine) { engine.Insert(engine.Table(u"Things"), Thing(301, 150, 30)); });
+}
+
+TEST_F(WriteCrashTest, DeathLeavesAllOfAnInsertionOfALongValueOrNothing) {
+  DieEverywhereIn(
+      [](Engine& engine) { engine.Insert(engine.Table(u"Things"), Thing(301, 150, 20000)); });
+}
+
+TEST_F(WriteCrashTest, DeathLeavesAllOfAnUpdateThatMovesTheRowOrNothing) {
+  DieEverywhereIn([](Engine& engine) { Update(engine, 100, 1, Text(200, u'z')); });
+}
+
+TEST_F(WriteCrashTest, DeathLeavesAllOfADeletionOrNothing) {
+  DieEverywhereIn(
+      [](Engine& engine) { engine.Delete(engine.Table(u"Things"), FindThing(engine, 100)); });
+}
+
+TEST_F(WriteCrashTest, DeathLeavesAllOfAStatementOnManyRowsOrNothing) {
+  DieEverywhereIn([](Engine& engine) {
+    for (int32_t i = 0; i < 100; ++i) {
+      engine.Insert(engine.Table(u"Things"), Thing(2 * i + 1, 120, 10));
+      engine.Delete(engine.Table(u"Things"), FindThing(engine, 2 * i + 200));
+    }
+  });
+}
+
+TEST_F(WriteCrashTest, AFailureOfAnyWriteIsRaisedAndTheEngineGoesOn) {
+  const Rows before = ReadThings(*Engine::Open(PathText(path_)));
+  int failures = 0;
+  for (int writes = 0;; ++writes) {
+    FaultyFileSystem files;
+    const auto engine = Engine::Open(PathText(path_), {.files = &files});
+    files.Arm(Fault::FullDisk, writes);
+    bool raised = false;
+    try {
+      Engine::WriteScope scope(*engine);
+      engine->Insert(engine->Table(u"Things"), Thing(301, 150, 20000));
+      scope.Commit();
+    } catch (const RuntimeError&) {
+      raised = true;
+    }
+    if (!raised) break;
+    ++failures;
+    files.Arm(Fault::None, 0);
+    ASSERT_EQ(ReadThings(*engine), before);
+    ASSERT_EQ(Findings(*engine), "");
+  }
+  EXPECT_GT(failures, 5);
+}
+
+#ifndef _WIN32
+
+// Runs `work` in a process of its own, which ends without cleaning up.
+pid_t Start(const std::function<void()>& work) {
+  const pid_t child = fork();
+  if (child != 0) return child;
+  try {
+    work();
+  } catch (const std::exception& error) {
+    fprintf(stderr, "%s\n", error.what());
+    _exit(1);
+  }
+  _exit(0);
+}
+
+int ExitOf(pid_t child) {
+  int status = -1;
+  waitpid(child, &status, 0);
+  return status;
+}
+
+TEST_F(WriteCrashTest, AKilledProcessLeavesWholeStatements) {
+  uint32_t pause = 3000;
+  for (int round = 0; round < 12; ++round) {
+    SCOPED_TRACE(round);
+    const pid_t child = Start([&] {
+      const auto engine = Engine::Open(PathText(path_));
+      for (int32_t i = 0;; ++i) {
+        Engine::WriteScope scope(*engine);
+        const int32_t id = 1000 * (round + 1) + i;
+        engine->Insert(engine->Table(u"Things"), Thing(id, 40 + static_cast<size_t>(i) % 100, 500));
+        Update(*engine, (i * 2) % 600, 3, id);
+        scope.Commit();
+      }
+    });
+    pause = pause * 1103515245 + 12345;
+    usleep(4000 + pause / 4096 % 20000);
+    kill(child, SIGKILL);
+    ExitOf(child);
+    const auto engine = Engine::Open(PathText(path_));
+    ASSERT_EQ(Findings(*engine), "");
+  }
+  const auto engine = Engine::Open(PathText(path_));
+  EXPECT_GT(ReadThings(*engine).size(), size_t{kThingCount});
+}
+
+TEST_F(WriteCrashTest, ProcessesLoseNoUpdateAndReadNothingHalf) {
+  constexpr int kProcesses = 3;
+  constexpr int32_t kRounds = 60;
+  const auto value_of = [](Engine& engine, int32_t id) {
+    const TableDefinition& table = engine.Table(u"Things");
+    RowView row(engine.File(), table);
+    if (!FetchRow(engine.File(), table, FindThing(engine, id), row))
+      throw std::runtime_error("a row is gone");
+    return std::get<int32_t>(row.Get(table.columns[3]));
+  };
+  std::vector<pid_t> children;
+  for (int process = 0; process < kProcesses; ++process) {
+    children.push_back(Start([&, process] {
+      const auto engine = Engine::Open(PathText(path_));
+      for (int32_t i = 0; i < kRounds; ++i) {
+        Engine::WriteScope scope(*engine);
+        const int32_t next = value_of(*engine, 0) + 1;
+        for (const int32_t id : {0, 200, 400}) Update(*engine, id, 3, next);
+        engine->Insert(engine->Table(u"Things"), Thing(10000 + 1000 * process + i, 100, 20));
+        scope.Commit();
+      }
+      engine->Close();
+    }));
+    children.push_back(Start([&] {
+      const auto engine = Engine::Open(PathText(path_));
+      for (int32_t last = 0; last < kProcesses * kRounds;) {
+        const Engine::ReadScope scope(*engine);
+        const int32_t value = value_of(*engine, 0);
+        const bool whole =
+            value >= last && value == value_of(*engine, 200) && value == value_of(*engine, 400);
+        if (!whole) throw std::runtime_error("half a statement was read");
+        last = value;
+      }
+    }));
+  }
+  for (const pid_t child : children) EXPECT_EQ(ExitOf(child), 0);
+  const auto engine = Engine::Open(PathText(path_));
+  EXPECT_EQ(Findings(*engine), "");
+  EXPECT_EQ(ReadThings(*engine).size(), size_t{kThingCount + kProcesses * kRounds});
+  const Engine::ReadScope scope(*engine);
+  EXPECT_EQ(value_of(*engine, 0), kProcesses * kRounds);
+  EXPECT_FALSE(std::filesystem::exists(path_.string() + "-journal"));
+}
+
+#endif
+
+}  // namespace
+}  // namespace rdv::jet

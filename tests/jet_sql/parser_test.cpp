@@ -1,0 +1,157 @@
+#include <gtest/gtest.h>
+
+#include "data/commands.h"
+#include "data/jet/errors.h"
+#include "data/jet/sql/statement_parser.h"
+#include "runtime/error.h"
+
+namespace rdv::jet::sql {
+namespace {
+
+Condition WhereOf(TextView condition) {
+  const Statement statement = ParseStatement(u"SELECT * FROM T WHERE " + Text(condition));
+  return std::get<Select>(statement).where.value();
+}
+
+const Name& NameIn(const Operand& operand) {
+  return std::get<Name>(operand);
+}
+const Literal& LiteralIn(const Operand& operand) {
+  return std::get<Literal>(operand);
+}
+
+std::string ErrorOf(TextView statement) {
+  try {
+    ParseStatement(statement);
+  } catch (const RuntimeError& error) {
+    EXPECT_EQ(error.Number(), static_cast<int32_t>(ErrorNumber::Syntax));
+    EXPECT_EQ(error.Source(), kEngineSource);
+    return ToUtf8(error.Description());
+  }
+  return "no error";
+}
+
+TEST(StatementParser, ReadsAllStoredCommands) {
+  for (const CommandDefinition& command : AllCommands()) {
+    SCOPED_TRACE(ToUtf8(command.name));
+    EXPECT_NO_THROW(ParseStatement(command.statement));
+  }
+}
+
+TEST(StatementParser, ReadsItemsTableConditionAndOrderOfASelect) {
+  const Statement statement =
+      ParseStatement(u"select a, T.b, T.* from T where a = `p` order by b desc, T.c, d ASC;");
+  const auto& select = std::get<Select>(statement);
+  ASSERT_EQ(select.items.size(), 3u);
+  EXPECT_EQ(NameIn(std::get<Operand>(select.items[0])).column, u"a");
+  EXPECT_EQ(NameIn(std::get<Operand>(select.items[1])).table, u"T");
+  EXPECT_EQ(NameIn(std::get<Operand>(select.items[1])).column, u"b");
+  EXPECT_EQ(std::get<AllColumns>(select.items[2]).table, u"T");
+  EXPECT_EQ(select.table, u"T");
+  EXPECT_EQ(NameIn(select.where->right).column, u"p");
+  ASSERT_EQ(select.order.size(), 3u);
+  EXPECT_TRUE(select.order[0].descending);
+  EXPECT_EQ(select.order[1].name.table, u"T");
+  EXPECT_FALSE(select.order[2].descending);
+}
+
+TEST(StatementParser, ReadsUpdateInsertAndDelete) {
+  const Statement update = ParseStatement(u"UPDATE T SET a = 1, b = c WHERE d = 2");
+  EXPECT_EQ(std::get<Update>(update).items.size(), 2u);
+  EXPECT_TRUE(std::get<Update>(update).where.has_value());
+  const Statement insert = ParseStatement(u"INSERT INTO T (a, b) VALUES (`p`, NULL)");
+  EXPECT_EQ(std::get<Insert>(insert).columns, (std::vector<Text>{u"a", u"b"}));
+  EXPECT_EQ(LiteralIn(std::get<Insert>(insert).values[1]).kind, LiteralKind::Null);
+  const Statement all_columns = ParseStatement(u"INSERT INTO T VALUES (1)");
+  EXPECT_TRUE(std::get<Insert>(all_columns).columns.empty());
+  for (const TextView text : {u"DELETE FROM T", u"DELETE * FROM T", u"DELETE T.* FROM T"})
+    EXPECT_EQ(std::get<Delete>(ParseStatement(text)).table, u"T");
+}
+
+TEST(StatementParser, TakesAnyCharactersInQuotedNames) {
+  EXPECT_EQ(NameIn(WhereOf(u"[Order By] = 1").left).column, u"Order By");
+  EXPECT_EQ(NameIn(WhereOf(u"`SELECT` = 1").left).column, u"SELECT");
+  EXPECT_EQ(NameIn(WhereOf(u"[My Table].[My Column] = 1").left).table, u"My Table");
+}
+
+TEST(StatementParser, ReadsLiterals) {
+  EXPECT_EQ(LiteralIn(WhereOf(u"a = -1.5e-3").right).text, u"-1.5e-3");
+  EXPECT_EQ(LiteralIn(WhereOf(u"a = +.5").right).text, u".5");
+  EXPECT_EQ(LiteralIn(WhereOf(u"a = 'O''Brien'").right).text, u"O'Brien");
+  EXPECT_EQ(LiteralIn(WhereOf(u"a = \"say \"\"x\"\"\"").right).text, u"say \"x\"");
+  EXPECT_EQ(LiteralIn(WhereOf(u"a = ''").right).text, u"");
+  EXPECT_EQ(LiteralIn(WhereOf(u"a = #2011-03-14#").right).kind, LiteralKind::Date);
+  EXPECT_EQ(LiteralIn(WhereOf(u"a = True").right).text, u"-1");
+  EXPECT_EQ(LiteralIn(WhereOf(u"a = false").right).text, u"0");
+}
+
+TEST(StatementParser, BindsNotBeforeAndBeforeOr) {
+  const Condition condition = WhereOf(u"a = 1 OR NOT b = 2 AND c IS NOT NULL");
+  ASSERT_EQ(condition.kind, ConditionKind::Or);
+  ASSERT_EQ(condition.parts.size(), 2u);
+  const Condition& both = condition.parts[1];
+  ASSERT_EQ(both.kind, ConditionKind::And);
+  EXPECT_EQ(both.parts[0].kind, ConditionKind::Not);
+  ASSERT_EQ(both.parts[1].kind, ConditionKind::Not);
+  EXPECT_EQ(both.parts[1].parts[0].kind, ConditionKind::IsNull);
+}
+
+TEST(StatementParser, GroupsByParentheses) {
+  const Condition condition = WhereOf(u"(a = 1 OR b = 2) AND (c = 3)");
+  ASSERT_EQ(condition.kind, ConditionKind::And);
+  EXPECT_EQ(condition.parts[0].kind, ConditionKind::Or);
+  EXPECT_EQ(condition.parts[1].kind, ConditionKind::Compare);
+}
+
+TEST(StatementParser, KnowsAllComparisons) {
+  const std::pair<TextView, Comparison> comparisons[] = {
+      {u"=", Comparison::Equal},   {u"<>", Comparison::NotEqual},
+      {u"<", Comparison::Less},    {u"<=", Comparison::LessOrEqual},
+      {u">", Comparison::Greater}, {u">=", Comparison::GreaterOrEqual}};
+  for (const auto& [symbol, comparison] : comparisons)
+    EXPECT_EQ(WhereOf(u"a" + Text(symbol) + u"1").comparison, comparison) << ToUtf8(symbol);
+}
+
+TEST(StatementParser, NamesTheClauseThatIsWrong) {
+  const std::string unknown =
+      "Invalid SQL statement; expected 'DELETE', 'INSERT', 'PROCEDURE', 'SELECT', or 'UPDATE'.";
+  EXPECT_EQ(ErrorOf(u""), unknown);
+  EXPECT_EQ(ErrorOf(u"   "), unknown);
+  EXPECT_EQ(ErrorOf(u"DROP TABLE T"), unknown);
+  EXPECT_EQ(ErrorOf(u"SELECT * FROM"), "Syntax error in FROM clause.");
+  EXPECT_EQ(ErrorOf(u"SELECT * FROM T WHERE"), "Syntax error in WHERE clause.");
+  EXPECT_EQ(ErrorOf(u"SELECT * FROM T WHERE a = 1 AND"), "Syntax error in WHERE clause.");
+  EXPECT_EQ(ErrorOf(u"SELECT * FROM T WHERE (a = 1"), "Syntax error in WHERE clause.");
+  EXPECT_EQ(ErrorOf(u"SELECT * FROM T ORDER a"), "Syntax error in ORDER BY clause.");
+  EXPECT_EQ(ErrorOf(u"UPDATE T SET"), "Syntax error in UPDATE statement.");
+  EXPECT_EQ(ErrorOf(u"UPDATE T SET a 1"), "Syntax error in UPDATE statement.");
+  EXPECT_EQ(ErrorOf(u"INSERT T VALUES (1)"), "Syntax error in INSERT INTO statement.");
+  EXPECT_EQ(ErrorOf(u"INSERT INTO T (a VALUES (1)"), "Syntax error in INSERT INTO statement.");
+  EXPECT_EQ(ErrorOf(u"DELETE T"), "Syntax error in DELETE statement.");
+  EXPECT_EQ(ErrorOf(u"SELECT * FROM T; SELECT"), "Characters found after end of SQL statement.");
+  EXPECT_EQ(ErrorOf(u"SELECT * FROM T, U"), "Characters found after end of SQL statement.");
+}
+
+TEST(StatementParser, RefusesQuotesThatAreNotClosed) {
+  EXPECT_EQ(ErrorOf(u"SELECT * FROM T WHERE a = 'x"),
+            "Syntax error in string in query expression.");
+  EXPECT_EQ(ErrorOf(u"SELECT * FROM T WHERE a = #1"), "Syntax error in date in query expression.");
+  EXPECT_EQ(ErrorOf(u"SELECT * FROM [T"), "Syntax error in query expression.");
+  EXPECT_EQ(ErrorOf(u"SELECT * FROM T WHERE a ! 1"), "Syntax error in query expression.");
+}
+
+TEST(StatementParser, BoundsDepthAndLength) {
+  const auto nested = [](size_t depth) {
+    return u"SELECT * FROM T WHERE " + Text(depth, u'(') + u"a = 1" + Text(depth, u')');
+  };
+  EXPECT_NO_THROW(ParseStatement(nested(kMaxConditionDepth)));
+  EXPECT_EQ(ErrorOf(nested(kMaxConditionDepth + 1)), "Query is too complex.");
+  EXPECT_EQ(ErrorOf(nested(20000)), "Query is too complex.");
+  Text negations = u"SELECT * FROM T WHERE ";
+  for (int i = 0; i < 10000; ++i) negations += u"NOT ";
+  EXPECT_EQ(ErrorOf(negations + u"a = 1"), "Query is too complex.");
+  EXPECT_EQ(ErrorOf(Text(kMaxStatementLength + 1, u' ')), "Query is too complex.");
+}
+
+}  // namespace
+}  // namespace rdv::jet::sql

@@ -1,0 +1,313 @@
+// The control on widgets without windows, over a site of its own, driven as its host and its user
+// drive it.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <ostream>
+#include <vector>
+
+#include "control/line_config_control.h"
+#include "data/recordset.h"
+#include "rules/editors.h"
+#include "rules/grid_rows.h"
+#include "runtime/value.h"
+#include "tests/support/site_fixture.h"
+#include "widgets/memory/memory_form.h"
+
+namespace rdv {
+
+// For the messages of failed expectations.
+inline void PrintTo(const Text& text, std::ostream* out) {
+  *out << '"' << ToUtf8(text) << '"';
+}
+
+}  // namespace rdv
+
+namespace rdv::test {
+
+using Keys = memory::HeldKeys;
+using GridRow = std::array<Text, kColumnCount>;
+
+struct Message {
+  Text text;
+  int style = 0;
+  std::optional<Text> title;
+
+  bool operator==(const Message&) const = default;
+  friend void PrintTo(const Message& message, std::ostream* out) {
+    *out << ToUtf8(message.text) << " [style " << message.style << ", "
+         << (message.title ? ToUtf8(*message.title) : "no title") << "]";
+  }
+};
+
+inline Message CriticalError(TextView text) {
+  return {Text(text), 16, Text(u"Error")};
+}
+inline Message PlainMessage(TextView text) {
+  return {Text(text), 0, std::nullopt};
+}
+
+// Widgets of a test's own in the place of a form's.
+struct Replacements {
+  Frame* fraConfiguration = nullptr;
+  TextBox* txtLabel = nullptr;
+  Screen* screen = nullptr;
+};
+
+inline Form Replace(const Form& form, const Replacements& with) {
+  return {with.fraConfiguration ? *with.fraConfiguration : form.fraConfiguration,
+          form.LVRDVLineConfig,
+          form.cmbPartition,
+          form.cmbStartingNodeName,
+          form.cmbStartingNodeNumber,
+          form.cmbVolume,
+          form.cmbModeType,
+          form.cmbModeNumber,
+          form.cmbNISOption,
+          form.txtEWTOption,
+          form.cmbLineType,
+          form.cmbImpedance,
+          form.cmbSoftStop,
+          with.txtLabel ? *with.txtLabel : form.txtLabel,
+          form.fraDefault,
+          form.cmbRDVType,
+          form.cmdShowDefaults,
+          form.cmdOK,
+          form.cmdCancel,
+          form.cmdApply,
+          with.screen ? *with.screen : form.screen};
+}
+
+class ControlTest : public SiteTest {
+ protected:
+  ControlTest() { MakeForm(); }
+
+  // A fresh form with a fresh control on it.
+  void Create(ControlOptions options = {}) {
+    Destroy();
+    MakeForm();
+    control_ = std::make_unique<ucRDVLineConfig>(form(), std::move(options));
+    removals_ = 0;
+    control_->RemoveME = [this] { ++removals_; };
+  }
+  void Destroy() { control_.reset(); }
+
+  ucRDVLineConfig& control() { return *control_; }
+  const Form& form() const { return *form_; }
+  LineGrid& grid() const { return form_->LVRDVLineConfig; }
+
+  // RemoveME events since the control was created.
+  int Removals() const { return removals_; }
+
+  // The boxes since the last call.
+  std::vector<Message> Messages() {
+    std::vector<Message> messages;
+    for (memory::ShownMessage& shown : memory_->screen.TakeMessages()) {
+      messages.push_back({shown.text, shown.style, shown.title});
+    }
+    return messages;
+  }
+  void Answer(MessageAnswer answer) { memory_->screen.QueueAnswer(answer); }
+
+  // What the grid shows.
+  Text Cell(int row, int column) const { return grid().Cell(row, column); }
+  std::vector<Text> Column(int column) const {
+    std::vector<Text> cells;
+    for (int row = 1; row <= grid().RowCount(); ++row) cells.push_back(Cell(row, column));
+    return cells;
+  }
+  std::vector<GridRow> Rows() const {
+    std::vector<GridRow> rows(static_cast<size_t>(grid().RowCount()));
+    for (int row = 1; row <= grid().RowCount(); ++row) {
+      for (int column = 1; column <= kColumnCount; ++column) {
+        rows[static_cast<size_t>(row - 1)][static_cast<size_t>(column - 1)] = Cell(row, column);
+      }
+    }
+    return rows;
+  }
+  void ExpectGrid(const std::vector<GridRow>& expected) const {
+    ASSERT_EQ(grid().RowCount(), static_cast<int>(expected.size()));
+    for (int row = 1; row <= grid().RowCount(); ++row) {
+      for (int column = 1; column <= kColumnCount; ++column) {
+        EXPECT_EQ(Cell(row, column),
+                  expected[static_cast<size_t>(row - 1)][static_cast<size_t>(column - 1)])
+            << "row " << row << ", column " << column;
+      }
+    }
+  }
+
+  // What the user does. A refused action fails the test.
+  void Click(int row, int column, Keys held = {}) {
+    Accept(memory_->LVRDVLineConfig.UserClickCell(row, column, held));
+  }
+  void ClickAt(Twips x, Twips y) { Accept(memory_->LVRDVLineConfig.UserClick(x, y)); }
+  void Key(char16_t key) { Accept(memory_->LVRDVLineConfig.UserKey(key)); }
+  void ChangeColumnWidth(int column, Twips width) {
+    Accept(memory_->LVRDVLineConfig.UserResizeColumn(column, width));
+  }
+  void ScrollRight(Twips distance) {
+    Accept(memory_->LVRDVLineConfig.UserScrollHorizontally(distance));
+  }
+  void ScrollDown(Twips distance) {
+    Accept(memory_->LVRDVLineConfig.UserScrollVertically(distance));
+  }
+  void ClickHeader(int column) { Accept(memory_->LVRDVLineConfig.UserColumnClick(column)); }
+  void PickCode(ComboBox& list, int32_t code) {
+    Accept(dynamic_cast<memory::MemoryComboBox&>(list).UserPick(IndexOf(list, code)));
+  }
+  void Type(ComboBox& list, TextView text) {
+    Accept(dynamic_cast<memory::MemoryComboBox&>(list).UserType(text));
+  }
+  void Type(TextBox& box, TextView text) {
+    Accept(dynamic_cast<memory::MemoryTextBox&>(box).UserType(text));
+  }
+  void Paste(ComboBox& list, TextView text) {
+    Accept(dynamic_cast<memory::MemoryComboBox&>(list).UserPaste(text));
+  }
+  void Paste(TextBox& box, TextView text) {
+    Accept(dynamic_cast<memory::MemoryTextBox&>(box).UserPaste(text));
+  }
+  void Press(Button& button) { Accept(dynamic_cast<memory::MemoryButton&>(button).UserPress()); }
+  std::string Focus() const { return memory_->FocusedWidget().value_or("none"); }
+
+  // The two halves of a click.
+  void MouseDownAt(Twips x, Twips y) { grid().on_mouse_down(x, y); }
+  void MouseDownOnCell(int row, int column) {
+    Click(row, column_beside_all_editors_);
+    MouseDownAt(Middle(row, column), grid().RowTop(row) + 100);
+  }
+  void MouseUpOnCell(int row, int column) {
+    grid().on_mouse_up(Middle(row, column), grid().RowTop(row) + 100);
+  }
+  // For a cell whose middle is out of sight.
+  void MouseDownOnCellLeft(int row, int column) {
+    MouseDownAt(grid().RowLeft(row) + grid().ColumnLeft(column) + 100, grid().RowTop(row) + 100);
+  }
+
+  // Selects the entry of a list that the user never sees.
+  static void SelectCode(ComboBox& list, int32_t code) { list.SetListIndex(IndexOf(list, code)); }
+
+  int DropDownWidth(ComboBox& list) const {
+    return dynamic_cast<memory::MemoryComboBox&>(list).DropDownWidth();
+  }
+
+  // What the database holds, read by statements of the test's own. Fields joined by ",".
+  std::vector<Text> AllStoredLines(int16_t config) {
+    return Joined(u"SELECT * FROM Used_Lines WHERE Config_ID = `Given_ConfigID`", config,
+                  LineColumns());
+  }
+  std::vector<Text> StoredLinesOfOtherSlots(int16_t config) {
+    std::vector<Text> lines = AllStoredLines(config);
+    const Text own_slot = u"," + Decimal(config) + u",1,1,";
+    std::erase_if(lines, [&](const Text& line) { return line.find(own_slot) != Text::npos; });
+    return lines;
+  }
+  std::vector<Text> StoredCards(int16_t config) {
+    return Joined(
+        u"SELECT * FROM Used_Cards WHERE Config_ID = `Given_ConfigID` ORDER BY "
+        u"Base_Slot_No",
+        config,
+        {u"Config_ID", u"Base_Slot_No", u"Slot_Offset", u"Slot_Caption", u"Card_Type_Name",
+         u"Card_Type_No", u"Card_Variant", u"Part_Num", u"Country_Code"});
+  }
+  std::vector<int> StoredLines(int16_t config) {
+    std::vector<int> lines;
+    for (const Text& line : Joined(kUnit, config, {u"Line"})) lines.push_back(CLng(line));
+    return lines;
+  }
+  // In the order of the parameters of Insert_All_Lines; empty when there is none.
+  Text StoredLine(int16_t config, int line) {
+    for (const Text& stored : Joined(kUnit, config, LineColumns())) {
+      if (stored.ends_with(u"," + Decimal(line))) return stored;
+    }
+    return {};
+  }
+  Text StoredField(int16_t config, int line, TextView field) {
+    for (const Text& stored : Joined(kUnit, config, {Text(field), u"Line"})) {
+      const Text end = u"," + Decimal(line);
+      if (stored.ends_with(end)) return stored.substr(0, stored.size() - end.size());
+    }
+    return u"no such line";
+  }
+
+ private:
+  static constexpr TextView kUnit =
+      u"SELECT * FROM Used_Lines WHERE Config_ID = `Given_ConfigID` AND Base_Slot_No = 1 AND "
+      u"Slot_Offset = 1 ORDER BY Line";
+
+  static std::vector<Text> LineColumns() {
+    return {u"Partition_Name",
+            u"Partition_ID",
+            u"Starting_Node_Caption",
+            u"Starting_Node_Type_ID",
+            u"Starting_Node_Number",
+            u"Volume_Name",
+            u"Volume_ID",
+            u"Mode_Caption",
+            u"Mode_Type_ID",
+            u"Mode_Ring_Number",
+            u"Description",
+            u"NIS_Option",
+            u"RTQA_Option",
+            u"ACD_Option",
+            u"LineType",
+            u"Impedance",
+            u"SoftStop",
+            u"rsvd1",
+            u"rsvd2",
+            u"rsvd3",
+            u"Config_ID",
+            u"Base_Slot_No",
+            u"Slot_Offset",
+            u"Line"};
+  }
+
+  std::vector<Text> Joined(TextView statement, int16_t config, const std::vector<Text>& fields) {
+    Recordset rows;
+    rows.Open(CurrentSite().Execute(statement, {Decimal(config)}));
+    std::vector<Text> joined;
+    for (; !rows.EndOfFile(); rows.MoveNext()) {
+      Text line;
+      for (const Text& field : fields) {
+        const Value& value = rows.Field(field);
+        if (&field != &fields.front()) line += u",";
+        line += IsNull(value) ? Text(u"(Null)") : ToText(value);
+      }
+      joined.push_back(line);
+    }
+    return joined;
+  }
+
+  static void Accept(const Refusal& refused) {
+    EXPECT_FALSE(refused.has_value()) << "the user cannot do that";
+  }
+
+  static int IndexOf(const ComboBox& list, int32_t code) {
+    for (int index = 0; index < list.ListCount(); ++index) {
+      if (list.ItemData(index) == code) return index;
+    }
+    ADD_FAILURE() << "the list offers no " << code;
+    return -1;
+  }
+
+  Twips Middle(int row, int column) const {
+    return grid().RowLeft(row) + grid().ColumnLeft(column) + grid().ColumnWidth(column) / 2;
+  }
+
+  void MakeForm() {
+    form_.reset();
+    memory_ = std::make_unique<memory::MemoryForm>();
+    form_ = std::make_unique<Form>(memory_->Widgets());
+  }
+
+  static constexpr int column_beside_all_editors_ = column::kLine;
+
+  std::unique_ptr<memory::MemoryForm> memory_;
+  std::unique_ptr<Form> form_;
+  std::unique_ptr<ucRDVLineConfig> control_;
+  int removals_ = 0;
+};
+
+}  // namespace rdv::test

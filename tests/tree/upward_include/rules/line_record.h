@@ -1,0 +1,1 @@
+// The higher layer of the sample.
