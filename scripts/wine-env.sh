@@ -1,5 +1,6 @@
 # Wine as this project uses it, apart from the Wine of the user. Sourced, never run.
-# RDV_WINE_PREFIX names other prefixes than out/wine/prefix-*.
+# RDV_WINE_PREFIX names other prefixes than out/wine/prefix-*. Prefixes are made for a display of our
+# own, or for that of the user when RDV_WINDOW_MANAGER is set.
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
 export WINEDEBUG=${WINEDEBUG:--all}
@@ -47,6 +48,8 @@ make_prefix() {
   timeout --kill-after=10 300 wineboot --init </dev/null || return
   # A program that crashes ends; a dialog would wait for somebody to press a button.
   set_wine_option WineDbg ShowCrashDialog REG_DWORD 0
+  # On a virtual display no window manager runs; a window that waits for one takes seconds to go.
+  [ -n "${RDV_WINDOW_MANAGER:-}" ] || set_wine_option 'X11 Driver' Managed REG_SZ N
   [ "$1" != win32 ] || set_wine_option Drivers Graphics REG_SZ null
   # The settings hold from the next start of the prefix on.
   wineserver -k || true

@@ -1,7 +1,4 @@
-// The data-environment object on sample sites, off Windows; there the data folder is not a test's
-// to replace.
-#ifndef _WIN32
-
+// The data-environment object on sample sites.
 #include "data/database.h"
 
 #include <gtest/gtest.h>
@@ -217,7 +214,7 @@ TEST_F(DataBaseObject, OpensItsConnectionWhenACommandFirstNeedsIt) {
 
 TEST_F(DataBaseObject, KeepsTheDataFolderThatItWasMadeWith) {
   DataBase database;
-  test::SetEnvironment("RDV_COMMON_APPDATA", "/nowhere");
+  const SiteFolder elsewhere(u"/nowhere");
   EXPECT_NO_THROW(database.Get_All_Card_Name());
 }
 
@@ -276,6 +273,8 @@ TEST_F(DataBaseObject, EndsTheWalkOfAnIndexThatLeadsInACircle) {
   }
 }
 
+#ifndef _WIN32
+
 TEST_F(DataBaseObject, CannotTakeTheRouteThatThisSystemDoesNotHave) {
   test::SetEnvironment("RDV_DATABASE_ROUTE", "ado");
   EXPECT_EQ(ErrorOf([] { DataBase().Get_All_Card_Name(); }, u"TLV_RDV_Line_Config"),
@@ -285,7 +284,7 @@ TEST_F(DataBaseObject, CannotTakeTheRouteThatThisSystemDoesNotHave) {
   test::SetEnvironment("RDV_DATABASE_ROUTE", "");
 }
 
+#endif
+
 }  // namespace
 }  // namespace rdv
-
-#endif

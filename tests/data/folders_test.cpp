@@ -1,37 +1,34 @@
-// Where the data folder is found off Windows, where its two sources are a variable and a file.
-#ifndef _WIN32
-
+// Where the data folder is found.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 
 #include "data/folders_and_files.h"
-#include "tests/support/site_fixture.h"
+#include "tests/support/site_files.h"
+#include "tools/site_folder/site_folder.h"
 
 namespace rdv {
 namespace {
 
 class Folders : public testing::Test {
  protected:
-  Folders() {
-    SetFirstSource(first_.Path().string());
-    SetSecondSource(second_.Path().string());
-  }
-  ~Folders() override { unsetenv("RDV_SHELL_FOLDERS"); }
+  Folders() { UseSources(Path(first_), Path(second_)); }
 
-  static void SetFirstSource(const std::string& folder) {
-    test::SetEnvironment("RDV_COMMON_APPDATA", folder);
-  }
-  void SetSecondSource(const std::string& folder) {
-    const auto file = second_.Path() / "shell-folders.ini";
-    std::ofstream(file) << "[Shell Folders]\nCommon AppData=" << folder << "\n";
-    test::SetEnvironment("RDV_SHELL_FOLDERS", file.string());
+  void UseSources(const Text& first, const Text& second) {
+    sources_.reset();
+    sources_.emplace(first, second);
   }
 
+  static Text Path(const test::TemporaryFolder& folder) { return folder.Path().u16string(); }
+  // With the separator behind each name.
+  static Text Below(Text folder, std::initializer_list<TextView> names) {
+    for (const TextView name : names) (folder += name) += kPathSeparator;
+    return folder;
+  }
   static Text SuiteFolderIn(const test::TemporaryFolder& folder) {
-    return FromUtf8(folder.Path().string()) + u"/Tolvane/ORVANT+/";
+    return Below(Path(folder) + Text(kPathSeparator), {u"Tolvane", u"ORVANT+"});
   }
   static void MakeSuiteFolder(const test::TemporaryFolder& folder) {
     std::filesystem::create_directories(folder.Path() / "Tolvane" / "ORVANT+");
@@ -39,6 +36,9 @@ class Folders : public testing::Test {
 
   test::TemporaryFolder first_;
   test::TemporaryFolder second_;
+
+ private:
+  std::optional<SiteFolder> sources_;
 };
 
 TEST_F(Folders, TheFirstSourcesSuiteFolderIsTakenWhenItExists) {
@@ -46,6 +46,30 @@ TEST_F(Folders, TheFirstSourcesSuiteFolderIsTakenWhenItExists) {
   MakeSuiteFolder(second_);
   EXPECT_EQ(GetSuiteFolder(), SuiteFolderIn(first_));
 }
+
+TEST_F(Folders, TheSecondSourceIsTakenEvenWhenItNamesTheSameFolder) {
+  UseSources(Path(first_), Path(first_));
+  EXPECT_EQ(GetSuiteFolder(), SuiteFolderIn(first_));
+}
+
+TEST_F(Folders, PathsKeepCharactersOutsideAscii) {
+#ifdef _WIN32
+  const Text name = u"Größe";  // what the code page has
+#else
+  const Text name = u"Größe 名";
+#endif
+  const Text folder = Path(second_) + Text(kPathSeparator) + name;
+  UseSources(Path(first_), folder);
+  EXPECT_EQ(GetCommonAppDataFolder(), folder);
+}
+
+TEST_F(Folders, TheDatabaseFolderLiesInTheSuiteFolder) {
+  MakeSuiteFolder(first_);
+  EXPECT_EQ(GetDatabaseFolder(), Below(SuiteFolderIn(first_), {u"Database"}));
+}
+
+// On Windows the shell writes the folder that it gives into the other source.
+#ifndef _WIN32
 
 TEST_F(Folders, TheSecondSourceIsTakenWhenTheFirstHasNoSuiteFolder) {
   std::filesystem::create_directories(first_.Path() / "Tolvane");
@@ -57,11 +81,6 @@ TEST_F(Folders, TheSecondSourcesSuiteFolderIsTakenWhetherItExistsOrNotAndIsNotCr
   EXPECT_EQ(GetSuiteFolder(), SuiteFolderIn(second_));
   EXPECT_FALSE(std::filesystem::exists(second_.Path() / "Tolvane"));
   EXPECT_FALSE(std::filesystem::exists(first_.Path() / "Tolvane"));
-}
-
-TEST_F(Folders, TheSecondSourceIsTakenEvenWhenItNamesTheSameFolder) {
-  SetSecondSource(first_.Path().string());
-  EXPECT_EQ(GetSuiteFolder(), SuiteFolderIn(first_));
 }
 
 TEST_F(Folders, AFileInThePlaceOfTheSuiteFolderIsNoFolder) {
@@ -76,29 +95,18 @@ TEST_F(Folders, NamesAreMatchedAsTheyStandOnDisk) {
 }
 
 TEST_F(Folders, WithoutAnySourceTheFolderLiesAtTheRoot) {
-  SetFirstSource("");
-  test::SetEnvironment("RDV_SHELL_FOLDERS", (first_.Path() / "none.ini").string());
+  UseSources(u"", u"");
   EXPECT_EQ(GetSpecialFolder(kCommonAppDataFolder), u"");
   EXPECT_EQ(GetCommonAppDataFolder(), u"");
   EXPECT_EQ(GetSuiteFolder(), u"/Tolvane/ORVANT+/");
 }
 
 TEST_F(Folders, OnlyTheCommonApplicationDataFolderIsKnown) {
-  EXPECT_EQ(GetSpecialFolder(kCommonAppDataFolder), FromUtf8(first_.Path().string()));
+  EXPECT_EQ(GetSpecialFolder(kCommonAppDataFolder), Path(first_));
   EXPECT_EQ(GetSpecialFolder(26), u"");
 }
 
-TEST_F(Folders, PathsKeepCharactersOutsideAscii) {
-  SetSecondSource("/srv/Größe 名");
-  EXPECT_EQ(GetCommonAppDataFolder(), u"/srv/Größe 名");
-}
-
-TEST_F(Folders, TheDatabaseFolderLiesInTheSuiteFolder) {
-  MakeSuiteFolder(first_);
-  EXPECT_EQ(GetDatabaseFolder(), SuiteFolderIn(first_) + u"Database/");
-}
+#endif
 
 }  // namespace
 }  // namespace rdv
-
-#endif

@@ -1,6 +1,4 @@
-// The two switches, off Windows; there the data folder is not a test's to replace.
-#ifndef _WIN32
-
+// What the settings file decides.
 #include "data/settings_file.h"
 
 #include <gtest/gtest.h>
@@ -60,5 +58,3 @@ TEST_F(SettingsFile, SwitchesChinaOnByAnyOtherValueAnEmptyOneIncluded) {
 
 }  // namespace
 }  // namespace rdv
-
-#endif

@@ -11,8 +11,9 @@
 #include <windows.h>
 #endif
 
+#include "data/connection_route.h"
 #include "tests/scenarios/same_answer.h"
-#include "tests/support/site_fixture.h"
+#include "tests/support/site_files.h"
 
 namespace rdv::test {
 namespace {
@@ -80,20 +81,16 @@ std::string ReplaceAll(std::string text, std::string_view what, std::string_view
   return text;
 }
 
-fs::path FolderOf(const Site& site) {
-  return site.SuiteFolder().parent_path().parent_path();
-}
-
 // With the folder of the site, which is another one each time, replaced by SITE.
-std::string Neutral(std::string answer, const Site& site) {
+std::string Neutral(std::string answer, const SiteFiles& site) {
   for (const fs::path& file : {site.DatabaseFile(), site.SettingsFile()}) {
-    const std::string relative = file.lexically_relative(FolderOf(site)).generic_string();
+    const std::string relative = file.lexically_relative(site.Folder()).generic_string();
     answer = ReplaceAll(std::move(answer), Escaped(file), "SITE/" + relative);
   }
   return answer;
 }
 
-void Execute(const Site& site, const std::string& statement) {
+void Execute(const SiteFiles& site, const std::string& statement) {
   const Text path = site.DatabaseFile().u16string();
   OpenConnection(u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + path)
       ->Execute(FromUtf8(statement), {});
@@ -170,11 +167,11 @@ class Playing : public ::testing::Environment {
   void Prepare(const std::string& name) {
     const fs::path script = fs::path(RDV_SCENARIO_DIR) / (name + ".rdv");
     const StartingPoint start = StartingPointOf(LinesOf(script));
-    const Site& site =
-        *sites_.emplace(name, std::make_unique<Site>(start.database, SettingsFolder(start)))
+    const SiteFiles& site =
+        *sites_.emplace(name, std::make_unique<SiteFiles>(start.database, SettingsFolder(start)))
              .first->second;
     for (const std::string& statement : start.statements) Execute(site, statement);
-    std::ofstream(name + ".rdv", std::ios::binary) << "site \"" << Escaped(FolderOf(site)) << "\"\n"
+    std::ofstream(name + ".rdv", std::ios::binary) << "site \"" << Escaped(site.Folder()) << "\"\n"
                                                    << ContentsOf(script) << kPrintMark;
   }
 
@@ -209,7 +206,7 @@ class Playing : public ::testing::Environment {
 #endif
 
   TemporaryFolder folder_;
-  std::map<std::string, std::unique_ptr<Site>> sites_;
+  std::map<std::string, std::unique_ptr<SiteFiles>> sites_;
   std::map<std::string, std::vector<std::string>> answers_;
   int status_ = 0;
   std::string errors_;
@@ -218,8 +215,14 @@ class Playing : public ::testing::Environment {
 Playing& playing = *new Playing;
 const auto* const environment = ::testing::AddGlobalTestEnvironment(&playing);
 
-class Scenario : public SiteTest, public ::testing::WithParamInterface<std::string> {
+class Scenario : public ::testing::TestWithParam<std::string> {
  protected:
+  void SetUp() override {
+    if (!fs::exists(SharedSites())) {
+      GTEST_SKIP() << "the sample sites are not at hand in " << SharedSites();
+    }
+  }
+
   void Keep(const std::vector<std::string>& answers) const {
     const char* folder = std::getenv("RDV_SCENARIO_OUTPUT");
     if (!folder) return;

@@ -5,7 +5,10 @@
 namespace rdv::win32 {
 namespace {
 
-// Absent before Windows 10, where every window has the resolution of the screen.
+// A screen that nothing is painted on reports none.
+constexpr int kUsualDotsPerInch = 96;
+
+// Asking the window is possible from Windows 10 on; before, all have the resolution of the screen.
 int DotsPerInchOf(HWND window) {
   using Function = UINT(WINAPI*)(HWND);
   static const auto get_dpi_for_window = reinterpret_cast<Function>(
@@ -16,7 +19,7 @@ int DotsPerInchOf(HWND window) {
   const HDC screen = GetDC(nullptr);
   const int dots = GetDeviceCaps(screen, LOGPIXELSX);
   ReleaseDC(nullptr, screen);
-  return dots;
+  return dots > 0 ? dots : kUsualDotsPerInch;
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 
 #include "control/line_config_control.h"
 #include "tools/play/driver.h"
-#include "tools/play/memory/site_folder.h"
+#include "tools/site_folder/site_folder.h"
 #include "widgets/memory/memory_form.h"
 
 namespace rdv::play {

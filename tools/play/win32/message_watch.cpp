@@ -12,6 +12,8 @@ namespace {
 MessageWatch* watching = nullptr;
 
 constexpr const wchar_t* kDialogClass = L"#32770";
+// The property of a box that has its answer.
+constexpr const wchar_t* kSeen = L"TLV_RDV_Line_Config.Seen";
 
 bool HasButton(HWND box, int id) {
   const HWND button = GetDlgItem(box, id);
@@ -55,7 +57,8 @@ int IconStyle(HICON icon) {
 
 MessageWatch::MessageWatch() {
   watching = this;
-  hook_ = SetWindowsHookExW(WH_CALLWNDPROCRET, &AfterMessage, nullptr, GetCurrentThreadId());
+  // Told of few events. A hook that sees every message makes each of them many times slower.
+  hook_ = SetWindowsHookExW(WH_CBT, &OnWindowEvent, nullptr, GetCurrentThreadId());
 }
 
 MessageWatch::~MessageWatch() {
@@ -67,11 +70,13 @@ std::vector<MessageSeen> MessageWatch::TakeMessages() {
   return std::exchange(messages_, {});
 }
 
-// A box that has just been set up is complete: its text, its icon and its buttons are there.
-LRESULT CALLBACK MessageWatch::AfterMessage(int code, WPARAM wparam, LPARAM lparam) {
-  const auto& sent = *reinterpret_cast<const CWPRETSTRUCT*>(lparam);
-  if (code == HC_ACTION && sent.message == WM_INITDIALOG && HasClass(sent.hwnd, kDialogClass)) {
-    watching->OnBox(sent.hwnd);
+// A box that becomes active is complete: its text, its icon and its buttons are there. It does so
+// again when a box above it has gone.
+LRESULT CALLBACK MessageWatch::OnWindowEvent(int code, WPARAM wparam, LPARAM lparam) {
+  const auto window = reinterpret_cast<HWND>(wparam);
+  if (code == HCBT_ACTIVATE && HasClass(window, kDialogClass) && !GetPropW(window, kSeen)) {
+    SetPropW(window, kSeen, reinterpret_cast<HANDLE>(1));
+    watching->OnBox(window);
   }
   return CallNextHookEx(nullptr, code, wparam, lparam);
 }

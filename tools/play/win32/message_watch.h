@@ -25,7 +25,7 @@ class MessageWatch {
   std::vector<MessageSeen> TakeMessages();
 
  private:
-  static LRESULT CALLBACK AfterMessage(int code, WPARAM wparam, LPARAM lparam);
+  static LRESULT CALLBACK OnWindowEvent(int code, WPARAM wparam, LPARAM lparam);
   void OnBox(HWND box);
 
   HHOOK hook_;

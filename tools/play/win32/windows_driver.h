@@ -11,7 +11,7 @@
 #include "tools/play/win32/editor_user.h"
 #include "tools/play/win32/grid_user.h"
 #include "tools/play/win32/message_watch.h"
-#include "tools/play/win32/site_folder.h"
+#include "tools/site_folder/site_folder.h"
 
 namespace rdv::play {
 
