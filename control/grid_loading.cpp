@@ -44,8 +44,9 @@ bool GridLoading::LoadData() {
     database.Get_Used_Lines(Decimal(state_.BusinessRules.ConfigID));
     Progress progress;
     Recordset& lines = database.rsGet_Used_Lines;
+    const bool nothing_is_stored = lines.EndOfFile();
     for (; !lines.EndOfFile(); lines.MoveNext()) ShowStoredLine(lines, progress);
-    if (progress.LineCounter == 1) CreateDefaultUnit(database, progress);
+    if (nothing_is_stored) CreateDefaultUnit(database, progress);
     FillWithNotInstalledLines(progress.LineCounter);
     lines.Close();
   });

@@ -72,6 +72,19 @@ TEST_F(Lifecycle, TwoFailingLoadersShareOneBoxWithBothBlocksInOrder) {
           u"Error Source: TLV_RDV_Line_Config - LoadLineTypeToCombo")));
 }
 
+TEST_F(Lifecycle, AMissingCardTypeFailsTheWholeLoad) {
+  for (const TextView code : {u"5", u"6", u"8"}) {
+    UseSite("plain");
+    DeleteCardType(code);
+    Create();
+    EXPECT_FALSE(control().ShowControl(1));
+    EXPECT_THAT(Messages(), ElementsAre(CriticalError(
+                                u"Error Description:Invalid procedure call or argument\r\n"
+                                u"Error Source: TLV_RDV_Line_Config - LoadLineTypeToCombo")));
+    EXPECT_EQ(grid().RowCount(), 0);
+  }
+}
+
 TEST_F(Lifecycle, WithoutADatabaseEveryLoaderThatNeedsItIsOnRecord) {
   UseSite("");
   Create();
@@ -91,15 +104,23 @@ TEST_F(Lifecycle, WithoutADatabaseEveryLoaderThatNeedsItIsOnRecord) {
   EXPECT_TRUE(form().fraConfiguration.Enabled());
 }
 
-class BrokenSite : public Lifecycle, public ::testing::WithParamInterface<const char*> {};
+struct BrokenSiteRow {
+  const char* site;
+  int16_t config;
+  // What the box says; empty where the fault is not met and the grid is shown.
+  const char* error;
+};
 
-// Either the control says what is wrong or it never meets the fault; it does not go down.
+class BrokenSite : public Lifecycle, public ::testing::WithParamInterface<BrokenSiteRow> {};
+
 TEST_P(BrokenSite, EndsInOneErrorBoxOrInALoadedGrid) {
-  UseSite(GetParam());
+  UseSite(GetParam().site);
   Create();
-  const bool shown = control().ShowControl(1);
+  const std::string expected = GetParam().error;
+  EXPECT_EQ(control().ShowControl(GetParam().config), expected.empty());
   EXPECT_TRUE(form().fraConfiguration.Enabled());
-  if (shown) {
+  EXPECT_FALSE(form().cmdApply.Enabled());
+  if (expected.empty()) {
     EXPECT_THAT(Messages(), IsEmpty());
     EXPECT_EQ(grid().RowCount(), 10);
   } else {
@@ -107,19 +128,28 @@ TEST_P(BrokenSite, EndsInOneErrorBoxOrInALoadedGrid) {
     ASSERT_THAT(messages, SizeIs(1));
     EXPECT_EQ(messages[0].title, u"Error");
     EXPECT_EQ(messages[0].style, 16);
-    EXPECT_THAT(ToUtf8(messages[0].text), HasSubstr("Error Description:"));
-    EXPECT_FALSE(form().cmdApply.Enabled());
+    EXPECT_THAT(ToUtf8(messages[0].text), HasSubstr("Error Description:" + expected));
+    EXPECT_EQ(grid().RowCount(), 0);
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Files, BrokenSite,
-                         ::testing::Values("broken/01-cut-in-header", "broken/02-cut-in-page",
-                                           "broken/03-no-bytes", "broken/04-text-file",
-                                           "broken/05-random-header",
-                                           "broken/06-catalog-overwritten",
-                                           "broken/07-pointer-out-of-range",
-                                           "broken/08-cyclic-index", "broken/09-row-offset-outside",
-                                           "broken/10-missing-table"));
+constexpr const char* kNoDatabase = "Unrecognized database format '";
+constexpr const char* kDamaged = "Cannot open database '";
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, BrokenSite,
+    ::testing::Values(BrokenSiteRow{"broken/01-cut-in-header", 1, kNoDatabase},
+                      BrokenSiteRow{"broken/02-cut-in-page", 1, kNoDatabase},
+                      BrokenSiteRow{"broken/03-no-bytes", 1, kNoDatabase},
+                      BrokenSiteRow{"broken/04-text-file", 1, kNoDatabase},
+                      BrokenSiteRow{"broken/05-random-header", 1, kNoDatabase},
+                      BrokenSiteRow{"broken/06-catalog-overwritten", 1, kDamaged},
+                      BrokenSiteRow{"broken/07-pointer-out-of-range", 1, ""},
+                      BrokenSiteRow{"broken/08-cyclic-index", 1, ""},
+                      BrokenSiteRow{"broken/09-row-offset-outside", 1, kDamaged},
+                      BrokenSiteRow{"broken/10-missing-table", 1,
+                                    "The Microsoft Jet database engine cannot find the input table "
+                                    "or query 'SR_Mode_Type_Names'. "}));
 
 TEST_F(Lifecycle, ATextFileInPlaceOfTheDatabaseIsNamedInEveryBlock) {
   UseSite("broken/04-text-file");

@@ -67,9 +67,16 @@ TEST_F(Loading, FormatsTheGridWithNineHiddenAndElevenVisibleColumns) {
   Show(3);
   const std::vector<Twips> widths = {0,    0,    0,    0,   0,    0,    0,    0,    0,    500,
                                      1300, 1200, 1500, 800, 1500, 1100, 1100, 1200, 1000, 1800};
+  constexpr TextView kCaptions[] = {
+      u"Line Type",  u"Partition",  u"Starting Node", u"Starting Node", u"Volume",
+      u"Mode",       u"Mode",       u"Impedance",     u"Soft Stop",     u"Line",
+      u"Line Type",  u"Partition",  u"Starting Node", u"Volume",        u"Mode",
+      u"NIS Option", u"EWT Option", u"Impedance",     u"Soft Stop",     u"Label"};
   ASSERT_EQ(grid().ColumnCount(), 20);
   Twips left = 0;
   for (int column = 1; column <= 20; ++column) {
+    EXPECT_EQ(dynamic_cast<memory::MemoryLineGrid&>(grid()).ColumnCaption(column),
+              kCaptions[column - 1]);
     EXPECT_EQ(grid().ColumnWidth(column), widths[static_cast<size_t>(column - 1)]) << column;
     EXPECT_EQ(grid().ColumnLeft(column), left) << column;
     left += grid().ColumnWidth(column);
@@ -105,6 +112,20 @@ TEST_F(Loading, AConfigurationWithoutLinesGetsEightHybridLinesAndMusicOnHold9And
     Show(2);
     ExpectGrid(read_back);
   }
+}
+
+TEST_F(Loading, AUnitWhoseOnlyLineIsAMusicOnHoldLine0IsNoEmptyOne) {
+  UseSite("plain");
+  for (int line = 2; line <= 4; ++line) DeleteLine(Decimal(line));
+  for (int line = 9; line <= 12; ++line) DeleteLine(Decimal(line));
+  Store(u"LineType", u"8", u"1");
+  Store(u"Line", u"0", u"1");
+  const std::vector<Text> lines = AllStoredLines(3);
+  const std::vector<Text> cards = StoredCards(3);
+  Create();
+  control().ShowControl(3);
+  EXPECT_EQ(AllStoredLines(3), lines);
+  EXPECT_EQ(StoredCards(3), cards);
 }
 
 TEST_F(Loading, ADefaultUnitIsStoredWithItsCodesNamesAndZeroOptions) {

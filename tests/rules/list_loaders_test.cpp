@@ -125,6 +125,15 @@ TEST_F(Loaders, WithPartitionsDisabledNothingAfterPartition1IsOffered) {
   EXPECT_EQ(state.PartitionList.Count(), 1u);
 }
 
+TEST_F(Loaders, WithPartitionsDisabledANamelessPartition1EndsTheWalkToo) {
+  state.BusinessRules.ConfigID = 2;
+  CurrentSite().Execute(
+      u"UPDATE Partition_Settings SET Name = `n` WHERE Config_ID = `c` AND PartitionID = `p`",
+      {std::nullopt, u"2", u"1"});
+  ASSERT_TRUE(loaders.LoadPartitionNameToCombo());
+  EXPECT_THAT(Entries(form().cmbPartition), IsEmpty());
+}
+
 TEST_F(Loaders, WithoutASettingsRowPartitionsCountAsDisabled) {
   CurrentSite().Execute(u"DELETE FROM orvsettings WHERE ConfigID = `Given_ConfigID`", {u"1"});
   ASSERT_TRUE(loaders.LoadPartitionNameToCombo());
@@ -245,6 +254,12 @@ TEST_F(Loaders, VolumesOfAMusicOnHoldLineBeginWith0WhichTheTableMayRepeatAsLow) 
                           Entry(u"Very high", 9)));
 }
 
+TEST_F(Loaders, Volume128OfAMusicOnHoldLineIsHighWhateverItsCaption) {
+  UseSite("indexed");
+  ASSERT_TRUE(loaders.LoadVolumeToCombo(8));
+  EXPECT_THAT(Entries(form().cmbVolume), ::testing::Contains(Entry(u"High", 128)));
+}
+
 TEST_F(Loaders, VolumesOfAMusicOnHoldLineBeginWith0EvenWhenTheTableHasNone) {
   CurrentSite().Execute(u"DELETE FROM SR_Card_Type_can_use_Volume WHERE Card_Type_ID = `c`",
                         {u"8"});
@@ -252,15 +267,19 @@ TEST_F(Loaders, VolumesOfAMusicOnHoldLineBeginWith0EvenWhenTheTableHasNone) {
   EXPECT_THAT(Entries(form().cmbVolume), ElementsAre(Entry(u"0", 0)));
 }
 
-TEST_F(Loaders, ModesOfAHybridLineAreThoseOfCardType7) {
-  LoadNames();
-  ASSERT_TRUE(loaders.LoadModeToCombo(6));
-  EXPECT_THAT(Codes(form().cmbModeType),
-              ::testing::UnorderedElementsAre(1, 2, 3, 13, 24, 25, 26, 27, 32, 33));
-  ASSERT_TRUE(loaders.LoadModeToCombo(8));
-  EXPECT_THAT(Entries(form().cmbModeType),
-              ::testing::UnorderedElementsAre(Entry(u"Continuous", 17), Entry(u"On Demand", 18),
-                                              Entry(u"Silent", 29)));
+TEST_F(Loaders, ModesOfAHybridLineAreThoseOfCardType7InTheOrderOfTheTable) {
+  for (const char* site : {"plain", "indexed"}) {
+    UseSite(site);
+    LoadNames();
+    ASSERT_TRUE(loaders.LoadModeToCombo(6));
+    EXPECT_THAT(Codes(form().cmbModeType), ElementsAre(1, 2, 3, 13, 24, 25, 26, 27, 32, 33))
+        << site;
+    ASSERT_TRUE(loaders.LoadModeToCombo(8));
+    EXPECT_THAT(
+        Entries(form().cmbModeType),
+        ElementsAre(Entry(u"Continuous", 17), Entry(u"On Demand", 18), Entry(u"Silent", 29)))
+        << site;
+  }
 }
 
 TEST_F(Loaders, ModesWithoutTheirNamesFail) {
