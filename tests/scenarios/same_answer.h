@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdlib>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -34,18 +35,27 @@ inline bool TakePosition(std::string_view& left, std::string_view& right, long& 
   return false;
 }
 
-inline bool SameAnswer(std::string_view left, std::string_view right) {
-  while (!left.empty() && !right.empty()) {
+// Where the second answer stops saying what the first says; nothing when they say the same.
+inline std::optional<size_t> FirstDifference(const std::string& first, const std::string& second) {
+  std::string_view left = first;
+  std::string_view right = second;
+  while (!left.empty() || !right.empty()) {
+    const size_t at = second.size() - right.size();
+    if (left.empty() || right.empty()) return at;
     long difference = 0;
     if (TakePosition(left, right, difference)) {
-      if (difference > kPositionTolerance) return false;
+      if (difference > kPositionTolerance) return at;
       continue;
     }
-    if (left.front() != right.front()) return false;
+    if (left.front() != right.front()) return at;
     left.remove_prefix(1);
     right.remove_prefix(1);
   }
-  return left.empty() && right.empty();
+  return std::nullopt;
+}
+
+inline bool SameAnswer(const std::string& left, const std::string& right) {
+  return !FirstDifference(left, right);
 }
 
 }  // namespace rdv::test

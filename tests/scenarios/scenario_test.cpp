@@ -1,39 +1,20 @@
 // Plays every scenario script on a fresh copy of a sample site and compares what is printed with
 // the answers beside the script.
+#include <gtest/gtest.h>
+
 #include <algorithm>
-#include <array>
 #include <cstdlib>
-#include <map>
+#include <fstream>
 #include <memory>
-#include <sstream>
-
-#ifdef _WIN32
-#include <cstdio>
-
-#include "tests/support/window_probe.h"
-#endif
 
 #include "data/connection_route.h"
+#include "tests/scenarios/playing.h"
 #include "tests/scenarios/same_answer.h"
-#include "tests/support/site_files.h"
 
 namespace rdv::test {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::vector<std::string> LinesOf(const fs::path& file) {
-  std::vector<std::string> lines;
-  std::ifstream in(file, std::ios::binary);
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  return lines;
-}
-
-std::string ContentsOf(const fs::path& file) {
-  std::ostringstream contents;
-  contents << std::ifstream(file, std::ios::binary).rdbuf();
-  return contents.str();
-}
 
 // What the comment at the head of a script asks for.
 struct StartingPoint {
@@ -66,103 +47,39 @@ std::string SettingsFolder(const StartingPoint& start) {
   return site + "/" + start.settings;
 }
 
-// As it stands inside a JSON string.
-std::string Escaped(const fs::path& path) {
-  std::string escaped;
-  for (const char byte : path.string()) {
-    if (byte == '\\') escaped += '\\';
-    escaped += byte;
-  }
-  return escaped;
-}
-
-std::string ReplaceAll(std::string text, std::string_view what, std::string_view with) {
-  for (size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += with.size()) {
-    text.replace(at, what.size(), with);
-  }
-  return text;
-}
-
-// With the folder of the site, which is another one each time, replaced by SITE.
-std::string Neutral(std::string answer, const SiteFiles& site) {
-  for (const fs::path& file : {site.DatabaseFile(), site.SettingsFile()}) {
-    const std::string relative = file.lexically_relative(site.Folder()).generic_string();
-    answer = ReplaceAll(std::move(answer), Escaped(file), "SITE/" + relative);
-  }
-  return answer;
-}
-
 void Execute(const SiteFiles& site, const std::string& statement) {
   const Text path = site.DatabaseFile().u16string();
   OpenConnection(u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + path)
       ->Execute(FromUtf8(statement), {});
 }
 
-// What the player printed for each script. All scripts that this program is to test are played by
-// one run of the player, because starting it can cost more than playing: each from a file of its
-// own, which first names the site and ends with a mark.
+// What the player printed for each script that this program is to test.
 class Playing : public ::testing::Environment {
  public:
   void SetUp() override {
     if (!fs::exists(SharedSites())) return;
-#ifdef _WIN32
-    if (!MakesDropDownLists()) {
-      std::printf("skipped: %s\n", kNoDropDownLists);
-      std::exit(kSkipped);
-    }
-    RegisterComponent();
-#endif
-    const fs::path before = fs::current_path();
-    fs::path player = fs::absolute(RDV_PLAYER);
-    fs::current_path(folder_.Path());
-    std::vector<std::string> names = SelectedScripts();
-    std::string command = '"' + player.make_preferred().string() + '"';
-    for (const std::string& name : names) {
-      Prepare(name);
-      command += ' ' + name + ".rdv";
-    }
-    command += " >answers 2>errors";
-#ifdef _WIN32
-    command = '"' + command + '"';  // the command processor takes one pair of quotes away
-#endif
-    status_ = std::system(command.c_str());
-    errors_ = ContentsOf("errors");
-    TakeAnswers(names);
-    fs::current_path(before);
+    std::vector<Script> scripts;
+    for (const std::string& name : SelectedScripts()) scripts.push_back(Prepare(name));
+    if (scripts.empty()) return;
+    MakeTheControlKnown();
+    played_ = Play(RDV_PLAYER, scripts);
   }
 
-#ifdef _WIN32
-  void TearDown() override {
-    if (!component_) return;
-    EXPECT_EQ(CallComponent("DllUnregisterServer"), S_OK);
-    FreeLibrary(component_);
-  }
-#endif
-
-  int Status() const {
-    return status_;
-  }
-  const std::string& Errors() const {
-    return errors_;
-  }
+  const Played& Result() const { return played_; }
   const std::vector<std::string>& AnswersOf(const std::string& name) {
-    return answers_[name];
+    return played_.answers[name];
   }
 
  private:
-  // No configuration has this number, and no script asks for cards twice and then for lines.
-  static constexpr std::string_view kPrintMark = "\ncards -32768\ncards -32768\nlines -32768\n";
-  static constexpr std::array<std::string_view, 3> kMark = {"{\"cards\":[]}", "{\"cards\":[]}",
-                                                            "{\"lines\":[]}"};
-
   static std::vector<std::string> SelectedScripts() {
     std::vector<std::string> names;
     const ::testing::UnitTest& program = *::testing::UnitTest::GetInstance();
     for (int suite = 0; suite < program.total_test_suite_count(); ++suite) {
       const ::testing::TestSuite& tests = *program.GetTestSuite(suite);
+      if (std::string_view(tests.name()) != "Scripts/Scenario") continue;
       for (int test = 0; test < tests.total_test_count(); ++test) {
         const ::testing::TestInfo& info = *tests.GetTestInfo(test);
-        if (!info.should_run() || !info.value_param()) continue;
+        if (!info.should_run()) continue;
         const std::string quoted = info.value_param();
         names.push_back(quoted.substr(1, quoted.size() - 2));
       }
@@ -170,53 +87,17 @@ class Playing : public ::testing::Environment {
     return names;
   }
 
-  void Prepare(const std::string& name) {
-    const fs::path script = fs::path(RDV_SCENARIO_DIR) / (name + ".rdv");
-    const StartingPoint start = StartingPointOf(LinesOf(script));
+  Script Prepare(const std::string& name) {
+    const fs::path file = fs::path(RDV_SCENARIO_DIR) / (name + ".rdv");
+    const StartingPoint start = StartingPointOf(LinesOf(file));
     const SiteFiles& site =
-        *sites_.emplace(name, std::make_unique<SiteFiles>(start.database, SettingsFolder(start)))
-             .first->second;
+        *sites_.emplace_back(std::make_unique<SiteFiles>(start.database, SettingsFolder(start)));
     for (const std::string& statement : start.statements) Execute(site, statement);
-    std::ofstream(name + ".rdv", std::ios::binary) << "site \"" << Escaped(site.Folder()) << "\"\n"
-                                                   << ContentsOf(script) << kPrintMark;
+    return {name, ContentsOf(file), &site};
   }
 
-  void TakeAnswers(const std::vector<std::string>& names) {
-    auto name = names.begin();
-    for (const std::string& line : LinesOf("answers")) {
-      if (name == names.end()) break;
-      std::vector<std::string>& answers = answers_[*name];
-      answers.push_back(Neutral(line, *sites_[*name]));
-      if (answers.size() < kMark.size()) continue;
-      const auto mark = answers.end() - static_cast<ptrdiff_t>(kMark.size());
-      if (std::equal(kMark.begin(), kMark.end(), mark)) {
-        answers.erase(mark, answers.end());
-        ++name;
-      }
-    }
-  }
-
-#ifdef _WIN32
-  // The player creates the control as any host does: from the registry.
-  void RegisterComponent() {
-    component_ = LoadLibraryW(fs::path(RDV_COMPONENT).make_preferred().c_str());
-    ASSERT_NE(component_, nullptr);
-    ASSERT_EQ(CallComponent("DllRegisterServer"), S_OK);
-  }
-  HRESULT CallComponent(const char* name) const {
-    const auto address = reinterpret_cast<void*>(GetProcAddress(component_, name));
-    return address ? reinterpret_cast<HRESULT(STDAPICALLTYPE*)()>(address)() : E_NOTIMPL;
-  }
-
-  static constexpr int kSkipped = 77;  // as CTest knows it
-  HMODULE component_ = nullptr;
-#endif
-
-  TemporaryFolder folder_;
-  std::map<std::string, std::unique_ptr<SiteFiles>> sites_;
-  std::map<std::string, std::vector<std::string>> answers_;
-  int status_ = 0;
-  std::string errors_;
+  std::vector<std::unique_ptr<SiteFiles>> sites_;
+  Played played_;
 };
 
 Playing& playing = *new Playing;
@@ -239,7 +120,7 @@ class Scenario : public ::testing::TestWithParam<std::string> {
 };
 
 TEST_P(Scenario, PrintsTheExpectedAnswers) {
-  EXPECT_EQ(playing.Status(), 0) << playing.Errors();
+  EXPECT_EQ(playing.Result().status, 0) << playing.Result().errors;
   const std::vector<std::string>& answers = playing.AnswersOf(GetParam());
   Keep(answers);
   const fs::path file = fs::path(RDV_SCENARIO_DIR) / (GetParam() + ".jsonl");
@@ -263,7 +144,9 @@ std::vector<std::string> AllScenarios() {
 }
 
 std::string TestName(const ::testing::TestParamInfo<std::string>& scenario) {
-  return ReplaceAll(scenario.param, "-", "_");
+  std::string name = scenario.param;
+  std::replace(name.begin(), name.end(), '-', '_');
+  return name;
 }
 
 INSTANTIATE_TEST_SUITE_P(Scripts, Scenario, ::testing::ValuesIn(AllScenarios()), TestName);

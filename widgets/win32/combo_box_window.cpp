@@ -10,6 +10,15 @@ constexpr int kDroppedRows = 10;
 // Around the text of a closed combo box: border and padding, above and below.
 constexpr int kClosedPadding = 6;
 
+// Asked for the least width of the open list, the platform answers with that of the box where this
+// one is wider. Here it is what was set, whatever cell the box lies over.
+LRESULT CALLBACK AnswerDropDownWidth(HWND window, UINT message, WPARAM wparam, LPARAM lparam,
+                                     UINT_PTR id, DWORD_PTR pixels) {
+  if (message == CB_GETDROPPEDWIDTH) return static_cast<LRESULT>(pixels);
+  if (message == WM_NCDESTROY) RemoveWindowSubclass(window, &AnswerDropDownWidth, id);
+  return DefSubclassProc(window, message, wparam, lparam);
+}
+
 }  // namespace
 
 ComboBoxWindow::ComboBoxWindow(HWND parent, int id, TextEntry entry) : entry_(entry) {
@@ -110,6 +119,7 @@ void ComboBoxWindow::SetListIndex(int index) {
 
 void ComboBoxWindow::SetDropDownWidth(int pixels) {
   SendMessageW(Handle(), CB_SETDROPPEDWIDTH, static_cast<WPARAM>(pixels), 0);
+  SetWindowSubclass(Handle(), &AnswerDropDownWidth, 0, static_cast<DWORD_PTR>(pixels));
 }
 
 void ComboBoxWindow::OnCommand(WORD code) {

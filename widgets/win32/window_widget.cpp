@@ -50,4 +50,9 @@ void FocusTo(HWND window) {
   if (IsWindowVisible(GetAncestor(window, GA_ROOT))) ::SetFocus(window);
 }
 
+void GiveUpFocus(HWND window) {
+  const HWND focus = GetFocus();
+  if (focus && (focus == window || IsChild(window, focus))) FocusTo(GetParent(window));
+}
+
 }  // namespace rdv::win32

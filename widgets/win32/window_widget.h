@@ -35,6 +35,10 @@ void MoveTo(HWND window, const RECT& place);
 // To the window unless it lies, still unplaced, in a hidden window.
 void FocusTo(HWND window);
 
+// To the parent, where the window or a part of it has the keyboard: one that the user cannot reach
+// must not keep it.
+void GiveUpFocus(HWND window);
+
 template <class Contract>
 class WindowWidget : public Contract, public NotificationTarget {
  public:
@@ -46,11 +50,13 @@ class WindowWidget : public Contract, public NotificationTarget {
   HWND Handle() const { return window_; }
 
   bool Visible() const override { return (GetWindowLongW(window_, GWL_STYLE) & WS_VISIBLE) != 0; }
-  void SetVisible(bool visible) override { ShowWindow(window_, visible ? SW_SHOWNA : SW_HIDE); }
+  void SetVisible(bool visible) override {
+    if (!visible) GiveUpFocus(window_);
+    ShowWindow(window_, visible ? SW_SHOWNA : SW_HIDE);
+  }
   bool Enabled() const override { return IsWindowEnabled(window_) != FALSE; }
   void SetEnabled(bool enabled) override {
-    // A window that the user cannot reach must not keep the keyboard.
-    if (!enabled && GetFocus() == window_) FocusTo(GetParent(window_));
+    if (!enabled) GiveUpFocus(window_);
     EnableWindow(window_, enabled);
   }
   void SetFocus() override { FocusTo(window_); }
