@@ -69,7 +69,14 @@ TEST_P(RandomScripts, EndTheSameWithEveryPlayer) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, RandomScripts, ::testing::Range(1u, 13u));
+// As many as RDV_SEEDS says, for a longer run.
+unsigned SeedCount() {
+  constexpr unsigned kUsual = 10;
+  const char* seeds = std::getenv("RDV_SEEDS");
+  return seeds ? static_cast<unsigned>(std::atoi(seeds)) : kUsual;
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomScripts, ::testing::Range(1u, 1u + SeedCount()));
 
 }  // namespace
 }  // namespace rdv::test

@@ -178,16 +178,19 @@ void ComboBoxWindow::OnPicked() {
 
 void ComboBoxWindow::OnTyped() {
   rdv::Text text = WindowText(Handle());
-  if (text == known_text_) return;
-  known_text_ = std::move(text);
-  list_index_ = -1;
+  const bool changes = text != known_text_;
+  if (changes) {
+    known_text_ = std::move(text);
+    list_index_ = -1;
+  }
+  // Typing may have taken the selection off by itself, also when it left the text as it was. Set
+  // directly in the list: the combo box's own message would replace the text being typed.
   COMBOBOXINFO parts = {};
   parts.cbSize = sizeof parts;
-  // Directly in the list: the combo box's own message would empty the text being typed.
   if (GetComboBoxInfo(Handle(), &parts)) {
-    SendMessageW(parts.hwndList, LB_SETCURSEL, static_cast<WPARAM>(-1), 0);
+    SendMessageW(parts.hwndList, LB_SETCURSEL, static_cast<WPARAM>(list_index_), 0);
   }
-  if (on_change) on_change();
+  if (changes && on_change) on_change();
 }
 
 }  // namespace rdv::win32
