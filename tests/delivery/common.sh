@@ -89,3 +89,56 @@ lay_out_site() {
   [ -d "$scratch/site" ] || "$RDV_OUT/linux/rdvsite" create "$scratch/site" >/dev/null
   ln -sfn "$scratch/site/Tolvane" "$WINEPREFIX/drive_c/ProgramData/Tolvane"
 }
+
+readonly WINDOWS=$RDV_OUT/build/win64/tests/delivery/windows/rdvwindows.exe
+readonly LOCATE=$RDV_OUT/build/win64/tools/locate/rdvlocate.exe
+
+# See the programs themselves.
+windows() { run_windows "$WINDOWS" "$@" | tr -d '\r'; }
+locate() { run_windows "$LOCATE" "$@" | tr -d '\r'; }
+
+# component BITS, regsvr32 BITS [ARG...]: the library of one word size, and its registering program.
+component() { windows_path "$RDV_OUT/win$1/TLV_RDV_Line_Config.dll"; }
+regsvr32() {
+  local program=REGSVR32_$1
+  shift
+  run_windows "${!program}" "$@"
+}
+
+# Starts the host program; $host_pid is its process and $ready the file that tells what it did.
+#   start_host BITS [ARG...]
+start_host() {
+  local bits=$1
+  shift
+  ready=$scratch/ready
+  rm -f "$ready"
+  run_windows "$RDV_OUT/win$bits/rdvhost.exe" "$@" --ready-file "$(windows_path "$ready")" &
+  host_pid=$!
+}
+
+# The host program has called ShowControl, and the answer was that.
+host_did() {
+  wait_for "the host program calls ShowControl" test -s "$ready"
+  [ "$(cat "$ready")" = "$1" ] || die "the host program says \"$(cat "$ready")\" instead of \"$1\""
+}
+
+close_host() {
+  windows close rdvhost
+  expect 0 "the host program" wait "$host_pid"
+}
+
+# Saves what is on the screen as soon as two pictures in a row are the same.
+#   picture FILE.png
+picture() {
+  import -window root "$1"
+  for _ in $(seq 50); do
+    sleep 0.2
+    import -window root "$scratch/next.png"
+    if compare -metric AE "$1" "$scratch/next.png" null: 2>/dev/null; then return 0; fi
+    mv "$scratch/next.png" "$1"
+  done
+  die "the screen does not come to rest"
+}
+
+# colours PICTURE LEFT TOP WIDTH HEIGHT: how many there are in that part.
+colours() { convert "$1" -crop "$4x$5+$2+$3" +repage -format '%k' info:; }
