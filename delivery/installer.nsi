@@ -1,14 +1,17 @@
 ; The Windows installer. Both word sizes of the component are installed and registered where the
 ; system has both; a 32-bit system gets the 32-bit one alone.
-;   makensis -DVERSION=... -DPROGRAMS=folder with win64 and win32 -DDOCS=... -DOUTPUT=... installer.nsi
-; /S installs or uninstalls without a question; the exit code is not 0 when that failed, and then
-; nothing is left behind.
+;   makensis -DVERSION=... -DSTAGE=folder with win64, win32 and docs -DFILES=list of its files
+;            -DOUTPUT=... installer.nsi          (scripts/make-installer writes the list)
+; /S installs or uninstalls without a question, /D=folder (last) names the folder. The exit code is
+; not 0 when that failed; then an earlier version is as it was, and without one nothing is left behind.
 Unicode true
 !include LogicLib.nsh
 !include x64.nsh
+!include "${FILES}"
 
 !define PRODUCT "TLV RDV Line Configuration"
 !define COMPONENT "TLV_RDV_Line_Config.dll"
+!define PREVIOUS "replaced"  ; holds an earlier version's files for the time of an installation
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\TLV_RDV_Line_Config"
 
 Name "${PRODUCT} ${VERSION}"
@@ -33,7 +36,9 @@ Page instfiles
 UninstPage uninstConfirm
 UninstPage instfiles
 
-Var failed
+Var failed   ; why, or nothing
+Var written  ; whether files of this version may lie in the folder
+Var earlier  ; where a version is installed already, or nothing
 
 ; The component is for all users; without this it would register for the installing user alone
 ; wherever the rights for more are missing, and that must fail here.
@@ -52,21 +57,120 @@ Var failed
   !endif
 !macroend
 
-; Everything that the section installs; in reverse order of the installation.
-!macro RemoveAll
+; What is done with one file of the delivery, of which files.nsh has the list: FOLDER below the
+; installation folder, NAME there, SOURCE below ${STAGE}. The folder is the user's choice and may hold
+; files of his: nothing is deleted but what is named.
+
+; An earlier version's file is kept until the new one is registered, also when a program uses it now.
+!macro SetAside FOLDER NAME SOURCE
+  ${If} ${FileExists} "$INSTDIR\${FOLDER}\${NAME}"
+    CreateDirectory "$INSTDIR\${PREVIOUS}\${FOLDER}"
+    Delete "$INSTDIR\${PREVIOUS}\${FOLDER}\${NAME}"
+    ClearErrors
+    Rename "$INSTDIR\${FOLDER}\${NAME}" "$INSTDIR\${PREVIOUS}\${FOLDER}\${NAME}"
+    ${If} ${Errors}
+      StrCpy $failed "${FOLDER}\${NAME} cannot be replaced."
+    ${EndIf}
+  ${EndIf}
+!macroend
+
+!macro Install FOLDER NAME SOURCE
+  SetOutPath "$INSTDIR\${FOLDER}"
+  ClearErrors
+  File "${STAGE}/${SOURCE}"
+  ${If} ${Errors}
+    StrCpy $failed "${FOLDER}\${NAME} cannot be written."
+  ${EndIf}
+!macroend
+
+!macro Restore FOLDER NAME SOURCE
+  ${If} $written != ""
+    Delete "$INSTDIR\${FOLDER}\${NAME}"
+  ${EndIf}
+  ${If} ${FileExists} "$INSTDIR\${PREVIOUS}\${FOLDER}\${NAME}"
+    Rename "$INSTDIR\${PREVIOUS}\${FOLDER}\${NAME}" "$INSTDIR\${FOLDER}\${NAME}"
+  ${EndIf}
+!macroend
+
+!macro Forget FOLDER NAME SOURCE
+  Delete /REBOOTOK "$INSTDIR\${PREVIOUS}\${FOLDER}\${NAME}"
+!macroend
+
+!macro Remove FOLDER NAME SOURCE
+  Delete /REBOOTOK "$INSTDIR\${FOLDER}\${NAME}"
+!macroend
+
+!macro RemoveFromEarlier FOLDER NAME SOURCE
+  Delete /REBOOTOK "$earlier\${FOLDER}\${NAME}"
+!macroend
+
+; The same for the folders; one that is not empty stays.
+!macro ForgetFolder FOLDER
+  RMDir "$INSTDIR\${PREVIOUS}\${FOLDER}"
+!macroend
+
+!macro RemoveFolder FOLDER
+  RMDir "$INSTDIR\${FOLDER}"
+!macroend
+
+!macro RemoveFolderFromEarlier FOLDER
+  RMDir "$earlier\${FOLDER}"
+!macroend
+
+; DO what is given with all files that this system gets.
+!macro ForAllFiles DO
+  !insertmacro ForFilesOfWin32 ${DO}
+  !insertmacro ForFilesOfDocs ${DO}
+  ${If} ${RunningX64}
+    !insertmacro ForFilesOfWin64 ${DO}
+  ${EndIf}
+!macroend
+
+!macro ForAllFolders DO
+  !insertmacro ForFoldersOfWin32 ${DO}
+  !insertmacro ForFoldersOfDocs ${DO}
+  !insertmacro ForFoldersOfWin64 ${DO}
+!macroend
+
+; Sets $failed when one of the registrations fails. A system without 64-bit programs has one only.
+!macro RegisterAll
+  !insertmacro RegisterForTheMachine
+  !insertmacro Regsvr32 32 ""
+  ${If} $0 != 0
+    StrCpy $failed "The 32-bit component could not be registered."
+  ${EndIf}
+  ${If} ${RunningX64}
+    !insertmacro Regsvr32 64 ""
+    ${If} $0 != 0
+      StrCpy $failed "The 64-bit component could not be registered."
+    ${EndIf}
+  ${EndIf}
+!macroend
+
+!macro UnregisterAll
   !insertmacro RegisterForTheMachine
   !insertmacro Regsvr32 32 "/u"
   ${If} ${RunningX64}
     !insertmacro Regsvr32 64 "/u"
   ${EndIf}
-  DeleteRegKey HKLM "${UNINSTALL_KEY}"
-  SetShellVarContext all
-  Delete "$SMPROGRAMS\${PRODUCT}.lnk"
-  RMDir /r /REBOOTOK "$INSTDIR\win64"
-  RMDir /r /REBOOTOK "$INSTDIR\win32"
-  RMDir /r /REBOOTOK "$INSTDIR\docs"
-  Delete /REBOOTOK "$INSTDIR\uninstall.exe"
+!macroend
+
+; After a failure: the earlier installation works as before, or nothing is left.
+!macro TakeBack
+  ${If} $earlier == ""
+    !insertmacro UnregisterAll
+  ${EndIf}
+  !insertmacro ForAllFiles Restore
+  !insertmacro ForAllFolders ForgetFolder
+  RMDir "$INSTDIR\${PREVIOUS}"
+  !insertmacro ForAllFolders RemoveFolder
   RMDir "$INSTDIR"
+  ${If} $earlier != ""
+    Push $INSTDIR
+    StrCpy $INSTDIR $earlier
+    !insertmacro RegisterAll
+    Pop $INSTDIR
+  ${EndIf}
 !macroend
 
 Function .onInit
@@ -78,32 +182,34 @@ FunctionEnd
 
 Section
   StrCpy $failed ""
-  SetOutPath "$INSTDIR\win32"
-  File /r "${PROGRAMS}/win32/*"
-  SetOutPath "$INSTDIR\docs"
-  File /r "${DOCS}/*"
-  ${If} ${RunningX64}
-    SetOutPath "$INSTDIR\win64"
-    File /r "${PROGRAMS}/win64/*"
+  StrCpy $written ""
+  ReadRegStr $earlier HKLM "${UNINSTALL_KEY}" "InstallLocation"
+  !insertmacro ForAllFiles SetAside
+  ${If} $failed == ""
+    StrCpy $written "yes"
+    !insertmacro ForAllFiles Install
+    SetOutPath "$INSTDIR"
   ${EndIf}
-  SetOutPath "$INSTDIR"
-
-  !insertmacro RegisterForTheMachine
-  !insertmacro Regsvr32 32 ""
-  ${If} $0 != 0
-    StrCpy $failed "32-bit"
-  ${EndIf}
-  ${If} ${RunningX64}
-    !insertmacro Regsvr32 64 ""
-    ${If} $0 != 0
-      StrCpy $failed "64-bit"
-    ${EndIf}
+  ${If} $failed == ""
+    !insertmacro RegisterAll
   ${EndIf}
   ${If} $failed != ""
-    DetailPrint "The $failed component could not be registered."
-    !insertmacro RemoveAll
+    DetailPrint "$failed"
+    SetOutPath "$TEMP"
+    !insertmacro TakeBack
     SetErrorLevel 2
     Abort "Nothing was installed."
+  ${EndIf}
+
+  !insertmacro ForAllFiles Forget
+  !insertmacro ForAllFolders ForgetFolder
+  RMDir "$INSTDIR\${PREVIOUS}"
+  ${If} $earlier != ""
+  ${AndIf} $earlier != $INSTDIR
+    !insertmacro ForAllFiles RemoveFromEarlier
+    Delete "$earlier\uninstall.exe"
+    !insertmacro ForAllFolders RemoveFolderFromEarlier
+    RMDir "$earlier"
   ${EndIf}
 
   SetShellVarContext all
@@ -123,5 +229,12 @@ Section
 SectionEnd
 
 Section "Uninstall"
-  !insertmacro RemoveAll
+  !insertmacro UnregisterAll
+  DeleteRegKey HKLM "${UNINSTALL_KEY}"
+  SetShellVarContext all
+  Delete "$SMPROGRAMS\${PRODUCT}.lnk"
+  !insertmacro ForAllFiles Remove
+  Delete /REBOOTOK "$INSTDIR\uninstall.exe"
+  !insertmacro ForAllFolders RemoveFolder
+  RMDir "$INSTDIR"
 SectionEnd

@@ -7,7 +7,6 @@
 // --size         the control's size in pixels
 // --ready-file   a file that receives "shown" or "failed" when ShowControl has returned
 #include <cstdio>
-#include <cstdlib>
 #include <string_view>
 
 #include "host/main_window.h"
@@ -21,7 +20,7 @@ bool Parse(int count, wchar_t** arguments, rdvhost::Options& options) {
   for (int index = 1; index < count; ++index) {
     const std::wstring_view name = arguments[index];
     if (!name.starts_with(L"--")) {
-      options.configuration = static_cast<SHORT>(std::wcstol(arguments[index], nullptr, 10));
+      options.configuration = name;
       continue;
     }
     if (++index == count) return false;

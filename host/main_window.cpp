@@ -1,11 +1,15 @@
 #include "host/main_window.h"
 
+#include <climits>
+
 namespace rdvhost {
 namespace {
 
 constexpr const wchar_t* kWindowClass = L"rdvhost";
 constexpr const wchar_t* kPanelClass = L"rdvhost.panel";
 constexpr const wchar_t* kTitle = L"Site administration";
+constexpr const wchar_t* kWrongNumber =
+    L"The configuration must be a whole number from 1 to 32767.";
 constexpr UINT kRemoveControl = WM_APP;  // posted by the control's event
 
 enum ChildId : int { kNumber = 10, kShow = IDOK, kPanel = 12 };
@@ -13,6 +17,7 @@ enum ChildId : int { kNumber = 10, kShow = IDOK, kPanel = 12 };
 // At 96 dots per inch.
 constexpr int kMargin = 8;
 constexpr int kRowHeight = 24;
+constexpr int kFieldHeight = 20;  // what one line of text takes
 constexpr int kLabelWidth = 90;
 constexpr int kNumberWidth = 60;
 constexpr int kButtonWidth = 75;
@@ -42,7 +47,7 @@ MainWindow::MainWindow(const Options& options) : options_(options) {
   FitToControl();
   ShowWindow(window_, SW_SHOW);
   if (options_.configuration) {
-    SetDlgItemInt(window_, kNumber, static_cast<UINT>(*options_.configuration), TRUE);
+    SetDlgItemTextW(window_, kNumber, options_.configuration->c_str());
     ShowConfiguration();
   } else {
     SetFocus(number_);
@@ -163,37 +168,53 @@ void MainWindow::LayOut() {
   RECT client = {};
   GetClientRect(window_, &client);
   int left = pixels(kMargin);
-  const auto place = [&](HWND child, int width) {
-    MoveWindow(child, left, pixels(kMargin), pixels(width), pixels(kRowHeight), TRUE);
+  const auto place = [&](HWND child, int width, int height) {
+    MoveWindow(child, left, pixels(kMargin + (kRowHeight - height) / 2), pixels(width),
+               pixels(height), TRUE);
     left += pixels(width + kMargin);
   };
-  place(label_, kLabelWidth);
-  place(number_, kNumberWidth);
-  place(show_, kButtonWidth);
+  place(label_, kLabelWidth, kRowHeight);
+  place(number_, kNumberWidth, kFieldHeight);
+  place(show_, kButtonWidth, kRowHeight);
   const int top = pixels(kRowHeight + 2 * kMargin);
   MoveWindow(panel_, 0, top, client.right, client.bottom - top, TRUE);
   if (control_) control_->Resize();
 }
 
 void MainWindow::ShowConfiguration() {
-  const auto configuration = static_cast<SHORT>(GetDlgItemInt(window_, kNumber, nullptr, TRUE));
-  if (!control_) {
-    control_ = std::make_unique<LineControl>(panel_, [this] {
-      RECT area = {};
-      GetClientRect(panel_, &area);
-      return area;
-    });
-    control_->on_remove_me = [this] { PostMessageW(window_, kRemoveControl, 0, 0); };
-    if (FAILED(control_->Create())) {
-      control_.reset();
-      MessageBoxW(window_, L"The line configuration control is not registered on this machine.",
-                  kTitle, MB_OK | MB_ICONERROR);
-      return;
-    }
+  const std::optional<SHORT> number = ConfigurationNumber();
+  if (!number) {
+    MessageBoxW(window_, kWrongNumber, kTitle, MB_OK | MB_ICONWARNING);
+    SetFocus(number_);
+    SendMessageW(number_, EM_SETSEL, 0, -1);
   }
-  const bool shown = control_->Show(configuration);
+  const bool shown = number && CreateControl() && control_->Show(*number);
   if (shown) control_->GiveFocus();
   WriteReadyFile(shown);
+}
+
+// The control takes an Integer of 16 bits: a larger number would become another one.
+std::optional<SHORT> MainWindow::ConfigurationNumber() const {
+  BOOL is_number = FALSE;
+  const UINT number = GetDlgItemInt(window_, kNumber, &is_number, FALSE);
+  if (!is_number || number < 1 || number > SHRT_MAX) return std::nullopt;
+  return static_cast<SHORT>(number);
+}
+
+// True as well when it is there already.
+bool MainWindow::CreateControl() {
+  if (control_) return true;
+  control_ = std::make_unique<LineControl>(panel_, [this] {
+    RECT area = {};
+    GetClientRect(panel_, &area);
+    return area;
+  });
+  control_->on_remove_me = [this] { PostMessageW(window_, kRemoveControl, 0, 0); };
+  if (SUCCEEDED(control_->Create())) return true;
+  control_.reset();
+  MessageBoxW(window_, L"The line configuration control is not registered on this machine.", kTitle,
+              MB_OK | MB_ICONERROR);
+  return false;
 }
 
 // The event may have come twice: the second time there is nothing left to take away.

@@ -10,9 +10,9 @@
 namespace rdvhost {
 
 struct Options {
-  std::optional<SHORT> configuration;  // shown at once
-  std::wstring ready_file;             // written when that configuration is on the screen
-  int width = 0;                       // of the control in pixels; 0 = its own size
+  std::optional<std::wstring> configuration;  // its number, shown at once
+  std::wstring ready_file;                    // written when that configuration is on the screen
+  int width = 0;                              // of the control in pixels; 0 = its own size
   int height = 0;
 };
 
@@ -34,6 +34,8 @@ class MainWindow {
   void FitToControl();
   void LayOut();
   void ShowConfiguration();
+  bool CreateControl();
+  std::optional<SHORT> ConfigurationNumber() const;
   void RemoveControl();
   void WriteReadyFile(bool shown) const;
   SIZE WantedControlSize() const;

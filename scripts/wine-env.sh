@@ -34,14 +34,36 @@ use_wine() {
   esac
   export WINEPREFIX=${RDV_WINE_PREFIX:-$RDV_OUT/wine/prefix}-$kind
   [ ! -e "$WINEPREFIX/made" ] || return 0
-  mkdir -p "$(dirname "$WINEPREFIX")"
+  local model=$RDV_OUT/wine/model${RDV_WINDOW_MANAGER:+-managed}-$kind
+  mkdir -p "$(dirname "$WINEPREFIX")" "$(dirname "$model")"
+  (
+    flock 9
+    [ ! -e "$model/made" ] || exit 0
+    rm -rf "$model"
+    WINEPREFIX=$model quietly make_prefix "$kind"
+    touch "$model/made"
+  ) 9>"$model.lock"
   (
     flock 9
     [ ! -e "$WINEPREFIX/made" ] || exit 0
     rm -rf "$WINEPREFIX"
-    quietly make_prefix "$kind"
-    touch "$WINEPREFIX/made"
+    copy_prefix "$model" "$WINEPREFIX"
   ) 9>"$WINEPREFIX.lock"
+}
+
+# A new prefix takes up to half a minute and hundreds of megabytes, so it is made once; every other
+# one is a copy that shares the libraries of the system with it. What programs change in place (the
+# registry, settings, the users' files) is not shared.
+copy_prefix() {
+  local model=$1 copy=$2 file
+  rm -rf "$copy.new"
+  cp -al "$model" "$copy.new"
+  (cd "$model" && find . -type f \( -not -path './drive_c/*' -o -iname '*.ini' \
+    -o -path './drive_c/users/*' -o -path './drive_c/ProgramData/*' \) -print0) |
+    while IFS= read -r -d '' file; do
+      cp -p --remove-destination "$model/$file" "$copy.new/$file"
+    done
+  mv "$copy.new" "$copy"
 }
 
 make_prefix() {
@@ -69,12 +91,13 @@ stop_wine() {
   done
 }
 
-# Starts a virtual display on a free number and waits until it answers; sets DISPLAY and
-# display_pid.
+# Starts a virtual display of that size on a free number and waits until it answers; sets DISPLAY
+# and display_pid.
+#   start_display [WIDTHxHEIGHT]
 start_display() {
-  local number
+  local size=${1:-1280x1024} number
   number=$(mktemp)
-  Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$number" >/dev/null 2>&1 &
+  Xvfb -displayfd 3 -screen 0 "${size}x24" -nolisten tcp 3>"$number" >/dev/null 2>&1 &
   display_pid=$!
   for _ in $(seq 200); do
     [ ! -s "$number" ] && kill -0 "$display_pid" 2>/dev/null || break
