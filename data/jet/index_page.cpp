@@ -17,12 +17,20 @@ int Compare(Bytes left, Bytes right) {
   return left.size() < right.size() ? -1 : left.size() > right.size() ? 1 : 0;
 }
 
-// The lowest set bit above `bit`; the number of bits when there is none.
+// The lowest set bit above `bit`; the number of bits when there is none. Entries are mostly shorter
+// than the bits that are looked at at once.
 size_t NextSetBit(Bytes bits, size_t bit) {
   ++bit;
   size_t byte = bit / 8;
   if (byte >= bits.size()) return bits.size() * 8;
-  uint32_t rest = uint32_t{bits[byte]} >> (bit % 8) << (bit % 8);
+  if (byte + sizeof(uint64_t) <= bits.size()) {
+    const uint64_t rest = Load64(&bits[byte]) >> (bit % 8);
+    if (rest != 0) return bit + static_cast<size_t>(std::countr_zero(rest));
+    byte += sizeof(uint64_t);
+    if (byte == bits.size()) return bits.size() * 8;
+  }
+  uint32_t rest = bits[byte];
+  if (byte == bit / 8) rest = rest >> (bit % 8) << (bit % 8);
   while (rest == 0) {
     if (++byte == bits.size()) return bits.size() * 8;
     rest = bits[byte];
@@ -31,6 +39,24 @@ size_t NextSetBit(Bytes bits, size_t bit) {
 }
 
 }  // namespace
+
+std::optional<size_t> HighestMark(Bytes mask, size_t limit) {
+  size_t byte = std::min(mask.size(), limit / 8 + 1);
+  if (byte > limit / 8) {
+    const unsigned value = mask[--byte] & ((1u << (limit % 8)) - 1);
+    if (value != 0) return byte * 8 + static_cast<size_t>(std::bit_width(value)) - 1;
+  }
+  for (; byte >= sizeof(uint64_t); byte -= sizeof(uint64_t)) {
+    const uint64_t value = Load64(&mask[byte - sizeof(uint64_t)]);
+    if (value != 0)
+      return (byte - sizeof(uint64_t)) * 8 + static_cast<size_t>(std::bit_width(value)) - 1;
+  }
+  while (byte-- > 0) {
+    const unsigned value = mask[byte];
+    if (value != 0) return byte * 8 + static_cast<size_t>(std::bit_width(value)) - 1;
+  }
+  return std::nullopt;
+}
 
 RowId LoadEntryRow(const uint8_t* from) {
   return {.page = Load24BigEndian(from), .row = from[3]};
@@ -86,11 +112,27 @@ std::optional<EntryBounds> IndexPageView::LowerBound(Bytes key) const {
   if (prefix_ > key.size() || Compare(entries_.first(prefix_), key.first(prefix_)) != 0) {
     return std::nullopt;
   }
-  const Bytes rest = key.subspan(prefix_);
-  for (auto entry = EntryAt(first_.end); entry; entry = EntryAt(entry->end)) {
-    if (Compare(WithoutChild(*entry), rest) >= 0) return entry;
+  return LowerBoundBehindFirst(key.subspan(prefix_));
+}
+
+// Halves the bytes between entries that are below and one that is not; the mask tells which entry
+// the middle belongs to.
+std::optional<EntryBounds> IndexPageView::LowerBoundBehindFirst(Bytes rest) const {
+  size_t below = first_.end;
+  size_t end = HighestMark(mask_, mask_.size() * 8).value_or(0);
+  std::optional<EntryBounds> found;
+  while (below < end) {
+    const size_t middle = below + (end - below) / 2;
+    const auto entry = EntryAt(HighestMark(mask_, middle + 1).value_or(below));
+    if (!entry) break;
+    if (Compare(WithoutChild(*entry), rest) < 0) {
+      below = entry->end;
+    } else {
+      found = entry;
+      end = entry->start;
+    }
   }
-  return std::nullopt;
+  return found;
 }
 
 void IndexPageView::Restore(EntryBounds entry, std::vector<uint8_t>& to) const {

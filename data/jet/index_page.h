@@ -62,6 +62,7 @@ class IndexPageView {
   uint32_t Child(EntryBounds entry) const;
 
  private:
+  std::optional<EntryBounds> LowerBoundBehindFirst(Bytes rest) const;
   Bytes WithoutChild(EntryBounds entry) const {
     return entries_.subspan(entry.start, entry.end - entry.start - child_size_);
   }
@@ -75,6 +76,9 @@ class IndexPageView {
   size_t prefix_ = 0;
   EntryBounds first_;  // empty where the page has no entries
 };
+
+// The highest bit of a page's mask that is set below `limit`, if any: where entries meet.
+std::optional<size_t> HighestMark(Bytes mask, size_t limit);
 
 // An entry's last bytes, behind the key: the row and, in nodes, the child.
 RowId LoadEntryRow(const uint8_t* from);

@@ -107,16 +107,6 @@ Bytes MaskOf(const Format& format, Bytes page) {
   return page.subspan(format.index.mask, format.index.mask_size);
 }
 
-// The highest bit that is set below `limit`, if any.
-std::optional<size_t> HighestMark(Bytes mask, size_t limit) {
-  for (size_t byte = std::min(mask.size(), limit / 8 + 1); byte-- > 0;) {
-    unsigned value = mask[byte];
-    if (byte == limit / 8) value &= (1u << (limit % 8)) - 1;
-    if (value != 0) return byte * 8 + static_cast<size_t>(std::bit_width(value)) - 1;
-  }
-  return std::nullopt;
-}
-
 void StoreFreeBytes(const Format& format, uint8_t* page, size_t used) {
   Store16(page + kPageFreeBytes, static_cast<uint16_t>(EntryAreaSize(format) - used));
 }

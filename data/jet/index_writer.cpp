@@ -40,28 +40,21 @@ void IndexWriter::FreePage(uint32_t page) {
   allocator_.Free(page);
 }
 
-// Entries mostly come in order, so that the last one is looked at first.
 IndexWriter::Path IndexWriter::Descend(Bytes entry) const {
   Path path;
   uint32_t page = root_;
-  std::vector<uint8_t> last;
   for (;;) {
     const IndexPageView view(context_.file, table_page_, page);
     path.push_back({page, kTail});
     if (view.IsLeaf()) return path;
     if (path.size() > kDeepest)
       context_.file.DamagedPage(root_, u"is the root of an endless index");
-    page = view.Tail();
-    const auto last_bounds = LastEntry(format_, context_.file.RawPage(path.back().page));
-    if (last_bounds) {
-      view.Restore(*last_bounds, last);
-      last.resize(last.size() - kEntryChildSize);
-      if (page != 0 && CompareEntries(last, entry) < 0) continue;
-      // A node without a tail leads everything beyond its entries to its last child.
-      const auto found = view.LowerBound(entry).value_or(*last_bounds);
-      path.back().entry_end = found.end;
-      page = view.Child(found);
-    }
+    std::optional<EntryBounds> found = view.LowerBound(entry);
+    // A node without a tail leads everything beyond its entries to its last child.
+    if (!found && view.Tail() == 0)
+      found = LastEntry(format_, context_.file.RawPage(path.back().page));
+    if (found) path.back().entry_end = found->end;
+    page = found ? view.Child(*found) : view.Tail();
   }
 }
 
@@ -82,12 +75,9 @@ void IndexWriter::Insert(Bytes key, RowId row) {
   const Path path = Descend(entry);
   const uint32_t leaf = path.back().page;
   const IndexPageView view(context_.file, table_page_, leaf);
-  size_t offset = UsedEntryBytes(format_, context_.file.RawPage(leaf));
-  if (const auto last = LastEntry(format_, context_.file.RawPage(leaf))) {
-    std::vector<uint8_t> bytes;
-    view.Restore(*last, bytes);
-    if (CompareEntries(bytes, entry) > 0) offset = view.LowerBound(entry)->start;
-  }
+  const auto behind = view.LowerBound(entry);
+  const size_t offset =
+      behind ? behind->start : UsedEntryBytes(format_, context_.file.RawPage(leaf));
   if (InsertEntryInPlace(context_, leaf, offset, entry)) return;
   IndexPageImage image = Load(leaf);
   const auto place = std::ranges::lower_bound(image.entries, entry,

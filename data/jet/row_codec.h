@@ -71,19 +71,39 @@ void AppendBinary(Bytes bytes, Text& to);
 // What a column takes in the fixed area.
 size_t FixedSize(const Column& column);
 
-// A field's bytes as they go into a row (for a Boolean: there and empty when true).
-using FieldBytes = std::optional<std::vector<uint8_t>>;
-
-// Values of Jet 4 columns as stored. The value has the column's own type already, or is Null.
-// Raises "too small" for text and binary data longer than the column. Not for memo and OLE, whose
-// descriptors the writer of long values makes.
-FieldBytes EncodeField(const Column& column, const Value& value);
-
 // Text as Jet stores it: one byte per unit where it is allowed, possible and worth it.
 std::vector<uint8_t> EncodeText(TextView text, bool compressible);
 
+// All fields of a new Jet 4 row as stored, in one buffer: rows have many short fields. At first all
+// are Null.
+class RowFields {
+ public:
+  explicit RowFields(size_t columns) : places_(columns) {}
+
+  size_t Count() const { return places_.size(); }
+  // Nothing for Null; for a Boolean, there and empty when true. Valid until a field is set.
+  std::optional<Bytes> operator[](size_t column) const;
+
+  void Set(size_t column, Bytes stored);
+  void SetNull(size_t column) { places_[column].present = false; }
+  // The value has the column's own type already, or is Null. Raises "too small" for text and binary
+  // data longer than the column. Not for memo and OLE, whose descriptors the writer of long values
+  // makes.
+  void Encode(size_t column, const Column& definition, const Value& value);
+
+ private:
+  struct Place {
+    size_t start = 0;
+    size_t size = 0;
+    bool present = false;
+  };
+
+  std::vector<Place> places_;
+  std::vector<uint8_t> bytes_;
+};
+
 // A Jet 4 row; `fields` in the order of the table's columns. Raises when it is larger than a row
 // may be.
-std::vector<uint8_t> EncodeRow(const TableDefinition& table, std::span<const FieldBytes> fields);
+std::vector<uint8_t> EncodeRow(const TableDefinition& table, const RowFields& fields);
 
 }  // namespace rdv::jet
