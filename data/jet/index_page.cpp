@@ -17,30 +17,27 @@ int Compare(Bytes left, Bytes right) {
   return left.size() < right.size() ? -1 : left.size() > right.size() ? 1 : 0;
 }
 
-// The lowest set bit above `bit`; the number of bits when there is none. Entries are mostly shorter
-// than the bits that are looked at at once.
+// The lowest set bit above `bit`; the number of bits when there is none.
 size_t NextSetBit(Bytes bits, size_t bit) {
   ++bit;
   size_t byte = bit / 8;
   if (byte >= bits.size()) return bits.size() * 8;
-  if (byte + sizeof(uint64_t) <= bits.size()) {
-    const uint64_t rest = Load64(&bits[byte]) >> (bit % 8);
-    if (rest != 0) return bit + static_cast<size_t>(std::countr_zero(rest));
-    byte += sizeof(uint64_t);
-    if (byte == bits.size()) return bits.size() * 8;
+  const unsigned first = unsigned{bits[byte]} >> (bit % 8);
+  if (first != 0) return bit + static_cast<size_t>(std::countr_zero(first));
+  for (++byte; byte + sizeof(uint64_t) <= bits.size(); byte += sizeof(uint64_t)) {
+    const uint64_t rest = Load64(&bits[byte]);
+    if (rest != 0) return byte * 8 + static_cast<size_t>(std::countr_zero(rest));
   }
-  uint32_t rest = bits[byte];
-  if (byte == bit / 8) rest = rest >> (bit % 8) << (bit % 8);
-  while (rest == 0) {
-    if (++byte == bits.size()) return bits.size() * 8;
-    rest = bits[byte];
+  for (; byte < bits.size(); ++byte) {
+    if (bits[byte] != 0)
+      return byte * 8 + static_cast<size_t>(std::countr_zero(unsigned{bits[byte]}));
   }
-  return byte * 8 + static_cast<size_t>(std::countr_zero(rest));
+  return bits.size() * 8;
 }
 
 }  // namespace
 
-std::optional<size_t> HighestMark(Bytes mask, size_t limit) {
+size_t HighestMark(Bytes mask, size_t limit) {
   size_t byte = std::min(mask.size(), limit / 8 + 1);
   if (byte > limit / 8) {
     const unsigned value = mask[--byte] & ((1u << (limit % 8)) - 1);
@@ -55,7 +52,7 @@ std::optional<size_t> HighestMark(Bytes mask, size_t limit) {
     const unsigned value = mask[byte];
     if (value != 0) return byte * 8 + static_cast<size_t>(std::bit_width(value)) - 1;
   }
-  return std::nullopt;
+  return 0;
 }
 
 RowId LoadEntryRow(const uint8_t* from) {
@@ -119,26 +116,28 @@ std::optional<EntryBounds> IndexPageView::LowerBound(Bytes key) const {
 // the middle belongs to.
 std::optional<EntryBounds> IndexPageView::LowerBoundBehindFirst(Bytes rest) const {
   size_t below = first_.end;
-  size_t end = HighestMark(mask_, mask_.size() * 8).value_or(0);
+  size_t end = std::min(entries_.size() + 1, mask_.size() * 8);
   std::optional<EntryBounds> found;
   while (below < end) {
     const size_t middle = below + (end - below) / 2;
-    const auto entry = EntryAt(HighestMark(mask_, middle + 1).value_or(below));
-    if (!entry) break;
-    if (Compare(WithoutChild(*entry), rest) < 0) {
+    const size_t start = HighestMark(mask_, middle + 1);
+    const auto entry = EntryAt(start);
+    if (entry && Compare(WithoutChild(*entry), rest) < 0) {
       below = entry->end;
     } else {
       found = entry;
-      end = entry->start;
+      end = start;  // without an entry, where the last one ends
     }
   }
   return found;
 }
 
 void IndexPageView::Restore(EntryBounds entry, std::vector<uint8_t>& to) const {
-  to.clear();
-  if (entry.start != 0) to.insert(to.end(), entries_.data(), entries_.data() + prefix_);
-  to.insert(to.end(), entries_.data() + entry.start, entries_.data() + entry.end);
+  const size_t prefix = entry.start == 0 ? 0 : prefix_;
+  to.resize(prefix + entry.end - entry.start);
+  std::copy_n(entries_.data(), prefix, to.begin());
+  std::copy(entries_.data() + entry.start, entries_.data() + entry.end,
+            to.begin() + static_cast<ptrdiff_t>(prefix));
 }
 
 uint32_t IndexPageView::Child(EntryBounds entry) const {

@@ -74,15 +74,43 @@ size_t FixedSize(const Column& column);
 // Text as Jet stores it: one byte per unit where it is allowed, possible and worth it.
 std::vector<uint8_t> EncodeText(TextView text, bool compressible);
 
+// What is set aside for a new row at first.
+inline constexpr size_t kTypicalRowSize = 256;
+
+// Bytes that come in small pieces, each to be filled by whoever asks for it.
+class FieldBuffer {
+ public:
+  explicit FieldBuffer(size_t room) : bytes_(room) {}
+
+  size_t Size() const { return size_; }
+  const uint8_t* At(size_t position) const { return bytes_.data() + position; }
+  // Room for `size` more bytes at the end.
+  uint8_t* Extend(size_t size) {
+    const size_t start = size_;
+    size_ += size;
+    if (size_ > bytes_.size()) bytes_.resize(2 * size_);
+    return bytes_.data() + start;
+  }
+
+ private:
+  std::vector<uint8_t> bytes_;
+  size_t size_ = 0;
+};
+
 // All fields of a new Jet 4 row as stored, in one buffer: rows have many short fields. At first all
 // are Null.
 class RowFields {
  public:
-  explicit RowFields(size_t columns) : places_(columns) {}
+  explicit RowFields(size_t columns)
+      : places_(columns), bytes_(columns == 0 ? 0 : kTypicalRowSize) {}
 
   size_t Count() const { return places_.size(); }
   // Nothing for Null; for a Boolean, there and empty when true. Valid until a field is set.
-  std::optional<Bytes> operator[](size_t column) const;
+  std::optional<Bytes> operator[](size_t column) const {
+    const Place& place = places_[column];
+    if (!place.present) return std::nullopt;
+    return Bytes(bytes_.At(place.start), place.size);
+  }
 
   void Set(size_t column, Bytes stored);
   void SetNull(size_t column) { places_[column].present = false; }
@@ -93,13 +121,15 @@ class RowFields {
 
  private:
   struct Place {
-    size_t start = 0;
-    size_t size = 0;
+    uint32_t start = 0;
+    uint32_t size = 0;
     bool present = false;
   };
 
+  void SetPlace(size_t column, size_t start);  // what is behind `start` is the column's
+
   std::vector<Place> places_;
-  std::vector<uint8_t> bytes_;
+  FieldBuffer bytes_;
 };
 
 // A Jet 4 row; `fields` in the order of the table's columns. Raises when it is larger than a row

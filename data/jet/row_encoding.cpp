@@ -11,12 +11,7 @@ constexpr char16_t kLastOneByteUnit = 0xFF;
 constexpr char16_t kCompressedMarkUnit = 0xFEFF;
 constexpr size_t kUnitSize = sizeof(char16_t);
 constexpr uint8_t kBlank[] = {' ', 0};
-constexpr size_t kTypicalRow = 256;  // what is set aside for one at first
-
-void Append16(std::vector<uint8_t>& to, size_t value) {
-  to.resize(to.size() + 2);
-  Store16(&to[to.size() - 2], static_cast<uint16_t>(value));
-}
+constexpr size_t kOffsetSize = 2;  // of a variable column's place in the row
 
 bool CanBeCompressed(TextView text) {
   return text.size() >= kShortestCompressed &&
@@ -31,24 +26,17 @@ const T& As(const Value& value) {
   return *typed;
 }
 
-// Room for `size` more bytes at the end.
-uint8_t* Extend(std::vector<uint8_t>& to, size_t size) {
-  const size_t old_size = to.size();
-  to.resize(old_size + size);
-  return to.data() + old_size;
-}
-
-void AppendNumeric(const Column& column, const DecimalNumber& number, std::vector<uint8_t>& to) {
+void AppendNumeric(const Column& column, const DecimalNumber& number, FieldBuffer& to) {
   if (number.scale != column.scale) RaiseTypeMismatch();
-  uint8_t* bytes = Extend(to, kNumericSize);
+  uint8_t* bytes = to.Extend(kNumericSize);
   bytes[0] = number.negative ? kNumericNegative : uint8_t{0};
   for (size_t i = 0; i < number.magnitude.size(); ++i)
     Store32(&bytes[1 + 4 * i], number.magnitude[i]);
 }
 
-void AppendEncodedText(TextView text, bool compressible, std::vector<uint8_t>& to) {
+void AppendEncodedText(TextView text, bool compressible, FieldBuffer& to) {
   if (compressible && CanBeCompressed(text)) {
-    uint8_t* bytes = Extend(to, kUnitSize + text.size());
+    uint8_t* bytes = to.Extend(kUnitSize + text.size());
     Store16(bytes, kCompressedMarkUnit);
     std::ranges::transform(text, bytes + kUnitSize,
                            [](char16_t unit) { return static_cast<uint8_t>(unit); });
@@ -56,46 +44,49 @@ void AppendEncodedText(TextView text, bool compressible, std::vector<uint8_t>& t
   }
   // Such a text would be taken for a compressed one.
   if (!text.empty() && text.front() == kCompressedMarkUnit) RaiseUnstorableText();
-  uint8_t* bytes = Extend(to, kUnitSize * text.size());
+  uint8_t* bytes = to.Extend(kUnitSize * text.size());
   for (size_t i = 0; i < text.size(); ++i) Store16(bytes + kUnitSize * i, text[i]);
 }
 
-void AppendTextField(const Column& column, const Text& text, std::vector<uint8_t>& to) {
+void AppendTextField(const Column& column, const Text& text, FieldBuffer& to) {
   if (text.size() * kUnitSize > column.length) RaiseFieldTooSmall();
-  const size_t start = to.size();
+  const size_t start = to.Size();
   AppendEncodedText(text, column.compressible && !column.fixed, to);
+  while (column.fixed && to.Size() - start < column.length)
+    std::ranges::copy(kBlank, to.Extend(kUnitSize));
+}
+
+void AppendBinaryField(const Column& column, const Binary& binary, FieldBuffer& to) {
+  if (binary.size() > column.length) RaiseFieldTooSmall();
+  std::ranges::copy(binary, to.Extend(binary.size()));
   if (column.fixed) {
-    while (to.size() - start < column.length) to.insert(to.end(), kBlank, kBlank + kUnitSize);
+    const size_t rest = column.length - binary.size();
+    std::fill_n(to.Extend(rest), rest, uint8_t{0});
   }
 }
 
-void AppendBinaryField(const Column& column, const Binary& binary, std::vector<uint8_t>& to) {
-  if (binary.size() > column.length) RaiseFieldTooSmall();
-  to.insert(to.end(), binary.begin(), binary.end());
-  if (column.fixed) Extend(to, column.length - binary.size());
-}
-
 // A value that is not Null; a Boolean has no bytes.
-void AppendField(const Column& column, const Value& value, std::vector<uint8_t>& to) {
+void AppendField(const Column& column, const Value& value, FieldBuffer& to) {
   switch (column.type) {
     case ColumnType::Boolean:
       return;
     case ColumnType::Byte:
-      return to.push_back(As<uint8_t>(value));
+      *to.Extend(1) = As<uint8_t>(value);
+      return;
     case ColumnType::Integer:
-      return Store16(Extend(to, 2), static_cast<uint16_t>(As<int16_t>(value)));
+      return Store16(to.Extend(2), static_cast<uint16_t>(As<int16_t>(value)));
     case ColumnType::Long:
-      return Store32(Extend(to, 4), static_cast<uint32_t>(As<int32_t>(value)));
+      return Store32(to.Extend(4), static_cast<uint32_t>(As<int32_t>(value)));
     case ColumnType::Currency:
-      return Store64(Extend(to, 8), static_cast<uint64_t>(As<Currency>(value).ten_thousandths));
+      return Store64(to.Extend(8), static_cast<uint64_t>(As<Currency>(value).ten_thousandths));
     case ColumnType::Single:
-      return StoreFloat(Extend(to, 4), As<float>(value));
+      return StoreFloat(to.Extend(4), As<float>(value));
     case ColumnType::Double:
-      return StoreDouble(Extend(to, 8), As<double>(value));
+      return StoreDouble(to.Extend(8), As<double>(value));
     case ColumnType::DateTime:
-      return StoreDouble(Extend(to, 8), As<DateTime>(value).days);
+      return StoreDouble(to.Extend(8), As<DateTime>(value).days);
     case ColumnType::Guid:
-      std::ranges::copy(As<Guid>(value).bytes, Extend(to, kGuidSize));
+      std::ranges::copy(As<Guid>(value).bytes, to.Extend(kGuidSize));
       return;
     case ColumnType::Numeric:
       return AppendNumeric(column, As<DecimalNumber>(value), to);
@@ -113,83 +104,100 @@ bool IsStoredAsNull(const Column& column, const Value& value) {
   return column.type == ColumnType::Boolean && !As<bool>(value);
 }
 
-// Copies the fixed columns behind the column count.
-void AppendFixedArea(const TableDefinition& table, const RowFields& fields,
-                     std::vector<uint8_t>& row) {
+// Where the parts of a row lie.
+struct RowLayout {
+  size_t data = 0;         // of the variable columns
+  size_t end_of_data = 0;  // where that is told
+  size_t count = 0;        // of the variable columns
+  size_t mask = 0;
   size_t size = 0;
-  for (const Column& column : table.columns) {
-    if (column.fixed) size = std::max(size, column.fixed_offset + FixedSize(column));
-  }
-  uint8_t* area = Extend(row, size);
+};
+
+RowLayout LayoutOf(const TableDefinition& table, const RowFields& fields) {
+  RowLayout layout;
+  layout.data = kJet4.row.count_size;
+  size_t data_size = 0;
   for (size_t i = 0; i < table.columns.size(); ++i) {
     const Column& column = table.columns[i];
-    if (!column.fixed) continue;
-    if (const auto field = fields[i]) std::ranges::copy(*field, area + column.fixed_offset);
+    if (column.fixed) {
+      const size_t end = kJet4.row.count_size + column.fixed_offset + FixedSize(column);
+      layout.data = std::max(layout.data, end);
+    } else if (const auto field = fields[i]) {
+      data_size += field->size();
+    }
   }
+  layout.end_of_data = layout.data + data_size;
+  layout.count = layout.mask = layout.end_of_data;
+  if (table.variable_columns > 0) {
+    layout.count += kOffsetSize * (table.variable_columns + size_t{1});
+    layout.mask = layout.count + kOffsetSize;
+  }
+  layout.size = layout.mask + (table.max_columns + size_t{7}) / 8;
+  return layout;
 }
 
-void AppendVariablePart(const TableDefinition& table, const RowFields& fields,
-                        std::vector<uint8_t>& row) {
+// Their data, and from its end backwards: where it ends, where each starts, their number.
+void StoreVariableColumns(const TableDefinition& table, const RowFields& fields,
+                          const RowLayout& layout, std::vector<uint8_t>& row) {
   if (table.variable_columns == 0) return;
-  std::vector<std::optional<Bytes>> by_index(table.variable_columns);
+  std::vector<Bytes> by_index(table.variable_columns);
   for (size_t i = 0; i < table.columns.size(); ++i) {
     const Column& column = table.columns[i];
-    if (!column.fixed) by_index[column.variable_index] = fields[i];
+    if (!column.fixed) by_index[column.variable_index] = fields[i].value_or(Bytes());
   }
-  std::vector<size_t> offsets;
-  offsets.reserve(by_index.size());
-  for (const std::optional<Bytes>& field : by_index) {
-    offsets.push_back(row.size());
-    if (field) row.insert(row.end(), field->begin(), field->end());
-  }
-  if (row.size() > kJet4.row.max_size) RaiseRecordTooLarge();
-  Append16(row, row.size());
-  for (auto offset = offsets.rbegin(); offset != offsets.rend(); ++offset) Append16(row, *offset);
-  Append16(row, offsets.size());
-}
-
-void AppendMask(const TableDefinition& table, const RowFields& fields, std::vector<uint8_t>& row) {
-  uint8_t* mask = Extend(row, (table.max_columns + size_t{7}) / 8);
-  for (size_t i = 0; i < table.columns.size(); ++i) {
-    const size_t number = table.columns[i].number;
-    if (fields[i]) mask[number / 8] |= static_cast<uint8_t>(1 << (number % 8));
+  Store16(&row[layout.count], table.variable_columns);
+  Store16(&row[layout.end_of_data], static_cast<uint16_t>(layout.end_of_data));
+  size_t start = layout.data;
+  size_t offset = layout.count;
+  for (const Bytes field : by_index) {
+    offset -= kOffsetSize;
+    Store16(&row[offset], static_cast<uint16_t>(start));
+    std::ranges::copy(field, row.data() + start);
+    start += field.size();
   }
 }
 
 }  // namespace
 
 std::vector<uint8_t> EncodeText(TextView text, bool compressible) {
-  std::vector<uint8_t> bytes;
+  FieldBuffer bytes(kUnitSize * (text.size() + 1));
   AppendEncodedText(text, compressible, bytes);
-  return bytes;
+  return {bytes.At(0), bytes.At(bytes.Size())};
 }
 
-std::optional<Bytes> RowFields::operator[](size_t column) const {
-  const Place& place = places_[column];
-  if (!place.present) return std::nullopt;
-  return Bytes(bytes_).subspan(place.start, place.size);
+void RowFields::SetPlace(size_t column, size_t start) {
+  places_[column] = {.start = static_cast<uint32_t>(start),
+                     .size = static_cast<uint32_t>(bytes_.Size() - start),
+                     .present = true};
 }
 
 void RowFields::Set(size_t column, Bytes stored) {
-  places_[column] = {.start = bytes_.size(), .size = stored.size(), .present = true};
-  bytes_.insert(bytes_.end(), stored.begin(), stored.end());
+  const size_t start = bytes_.Size();
+  std::ranges::copy(stored, bytes_.Extend(stored.size()));
+  SetPlace(column, start);
 }
 
 void RowFields::Encode(size_t column, const Column& definition, const Value& value) {
-  const size_t start = bytes_.size();
-  const bool present = !IsStoredAsNull(definition, value);
-  if (present) AppendField(definition, value, bytes_);
-  places_[column] = {.start = start, .size = bytes_.size() - start, .present = present};
+  if (IsStoredAsNull(definition, value)) return SetNull(column);
+  const size_t start = bytes_.Size();
+  AppendField(definition, value, bytes_);
+  SetPlace(column, start);
 }
 
 std::vector<uint8_t> EncodeRow(const TableDefinition& table, const RowFields& fields) {
-  std::vector<uint8_t> row;
-  row.reserve(kTypicalRow);
-  Append16(row, table.max_columns);
-  AppendFixedArea(table, fields, row);
-  AppendVariablePart(table, fields, row);
-  AppendMask(table, fields, row);
-  if (row.size() > kJet4.row.max_size) RaiseRecordTooLarge();
+  const RowLayout layout = LayoutOf(table, fields);
+  if (layout.size > kJet4.row.max_size) RaiseRecordTooLarge();
+  std::vector<uint8_t> row(layout.size);
+  Store16(row.data(), table.max_columns);
+  for (size_t i = 0; i < table.columns.size(); ++i) {
+    const auto field = fields[i];
+    if (!field) continue;
+    const Column& column = table.columns[i];
+    row[layout.mask + column.number / 8] |= static_cast<uint8_t>(1 << (column.number % 8));
+    if (column.fixed)
+      std::ranges::copy(*field, row.data() + kJet4.row.count_size + column.fixed_offset);
+  }
+  StoreVariableColumns(table, fields, layout, row);
   return row;
 }
 

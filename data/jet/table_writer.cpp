@@ -118,6 +118,7 @@ TableWriter::RowChange TableWriter::PrepareInsert(const TableDefinition& table,
   }
   change.bytes = EncodeRow(table, change.fields);
   const auto value = [&](size_t column) -> const Value& { return *row.by_column[column]; };
+  change.indexes.reserve(table.indexes.size());
   for (const RealIndex& index : table.indexes) {
     const std::vector<Value> parts = IndexValues(index, value);
     std::optional<Key> key = CheckedKey(context_.file, table, index, parts);
