@@ -1,9 +1,9 @@
 #include "data/jet/index_page.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
 
+#include "data/jet/bits.h"
 #include "data/jet/data_page.h"
 
 namespace rdv::jet {
@@ -19,41 +19,10 @@ int Compare(Bytes left, Bytes right) {
 
 // The lowest set bit above `bit`; the number of bits when there is none.
 size_t NextSetBit(Bytes bits, size_t bit) {
-  ++bit;
-  size_t byte = bit / 8;
-  if (byte >= bits.size()) return bits.size() * 8;
-  const unsigned first = unsigned{bits[byte]} >> (bit % 8);
-  if (first != 0) return bit + static_cast<size_t>(std::countr_zero(first));
-  for (++byte; byte + sizeof(uint64_t) <= bits.size(); byte += sizeof(uint64_t)) {
-    const uint64_t rest = Load64(&bits[byte]);
-    if (rest != 0) return byte * 8 + static_cast<size_t>(std::countr_zero(rest));
-  }
-  for (; byte < bits.size(); ++byte) {
-    if (bits[byte] != 0)
-      return byte * 8 + static_cast<size_t>(std::countr_zero(unsigned{bits[byte]}));
-  }
-  return bits.size() * 8;
+  return LowestBit(bits, bit + 1).value_or(bits.size() * 8);
 }
 
 }  // namespace
-
-size_t HighestMark(Bytes mask, size_t limit) {
-  size_t byte = std::min(mask.size(), limit / 8 + 1);
-  if (byte > limit / 8) {
-    const unsigned value = mask[--byte] & ((1u << (limit % 8)) - 1);
-    if (value != 0) return byte * 8 + static_cast<size_t>(std::bit_width(value)) - 1;
-  }
-  for (; byte >= sizeof(uint64_t); byte -= sizeof(uint64_t)) {
-    const uint64_t value = Load64(&mask[byte - sizeof(uint64_t)]);
-    if (value != 0)
-      return (byte - sizeof(uint64_t)) * 8 + static_cast<size_t>(std::bit_width(value)) - 1;
-  }
-  while (byte-- > 0) {
-    const unsigned value = mask[byte];
-    if (value != 0) return byte * 8 + static_cast<size_t>(std::bit_width(value)) - 1;
-  }
-  return 0;
-}
 
 RowId LoadEntryRow(const uint8_t* from) {
   return {.page = Load24BigEndian(from), .row = from[3]};
@@ -120,7 +89,7 @@ std::optional<EntryBounds> IndexPageView::LowerBoundBehindFirst(Bytes rest) cons
   std::optional<EntryBounds> found;
   while (below < end) {
     const size_t middle = below + (end - below) / 2;
-    const size_t start = HighestMark(mask_, middle + 1);
+    const size_t start = HighestBit(mask_, middle + 1).value_or(0);
     const auto entry = EntryAt(start);
     if (entry && Compare(WithoutChild(*entry), rest) < 0) {
       below = entry->end;

@@ -77,10 +77,6 @@ class IndexPageView {
   EntryBounds first_;  // empty where the page has no entries
 };
 
-// The highest bit of a page's mask that is set below `limit`: where an entry ends. 0, where none
-// does, when there is none.
-size_t HighestMark(Bytes mask, size_t limit);
-
 // An entry's last bytes, behind the key: the row and, in nodes, the child.
 RowId LoadEntryRow(const uint8_t* from);
 

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstring>
+
+#include "data/jet/bits.h"
 
 namespace rdv::jet {
 namespace {
@@ -192,13 +193,13 @@ bool FitsIndexPage(const Format& format, const IndexPageImage& image, size_t fir
 
 size_t UsedEntryBytes(const Format& format, Bytes page) {
   const Bytes mask = MaskOf(format, page);
-  return HighestMark(mask, mask.size() * 8);
+  return HighestBit(mask, mask.size() * 8).value_or(0);
 }
 
 std::optional<EntryBounds> LastEntry(const Format& format, Bytes page) {
   const size_t used = UsedEntryBytes(format, page);
   if (used == 0) return std::nullopt;
-  return EntryBounds{HighestMark(MaskOf(format, page), used), used};
+  return EntryBounds{HighestBit(MaskOf(format, page), used).value_or(0), used};
 }
 
 bool InsertEntryInPlace(const WriteContext& context, uint32_t number, size_t offset, Bytes entry) {

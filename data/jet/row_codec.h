@@ -34,6 +34,8 @@ class RowView {
   // Raise the damaged file's error for content that does not suit the type; long values are
   // fetched from their pages.
   Value Get(const Column& column) const;
+  // Of an Integer or Long column; nothing for Null.
+  std::optional<int32_t> WholeNumber(const Column& column) const;
   // The field as ToText(Get(column)) gives it, without the detour; nothing for Null. GUIDs are
   // written in braces, binary data as hexadecimal digits.
   void AppendText(const Column& column, Text& to) const;
@@ -46,7 +48,6 @@ class RowView {
   size_t VariableOffset(size_t index) const;
   bool Has(const Column& column) const;
   const uint8_t* FixedField(const Column& column, size_t size) const;
-  int32_t FixedNumber(const Column& column) const;  // of an Integer or Long column
   const uint8_t* Require(const Column& column, Bytes field) const;
 
   const FileReader* file_;
