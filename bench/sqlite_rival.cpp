@@ -47,38 +47,66 @@ void BindText(sqlite3_stmt* statement, int position, const std::string& text) {
         sqlite3_db_handle(statement));
 }
 
-void MakeSqliteLines(const std::filesystem::path& file, const RowTable& lines,
-                     const std::vector<std::string>& more_indexes) {
+SqliteDatabase CreateSqliteLines(const std::filesystem::path& file, const RowTable& lines,
+                                 const std::vector<std::string>& more_indexes) {
   std::filesystem::remove(file);
-  const SqliteDatabase database = OpenSqlite(file);
+  SqliteDatabase database = OpenSqlite(file);
   std::string columns;
-  std::string marks;
-  for (size_t i = 0; i < lines.columns.size(); ++i) {
+  for (size_t i = 0; i < lines.columns.size(); ++i)
     columns += ColumnDefinition(lines.columns[i], lines, i) + ", ";
-    marks += i == 0 ? "?" : ",?";
-  }
   Run(database.get(), "CREATE TABLE Used_Lines (" + columns +
                           "PRIMARY KEY (Config_ID, Base_Slot_No, Slot_Offset, Line))");
   for (size_t i = 0; i < more_indexes.size(); ++i) {
     Run(database.get(),
         "CREATE INDEX more" + std::to_string(i) + " ON Used_Lines (" + more_indexes[i] + ")");
   }
-  Run(database.get(), "BEGIN");
-  const SqliteStatement insert =
-      Prepare(database.get(), "INSERT INTO Used_Lines VALUES (" + marks + ")");
+  return database;
+}
+
+SqliteRows ToSqlite(const RowTable& lines) {
+  SqliteRows rows;
   for (const auto& row : lines.rows) {
-    for (size_t i = 0; i < row.size(); ++i) {
-      const int position = static_cast<int>(i) + 1;
-      if (IsNull(row[i])) {
-        sqlite3_bind_null(insert.get(), position);
+    std::vector<SqliteField>& fields = rows.emplace_back();
+    for (const Value& value : row) {
+      if (IsNull(value)) {
+        fields.emplace_back();
+      } else if (const Text* text = std::get_if<Text>(&value)) {
+        fields.emplace_back(ToUtf8(*text));
       } else {
-        BindText(insert.get(), position, ToUtf8(ToText(row[i])));
+        fields.emplace_back(int64_t{ToLong(value)});
       }
     }
-    Check(sqlite3_step(insert.get()), database.get());
+  }
+  return rows;
+}
+
+void InsertSqliteLines(sqlite3* database, const SqliteRows& rows) {
+  Run(database, "BEGIN");
+  std::string marks = "?";
+  for (size_t i = 1; i < rows.front().size(); ++i) marks += ",?";
+  const SqliteStatement insert = Prepare(database, "INSERT INTO Used_Lines VALUES (" + marks + ")");
+  for (const auto& row : rows) {
+    int position = 0;
+    for (const SqliteField& field : row) {
+      ++position;
+      if (const int64_t* number = std::get_if<int64_t>(&field)) {
+        sqlite3_bind_int64(insert.get(), position, *number);
+      } else if (const std::string* text = std::get_if<std::string>(&field)) {
+        sqlite3_bind_text(insert.get(), position, text->data(), static_cast<int>(text->size()),
+                          SQLITE_STATIC);
+      } else {
+        sqlite3_bind_null(insert.get(), position);
+      }
+    }
+    Check(sqlite3_step(insert.get()), database);
     sqlite3_reset(insert.get());
   }
-  Run(database.get(), "COMMIT");
+  Run(database, "COMMIT");
+}
+
+void MakeSqliteLines(const std::filesystem::path& file, const RowTable& lines) {
+  const SqliteDatabase database = CreateSqliteLines(file, lines);
+  InsertSqliteLines(database.get(), ToSqlite(lines));
 }
 
 size_t FetchAll(sqlite3_stmt* statement) {

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "data/connection.h"
@@ -26,10 +27,21 @@ SqliteStatement Prepare(sqlite3* database, const std::string& statement);
 void Run(sqlite3* database, const std::string& statement);
 void BindText(sqlite3_stmt* statement, int position, const std::string& text);
 
-// Makes `file` with the table Used_Lines of the given rows and the primary key (Config_ID,
-// Base_Slot_No, Slot_Offset, Line); `more_indexes` are column lists of further indexes.
-void MakeSqliteLines(const std::filesystem::path& file, const RowTable& lines,
-                     const std::vector<std::string>& more_indexes = {});
+// Makes `file` with an empty table Used_Lines of these lines' columns and the primary key
+// (Config_ID, Base_Slot_No, Slot_Offset, Line); `more_indexes` are column lists of further indexes.
+SqliteDatabase CreateSqliteLines(const std::filesystem::path& file, const RowTable& lines,
+                                 const std::vector<std::string>& more_indexes = {});
+
+// Rows as SQLite takes them without converting anything: Null, a number, a text in UTF-8.
+using SqliteField = std::variant<std::monostate, int64_t, std::string>;
+using SqliteRows = std::vector<std::vector<SqliteField>>;
+SqliteRows ToSqlite(const RowTable& lines);
+
+// In one transaction.
+void InsertSqliteLines(sqlite3* database, const SqliteRows& rows);
+
+// All of it: the file with these lines.
+void MakeSqliteLines(const std::filesystem::path& file, const RowTable& lines);
 
 // Steps through the statement, fetches every column as text and counts the bytes.
 size_t FetchAll(sqlite3_stmt* statement);

@@ -1,9 +1,9 @@
 #include "data/jet/allocation.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
 
+#include "data/jet/bits.h"
 #include "data/jet/data_page.h"
 #include "data/jet/usage_map.h"
 
@@ -20,24 +20,6 @@ void SetBit(std::span<uint8_t> bits, size_t bit) {
 }
 void ClearBit(std::span<uint8_t> bits, size_t bit) {
   bits[bit / 8] &= static_cast<uint8_t>(~(1u << (bit % 8)));
-}
-
-std::optional<size_t> LowestBit(Bytes bits, size_t from) {
-  for (size_t byte = from / 8; byte < bits.size(); ++byte) {
-    unsigned value = bits[byte];
-    if (byte == from / 8) value &= 0xFFu << (from % 8);
-    if (value != 0) return byte * 8 + static_cast<size_t>(std::countr_zero(value));
-  }
-  return std::nullopt;
-}
-
-std::optional<size_t> HighestBit(Bytes bits, size_t limit) {
-  for (size_t byte = std::min(bits.size(), limit / 8 + 1); byte-- > 0;) {
-    unsigned value = bits[byte];
-    if (byte == limit / 8) value &= (1u << (limit % 8)) - 1;
-    if (value != 0) return byte * 8 + static_cast<size_t>(std::bit_width(value)) - 1;
-  }
-  return std::nullopt;
 }
 
 bool IsInline(Bytes row) {

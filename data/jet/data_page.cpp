@@ -18,25 +18,16 @@ DataPageView::DataPageView(const FileReader& file, uint32_t number, Bytes page)
     : file_(&file), number_(number), page_(page) {
   const Format& format = file.Layout();
   slot_count_ = Load16(&page_[format.data.slot_count]);
-  if (slot_count_ > kRowNumbers || format.data.slots + slot_count_ * kSlotSize > page_.size()) {
+  slots_ = format.data.slots;
+  slots_end_ = slots_ + slot_count_ * kSlotSize;
+  if (slot_count_ > kRowNumbers || slots_end_ > page_.size()) {
     file.DamagedPage(number, u"says that it has more rows than fit a page");
   }
 }
 
-Slot DataPageView::At(size_t row) const {
-  const size_t slots = file_->Layout().data.slots;
-  const uint16_t word = Load16(&page_[slots + row * kSlotSize]);
-  Slot slot;
-  slot.flags = word & static_cast<uint16_t>(~kSlotStartMask);
-  slot.start = word & kSlotStartMask;
-  slot.end = row == 0 ? static_cast<uint16_t>(page_.size())
-                      : Load16(&page_[slots + (row - 1) * kSlotSize]) & kSlotStartMask;
-  if (slot.start > slot.end || slot.end > page_.size() ||
-      slot.start < slots + slot_count_ * kSlotSize) {
-    file_->DamagedPage(number_, u"says that row " + Decimal(static_cast<int64_t>(row)) +
-                                    u" lies outside of the page or of its order");
-  }
-  return slot;
+void DataPageView::DamagedSlot(size_t row) const {
+  file_->DamagedPage(number_, u"says that row " + Decimal(static_cast<int64_t>(row)) +
+                                  u" lies outside of the page or of its order");
 }
 
 RowId LoadRowPointer(const uint8_t* from) {

@@ -27,16 +27,31 @@ class DataPageView {
   DataPageView(const FileReader& file, uint32_t number, Bytes page);
 
   size_t SlotCount() const { return slot_count_; }
-  Slot At(size_t row) const;
+  Slot At(size_t row) const {
+    const uint8_t* slots = &page_[slots_];
+    const uint16_t word = Load16(slots + row * kSlotSize);
+    Slot slot;
+    slot.flags = word & static_cast<uint16_t>(~kSlotStartMask);
+    slot.start = word & kSlotStartMask;
+    slot.end = row == 0 ? static_cast<uint16_t>(page_.size())
+                        : Load16(slots + (row - 1) * kSlotSize) & kSlotStartMask;
+    if (slot.start > slot.end || slot.end > page_.size() || slot.start < slots_end_)
+      DamagedSlot(row);
+    return slot;
+  }
   Bytes Content(const Slot& slot) const {
     return page_.subspan(slot.start, size_t{slot.end} - slot.start);
   }
 
  private:
+  [[noreturn]] void DamagedSlot(size_t row) const;
+
   const FileReader* file_;
   uint32_t number_;
   Bytes page_;
   size_t slot_count_;
+  size_t slots_;  // where they begin and end
+  size_t slots_end_;
 };
 
 // Where a pointer slot's row is. Raises the damaged file's error for content that is too short.

@@ -73,7 +73,10 @@ FileReader::FileReader(PageSource& pages, Header header)
 }
 
 Bytes FileReader::Page(uint32_t number, PageType type) const {
-  const Bytes page = pages_->Page(number);
+  return CheckedPage(pages_->Page(number), number, type);
+}
+
+Bytes FileReader::CheckedPage(Bytes page, uint32_t number, PageType type) const {
   if (number == 0 || page[0] != static_cast<uint8_t>(type) || page[1] != kPageMark) {
     DamagedPage(number, u"is not of the kind that is expected there");
   }
@@ -91,7 +94,16 @@ Bytes FileReader::IndexPage(uint32_t number, uint32_t table_page) const {
 }
 
 Bytes FileReader::DataPage(uint32_t number, uint32_t owner) const {
-  const Bytes page = Page(number, PageType::Data);
+  return CheckedDataPage(pages_->Page(number), number, owner);
+}
+
+Bytes FileReader::DataPageInPassing(uint32_t number, uint32_t owner,
+                                    std::span<const uint32_t> next) const {
+  return CheckedDataPage(pages_->PageInPassing(number, next), number, owner);
+}
+
+Bytes FileReader::CheckedDataPage(Bytes page, uint32_t number, uint32_t owner) const {
+  CheckedPage(page, number, PageType::Data);
   if (Load32(&page[kPageOwner]) != owner) DamagedPage(number, u"belongs to another owner");
   return page;
 }

@@ -27,6 +27,9 @@ class FileReader {
   Bytes IndexPage(uint32_t number, uint32_t table_page) const;
   // A data page with the given owner.
   Bytes DataPage(uint32_t number, uint32_t owner) const;
+  // The same, for a scan; see PageSource.
+  Bytes DataPageInPassing(uint32_t number, uint32_t owner, std::span<const uint32_t> next) const;
+  void GiveBack(uint32_t number) const { pages_->GiveBack(number); }
   // Any page.
   Bytes RawPage(uint32_t number) const { return pages_->Page(number); }
 
@@ -40,6 +43,9 @@ class FileReader {
   [[noreturn]] void DamagedPage(uint32_t number, TextView reason) const;
 
  private:
+  Bytes CheckedPage(Bytes page, uint32_t number, PageType type) const;
+  Bytes CheckedDataPage(Bytes page, uint32_t number, uint32_t owner) const;
+
   PageSource* pages_;
   Header header_;
   const Format* format_;

@@ -20,6 +20,7 @@ constexpr uint8_t kNumericPositiveSign = 0xFF;
 constexpr uint8_t kNumericNegativeSign = 0x00;
 // An entry has to share its page with another one.
 constexpr size_t kLongestKey = 1800;
+constexpr size_t kTypicalKey = 64;  // what is set aside for one at first
 
 // Bytes of a part behind its flag: complemented for a descending column.
 void AppendInOrder(const uint8_t* bytes, size_t size, bool descending, Key& key) {
@@ -209,6 +210,7 @@ void AppendKeyPart(const FileReader& file, const Column& column, bool descending
 Key BuildKey(const FileReader& file, const TableDefinition& table, const RealIndex& index,
              std::span<const Value> values) {
   Key key;
+  key.reserve(kTypicalKey);
   for (size_t i = 0; i < values.size(); ++i) {
     const IndexColumn& part = index.columns[i];
     AppendKeyPart(file, table.columns[part.column], part.descending, values[i], key);
@@ -220,6 +222,7 @@ Key BuildKey(const FileReader& file, const TableDefinition& table, const RealInd
 std::optional<Key> TryBuildKey(const FileReader& file, const TableDefinition& table,
                                const RealIndex& index, std::span<const Value> values) {
   Key key;
+  key.reserve(kTypicalKey);
   for (size_t i = 0; i < values.size(); ++i) {
     const IndexColumn& part = index.columns[i];
     if (TryAppendKeyPart(file, table.columns[part.column], part.descending, values[i], key)) {

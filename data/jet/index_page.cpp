@@ -1,9 +1,9 @@
 #include "data/jet/index_page.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
 
+#include "data/jet/bits.h"
 #include "data/jet/data_page.h"
 
 namespace rdv::jet {
@@ -19,15 +19,7 @@ int Compare(Bytes left, Bytes right) {
 
 // The lowest set bit above `bit`; the number of bits when there is none.
 size_t NextSetBit(Bytes bits, size_t bit) {
-  ++bit;
-  size_t byte = bit / 8;
-  if (byte >= bits.size()) return bits.size() * 8;
-  uint32_t rest = uint32_t{bits[byte]} >> (bit % 8) << (bit % 8);
-  while (rest == 0) {
-    if (++byte == bits.size()) return bits.size() * 8;
-    rest = bits[byte];
-  }
-  return byte * 8 + static_cast<size_t>(std::countr_zero(rest));
+  return LowestBit(bits, bit + 1).value_or(bits.size() * 8);
 }
 
 }  // namespace
@@ -86,17 +78,35 @@ std::optional<EntryBounds> IndexPageView::LowerBound(Bytes key) const {
   if (prefix_ > key.size() || Compare(entries_.first(prefix_), key.first(prefix_)) != 0) {
     return std::nullopt;
   }
-  const Bytes rest = key.subspan(prefix_);
-  for (auto entry = EntryAt(first_.end); entry; entry = EntryAt(entry->end)) {
-    if (Compare(WithoutChild(*entry), rest) >= 0) return entry;
+  return LowerBoundBehindFirst(key.subspan(prefix_));
+}
+
+// Halves the bytes between entries that are below and one that is not; the mask tells which entry
+// the middle belongs to.
+std::optional<EntryBounds> IndexPageView::LowerBoundBehindFirst(Bytes rest) const {
+  size_t below = first_.end;
+  size_t end = std::min(entries_.size() + 1, mask_.size() * 8);
+  std::optional<EntryBounds> found;
+  while (below < end) {
+    const size_t middle = below + (end - below) / 2;
+    const size_t start = HighestBit(mask_, middle + 1).value_or(0);
+    const auto entry = EntryAt(start);
+    if (entry && Compare(WithoutChild(*entry), rest) < 0) {
+      below = entry->end;
+    } else {
+      found = entry;
+      end = start;  // without an entry, where the last one ends
+    }
   }
-  return std::nullopt;
+  return found;
 }
 
 void IndexPageView::Restore(EntryBounds entry, std::vector<uint8_t>& to) const {
-  to.clear();
-  if (entry.start != 0) to.insert(to.end(), entries_.data(), entries_.data() + prefix_);
-  to.insert(to.end(), entries_.data() + entry.start, entries_.data() + entry.end);
+  const size_t prefix = entry.start == 0 ? 0 : prefix_;
+  to.resize(prefix + entry.end - entry.start);
+  std::copy_n(entries_.data(), prefix, to.begin());
+  std::copy(entries_.data() + entry.start, entries_.data() + entry.end,
+            to.begin() + static_cast<ptrdiff_t>(prefix));
 }
 
 uint32_t IndexPageView::Child(EntryBounds entry) const {

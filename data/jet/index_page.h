@@ -62,6 +62,7 @@ class IndexPageView {
   uint32_t Child(EntryBounds entry) const;
 
  private:
+  std::optional<EntryBounds> LowerBoundBehindFirst(Bytes rest) const;
   Bytes WithoutChild(EntryBounds entry) const {
     return entries_.subspan(entry.start, entry.end - entry.start - child_size_);
   }

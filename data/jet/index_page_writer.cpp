@@ -2,66 +2,65 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstring>
+
+#include "data/jet/bits.h"
 
 namespace rdv::jet {
 namespace {
 
+constexpr size_t kTypicalEntries = 256;  // what is set aside for a page's at first
+
 // The entry mask as one number of many bits, so that entries behind a change move their marks by
-// shifting it.
+// shifting it. Only the words from that of bit `from` to that of bit `to` are taken.
 class MaskBits {
  public:
-  explicit MaskBits(Bytes mask) {
-    std::array<uint8_t, sizeof words_> bytes{};
-    std::ranges::copy(mask, bytes.begin());
-    for (size_t i = 0; i < words_.size(); ++i) words_[i] = Load64(&bytes[i * 8]);
+  MaskBits(std::span<uint8_t> mask, size_t from, size_t to)
+      : mask_(mask), first_(from / 64), last_(to / 64) {
+    for (size_t i = first_; i < last_; ++i) words_[i] = Load64(&mask[i * 8]);
+    for (size_t byte = last_ * 8; byte < std::min(mask.size(), last_ * 8 + 8); ++byte)
+      words_[last_] |= uint64_t{mask[byte]} << (byte % 8 * 8);
   }
-  void Store(std::span<uint8_t> mask) const {
-    std::array<uint8_t, sizeof words_> bytes{};
-    for (size_t i = 0; i < words_.size(); ++i) Store64(&bytes[i * 8], words_[i]);
-    std::copy_n(bytes.begin(), mask.size(), mask.begin());
+  void Store() const {
+    for (size_t i = first_; i < last_; ++i) Store64(&mask_[i * 8], words_[i]);
+    for (size_t byte = last_ * 8; byte < std::min(mask_.size(), last_ * 8 + 8); ++byte)
+      mask_[byte] = static_cast<uint8_t>(words_[last_] >> (byte % 8 * 8));
   }
 
   void Set(size_t bit) { words_[bit / 64] |= uint64_t{1} << (bit % 64); }
-  void Clear(size_t bit) { words_[bit / 64] &= ~(uint64_t{1} << (bit % 64)); }
 
-  // The bits from `from` on move up by `count`; zeros come in.
+  // The bits from `from`, which is one of the first word, move up by `count`; zeros come in.
   void MoveUp(size_t from, size_t count) {
-    MaskBits moved = *this;
+    const size_t first = first_;
+    const uint64_t kept = words_[first] & Below(from, first);
+    words_[first] ^= kept;
     const size_t words = count / 64;
     const size_t bits = count % 64;
-    for (size_t i = words_.size(); i-- > 0;) {
-      const uint64_t high = i >= words ? words_[i - words] << bits : 0;
-      const uint64_t low = bits > 0 && i > words ? words_[i - words - 1] >> (64 - bits) : 0;
-      moved.words_[i] = high | low;
-    }
-    Join(moved, from, from + count);
+    for (size_t i = last_; i > first + words; --i)
+      words_[i] = Joined(words_[i - words - 1], words_[i - words], bits);
+    words_[first + words] = words_[first] << bits;
+    for (size_t i = first; i < first + words; ++i) words_[i] = 0;
+    words_[first] |= kept;
   }
 
-  // The bits from `from` + `count` on move down by `count`, over those before them.
+  // The bits from `from` + `count` move down by `count`, over those from `from` on.
   void MoveDown(size_t from, size_t count) {
-    MaskBits moved = *this;
+    const size_t first = first_;
+    const uint64_t kept = words_[first] & Below(from, first);
     const size_t words = count / 64;
     const size_t bits = count % 64;
-    for (size_t i = 0; i < words_.size(); ++i) {
-      const size_t source = i + words;
-      const uint64_t low = source < words_.size() ? words_[source] >> bits : 0;
-      const uint64_t high =
-          bits > 0 && source + 1 < words_.size() ? words_[source + 1] << (64 - bits) : 0;
-      moved.words_[i] = low | high;
+    for (size_t i = first; i <= last_; ++i) {
+      const uint64_t low = i + words <= last_ ? words_[i + words] : 0;
+      const uint64_t high = i + words < last_ ? words_[i + words + 1] : 0;
+      words_[i] = bits == 0 ? low : low >> bits | high << (64 - bits);
     }
-    Join(moved, from, from);
+    words_[first] = (words_[first] & ~Below(from, first)) | kept;
   }
 
  private:
-  // This number below the bit `own_end`, `other` from the bit `other_start` on, zeros between.
-  void Join(const MaskBits& other, size_t own_end, size_t other_start) {
-    for (size_t i = 0; i < words_.size(); ++i) {
-      const uint64_t own = Below(own_end, i);
-      const uint64_t others = ~Below(other_start, i);
-      words_[i] = (words_[i] & own) | (other.words_[i] & others);
-    }
+  // What has moved up by `bits` into the place of `high`.
+  static uint64_t Joined(uint64_t low, uint64_t high, size_t bits) {
+    return bits == 0 ? high : high << bits | low >> (64 - bits);
   }
   // The bits of word `word` that are below bit `end` of the whole.
   static uint64_t Below(size_t end, size_t word) {
@@ -71,6 +70,9 @@ class MaskBits {
   }
 
   static constexpr size_t kWords = 58;  // 453 bytes and a little
+  std::span<uint8_t> mask_;
+  size_t first_;
+  size_t last_;
   std::array<uint64_t, kWords> words_{};
 };
 
@@ -105,16 +107,6 @@ size_t EntryAreaSize(const Format& format) {
 
 Bytes MaskOf(const Format& format, Bytes page) {
   return page.subspan(format.index.mask, format.index.mask_size);
-}
-
-// The highest bit that is set below `limit`, if any.
-std::optional<size_t> HighestMark(Bytes mask, size_t limit) {
-  for (size_t byte = std::min(mask.size(), limit / 8 + 1); byte-- > 0;) {
-    unsigned value = mask[byte];
-    if (byte == limit / 8) value &= (1u << (limit % 8)) - 1;
-    if (value != 0) return byte * 8 + static_cast<size_t>(std::bit_width(value)) - 1;
-  }
-  return std::nullopt;
 }
 
 void StoreFreeBytes(const Format& format, uint8_t* page, size_t used) {
@@ -154,6 +146,7 @@ IndexPageImage LoadIndexPage(const WriteContext& context, uint32_t table_page, u
   image.next = view.Next();
   image.tail = view.Tail();
   image.prefix = view.Prefix();
+  image.entries.reserve(kTypicalEntries);
   for (auto bounds = view.EntryAt(0); bounds; bounds = view.EntryAt(bounds->end))
     view.Restore(*bounds, image.entries.emplace_back());
   return image;
@@ -200,13 +193,13 @@ bool FitsIndexPage(const Format& format, const IndexPageImage& image, size_t fir
 
 size_t UsedEntryBytes(const Format& format, Bytes page) {
   const Bytes mask = MaskOf(format, page);
-  return HighestMark(mask, mask.size() * 8).value_or(0);
+  return HighestBit(mask, mask.size() * 8).value_or(0);
 }
 
 std::optional<EntryBounds> LastEntry(const Format& format, Bytes page) {
   const size_t used = UsedEntryBytes(format, page);
   if (used == 0) return std::nullopt;
-  return EntryBounds{HighestMark(MaskOf(format, page), used).value_or(0), used};
+  return EntryBounds{HighestBit(MaskOf(format, page), used).value_or(0), used};
 }
 
 bool InsertEntryInPlace(const WriteContext& context, uint32_t number, size_t offset, Bytes entry) {
@@ -228,10 +221,10 @@ bool InsertEntryInPlace(const WriteContext& context, uint32_t number, size_t off
   if (offset == used) {
     mask[end / 8] |= static_cast<uint8_t>(1u << (end % 8));
   } else {
-    MaskBits bits(mask);
+    MaskBits bits(mask, offset + 1, used + stored.size());
     bits.MoveUp(offset + 1, stored.size());
     bits.Set(end);
-    bits.Store(mask);
+    bits.Store();
   }
   if (used == 0) Store16(page + format.index.prefix, 0);
   StoreFreeBytes(format, page, used + stored.size());
@@ -248,10 +241,9 @@ bool RemoveEntryInPlace(const WriteContext& context, uint32_t number, EntryBound
   const size_t size = entry.end - entry.start;
   std::memmove(entries + entry.start, entries + entry.end, used - entry.end);
   const std::span<uint8_t> mask(page + format.index.mask, format.index.mask_size);
-  MaskBits bits(mask);
-  bits.Clear(entry.end);
+  MaskBits bits(mask, entry.start + 1, used);
   bits.MoveDown(entry.start + 1, size);
-  bits.Store(mask);
+  bits.Store();
   StoreFreeBytes(format, page, used - size);
   return true;
 }

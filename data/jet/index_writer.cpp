@@ -1,12 +1,14 @@
 #include "data/jet/index_writer.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace rdv::jet {
 namespace {
 
 // Far more levels than the largest file can have: deeper, and the nodes lead in a circle.
 constexpr size_t kDeepest = 32;
+constexpr size_t kTypicalDepth = 4;
 
 }  // namespace
 
@@ -40,28 +42,22 @@ void IndexWriter::FreePage(uint32_t page) {
   allocator_.Free(page);
 }
 
-// Entries mostly come in order, so that the last one is looked at first.
 IndexWriter::Path IndexWriter::Descend(Bytes entry) const {
   Path path;
+  path.reserve(kTypicalDepth);
   uint32_t page = root_;
-  std::vector<uint8_t> last;
   for (;;) {
     const IndexPageView view(context_.file, table_page_, page);
     path.push_back({page, kTail});
     if (view.IsLeaf()) return path;
     if (path.size() > kDeepest)
       context_.file.DamagedPage(root_, u"is the root of an endless index");
-    page = view.Tail();
-    const auto last_bounds = LastEntry(format_, context_.file.RawPage(path.back().page));
-    if (last_bounds) {
-      view.Restore(*last_bounds, last);
-      last.resize(last.size() - kEntryChildSize);
-      if (page != 0 && CompareEntries(last, entry) < 0) continue;
-      // A node without a tail leads everything beyond its entries to its last child.
-      const auto found = view.LowerBound(entry).value_or(*last_bounds);
-      path.back().entry_end = found.end;
-      page = view.Child(found);
-    }
+    std::optional<EntryBounds> found = view.LowerBound(entry);
+    // A node without a tail leads everything beyond its entries to its last child.
+    if (!found && view.Tail() == 0)
+      found = LastEntry(format_, context_.file.RawPage(path.back().page));
+    if (found) path.back().entry_end = found->end;
+    page = found ? view.Child(*found) : view.Tail();
   }
 }
 
@@ -82,12 +78,9 @@ void IndexWriter::Insert(Bytes key, RowId row) {
   const Path path = Descend(entry);
   const uint32_t leaf = path.back().page;
   const IndexPageView view(context_.file, table_page_, leaf);
-  size_t offset = UsedEntryBytes(format_, context_.file.RawPage(leaf));
-  if (const auto last = LastEntry(format_, context_.file.RawPage(leaf))) {
-    std::vector<uint8_t> bytes;
-    view.Restore(*last, bytes);
-    if (CompareEntries(bytes, entry) > 0) offset = view.LowerBound(entry)->start;
-  }
+  const auto behind = view.LowerBound(entry);
+  const size_t offset =
+      behind ? behind->start : UsedEntryBytes(format_, context_.file.RawPage(leaf));
   if (InsertEntryInPlace(context_, leaf, offset, entry)) return;
   IndexPageImage image = Load(leaf);
   const auto place = std::ranges::lower_bound(image.entries, entry,
@@ -96,19 +89,19 @@ void IndexWriter::Insert(Bytes key, RowId row) {
                                               });
   const bool appended = place == image.entries.end();
   image.entries.insert(place, entry);
-  Save(path, path.size() - 1, image, appended);
+  Save(path, path.size() - 1, std::move(image), appended);
 }
 
-void IndexWriter::Save(const Path& path, size_t depth, const IndexPageImage& image, bool appended) {
+void IndexWriter::Save(const Path& path, size_t depth, IndexPageImage image, bool appended) {
   if (!StoreIndexPage(context_, table_page_, path[depth].page, image))
-    Split(path, depth, image, appended);
+    Split(path, depth, std::move(image), appended);
 }
 
-void IndexWriter::Split(const Path& path, size_t depth, const IndexPageImage& image,
-                        bool appended) {
-  std::vector<Piece> pieces = Divide(image, appended);
+void IndexWriter::Split(const Path& path, size_t depth, IndexPageImage image, bool appended) {
+  const uint8_t level = image.level;
+  std::vector<Piece> pieces = Divide(std::move(image), appended);
   if (depth == 0) {
-    SplitRoot(std::move(pieces), image.level);
+    SplitRoot(std::move(pieces), level);
   } else {
     SplitBelow(path, depth, std::move(pieces));
   }
@@ -151,7 +144,7 @@ void IndexWriter::SplitBelow(const Path& path, size_t depth, std::vector<Piece> 
     parent.entries.insert(parent.entries.begin() + static_cast<ptrdiff_t>(number), added.begin(),
                           added.end());
   }
-  Save(path, depth - 1, parent);
+  Save(path, depth - 1, std::move(parent));
 }
 
 void IndexWriter::LinkAndStore(std::vector<Piece>& pieces, const std::vector<uint32_t>& pages,
@@ -163,19 +156,34 @@ void IndexWriter::LinkAndStore(std::vector<Piece>& pieces, const std::vector<uin
   }
 }
 
-std::vector<IndexWriter::Piece> IndexWriter::Divide(const IndexPageImage& image,
-                                                    bool appended) const {
-  if (!image.leaf) return DivideNode(image);
+namespace {
+
+// What a page tells but its entries.
+IndexPageImage WithoutEntries(const IndexPageImage& image) {
+  return {.leaf = image.leaf,
+          .level = image.level,
+          .previous = image.previous,
+          .next = image.next,
+          .tail = image.tail,
+          .prefix = image.prefix,
+          .entries = {}};
+}
+
+// Moves the entries from `first` up to `last` to another page's image.
+void MoveEntries(IndexPageImage& from, size_t first, size_t last, IndexPageImage& to) {
+  const auto begin = std::make_move_iterator(from.entries.begin());
+  to.entries.assign(begin + static_cast<ptrdiff_t>(first), begin + static_cast<ptrdiff_t>(last));
+}
+
+}  // namespace
+
+std::vector<IndexWriter::Piece> IndexWriter::Divide(IndexPageImage image, bool appended) const {
+  if (!image.leaf) return DivideNode(std::move(image));
   std::vector<Piece> pieces;
-  std::vector<size_t> ends = DivideLeaf(image, appended);
   size_t start = 0;
-  for (const size_t end : ends) {
-    Piece piece;
-    piece.image = image;
-    piece.image.entries.assign(image.entries.begin() + static_cast<ptrdiff_t>(start),
-                               image.entries.begin() + static_cast<ptrdiff_t>(end));
-    piece.last = piece.image.entries.back();
-    pieces.push_back(std::move(piece));
+  for (const size_t end : DivideLeaf(image, appended)) {
+    Piece& piece = pieces.emplace_back(Piece{WithoutEntries(image), image.entries[end - 1]});
+    MoveEntries(image, start, end, piece.image);
     start = end;
   }
   return pieces;
@@ -203,20 +211,24 @@ std::vector<size_t> IndexWriter::DivideLeaf(const IndexPageImage& image, bool ap
 }
 
 // The entry in the middle moves up: its child becomes the tail of the left half.
-std::vector<IndexWriter::Piece> IndexWriter::DivideNode(const IndexPageImage& image) const {
+std::vector<IndexWriter::Piece> IndexWriter::DivideNode(IndexPageImage image) const {
+  const size_t count = image.entries.size();
   size_t total = 0;
   for (const EntryBytes& entry : image.entries) total += entry.size();
   size_t middle = 0;
   size_t before = 0;
-  while (middle + 1 < image.entries.size() && before + image.entries[middle].size() <= total / 2)
+  while (middle + 1 < count && before + image.entries[middle].size() <= total / 2)
     before += image.entries[middle++].size();
-  const auto at = image.entries.begin() + static_cast<ptrdiff_t>(middle);
-  Piece left{image, {image.WithoutChild(middle).begin(), image.WithoutChild(middle).end()}};
-  left.image.entries.assign(image.entries.begin(), at);
+  const Bytes up = image.WithoutChild(middle);
+  Piece left{WithoutEntries(image), {up.begin(), up.end()}};
   left.image.tail = image.Child(middle);
-  Piece right{image, {}};
-  right.image.entries.assign(at + 1, image.entries.end());
-  return {std::move(left), std::move(right)};
+  MoveEntries(image, 0, middle, left.image);
+  Piece right{WithoutEntries(image), {}};
+  MoveEntries(image, middle + 1, count, right.image);
+  std::vector<Piece> pieces;
+  pieces.push_back(std::move(left));
+  pieces.push_back(std::move(right));
+  return pieces;
 }
 
 // --- Removing ---

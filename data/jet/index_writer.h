@@ -48,13 +48,13 @@ class IndexWriter {
   Path Descend(Bytes entry) const;
   size_t EntryNumber(const IndexPageImage& image, const Step& step) const;
   // `appended`: the last entry is new, so that more are likely to follow it.
-  void Save(const Path& path, size_t depth, const IndexPageImage& image, bool appended = false);
-  void Split(const Path& path, size_t depth, const IndexPageImage& image, bool appended);
+  void Save(const Path& path, size_t depth, IndexPageImage image, bool appended = false);
+  void Split(const Path& path, size_t depth, IndexPageImage image, bool appended);
   void SplitRoot(std::vector<Piece> pieces, uint8_t level);
   void SplitBelow(const Path& path, size_t depth, std::vector<Piece> pieces);
-  std::vector<Piece> Divide(const IndexPageImage& image, bool appended) const;
+  std::vector<Piece> Divide(IndexPageImage image, bool appended) const;
   std::vector<size_t> DivideLeaf(const IndexPageImage& image, bool appended) const;
-  std::vector<Piece> DivideNode(const IndexPageImage& image) const;
+  std::vector<Piece> DivideNode(IndexPageImage image) const;
   void LinkAndStore(std::vector<Piece>& pieces, const std::vector<uint32_t>& pages,
                     uint32_t previous, uint32_t next);
 

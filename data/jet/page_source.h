@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -24,6 +25,11 @@ class PageSource {
   // A whole page. Raises the error of a damaged file for a number that the file does not have. The
   // bytes stay where they are until the end of the statement.
   virtual Bytes Page(uint32_t number) = 0;
+
+  // The same, for whoever reads many pages one after the other and needs the bytes of each only
+  // until it gives the page back. `next`: those that will be asked for after it, ascending.
+  virtual Bytes PageInPassing(uint32_t number, std::span<const uint32_t> next);
+  virtual void GiveBack(uint32_t number);
 
   // For the texts of errors.
   virtual const Text& Path() const = 0;

@@ -10,6 +10,8 @@ namespace rdv::jet {
 namespace {
 
 constexpr uint64_t kLargestFile = uint64_t{1} << 31;
+// Pages that are read at once for whoever reads many.
+constexpr uint32_t kLongestRead = 32;
 // How long to wait for a program that does not know this engine's locks; it may hold the file for
 // hours, but others of this engine look into its lock file for a moment.
 constexpr std::chrono::milliseconds kForeignWait{200};
@@ -138,7 +140,7 @@ void Pager::Refresh() {
   stamp_ = stamp;
   DropCache();
   page_count_ = static_cast<uint32_t>(std::min(stamp.size, kLargestFile) / PageSize());
-  cache_.resize(page_count_);
+  cache_.Resize(page_count_);
 }
 
 bool Pager::Interrupted() const {
@@ -163,7 +165,7 @@ void Pager::RecoverAsReader() {
   for (const PageImage& page : content->pages)
     overlay_[page.number].assign(page.bytes, page.bytes + PageSize());
   page_count_ = static_cast<uint32_t>(content->file_size / PageSize());
-  cache_.resize(page_count_);
+  cache_.Resize(page_count_);
 }
 
 void Pager::RecoverLocked() {
@@ -262,8 +264,9 @@ void Pager::Commit() {
     throw;
   }
   for (const uint32_t number : dirty_) {
-    cache_[number].dirty = false;
-    if (cache_[number].before) spare_.push_back(std::move(cache_[number].before));
+    PageCache::Page& page = cache_.At(number);
+    page.dirty = false;
+    if (page.before) spare_.push_back(std::move(page.before));
   }
   dirty_.clear();
   TrimCache();
@@ -272,7 +275,7 @@ void Pager::Commit() {
 
 void Pager::Rollback() noexcept {
   for (const uint32_t number : dirty_) {
-    CachedPage& page = cache_[number];
+    PageCache::Page& page = cache_.At(number);
     page.dirty = false;
     if (page.before) {
       spare_.push_back(std::move(page.bytes));
@@ -282,9 +285,9 @@ void Pager::Rollback() noexcept {
   if (!dirty_.empty()) ++generation_;
   dirty_.clear();
   for (uint32_t number = count_before_; number < page_count_; ++number)
-    cached_ -= cache_[number].bytes ? size_t{1} : size_t{0};
+    cached_ -= cache_.At(number).bytes ? size_t{1} : size_t{0};
   page_count_ = count_before_;
-  cache_.resize(page_count_);
+  cache_.Resize(page_count_);
   TrimCache();
   EndWrite();
 }
@@ -293,7 +296,7 @@ void Pager::WritePages() {
   std::ranges::sort(dirty_);
   std::vector<PageImage> images;
   for (const uint32_t number : dirty_) {
-    if (number < count_before_) images.push_back({number, cache_[number].before.get()});
+    if (number < count_before_) images.push_back({number, cache_.At(number).before.get()});
   }
   const uint16_t word_before = Load16(commit_words_.data());
   written_ = true;
@@ -303,7 +306,8 @@ void Pager::WritePages() {
     // New pages first: until one of the others leads to them they are nobody's.
     const auto first_new = std::ranges::lower_bound(dirty_, count_before_);
     const auto write = [this](uint32_t number) {
-      file_->WriteAt(uint64_t{number} * PageSize(), Bytes(cache_[number].bytes.get(), PageSize()));
+      file_->WriteAt(uint64_t{number} * PageSize(),
+                     Bytes(cache_.At(number).bytes.get(), PageSize()));
     };
     std::for_each(first_new, dirty_.end(), write);
     std::for_each(dirty_.begin(), first_new, write);
@@ -330,7 +334,8 @@ void Pager::UndoWritePages(uint16_t word_before) {
   try {
     for (const uint32_t number : dirty_) {
       if (number >= count_before_) break;
-      file_->WriteAt(uint64_t{number} * PageSize(), Bytes(cache_[number].before.get(), PageSize()));
+      file_->WriteAt(uint64_t{number} * PageSize(),
+                     Bytes(cache_.At(number).before.get(), PageSize()));
     }
     file_->Resize(uint64_t{count_before_} * PageSize());
     WriteFirstCommitWord(word_before);
@@ -350,8 +355,9 @@ void Pager::WriteFirstCommitWord(uint16_t word) {
 }
 
 void Pager::CopyCommitWordsToHeaderPage() {
-  if (cache_.empty() || !cache_[0].bytes) return;
-  std::ranges::copy(commit_words_, cache_[0].bytes.get() + Layout().header.commit_words);
+  const PageCache::Page* header = cache_.Find(0);
+  if (header == nullptr || !header->bytes) return;
+  std::ranges::copy(commit_words_, header->bytes.get() + Layout().header.commit_words);
 }
 
 void Pager::MendCommitWords() {
@@ -368,37 +374,96 @@ void Pager::MendCommitWords() {
   }
 }
 
-Bytes Pager::Page(uint32_t number) {
+void Pager::RequireInFile(uint32_t number) const {
   if (number >= page_count_) RaisePageOutsideFile(path_, number, page_count_);
+}
+
+Bytes Pager::Page(uint32_t number) {
   return Bytes(Load(number).bytes.get(), PageSize());
 }
 
-Pager::CachedPage& Pager::Load(uint32_t number) {
-  CachedPage& page = cache_[number];
+// The page, to stay for the statement.
+PageCache::Page& Pager::Load(uint32_t number) {
+  RequireInFile(number);
+  PageCache::Page& page = cache_.At(number);
+  if (!page.bytes) ReadPages(number, {});
   page.used = true;
-  if (page.bytes) return page;
-  Buffer bytes = NewBuffer();
-  const auto overlaid = overlay_.find(number);
+  page.holder = PageCache::Holder::Statement;
+  return page;
+}
+
+Bytes Pager::PageInPassing(uint32_t number, std::span<const uint32_t> next) {
+  RequireInFile(number);
+  PageCache::Page& page = cache_.At(number);
+  if (!page.bytes) ReadPages(number, next);
+  page.used = true;
+  const bool alone = page.holder == PageCache::Holder::Nobody;
+  page.holder = alone ? PageCache::Holder::Passerby : PageCache::Holder::Statement;
+  return Bytes(page.bytes.get(), PageSize());
+}
+
+void Pager::GiveBack(uint32_t number) {
+  PageCache::Page* page = cache_.Find(number);
+  if (page == nullptr || page->holder != PageCache::Holder::Passerby) return;
+  page->holder = PageCache::Holder::Nobody;
+  if (cached_ <= cache_pages_) return;
+  spare_.push_back(std::move(page->bytes));
+  --cached_;
+}
+
+// The first page, and with it as many of the others as lie close enough together: to read a few
+// bytes more is cheaper than to read once more.
+void Pager::ReadPages(uint32_t first, std::span<const uint32_t> next) {
+  uint32_t end = first + 1;
+  size_t wanted = 1;
+  for (const uint32_t number : next) {
+    const uint32_t span = number - first + 1;
+    const bool close = span <= kLongestRead && span <= 2 * (wanted + 1);
+    if (!close || number >= page_count_ || !overlay_.empty()) break;
+    end = number + 1;
+    ++wanted;
+  }
   try {
-    if (overlaid != overlay_.end()) {
-      std::ranges::copy(overlaid->second, bytes.get());
-    } else if (file_->ReadAt(uint64_t{number} * PageSize(), {bytes.get(), PageSize()}) <
-               PageSize()) {
-      RaisePageOutsideFile(path_, number, page_count_);
-    }
+    if (wanted == 1) return ReadPage(first);
+    read_ahead_.resize(size_t{end - first} * PageSize());
+    const size_t read = file_->ReadAt(uint64_t{first} * PageSize(), read_ahead_);
+    if (read < PageSize()) RaisePageOutsideFile(path_, first, page_count_);
+    const auto keep = [&](uint32_t number) {
+      const size_t start = size_t{number - first} * PageSize();
+      if (cache_.At(number).bytes || start + PageSize() > read) return;
+      Buffer bytes = NewBuffer();
+      std::memcpy(bytes.get(), &read_ahead_[start], PageSize());
+      Keep(number, std::move(bytes));
+    };
+    keep(first);
+    std::ranges::for_each(next.first(wanted - 1), keep);
   } catch (const FileError& error) {
     RaiseFileError(error, path_);
   }
+}
+
+void Pager::ReadPage(uint32_t number) {
+  Buffer bytes = NewBuffer();
+  const auto overlaid = overlay_.find(number);
+  if (overlaid != overlay_.end()) {
+    std::ranges::copy(overlaid->second, bytes.get());
+  } else if (file_->ReadAt(uint64_t{number} * PageSize(), {bytes.get(), PageSize()}) < PageSize()) {
+    RaisePageOutsideFile(path_, number, page_count_);
+  }
+  Keep(number, std::move(bytes));
+}
+
+void Pager::Keep(uint32_t number, Buffer bytes) {
+  PageCache::Page& page = cache_.At(number);
+  page.bytes = std::move(bytes);
+  page.holder = PageCache::Holder::Nobody;
   ++counters_.pages_read;
   ++cached_;
-  page.bytes = std::move(bytes);
-  return page;
 }
 
 uint8_t* Pager::Edit(uint32_t number) {
   if (!writing_ || number == 0) Raise(LanguageError::InvalidProcedureCall);
-  if (number >= page_count_) RaisePageOutsideFile(path_, number, page_count_);
-  CachedPage& page = Load(number);
+  PageCache::Page& page = Load(number);
   if (!page.dirty) {
     page.before = NewBuffer();
     std::memcpy(page.before.get(), page.bytes.get(), PageSize());
@@ -412,12 +477,12 @@ uint32_t Pager::Append() {
   if (!writing_) Raise(LanguageError::InvalidProcedureCall);
   if ((uint64_t{page_count_} + 1) * PageSize() > kLargestFile)
     RaiseDiskError(path_, u"A database cannot grow beyond 2 gigabytes");
-  CachedPage page;
+  cache_.Resize(page_count_ + 1);
+  PageCache::Page& page = cache_.At(page_count_);
   page.bytes = NewBuffer();
   std::memset(page.bytes.get(), 0, PageSize());
   page.dirty = true;
   page.used = true;
-  cache_.push_back(std::move(page));
   ++cached_;
   dirty_.push_back(page_count_);
   return page_count_++;
@@ -431,10 +496,7 @@ Pager::Buffer Pager::NewBuffer() {
 }
 
 void Pager::DropCache() {
-  for (CachedPage& page : cache_) {
-    if (page.bytes && spare_.size() < cache_pages_) spare_.push_back(std::move(page.bytes));
-  }
-  cache_.clear();
+  cache_.Clear();
   cached_ = 0;
   overlay_.clear();
   journal_missed_ = false;
@@ -444,8 +506,8 @@ void Pager::DropCache() {
 // Gives up pages that were not used since the hand last passed, then any.
 void Pager::TrimCache() {
   while (cached_ > cache_pages_) {
-    clock_hand_ = clock_hand_ + 1 < cache_.size() ? clock_hand_ + 1 : 0;
-    CachedPage& page = cache_[clock_hand_];
+    clock_hand_ = cache_.Next(clock_hand_);
+    PageCache::Page& page = cache_.At(clock_hand_);
     if (!page.bytes || page.dirty) continue;
     if (page.used) {
       page.used = false;

@@ -30,6 +30,7 @@
 #include "data/jet/format.h"
 #include "data/jet/header.h"
 #include "data/jet/journal.h"
+#include "data/jet/page_cache.h"
 #include "data/jet/page_source.h"
 
 namespace rdv::jet {
@@ -73,6 +74,8 @@ class Pager : public PageSource {
   uint32_t PageSize() const override { return Layout().page_size; }
   uint32_t PageCount() const override { return page_count_; }
   Bytes Page(uint32_t number) override;
+  Bytes PageInPassing(uint32_t number, std::span<const uint32_t> next) override;
+  void GiveBack(uint32_t number) override;
   const Text& Path() const override { return path_; }
 
   // Inside a writing statement. The bytes stay where they are until its end; page 0 is not edited.
@@ -86,15 +89,8 @@ class Pager : public PageSource {
   void Close();
 
  private:
-  using Buffer = std::unique_ptr<uint8_t[]>;
+  using Buffer = PageCache::Buffer;
   using CommitWords = std::array<uint8_t, kCommitWordCount * sizeof(uint16_t)>;
-
-  struct CachedPage {
-    Buffer bytes;   // null when the page is not in memory
-    Buffer before;  // as it was when the statement began; null for unchanged and for new pages
-    bool dirty = false;
-    bool used = false;  // since the cache last looked for pages to give up
-  };
 
   void OpenFile();
   void ReadHeaderPage();
@@ -115,7 +111,11 @@ class Pager : public PageSource {
   void WriteFirstCommitWord(uint16_t word);
   void CopyCommitWordsToHeaderPage();
 
-  CachedPage& Load(uint32_t number);
+  PageCache::Page& Load(uint32_t number);
+  void ReadPages(uint32_t first, std::span<const uint32_t> next);
+  void ReadPage(uint32_t number);
+  void Keep(uint32_t number, Buffer bytes);
+  void RequireInFile(uint32_t number) const;
   Buffer NewBuffer();
   void DropCache();
   void TrimCache();
@@ -140,12 +140,13 @@ class Pager : public PageSource {
   PagerCounters counters_;
 
   uint32_t page_count_ = 0;
-  uint32_t count_before_ = 0;      // pages when the writing statement began
-  std::vector<CachedPage> cache_;  // by page number
+  uint32_t count_before_ = 0;  // pages when the writing statement began
+  PageCache cache_;
   size_t cached_ = 0;
-  size_t clock_hand_ = 0;
+  uint32_t clock_hand_ = 0;
   std::vector<uint32_t> dirty_;
   std::vector<Buffer> spare_;
+  std::vector<uint8_t> read_ahead_;
 
   // An interrupted statement that cannot be put back, as the file cannot be written: its pages as
   // they were. `journal_missed_`: there was no journal to take them from.

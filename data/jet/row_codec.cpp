@@ -222,17 +222,24 @@ Value RowView::Get(const Column& column) const {
   }
 }
 
-int32_t RowView::FixedNumber(const Column& column) const {
-  if (column.type == ColumnType::Integer) {
-    return static_cast<int16_t>(Load16(FixedField(column, sizeof(int16_t))));
+std::optional<int32_t> RowView::WholeNumber(const Column& column) const {
+  if (!Has(column)) return std::nullopt;
+  const bool is_short = column.type == ColumnType::Integer;
+  const uint8_t* bytes = nullptr;
+  if (column.fixed) {
+    bytes = FixedField(column, is_short ? sizeof(int16_t) : sizeof(int32_t));
+  } else {
+    const std::optional<Bytes> field = Field(column);
+    if (!field) return std::nullopt;
+    bytes = Require(column, *field);
   }
-  return static_cast<int32_t>(Load32(FixedField(column, sizeof(int32_t))));
+  return is_short ? static_cast<int16_t>(Load16(bytes)) : static_cast<int32_t>(Load32(bytes));
 }
 
 // Whole numbers, which most columns hold, take the short way.
 void RowView::AppendText(const Column& column, Text& to) const {
-  if (column.fixed && (column.type == ColumnType::Integer || column.type == ColumnType::Long)) {
-    if (Has(column)) AppendDecimal(FixedNumber(column), to);
+  if (column.type == ColumnType::Integer || column.type == ColumnType::Long) {
+    if (const auto number = WholeNumber(column)) AppendDecimal(*number, to);
     return;
   }
   const std::optional<Bytes> field = Field(column);
@@ -244,10 +251,6 @@ void RowView::AppendText(const Column& column, Text& to) const {
   switch (column.type) {
     case ColumnType::Text:
       return file_->AppendText(*field, to);
-    case ColumnType::Integer:
-      return AppendDecimal(static_cast<int16_t>(Load16(Require(column, *field))), to);
-    case ColumnType::Long:
-      return AppendDecimal(static_cast<int32_t>(Load32(Require(column, *field))), to);
     case ColumnType::Guid:
       return AppendGuid(Require(column, *field), to);
     case ColumnType::Byte:

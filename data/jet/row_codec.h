@@ -34,6 +34,8 @@ class RowView {
   // Raise the damaged file's error for content that does not suit the type; long values are
   // fetched from their pages.
   Value Get(const Column& column) const;
+  // Of an Integer or Long column; nothing for Null.
+  std::optional<int32_t> WholeNumber(const Column& column) const;
   // The field as ToText(Get(column)) gives it, without the detour; nothing for Null. GUIDs are
   // written in braces, binary data as hexadecimal digits.
   void AppendText(const Column& column, Text& to) const;
@@ -46,7 +48,6 @@ class RowView {
   size_t VariableOffset(size_t index) const;
   bool Has(const Column& column) const;
   const uint8_t* FixedField(const Column& column, size_t size) const;
-  int32_t FixedNumber(const Column& column) const;  // of an Integer or Long column
   const uint8_t* Require(const Column& column, Bytes field) const;
 
   const FileReader* file_;
@@ -71,19 +72,69 @@ void AppendBinary(Bytes bytes, Text& to);
 // What a column takes in the fixed area.
 size_t FixedSize(const Column& column);
 
-// A field's bytes as they go into a row (for a Boolean: there and empty when true).
-using FieldBytes = std::optional<std::vector<uint8_t>>;
-
-// Values of Jet 4 columns as stored. The value has the column's own type already, or is Null.
-// Raises "too small" for text and binary data longer than the column. Not for memo and OLE, whose
-// descriptors the writer of long values makes.
-FieldBytes EncodeField(const Column& column, const Value& value);
-
 // Text as Jet stores it: one byte per unit where it is allowed, possible and worth it.
 std::vector<uint8_t> EncodeText(TextView text, bool compressible);
 
+// What is set aside for a new row at first.
+inline constexpr size_t kTypicalRowSize = 256;
+
+// Bytes that come in small pieces, each to be filled by whoever asks for it.
+class FieldBuffer {
+ public:
+  explicit FieldBuffer(size_t room) : bytes_(room) {}
+
+  size_t Size() const { return size_; }
+  const uint8_t* At(size_t position) const { return bytes_.data() + position; }
+  // Room for `size` more bytes at the end.
+  uint8_t* Extend(size_t size) {
+    const size_t start = size_;
+    size_ += size;
+    if (size_ > bytes_.size()) bytes_.resize(2 * size_);
+    return bytes_.data() + start;
+  }
+
+ private:
+  std::vector<uint8_t> bytes_;
+  size_t size_ = 0;
+};
+
+// All fields of a new Jet 4 row as stored, in one buffer: rows have many short fields. At first all
+// are Null.
+class RowFields {
+ public:
+  explicit RowFields(size_t columns)
+      : places_(columns), bytes_(columns == 0 ? 0 : kTypicalRowSize) {}
+
+  size_t Count() const { return places_.size(); }
+  // Nothing for Null; for a Boolean, there and empty when true. Valid until a field is set.
+  std::optional<Bytes> operator[](size_t column) const {
+    const Place& place = places_[column];
+    if (!place.present) return std::nullopt;
+    return Bytes(bytes_.At(place.start), place.size);
+  }
+
+  void Set(size_t column, Bytes stored);
+  void SetNull(size_t column) { places_[column].present = false; }
+  // The value has the column's own type already, or is Null. Raises "too small" for text and binary
+  // data longer than the column. Not for memo and OLE, whose descriptors the writer of long values
+  // makes.
+  void Encode(size_t column, const Column& definition, const Value& value);
+
+ private:
+  struct Place {
+    uint32_t start = 0;
+    uint32_t size = 0;
+    bool present = false;
+  };
+
+  void SetPlace(size_t column, size_t start);  // what is behind `start` is the column's
+
+  std::vector<Place> places_;
+  FieldBuffer bytes_;
+};
+
 // A Jet 4 row; `fields` in the order of the table's columns. Raises when it is larger than a row
 // may be.
-std::vector<uint8_t> EncodeRow(const TableDefinition& table, std::span<const FieldBytes> fields);
+std::vector<uint8_t> EncodeRow(const TableDefinition& table, const RowFields& fields);
 
 }  // namespace rdv::jet

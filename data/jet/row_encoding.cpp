@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <type_traits>
 
 #include "data/jet/errors.h"
 #include "data/jet/row_codec.h"
@@ -12,11 +11,7 @@ constexpr char16_t kLastOneByteUnit = 0xFF;
 constexpr char16_t kCompressedMarkUnit = 0xFEFF;
 constexpr size_t kUnitSize = sizeof(char16_t);
 constexpr uint8_t kBlank[] = {' ', 0};
-
-void Append16(std::vector<uint8_t>& to, size_t value) {
-  to.resize(to.size() + 2);
-  Store16(&to[to.size() - 2], static_cast<uint16_t>(value));
-}
+constexpr size_t kOffsetSize = 2;  // of a variable column's place in the row
 
 bool CanBeCompressed(TextView text) {
   return text.size() >= kShortestCompressed &&
@@ -31,145 +26,178 @@ const T& As(const Value& value) {
   return *typed;
 }
 
-std::vector<uint8_t> EncodeNumeric(const Column& column, const DecimalNumber& number) {
+void AppendNumeric(const Column& column, const DecimalNumber& number, FieldBuffer& to) {
   if (number.scale != column.scale) RaiseTypeMismatch();
-  std::vector<uint8_t> bytes(kNumericSize);
+  uint8_t* bytes = to.Extend(kNumericSize);
   bytes[0] = number.negative ? kNumericNegative : uint8_t{0};
   for (size_t i = 0; i < number.magnitude.size(); ++i)
     Store32(&bytes[1 + 4 * i], number.magnitude[i]);
-  return bytes;
 }
 
-template <typename Store>
-std::vector<uint8_t> Stored(size_t size, Store store) {
-  std::vector<uint8_t> bytes(size);
-  store(bytes.data());
-  return bytes;
+void AppendEncodedText(TextView text, bool compressible, FieldBuffer& to) {
+  if (compressible && CanBeCompressed(text)) {
+    uint8_t* bytes = to.Extend(kUnitSize + text.size());
+    Store16(bytes, kCompressedMarkUnit);
+    std::ranges::transform(text, bytes + kUnitSize,
+                           [](char16_t unit) { return static_cast<uint8_t>(unit); });
+    return;
+  }
+  // Such a text would be taken for a compressed one.
+  if (!text.empty() && text.front() == kCompressedMarkUnit) RaiseUnstorableText();
+  uint8_t* bytes = to.Extend(kUnitSize * text.size());
+  for (size_t i = 0; i < text.size(); ++i) Store16(bytes + kUnitSize * i, text[i]);
 }
 
-std::vector<uint8_t> EncodeTextField(const Column& column, const Text& text) {
+void AppendTextField(const Column& column, const Text& text, FieldBuffer& to) {
   if (text.size() * kUnitSize > column.length) RaiseFieldTooSmall();
-  std::vector<uint8_t> bytes = EncodeText(text, column.compressible && !column.fixed);
-  if (column.fixed) {
-    while (bytes.size() < column.length) bytes.insert(bytes.end(), kBlank, kBlank + kUnitSize);
-  }
-  return bytes;
+  const size_t start = to.Size();
+  AppendEncodedText(text, column.compressible && !column.fixed, to);
+  while (column.fixed && to.Size() - start < column.length)
+    std::ranges::copy(kBlank, to.Extend(kUnitSize));
 }
 
-std::vector<uint8_t> EncodeBinaryField(const Column& column, const Binary& binary) {
+void AppendBinaryField(const Column& column, const Binary& binary, FieldBuffer& to) {
   if (binary.size() > column.length) RaiseFieldTooSmall();
-  std::vector<uint8_t> bytes = binary;
-  if (column.fixed) bytes.resize(column.length);
-  return bytes;
+  std::ranges::copy(binary, to.Extend(binary.size()));
+  if (column.fixed) {
+    const size_t rest = column.length - binary.size();
+    std::fill_n(to.Extend(rest), rest, uint8_t{0});
+  }
 }
 
-// Copies the fixed columns behind the column count.
-void AppendFixedArea(const TableDefinition& table, std::span<const FieldBytes> fields,
-                     std::vector<uint8_t>& row) {
-  const size_t start = row.size();
-  for (const Column& column : table.columns) {
-    if (column.fixed)
-      row.resize(std::max(row.size(), start + column.fixed_offset + FixedSize(column)));
+// A value that is not Null; a Boolean has no bytes.
+void AppendField(const Column& column, const Value& value, FieldBuffer& to) {
+  switch (column.type) {
+    case ColumnType::Boolean:
+      return;
+    case ColumnType::Byte:
+      *to.Extend(1) = As<uint8_t>(value);
+      return;
+    case ColumnType::Integer:
+      return Store16(to.Extend(2), static_cast<uint16_t>(As<int16_t>(value)));
+    case ColumnType::Long:
+      return Store32(to.Extend(4), static_cast<uint32_t>(As<int32_t>(value)));
+    case ColumnType::Currency:
+      return Store64(to.Extend(8), static_cast<uint64_t>(As<Currency>(value).ten_thousandths));
+    case ColumnType::Single:
+      return StoreFloat(to.Extend(4), As<float>(value));
+    case ColumnType::Double:
+      return StoreDouble(to.Extend(8), As<double>(value));
+    case ColumnType::DateTime:
+      return StoreDouble(to.Extend(8), As<DateTime>(value).days);
+    case ColumnType::Guid:
+      std::ranges::copy(As<Guid>(value).bytes, to.Extend(kGuidSize));
+      return;
+    case ColumnType::Numeric:
+      return AppendNumeric(column, As<DecimalNumber>(value), to);
+    case ColumnType::Text:
+      return AppendTextField(column, As<Text>(value), to);
+    case ColumnType::Binary:
+      return AppendBinaryField(column, As<Binary>(value), to);
+    default:
+      RaiseTypeMismatch();
   }
+}
+
+bool IsStoredAsNull(const Column& column, const Value& value) {
+  if (IsNull(value)) return true;
+  return column.type == ColumnType::Boolean && !As<bool>(value);
+}
+
+// Where the parts of a row lie.
+struct RowLayout {
+  size_t data = 0;         // of the variable columns
+  size_t end_of_data = 0;  // where that is told
+  size_t count = 0;        // of the variable columns
+  size_t mask = 0;
+  size_t size = 0;
+};
+
+RowLayout LayoutOf(const TableDefinition& table, const RowFields& fields) {
+  RowLayout layout;
+  layout.data = kJet4.row.count_size;
+  size_t data_size = 0;
   for (size_t i = 0; i < table.columns.size(); ++i) {
     const Column& column = table.columns[i];
-    if (!column.fixed || !fields[i]) continue;
-    std::copy(fields[i]->begin(), fields[i]->end(),
-              row.begin() + static_cast<std::ptrdiff_t>(start + column.fixed_offset));
+    if (column.fixed) {
+      const size_t end = kJet4.row.count_size + column.fixed_offset + FixedSize(column);
+      layout.data = std::max(layout.data, end);
+    } else if (const auto field = fields[i]) {
+      data_size += field->size();
+    }
   }
+  layout.end_of_data = layout.data + data_size;
+  layout.count = layout.mask = layout.end_of_data;
+  if (table.variable_columns > 0) {
+    layout.count += kOffsetSize * (table.variable_columns + size_t{1});
+    layout.mask = layout.count + kOffsetSize;
+  }
+  layout.size = layout.mask + (table.max_columns + size_t{7}) / 8;
+  return layout;
 }
 
-void AppendVariablePart(const TableDefinition& table, std::span<const FieldBytes> fields,
-                        std::vector<uint8_t>& row) {
+// Their data, and from its end backwards: where it ends, where each starts, their number.
+void StoreVariableColumns(const TableDefinition& table, const RowFields& fields,
+                          const RowLayout& layout, std::vector<uint8_t>& row) {
   if (table.variable_columns == 0) return;
-  std::vector<const FieldBytes*> by_index(table.variable_columns, nullptr);
+  std::vector<Bytes> by_index(table.variable_columns);
   for (size_t i = 0; i < table.columns.size(); ++i) {
     const Column& column = table.columns[i];
-    if (!column.fixed) by_index[column.variable_index] = &fields[i];
+    if (!column.fixed) by_index[column.variable_index] = fields[i].value_or(Bytes());
   }
-  std::vector<size_t> offsets;
-  for (const FieldBytes* field : by_index) {
-    offsets.push_back(row.size());
-    if (field != nullptr && *field) row.insert(row.end(), (*field)->begin(), (*field)->end());
-  }
-  if (row.size() > kJet4.row.max_size) RaiseRecordTooLarge();
-  Append16(row, row.size());
-  for (auto offset = offsets.rbegin(); offset != offsets.rend(); ++offset) Append16(row, *offset);
-  Append16(row, offsets.size());
-}
-
-void AppendMask(const TableDefinition& table, std::span<const FieldBytes> fields,
-                std::vector<uint8_t>& row) {
-  const size_t start = row.size();
-  row.resize(start + (table.max_columns + size_t{7}) / 8);
-  for (size_t i = 0; i < table.columns.size(); ++i) {
-    const size_t number = table.columns[i].number;
-    if (fields[i]) row[start + number / 8] |= static_cast<uint8_t>(1 << (number % 8));
+  Store16(&row[layout.count], table.variable_columns);
+  Store16(&row[layout.end_of_data], static_cast<uint16_t>(layout.end_of_data));
+  size_t start = layout.data;
+  size_t offset = layout.count;
+  for (const Bytes field : by_index) {
+    offset -= kOffsetSize;
+    Store16(&row[offset], static_cast<uint16_t>(start));
+    std::ranges::copy(field, row.data() + start);
+    start += field.size();
   }
 }
 
 }  // namespace
 
 std::vector<uint8_t> EncodeText(TextView text, bool compressible) {
-  std::vector<uint8_t> bytes;
-  if (compressible && CanBeCompressed(text)) {
-    bytes.reserve(kUnitSize + text.size());
-    Append16(bytes, kCompressedMarkUnit);
-    for (const char16_t unit : text) bytes.push_back(static_cast<uint8_t>(unit));
-    return bytes;
-  }
-  // Such a text would be taken for a compressed one.
-  if (!text.empty() && text.front() == kCompressedMarkUnit) RaiseUnstorableText();
-  bytes.reserve(kUnitSize * text.size());
-  for (const char16_t unit : text) Append16(bytes, unit);
-  return bytes;
+  FieldBuffer bytes(kUnitSize * (text.size() + 1));
+  AppendEncodedText(text, compressible, bytes);
+  return {bytes.At(0), bytes.At(bytes.Size())};
 }
 
-FieldBytes EncodeField(const Column& column, const Value& value) {
-  if (IsNull(value)) return std::nullopt;
-  switch (column.type) {
-    case ColumnType::Boolean:
-      return As<bool>(value) ? FieldBytes(std::in_place) : std::nullopt;
-    case ColumnType::Byte:
-      return Stored(1, [&](uint8_t* to) { *to = As<uint8_t>(value); });
-    case ColumnType::Integer:
-      return Stored(2,
-                    [&](uint8_t* to) { Store16(to, static_cast<uint16_t>(As<int16_t>(value))); });
-    case ColumnType::Long:
-      return Stored(4,
-                    [&](uint8_t* to) { Store32(to, static_cast<uint32_t>(As<int32_t>(value))); });
-    case ColumnType::Currency:
-      return Stored(8, [&](uint8_t* to) {
-        Store64(to, static_cast<uint64_t>(As<Currency>(value).ten_thousandths));
-      });
-    case ColumnType::Single:
-      return Stored(4, [&](uint8_t* to) { StoreFloat(to, As<float>(value)); });
-    case ColumnType::Double:
-      return Stored(8, [&](uint8_t* to) { StoreDouble(to, As<double>(value)); });
-    case ColumnType::DateTime:
-      return Stored(8, [&](uint8_t* to) { StoreDouble(to, As<DateTime>(value).days); });
-    case ColumnType::Guid: {
-      const Guid& guid = As<Guid>(value);
-      return std::vector<uint8_t>(guid.bytes.begin(), guid.bytes.end());
-    }
-    case ColumnType::Numeric:
-      return EncodeNumeric(column, As<DecimalNumber>(value));
-    case ColumnType::Text:
-      return EncodeTextField(column, As<Text>(value));
-    case ColumnType::Binary:
-      return EncodeBinaryField(column, As<Binary>(value));
-    default:
-      RaiseTypeMismatch();
-  }
+void RowFields::SetPlace(size_t column, size_t start) {
+  places_[column] = {.start = static_cast<uint32_t>(start),
+                     .size = static_cast<uint32_t>(bytes_.Size() - start),
+                     .present = true};
 }
 
-std::vector<uint8_t> EncodeRow(const TableDefinition& table, std::span<const FieldBytes> fields) {
-  std::vector<uint8_t> row;
-  Append16(row, table.max_columns);
-  AppendFixedArea(table, fields, row);
-  AppendVariablePart(table, fields, row);
-  AppendMask(table, fields, row);
-  if (row.size() > kJet4.row.max_size) RaiseRecordTooLarge();
+void RowFields::Set(size_t column, Bytes stored) {
+  const size_t start = bytes_.Size();
+  std::ranges::copy(stored, bytes_.Extend(stored.size()));
+  SetPlace(column, start);
+}
+
+void RowFields::Encode(size_t column, const Column& definition, const Value& value) {
+  if (IsStoredAsNull(definition, value)) return SetNull(column);
+  const size_t start = bytes_.Size();
+  AppendField(definition, value, bytes_);
+  SetPlace(column, start);
+}
+
+std::vector<uint8_t> EncodeRow(const TableDefinition& table, const RowFields& fields) {
+  const RowLayout layout = LayoutOf(table, fields);
+  if (layout.size > kJet4.row.max_size) RaiseRecordTooLarge();
+  std::vector<uint8_t> row(layout.size);
+  Store16(row.data(), table.max_columns);
+  for (size_t i = 0; i < table.columns.size(); ++i) {
+    const auto field = fields[i];
+    if (!field) continue;
+    const Column& column = table.columns[i];
+    row[layout.mask + column.number / 8] |= static_cast<uint8_t>(1 << (column.number % 8));
+    if (column.fixed)
+      std::ranges::copy(*field, row.data() + kJet4.row.count_size + column.fixed_offset);
+  }
+  StoreVariableColumns(table, fields, layout, row);
   return row;
 }
 

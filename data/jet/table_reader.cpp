@@ -3,33 +3,60 @@
 #include <utility>
 
 namespace rdv::jet {
+namespace {
+
+// So many pages are known to the page source before they are read.
+constexpr size_t kPagesAhead = 16;
+
+}  // namespace
 
 TableScan::TableScan(const FileReader& file, const TableDefinition& table)
     : file_(&file), table_(&table), map_(file, table.owned_map), row_(file, table) {}
 
+void TableScan::SkipOtherThan(const Column& column, const Value& value) {
+  const auto* integer = std::get_if<int16_t>(&value);
+  const auto* long_integer = std::get_if<int32_t>(&value);
+  if (!column.fixed || (!integer && !long_integer)) return;
+  skip_at_ = file_->Layout().row.count_size + size_t{column.fixed_offset};
+  skip_number_ = static_cast<uint32_t>(integer ? *integer : *long_integer);
+  skip_mask_ = integer ? 0xFFFF : 0xFFFFFFFF;
+}
+
 bool TableScan::NextPage() {
-  const auto number = map_.Next(page_number_ + 1);
-  if (!number) return false;
-  page_number_ = *number;
-  page_.emplace(*file_, page_number_, file_->DataPage(page_number_, table_->Page()));
+  if (page_) file_->GiveBack(page_number_);
+  page_.reset();
+  if (++place_ >= pages_.size()) LookAhead();
+  if (pages_.empty()) return false;
+  page_number_ = pages_[place_];
+  const auto next = std::span(pages_).subspan(place_ + 1);
+  page_.emplace(*file_, page_number_, file_->DataPageInPassing(page_number_, table_->Page(), next));
   slot_ = 0;
   return true;
+}
+
+void TableScan::LookAhead() {
+  pages_.clear();
+  place_ = 0;
+  for (uint32_t from = page_number_ + 1; pages_.size() < kPagesAhead; from = pages_.back() + 1) {
+    const auto number = map_.Next(from);
+    if (!number) return;
+    pages_.push_back(*number);
+  }
 }
 
 bool TableScan::Next() {
   for (;;) {
     while (!page_ || slot_ >= page_->SlotCount()) {
-      if (!NextPage()) {
-        page_.reset();
-        return false;
-      }
+      if (!NextPage()) return false;
     }
     const Slot slot = page_->At(slot_);
     const RowId id{page_number_, static_cast<uint8_t>(slot_)};
     ++slot_;
     if (slot.Hidden()) continue;
-    const Bytes content = page_->Content(slot);
-    row_.Reset(id, slot.Pointer() ? FollowPointer(*file_, table_->Page(), content) : content);
+    Bytes content = page_->Content(slot);
+    if (slot.Pointer()) content = FollowPointer(*file_, table_->Page(), content);
+    if (IsSkipped(content)) continue;
+    row_.Reset(id, content);
     return true;
   }
 }

@@ -2,6 +2,7 @@
 // index leads to.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -16,11 +17,17 @@
 namespace rdv::jet {
 
 // All rows: pages ascending, rows by slot; a row that was moved stands where its pointer is.
-// Reads each page once and takes no memory per row.
+// Reads each page once, takes no memory per row, and gives pages back as it goes on: a row's bytes
+// are there until the next row is asked for.
 class TableScan {
  public:
   // `table` must outlive the scan.
   TableScan(const FileReader& file, const TableDefinition& table);
+
+  // Rows that certainly have another value in the column are passed over from now on, without a
+  // look at the rest of them, where that is easily seen: in fixed columns of whole numbers. Not
+  // every row that is left has the value. Replaces what was said of another column.
+  void SkipOtherThan(const Column& column, const Value& value);
 
   // False at the end.
   bool Next();
@@ -28,6 +35,11 @@ class TableScan {
 
  private:
   bool NextPage();
+  bool IsSkipped(Bytes row) const {
+    return skip_mask_ != 0 && row.size() >= skip_at_ + sizeof skip_number_ &&
+           ((Load32(&row[skip_at_]) ^ skip_number_) & skip_mask_) != 0;
+  }
+  void LookAhead();
 
   const FileReader* file_;
   const TableDefinition* table_;
@@ -35,7 +47,12 @@ class TableScan {
   RowView row_;
   std::optional<DataPageView> page_;
   uint32_t page_number_ = 0;
+  std::vector<uint32_t> pages_;  // the current one and some that follow
+  size_t place_ = 0;             // of the current one there
   size_t slot_ = 0;
+  size_t skip_at_ = 0;  // where a row has the number's bytes
+  uint32_t skip_number_ = 0;
+  uint32_t skip_mask_ = 0;  // of the bits that count
 };
 
 // Points `row` at a row; false when there is no such row (any more).

@@ -110,14 +110,15 @@ TableWriter::RowChange TableWriter::PrepareInsert(const TableDefinition& table,
                                                   std::span<const Assignment> values) {
   RowChange change;
   change.table = &table;
-  const std::vector<Value> row = ValuesForInsert(table, values, change.autonumber);
-  change.fields.resize(table.columns.size());
-  for (size_t i = 0; i < row.size(); ++i) {
-    CheckField(table, table.columns[i], row[i]);
-    PrepareField(change, i, row[i]);
+  const InsertedValues row = ValuesForInsert(table, values, change.autonumber);
+  change.fields = RowFields(table.columns.size());
+  for (size_t i = 0; i < row.by_column.size(); ++i) {
+    CheckField(table, table.columns[i], *row.by_column[i]);
+    PrepareField(change, i, *row.by_column[i]);
   }
   change.bytes = EncodeRow(table, change.fields);
-  const auto value = [&](size_t column) -> const Value& { return row[column]; };
+  const auto value = [&](size_t column) -> const Value& { return *row.by_column[column]; };
+  change.indexes.reserve(table.indexes.size());
   for (const RealIndex& index : table.indexes) {
     const std::vector<Value> parts = IndexValues(index, value);
     std::optional<Key> key = CheckedKey(context_.file, table, index, parts);
@@ -129,23 +130,23 @@ TableWriter::RowChange TableWriter::PrepareInsert(const TableDefinition& table,
   return change;
 }
 
-std::vector<Value> TableWriter::ValuesForInsert(const TableDefinition& table,
-                                                std::span<const Assignment> values,
-                                                uint32_t& autonumber) {
-  std::vector<Value> row(table.columns.size());
-  std::vector<bool> named(table.columns.size());
-  for (const Assignment& assignment : values) {
-    row.at(assignment.column) = assignment.value;
-    named[assignment.column] = true;
-  }
-  for (size_t i = 0; i < row.size(); ++i) {
+TableWriter::InsertedValues TableWriter::ValuesForInsert(const TableDefinition& table,
+                                                         std::span<const Assignment> values,
+                                                         uint32_t& autonumber) {
+  InsertedValues row;
+  row.by_column.resize(table.columns.size());
+  for (const Assignment& assignment : values)
+    row.by_column.at(assignment.column) = &assignment.value;
+  for (size_t i = 0; i < row.by_column.size(); ++i) {
     const Column& column = table.columns[i];
-    if (column.autonumber && IsNull(row[i])) {
-      row[i] = NextAutonumber(table, column);
-    } else if (!named[i] || (column.type == ColumnType::Boolean && IsNull(row[i]))) {
-      row[i] = DefaultValue(column);
+    const Value*& value = row.by_column[i];
+    const bool is_null = value == nullptr || IsNull(*value);
+    if (column.autonumber && is_null) {
+      value = &row.own.emplace_back(NextAutonumber(table, column));
+    } else if (value == nullptr || (column.type == ColumnType::Boolean && is_null)) {
+      value = &row.own.emplace_back(DefaultValue(column));
     }
-    const int32_t* number = std::get_if<int32_t>(&row[i]);
+    const int32_t* number = std::get_if<int32_t>(value);
     if (column.autonumber && number && *number > 0) autonumber = static_cast<uint32_t>(*number);
   }
   return row;
@@ -162,17 +163,17 @@ Value TableWriter::NextAutonumber(const TableDefinition& table, const Column& co
 void TableWriter::PrepareField(RowChange& change, size_t number, const Value& value) {
   const Column& column = change.table->columns[number];
   if (!column.IsLongValue()) {
-    change.fields[number] = EncodeField(column, value);
+    change.fields.Encode(number, column, value);
     return;
   }
   LongValueChange long_value;
   long_value.column = number;
-  if (change.fields[number]) long_value.removed = std::move(change.fields[number]);
-  change.fields[number].reset();
+  if (const auto old = change.fields[number]) long_value.removed = Copy(*old);
+  change.fields.SetNull(number);
   if (!IsNull(value)) {
     long_value.added = EncodeLongValue(context_.Layout(), column, value);
     const LongValueWriter writer(context_, allocator_, column);
-    change.fields[number].emplace(writer.FieldSize(*long_value.added));
+    change.fields.Set(number, std::vector<uint8_t>(writer.FieldSize(*long_value.added)));
   }
   change.long_values.push_back(std::move(long_value));
 }
@@ -202,9 +203,9 @@ std::optional<TableWriter::RowChange> TableWriter::PrepareUpdate(
   if (std::ranges::none_of(assigned, [](const Value* value) { return value != nullptr; }))
     return std::nullopt;
 
-  change.fields.resize(table.columns.size());
+  change.fields = RowFields(table.columns.size());
   for (size_t i = 0; i < table.columns.size(); ++i) {
-    if (const auto field = view.Field(table.columns[i])) change.fields[i] = Copy(*field);
+    if (const auto field = view.Field(table.columns[i])) change.fields.Set(i, *field);
     if (assigned[i]) PrepareField(change, i, *assigned[i]);
   }
   change.bytes = EncodeRow(table, change.fields);
@@ -361,7 +362,7 @@ void TableWriter::StoreLongValues(RowChange& change) {
   for (const LongValueChange& value : change.long_values) {
     if (!value.added) continue;
     LongValueWriter writer(context_, allocator_, change.table->columns[value.column]);
-    change.fields[value.column] = writer.Store(*value.added);
+    change.fields.Set(value.column, writer.Store(*value.added));
     stored = true;
   }
   if (stored) change.bytes = EncodeRow(*change.table, change.fields);

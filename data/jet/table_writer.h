@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <list>
 #include <optional>
 #include <span>
 #include <unordered_map>
@@ -52,8 +53,8 @@ class TableWriter {
     Kind kind = Kind::Insert;
     const TableDefinition* table = nullptr;
     RowId row;
-    std::vector<FieldBytes> fields;  // of the new row; long values as place holders
-    std::vector<uint8_t> bytes;      // the new row, likewise
+    RowFields fields{0};         // of the new row; long values as place holders
+    std::vector<uint8_t> bytes;  // the new row, likewise
     std::vector<Assignment> assignments;
     std::vector<Followed> followed;
     std::vector<IndexChange> indexes;
@@ -61,6 +62,11 @@ class TableWriter {
     uint32_t autonumber = 0;  // 0: none handed out or given
   };
   using Plan = std::vector<RowChange>;
+  // What the columns of a new row get: the caller's values and others.
+  struct InsertedValues {
+    std::vector<const Value*> by_column;
+    std::list<Value> own;
+  };
 
   const Relations& RelationsOfTable(const TableDefinition& table);
 
@@ -70,8 +76,8 @@ class TableWriter {
                                          std::vector<Assignment> assignments,
                                          std::vector<Followed> followed);
   RowChange PrepareDelete(const TableDefinition& table, RowId row);
-  std::vector<Value> ValuesForInsert(const TableDefinition& table,
-                                     std::span<const Assignment> values, uint32_t& autonumber);
+  InsertedValues ValuesForInsert(const TableDefinition& table, std::span<const Assignment> values,
+                                 uint32_t& autonumber);
   Value NextAutonumber(const TableDefinition& table, const Column& column) const;
   void PrepareField(RowChange& change, size_t column, const Value& value);
 

@@ -1,8 +1,8 @@
 #include "data/jet/usage_map.h"
 
 #include <algorithm>
-#include <bit>
 
+#include "data/jet/bits.h"
 #include "data/jet/data_page.h"
 
 namespace rdv::jet {
@@ -26,19 +26,10 @@ uint32_t UsageMap::Reference(size_t position) const {
 }
 
 std::optional<uint32_t> UsageMap::NextIn(Bytes bits, uint32_t first_page, uint32_t from) const {
-  size_t bit = from > first_page ? from - first_page : 0;
-  const size_t bit_count = bits.size() * 8;
-  while (bit < bit_count) {
-    const uint32_t rest = uint32_t{bits[bit / 8]} >> (bit % 8);
-    if (rest != 0) {
-      const uint64_t page =
-          uint64_t{first_page} + bit + static_cast<uint64_t>(std::countr_zero(rest));
-      if (page >= file_->PageCount()) return std::nullopt;
-      return static_cast<uint32_t>(page);
-    }
-    bit = (bit / 8 + 1) * 8;
-  }
-  return std::nullopt;
+  const size_t bit = from > first_page ? from - first_page : 0;
+  const auto found = LowestBit(bits, bit);
+  if (!found || uint64_t{first_page} + *found >= file_->PageCount()) return std::nullopt;
+  return static_cast<uint32_t>(first_page + *found);
 }
 
 std::optional<uint32_t> UsageMap::Next(uint32_t from) const {

@@ -71,6 +71,11 @@ std::vector<Value> Fields(const FileReader& file, const TableDefinition& table, 
   return values;
 }
 
+// A field that is there.
+std::vector<uint8_t> Copied(const std::optional<Bytes>& field) {
+  return {field.value().begin(), field.value().end()};
+}
+
 // The same row as Access stored it in either version; that of Jet 4 has a padding byte.
 const std::vector<uint8_t> kRowJet4 = BytesOf(
     "09 00 02 de 00 55 43 de 13 7b 14 ae 47 e1 c8 7b 40 00 00 00 00 40 a7 da 40 b8 88 00 00 00 00 "
@@ -139,7 +144,8 @@ TEST(RowView, TellsAnEmptyTextFromNull) {
   table.max_columns = 2;
   table.variable_columns = 2;
   table.columns = {Variable(ColumnType::Text, 0, 0, 100), Variable(ColumnType::Text, 1, 1, 100)};
-  const FieldBytes fields[] = {std::vector<uint8_t>(), std::nullopt};
+  RowFields fields(2);
+  fields.Set(0, {});
   const std::vector<Value> values = Fields(file.Reader(), table, EncodeRow(table, fields));
   EXPECT_EQ(values[0], Value(Text()));
   EXPECT_TRUE(IsNull(values[1]));
@@ -171,8 +177,8 @@ TEST(RowView, ReadsAnInlineMemoWhoseTextIsCompressed) {
   table.max_columns = 1;
   table.variable_columns = 1;
   table.columns = {Variable(ColumnType::Memo, 0, 0, 0)};
-  const FieldBytes memo[] = {
-      BytesOf("0b 00 00 80 00 00 00 00 00 00 00 00 ff fe 73 6f 6d 65 20 64 61 74 61")};
+  RowFields memo(1);
+  memo.Set(0, BytesOf("0b 00 00 80 00 00 00 00 00 00 00 00 ff fe 73 6f 6d 65 20 64 61 74 61"));
   EXPECT_EQ(Fields(file.Reader(), table, EncodeRow(table, memo))[0], Value(Text(u"some data")));
 }
 
@@ -212,31 +218,49 @@ TEST(DecodeText, ReadsRunsOfBothKinds) {
             u"ab\u0416\u0417cd");
 }
 
-TEST(EncodeField, RefusesWhatDoesNotFitTheColumn) {
+TEST(RowFields, RefuseWhatDoesNotFitTheColumn) {
   const Column column = Variable(ColumnType::Text, 0, 0, 10);
-  EXPECT_TRUE(EncodeField(column, Text(u"12345")));
-  EXPECT_THROW(EncodeField(column, Text(u"123456")), RuntimeError);
-  EXPECT_THROW(EncodeField(column, int32_t{5}), RuntimeError);
-  EXPECT_FALSE(EncodeField(column, Null()));
+  RowFields fields(1);
+  fields.Encode(0, column, Text(u"12345"));
+  EXPECT_TRUE(fields[0]);
+  EXPECT_THROW(fields.Encode(0, column, Text(u"123456")), RuntimeError);
+  EXPECT_THROW(fields.Encode(0, column, int32_t{5}), RuntimeError);
+  fields.Encode(0, column, Null());
+  EXPECT_FALSE(fields[0]);
 }
 
-TEST(EncodeField, StoresADecimalNumberHighWordFirst) {
+TEST(RowFields, KeepEachFieldWhenAnotherIsSetAgain) {
+  const Column column = Variable(ColumnType::Text, 0, 0, 100);
+  RowFields fields(2);
+  fields.Encode(0, column, Text(u"abc"));
+  fields.Encode(1, column, Text(u"defg"));
+  fields.Encode(0, column, Text(u"a longer text"));
+  EXPECT_EQ(Copied(fields[0]), EncodeText(u"a longer text", true));
+  EXPECT_EQ(Copied(fields[1]), EncodeText(u"defg", true));
+  fields.SetNull(0);
+  EXPECT_FALSE(fields[0]);
+  EXPECT_EQ(Copied(fields[1]), EncodeText(u"defg", true));
+}
+
+TEST(RowFields, StoreADecimalNumberHighWordFirst) {
   Column column = Fixed(ColumnType::Numeric, 0, 0);
   column.scale = 2;
   DecimalNumber number;
   number.scale = 2;
   number.magnitude = {0, 0, 0, 1234};
-  EXPECT_EQ(EncodeField(column, number), BytesOf("00 00000000 00000000 00000000 D2040000"));
+  RowFields fields(1);
+  fields.Encode(0, column, number);
+  EXPECT_EQ(Copied(fields[0]), BytesOf("00 00000000 00000000 00000000 D2040000"));
 }
 
 TEST(EncodeRow, RefusesARowLargerThanAPage) {
   TableDefinition table;
   table.max_columns = 9;
   table.variable_columns = 9;
-  std::vector<FieldBytes> fields;
+  RowFields fields(9);
   for (uint16_t i = 0; i < 9; ++i) {
     table.columns.push_back(Variable(ColumnType::Text, i, i, 510));
-    fields.emplace_back(std::vector<uint8_t>(510));
+    fields.Set(i, std::vector<uint8_t>(510));
   }
   EXPECT_THROW(EncodeRow(table, fields), RuntimeError);
 }
@@ -256,9 +280,10 @@ TEST_P(RowsOfFile, AreEncodedAsTheyAreStored) {
       for (const Column& column : table.columns) {
         const auto stored = scan.Row().Field(column);
         if (!stored || column.IsLongValue() || column.type == ColumnType{0x11}) continue;
-        const FieldBytes encoded = EncodeField(column, scan.Row().Get(column));
-        ASSERT_TRUE(encoded);
-        EXPECT_EQ(*encoded, std::vector<uint8_t>(stored->begin(), stored->end()))
+        RowFields encoded(1);
+        encoded.Encode(0, column, scan.Row().Get(column));
+        ASSERT_TRUE(encoded[0]);
+        EXPECT_EQ(Copied(encoded[0]), Copied(stored))
             << ToUtf8(table.name) << "." << ToUtf8(column.name);
         ++fields;
       }

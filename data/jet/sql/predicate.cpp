@@ -60,6 +60,14 @@ SearchValue ConstantFor(const Column& column, const BoundOperand& constant,
   return ToSearchValue(column, std::get<Literal>(constant));
 }
 
+// Of the column's type, as ConstantFor gives it: then the column is one of whole numbers, too.
+std::optional<int32_t> WholeNumber(const SearchValue& search) {
+  if (search.beyond != 0) return std::nullopt;
+  if (const auto* number = std::get_if<int16_t>(&search.value)) return *number;
+  if (const auto* number = std::get_if<int32_t>(&search.value)) return *number;
+  return std::nullopt;
+}
+
 }  // namespace
 
 const Column* Predicate::Node::LeftColumn() const {
@@ -109,6 +117,7 @@ void Predicate::BindComparison(Node& node, std::span<const Argument> arguments) 
   if (node.RightColumn() != nullptr) return;
   if (const Column* column = node.LeftColumn()) {
     node.search = ConstantFor(*column, node.right, arguments);
+    node.number = WholeNumber(node.search);
     return;
   }
   // Two constants; a parameter takes the type of a literal beside it.
@@ -175,6 +184,13 @@ Predicate::Truth Predicate::EvaluateChain(const Node& node, const RowView& row) 
 }
 
 Predicate::Truth Predicate::EvaluateComparison(const Node& node, const RowView& row) {
+  // Most searches: a number compared with a key's column.
+  if (node.number) {
+    const std::optional<int32_t> number = row.WholeNumber(*node.LeftColumn());
+    if (!number) return Truth::Unknown;
+    const int order = int{*number > *node.number} - int{*number < *node.number};
+    return Holds(node.comparison, order) ? Truth::True : Truth::False;
+  }
   const Value left = row.Get(*node.LeftColumn());
   const Column* other = node.RightColumn();
   if (other == nullptr) return Outcome(node, left);

@@ -50,6 +50,7 @@ class Predicate {
     BoundOperand right;
     SearchValue search;             // what the left column is compared with, or ...
     std::optional<Truth> constant;  // ... the result, when it does not depend on the row
+    std::optional<int32_t> number;  // `search`, where the left column holds whole numbers
     const Column* LeftColumn() const;
     const Column* RightColumn() const;
   };

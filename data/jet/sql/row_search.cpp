@@ -83,7 +83,10 @@ void ForEachMatch(const FileReader& file, const TableDefinition& table, const Pr
     VisitThroughIndex(file, table, path, filter);
     return;
   }
-  for (TableScan scan(file, table); scan.Next();) filter(scan.Row());
+  TableScan scan(file, table);
+  for (const Equality& equality : predicate.Equalities())
+    scan.SkipOtherThan(*equality.column, *equality.value);
+  while (scan.Next()) filter(scan.Row());
 }
 
 std::vector<RowId> FindMatches(const FileReader& file, const TableDefinition& table,
