@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/component/ole_test.h"
 #include "tests/component/placed_control.h"
 #include "widgets/win32/control_ids.h"
 
@@ -11,11 +12,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class Activation : public testing::Test {
- protected:
-  void SetUp() override { ASSERT_EQ(OleInitialize(nullptr), S_OK); }
-  void TearDown() override { OleUninitialize(); }
-};
+class Activation : public OleTest {};
 
 RECT PlaceInParent(HWND window) {
   RECT place = {};

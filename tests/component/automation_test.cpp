@@ -1,20 +1,17 @@
 // The methods as scripts call them.
 #include <gtest/gtest.h>
 
+#include "tests/component/ole_test.h"
 #include "tests/component/placed_control.h"
 
 namespace rdv::test {
 namespace {
 
-class Scripts : public testing::Test {
+class Scripts : public OleTest {
  protected:
   void SetUp() override {
-    ASSERT_EQ(OleInitialize(nullptr), S_OK);
+    ASSERT_NO_FATAL_FAILURE(OleTest::SetUp());
     control_ = library_.Create<IDispatch>(IID_IDispatch);
-  }
-  void TearDown() override {
-    control_.Reset();
-    OleUninitialize();
   }
 
   HRESULT Call(const wchar_t* name, std::vector<VARIANT> arguments, VARIANT& result) {

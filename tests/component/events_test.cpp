@@ -1,17 +1,14 @@
 // The event, its sinks, and hosts that let go of the control while it comes.
 #include <gtest/gtest.h>
 
+#include "tests/component/ole_test.h"
 #include "tests/component/placed_control.h"
 #include "widgets/win32/control_ids.h"
 
 namespace rdv::test {
 namespace {
 
-class Events : public testing::Test {
- protected:
-  void SetUp() override { ASSERT_EQ(OleInitialize(nullptr), S_OK); }
-  void TearDown() override { OleUninitialize(); }
-};
+class Events : public OleTest {};
 
 // Without pending changes Cancel asks to be removed at once.
 void PressCancel(PlacedControl& placed) {

@@ -1,22 +1,19 @@
 // Keys that a container hands to the control.
 #include <gtest/gtest.h>
 
+#include "tests/component/ole_test.h"
 #include "tests/component/placed_control.h"
 #include "widgets/win32/control_ids.h"
 
 namespace rdv::test {
 namespace {
 
-class Keyboard : public testing::Test {
+class Keyboard : public OleTest {
  protected:
   void SetUp() override {
-    ASSERT_EQ(OleInitialize(nullptr), S_OK);
+    ASSERT_NO_FATAL_FAILURE(OleTest::SetUp());
     placed_ = std::make_unique<PlacedControl>();
     placed_->Verb(OLEIVERB_UIACTIVATE);
-  }
-  void TearDown() override {
-    placed_.reset();
-    OleUninitialize();
   }
 
   HRESULT Press(UINT message, WPARAM key) {

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "tests/component/ole_test.h"
 #include "tests/component/placed_control.h"
 #include "widgets/win32/control_ids.h"
 
@@ -49,11 +50,7 @@ int WindowsOfThread() {
   return count;
 }
 
-class Lifetime : public testing::Test {
- protected:
-  void SetUp() override { ASSERT_EQ(OleInitialize(nullptr), S_OK); }
-  void TearDown() override { OleUninitialize(); }
-};
+class Lifetime : public OleTest {};
 
 void CreateShowDestroy() {
   // The window stays hidden: some desktops take seconds to show one.

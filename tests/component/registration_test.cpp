@@ -6,6 +6,7 @@
 #include "component/identifiers.h"
 #include "component/registry_changes.h"
 #include "tests/component/library.h"
+#include "tests/component/ole_test.h"
 
 namespace rdv::test {
 namespace {
@@ -56,15 +57,16 @@ std::wstring Value(const std::wstring& path, const wchar_t* name = nullptr) {
   return value;
 }
 
-class Registration : public testing::Test {
+class Registration : public OleTest {
  protected:
   void SetUp() override {
-    ASSERT_EQ(OleInitialize(nullptr), S_OK);
+    ASSERT_NO_FATAL_FAILURE(OleTest::SetUp());
     library_.Unregister();
   }
   void TearDown() override {
     library_.Unregister();
-    OleUninitialize();
+    // What the tests created through the registry has loaded the library once more.
+    CoFreeUnusedLibrariesEx(0, 0);
   }
   Library library_;
 };

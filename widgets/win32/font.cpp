@@ -31,7 +31,10 @@ Font MakeSystemFont(Scale scale) {
   const int system_resolution = GetDeviceCaps(screen, LOGPIXELSY);
   ReleaseDC(nullptr, screen);
   LOGFONTW& font = metrics.lfMessageFont;
-  font.lfHeight = MulDiv(font.lfHeight, scale.DotsPerInch(), system_resolution);
+  // A screen that nothing is painted on reports no resolution; its metrics are the window's then.
+  if (system_resolution > 0) {
+    font.lfHeight = MulDiv(font.lfHeight, scale.DotsPerInch(), system_resolution);
+  }
   return Font(CreateFontIndirectW(&font));
 }
 

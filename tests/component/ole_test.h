@@ -1,0 +1,36 @@
+// A test in a thread that OLE is initialised in.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include "component/ole_headers.h"
+
+namespace rdv::test {
+
+// The thread may have it already: a container that an earlier test loaded (Wine's AtlAxWin) leaves
+// it initialised. Each success, of either kind, is given back.
+class OleSession {
+ public:
+  OleSession() : result_(OleInitialize(nullptr)) {}
+  OleSession(const OleSession&) = delete;
+  OleSession& operator=(const OleSession&) = delete;
+  ~OleSession() {
+    if (Running()) OleUninitialize();
+  }
+  bool Running() const { return SUCCEEDED(result_); }
+
+ private:
+  const HRESULT result_;
+};
+
+// Its members that hold objects are to be emptied in TearDown, or declared after this base: they go
+// before the session does.
+class OleTest : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_TRUE(session_.Running()); }
+
+ private:
+  const OleSession session_;
+};
+
+}  // namespace rdv::test
