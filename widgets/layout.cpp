@@ -9,7 +9,8 @@ constexpr Twips kMargin = 120;
 constexpr Twips kFrameTop = 240;  // room for a frame's caption
 // The eleven columns take 13000; a vertical scroll bar fits beside them.
 constexpr Twips kGridWidth = 13320;
-constexpr Twips kGridHeight = 3330;
+// Eleven rows, the most that a unit is given, and a horizontal scroll bar.
+constexpr Twips kGridHeight = kGridHeaderHeight + 11 * kGridRowHeight + 285;
 constexpr Twips kButtonWidth = 1215;
 constexpr Twips kButtonHeight = 375;
 constexpr Twips kDefaultsFrameHeight = 735;

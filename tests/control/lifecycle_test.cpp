@@ -6,6 +6,7 @@
 
 #include "runtime/error.h"
 #include "tests/support/control_fixture.h"
+#include "widgets/memory/memory_form.h"
 
 namespace rdv::test {
 namespace {
@@ -333,7 +334,7 @@ TEST_F(Lifecycle, AControlDestroyedByTheFirstOfTwoRemoveMeRaisesNoSecond) {
 
 TEST_F(Lifecycle, TheHostMayDestroyTheFormWithTheControlInRemoveMe) {
   UseSite("plain");
-  auto widgets = std::make_unique<memory::MemoryForm>();
+  auto widgets = std::make_unique<memory::MemoryForm>();  // those that a handler may destroy
   auto control = std::make_unique<ucRDVLineConfig>(widgets->Widgets());
   ASSERT_TRUE(control->ShowControl(1));
   int removed = 0;

@@ -75,8 +75,7 @@ TEST_F(Loading, FormatsTheGridWithNineHiddenAndElevenVisibleColumns) {
   ASSERT_EQ(grid().ColumnCount(), 20);
   Twips left = 0;
   for (int column = 1; column <= 20; ++column) {
-    EXPECT_EQ(dynamic_cast<memory::MemoryLineGrid&>(grid()).ColumnCaption(column),
-              kCaptions[column - 1]);
+    EXPECT_EQ(Caption(column), kCaptions[column - 1]) << column;
     EXPECT_EQ(grid().ColumnWidth(column), widths[static_cast<size_t>(column - 1)]) << column;
     EXPECT_EQ(grid().ColumnLeft(column), left) << column;
     left += grid().ColumnWidth(column);

@@ -43,6 +43,7 @@ class Writer {
 
   std::string Write(int actions) {
     Line("create");
+    Line("dump lists");
     Show();
     for (int action = 1; action <= actions; ++action) {
       Act();
@@ -115,7 +116,7 @@ class Writer {
         Line("scroll v " + Length(Between(-60, 60)));
         break;
       case 2:
-        Line("columnwidth " + std::to_string(Between(10, 20)) + ' ' + Length(Between(20, 130)));
+        Line("columnwidth " + std::to_string(Between(10, 20)) + ' ' + Length(OneOf(kWidths)));
         break;
       case 3:
         Line("columnclick " + std::to_string(Between(10, 20)));
@@ -126,6 +127,15 @@ class Writer {
     }
   }
 
+  // A unit type that nobody knows has eleven rows.
+  void RestoreAnUnknownUnit() {
+    Line("paste cmbRDVType \"twelve lines\"");
+    Line("press cmdShowDefaults");
+    Line("columnwidth " + std::to_string(Between(10, 20)) + ' ' + Length(600));
+    Line("click 11 " + std::to_string(Between(10, 14)));
+    Line("click 1 " + std::to_string(Between(10, 14)));
+  }
+
   void PressAButton() {
     const int answers = Below(3);
     for (int i = 0; i < answers; ++i) Line("answer " + std::string(OneOf(kAnswers)));
@@ -133,7 +143,10 @@ class Writer {
   }
 
   void CallTheControl() {
-    switch (Below(6)) {
+    switch (Below(7)) {
+      case 6:
+        RestoreAnUnknownUnit();
+        break;
       case 0:
         Line("destroy");
         Line("create");
@@ -158,6 +171,8 @@ class Writer {
     CallTheControl();
   }
 
+  // Of columns, in pixels.
+  static constexpr std::array<int, 10> kWidths = {0, 7, 20, 21, 40, 75, 80, 130, 130, 600};
   static constexpr std::array<int, 12> kCodes = {0, 1, 2, 3, 5, 6, 8, 17, 25, 128, 33, 999};
 
   std::mt19937 engine_;

@@ -1,5 +1,4 @@
-// The control on widgets without windows, over a site of its own, driven as its host and its user
-// drive it.
+// The control on a form, over a site of its own, driven as its host and its user drive it.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -14,7 +13,7 @@
 #include "rules/grid_rows.h"
 #include "runtime/value.h"
 #include "tests/support/site_fixture.h"
-#include "widgets/memory/memory_form.h"
+#include "tests/support/test_form.h"
 
 namespace rdv {
 
@@ -27,20 +26,12 @@ inline void PrintTo(const Text& text, std::ostream* out) {
 
 namespace rdv::test {
 
-using Keys = memory::HeldKeys;
 using GridRow = std::array<Text, kColumnCount>;
 
-struct Message {
-  Text text;
-  int style = 0;
-  std::optional<Text> title;
-
-  bool operator==(const Message&) const = default;
-  friend void PrintTo(const Message& message, std::ostream* out) {
-    *out << ToUtf8(message.text) << " [style " << message.style << ", "
-         << (message.title ? ToUtf8(*message.title) : "no title") << "]";
-  }
-};
+inline void PrintTo(const Message& message, std::ostream* out) {
+  *out << ToUtf8(message.text) << " [style " << message.style << ", "
+       << (message.title ? ToUtf8(*message.title) : "no title") << "]";
+}
 
 inline Message CriticalError(TextView text) {
   return {Text(text), 16, Text(u"Error")};
@@ -102,14 +93,8 @@ class ControlTest : public SiteTest {
   int Removals() const { return removals_; }
 
   // The boxes since the last call.
-  std::vector<Message> Messages() {
-    std::vector<Message> messages;
-    for (memory::ShownMessage& shown : memory_->screen.TakeMessages()) {
-      messages.push_back({shown.text, shown.style, shown.title});
-    }
-    return messages;
-  }
-  void Answer(MessageAnswer answer) { memory_->screen.QueueAnswer(answer); }
+  std::vector<Message> Messages() { return user_->TakeMessages(); }
+  void Answer(MessageAnswer answer) { user_->QueueAnswer(answer); }
 
   // What the grid shows.
   Text Cell(int row, int column) const { return grid().Cell(row, column); }
@@ -139,38 +124,18 @@ class ControlTest : public SiteTest {
   }
 
   // What the user does. A refused action fails the test.
-  void Click(int row, int column, Keys held = {}) {
-    Accept(memory_->LVRDVLineConfig.UserClickCell(row, column, held));
-  }
-  void ClickAt(Twips x, Twips y) { Accept(memory_->LVRDVLineConfig.UserClick(x, y)); }
-  void Key(char16_t key) { Accept(memory_->LVRDVLineConfig.UserKey(key)); }
-  void ChangeColumnWidth(int column, Twips width) {
-    Accept(memory_->LVRDVLineConfig.UserResizeColumn(column, width));
-  }
-  void ScrollRight(Twips distance) {
-    Accept(memory_->LVRDVLineConfig.UserScrollHorizontally(distance));
-  }
-  void ScrollDown(Twips distance) {
-    Accept(memory_->LVRDVLineConfig.UserScrollVertically(distance));
-  }
-  void ClickHeader(int column) { Accept(memory_->LVRDVLineConfig.UserColumnClick(column)); }
-  void PickCode(ComboBox& list, int32_t code) {
-    Accept(dynamic_cast<memory::MemoryComboBox&>(list).UserPick(IndexOf(list, code)));
-  }
-  void Type(ComboBox& list, TextView text) {
-    Accept(dynamic_cast<memory::MemoryComboBox&>(list).UserType(text));
-  }
-  void Type(TextBox& box, TextView text) {
-    Accept(dynamic_cast<memory::MemoryTextBox&>(box).UserType(text));
-  }
-  void Paste(ComboBox& list, TextView text) {
-    Accept(dynamic_cast<memory::MemoryComboBox&>(list).UserPaste(text));
-  }
-  void Paste(TextBox& box, TextView text) {
-    Accept(dynamic_cast<memory::MemoryTextBox&>(box).UserPaste(text));
-  }
-  void Press(Button& button) { Accept(dynamic_cast<memory::MemoryButton&>(button).UserPress()); }
-  std::string Focus() const { return memory_->FocusedWidget().value_or("none"); }
+  void Click(int row, int column, Keys held = {}) { Accept(user_->ClickCell(row, column, held)); }
+  void ClickAt(Twips x, Twips y) { Accept(user_->ClickAt(x, y, {})); }
+  void Key(char16_t key) { Accept(user_->PressKey(key)); }
+  void ChangeColumnWidth(int column, Twips width) { Accept(user_->ResizeColumn(column, width)); }
+  void ScrollRight(Twips distance) { Accept(user_->ScrollHorizontally(distance)); }
+  void ScrollDown(Twips distance) { Accept(user_->ScrollVertically(distance)); }
+  void ClickHeader(int column) { Accept(user_->ClickHeader(column)); }
+  void PickCode(ComboBox& list, int32_t code) { Accept(user_->Pick(list, IndexOf(list, code))); }
+  void Type(Editor& editor, TextView text) { Accept(user_->Type(editor, text)); }
+  void Paste(Editor& editor, TextView text) { Accept(user_->Paste(editor, text)); }
+  void Press(Button& button) { Accept(user_->Press(button)); }
+  std::string Focus() const { return user_->FocusedWidget().value_or("none"); }
 
   // The two halves of a click.
   void MouseDownAt(Twips x, Twips y) { grid().on_mouse_down(x, y); }
@@ -189,9 +154,8 @@ class ControlTest : public SiteTest {
   // Selects the entry of a list that the user never sees.
   static void SelectCode(ComboBox& list, int32_t code) { list.SetListIndex(IndexOf(list, code)); }
 
-  int DropDownWidth(ComboBox& list) const {
-    return dynamic_cast<memory::MemoryComboBox&>(list).DropDownWidth();
-  }
+  Text Caption(int column) const { return user_->ColumnCaption(column); }
+  int DropDownWidth(ComboBox& list) const { return user_->DropDownWidth(list); }
 
   // What the database holds, read by statements of the test's own. Fields joined by ",".
   std::vector<Text> AllStoredLines(int16_t config) {
@@ -298,13 +262,14 @@ class ControlTest : public SiteTest {
 
   void MakeForm() {
     form_.reset();
-    memory_ = std::make_unique<memory::MemoryForm>();
-    form_ = std::make_unique<Form>(memory_->Widgets());
+    user_.reset();
+    user_ = MakeTestForm();
+    form_ = std::make_unique<Form>(user_->Widgets());
   }
 
   static constexpr int column_beside_all_editors_ = column::kLine;
 
-  std::unique_ptr<memory::MemoryForm> memory_;
+  std::unique_ptr<TestForm> user_;
   std::unique_ptr<Form> form_;
   std::unique_ptr<ucRDVLineConfig> control_;
   int removals_ = 0;

@@ -24,6 +24,7 @@ LRESULT CALLBACK AnswerDropDownWidth(HWND window, UINT message, WPARAM wparam, L
 ComboBoxWindow::ComboBoxWindow(HWND parent, int id, TextEntry entry) : entry_(entry) {
   const DWORD kind = entry == TextEntry::Typed ? CBS_DROPDOWN | CBS_AUTOHSCROLL : CBS_DROPDOWNLIST;
   Create(parent, {.window_class = L"COMBOBOX", .style = WS_TABSTOP | WS_VSCROLL | kind, .id = id});
+  SetDropDownWidth(0);
 }
 
 bool ComboBoxWindow::DroppedDown() const {

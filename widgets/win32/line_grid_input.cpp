@@ -117,6 +117,15 @@ void LineGridWindow::Release(POINT point) {
   Tell(on_mouse_up, scale_.ToTwips(point.x), scale_.ToTwips(point.y));
 }
 
+// Some list views scroll the row that gets the focus wholly into sight. The editor that the press
+// has just placed must stay over its cell.
+void LineGridWindow::FocusRow(int row) {
+  const LONG top = RowRectangle(row).top;
+  SetState(row, LVIS_FOCUSED, LVIS_FOCUSED);
+  const LONG moved = RowRectangle(row).top - top;
+  if (moved != 0) Send(LVM_SCROLL, 0, moved);
+}
+
 // True when the row is selected afterwards.
 bool LineGridWindow::SelectPressed(int row, bool ctrl, bool shift) {
   const auto mark = static_cast<int>(Send(LVM_GETSELECTIONMARK)) + 1;
@@ -133,7 +142,7 @@ bool LineGridWindow::SelectPressed(int row, bool ctrl, bool shift) {
       SetSelected(other, false);
     }
   }
-  SetState(row, LVIS_FOCUSED, LVIS_FOCUSED);
+  FocusRow(row);
   Send(LVM_SETSELECTIONMARK, 0, anchor - 1);
   return selected;
 }

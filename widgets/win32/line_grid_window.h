@@ -92,6 +92,7 @@ class LineGridWindow : public WindowWidget<LineGrid>, private GridWatcher {
   std::optional<LRESULT> BeforeHeaderNotification(const NMHEADERW& notification);
   void Press(POINT point, WPARAM keys);
   void Release(POINT point);
+  void FocusRow(int row);
   bool SelectPressed(int row, bool ctrl, bool shift);
   bool ListHandlesKey(WPARAM key) const;
   static LRESULT CALLBACK HeaderProcedure(HWND header, UINT message, WPARAM wparam, LPARAM lparam,

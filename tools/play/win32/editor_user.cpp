@@ -28,9 +28,6 @@ void PutOnClipboard(HWND owner, const Text& text) {
 
 }  // namespace
 
-EditorUser::EditorUser(const ControlWindows& windows, std::string_view name)
-    : windows_(windows), window_(windows.Named(name)) {}
-
 // Opens the list, brings the entry into sight and clicks it.
 Refusal EditorUser::Pick(int index) {
   if (const Refusal refused = windows_.WhyOutOfReach(window_)) return refused;

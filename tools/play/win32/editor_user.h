@@ -10,7 +10,9 @@ namespace rdv::play {
 
 class EditorUser {
  public:
-  EditorUser(const ControlWindows& windows, std::string_view name);
+  EditorUser(const ControlWindows& windows, std::string_view name)
+      : EditorUser(windows, windows.Named(name)) {}
+  EditorUser(const ControlWindows& windows, HWND editor) : windows_(windows), window_(editor) {}
 
   Refusal Pick(int index);
   Refusal Type(TextView text);

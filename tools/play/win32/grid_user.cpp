@@ -3,6 +3,8 @@
 // The control library's header needs the platform's before it.
 #include <commctrl.h>
 
+#include <algorithm>
+
 #include "rules/grid_columns.h"
 #include "tools/play/win32/window_text.h"
 
@@ -50,13 +52,39 @@ Refusal GridUser::ClickHeader(int column) {
 Refusal GridUser::ResizeColumn(int column, Twips width) {
   if (const Refusal refused = WhyNotThatColumn(column)) return refused;
   const RECT place = HeaderItemPlace(column);
-  const int y = (place.top + place.bottom) / 2;
-  const int from = place.right - 1;
-  const int to = from + ToPixels(width) - (place.right - place.left);
+  const int pixels = std::max(ToPixels(width), 0);
+  if (CanBeDragged(place)) {
+    DragDivider(place, pixels);
+  } else {
+    // The divider is out of reach of the mouse, or is taken for that of another column. What is
+    // left is what a press on the header and the end of the drag tell the grid.
+    Send(WM_PARENTNOTIFY, WM_LBUTTONDOWN, 0);
+    HDITEMW item = {};
+    item.mask = HDI_WIDTH;
+    item.cxy = pixels;
+    SendMessageW(header_, HDM_SETITEMW, static_cast<WPARAM>(column - 1),
+                 reinterpret_cast<LPARAM>(&item));
+  }
+  return std::nullopt;
+}
+
+bool GridUser::CanBeDragged(const RECT& column) const {
+  constexpr LONG kReachOfTwoDividers = 20;
+  RECT grid = {};
+  GetClientRect(grid_, &grid);
+  POINT divider = {column.right - 1, 0};
+  MapWindowPoints(header_, grid_, &divider, 1);
+  return column.right - column.left > kReachOfTwoDividers && divider.x >= 0 &&
+         divider.x < grid.right;
+}
+
+void GridUser::DragDivider(const RECT& column, int width) {
+  const int y = (column.top + column.bottom) / 2;
+  const int from = column.right - 1;
+  const int to = from + width - (column.right - column.left);
   SendMessageW(header_, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(from, y));
   SendMessageW(header_, WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(to, y));
   SendMessageW(header_, WM_LBUTTONUP, 0, MAKELPARAM(to, y));
-  return std::nullopt;
 }
 
 std::vector<RowSeen> GridUser::Rows() const {

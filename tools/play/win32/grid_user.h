@@ -38,6 +38,8 @@ class GridUser {
   bool InSight(POINT point) const;
   Text Cell(int row, int column) const;
   Refusal WhyNotThatColumn(int column) const;
+  bool CanBeDragged(const RECT& column) const;
+  void DragDivider(const RECT& column, int width);
   void Press(POINT point, HeldKeys held);
   Refusal Scroll(UINT message, int right, int down);
 
