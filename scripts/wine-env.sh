@@ -57,7 +57,11 @@ use_wine() {
 copy_prefix() {
   local model=$1 copy=$2 file
   rm -rf "$copy.new"
-  cp -al "$model" "$copy.new"
+  cp -al "$model" "$copy.new" 2>/dev/null || {
+    # On another file system nothing can be shared.
+    rm -rf "$copy.new"
+    cp -a "$model" "$copy.new"
+  }
   (cd "$model" && find . -type f \( -not -path './drive_c/*' -o -iname '*.ini' \
     -o -path './drive_c/users/*' -o -path './drive_c/ProgramData/*' \) -print0) |
     while IFS= read -r -d '' file; do

@@ -19,8 +19,12 @@ Attribute VB_Name = "LineForm"
 Option Explicit
 
 Public ConfigID As Integer
+Private loaded As Boolean
 
+' Comes again whenever the user returns from another form; loading again would drop his changes.
 Private Sub Form_Activate()
+    If loaded Then Exit Sub
+    loaded = True
     If Not Lines.ShowControl(ConfigID) Then Unload Me
 End Sub
 

@@ -1,6 +1,6 @@
 // The smallest host: a window that is the container itself, through the system's atl.dll.
-// Build: x86_64-w64-mingw32-g++ -std=c++20 -municode -mwindows -static minimal_host.cpp
-// with the libraries -lole32 -loleaut32 -luuid.
+// Build: x86_64-w64-mingw32-g++ (for 32 bits i686-w64-mingw32-g++) -std=c++20 -municode -mwindows
+// -static minimal_host.cpp -lole32 -loleaut32 -luuid
 #include <windows.h>
 // windows.h comes first.
 #include <ocidl.h>
@@ -11,6 +11,7 @@ constexpr const wchar_t* kControl = L"TLV_RDV_Line_Config.ucRDVLineConfig";
 constexpr IID kEvents = {
     0x6B0E2D9A, 0x4C57, 0x4F0B, {0x9A, 0x38, 0x51, 0xC7, 0xE2, 0xF4, 0xD8, 0x03}};
 constexpr DISPID kRemoveMe = 1;
+constexpr UINT kForwardMessage = 0x037F;  // WM_FORWARDMSG: "AtlAxWin" offers it to the control
 
 // Receives the control's events. It lives as long as the program: references are not counted.
 class Events final : public IDispatch {
@@ -103,6 +104,8 @@ int WINAPI wWinMain(HINSTANCE module, HINSTANCE, PWSTR, int) {
 
   MSG message = {};
   while (shown && IsWindow(window) && GetMessageW(&message, nullptr, 0, 0) > 0) {
+    // The control sees every message first: Tab and the arrow keys do not work in it otherwise.
+    if (SendMessageW(window, kForwardMessage, 0, reinterpret_cast<LPARAM>(&message))) continue;
     TranslateMessage(&message);
     DispatchMessageW(&message);
   }
