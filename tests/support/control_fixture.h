@@ -77,8 +77,12 @@ class ControlTest : public SiteTest {
 
   // A fresh form with a fresh control on it.
   void Create(ControlOptions options = {}) {
-    Destroy();
-    MakeForm();
+    // Making a form of real windows takes longer than most tests.
+    if (had_control_) {
+      Destroy();
+      MakeForm();
+    }
+    had_control_ = true;
     control_ = std::make_unique<ucRDVLineConfig>(form(), std::move(options));
     removals_ = 0;
     control_->RemoveME = [this] { ++removals_; };
@@ -272,6 +276,7 @@ class ControlTest : public SiteTest {
   std::unique_ptr<TestForm> user_;
   std::unique_ptr<Form> form_;
   std::unique_ptr<ucRDVLineConfig> control_;
+  bool had_control_ = false;
   int removals_ = 0;
 };
 
