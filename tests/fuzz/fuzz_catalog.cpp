@@ -1,5 +1,6 @@
 // A file of any bytes: header, catalog, definitions, properties, relationships.
 #include "data/jet/catalog.h"
+#include "data/jet/index_key.h"
 #include "tests/fuzz/fuzz_support.h"
 
 namespace rdv::jet::fuzz {
@@ -11,7 +12,7 @@ void ReadCatalog(const FileReader& file) {
     try {
       if (object.IsLocalTable()) catalog.Table(object);
       const auto found = catalog.Find(object.parent, object.name);
-      Require(!found || EqualsIgnoringCase(found->name, object.name),
+      Require(!found || CompareTexts(found->name, object.name) == 0,
               "a search in the catalog gives another object");
     } catch (const RuntimeError& error) {
       RequireGoodError(error);
