@@ -241,12 +241,16 @@ class LineWithAForeignLabel : public SampleCopyTest {
 
   // What an independent reader finds in the file, where one is installed.
   std::string ExportedLines() {
+#ifdef _WIN32
+    return {};
+#else
     const std::string command = "mdb-export '" + path_.string() + "' Used_Lines 2>/dev/null";
     FILE* pipe = popen(command.c_str(), "r");
     std::string text;
     for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) text += static_cast<char>(c);
     pclose(pipe);
     return text;
+#endif
   }
 };
 
@@ -270,7 +274,7 @@ TEST_F(LineWithAForeignLabel, GetsOneWhoseKeyIsKnownAndLeavesNoEntryBehind) {
   EXPECT_EQ(LinesWith(label), Integers({}));
   ExpectSound();
   const std::string exported = ExportedLines();
-  if (exported.empty()) GTEST_SKIP() << "mdb-export is not installed";
+  if (exported.empty()) GTEST_SKIP() << "mdb-export is not at hand";
   EXPECT_NE(exported.find("reception"), std::string::npos);
   EXPECT_EQ(exported.find("\u53D7"), std::string::npos);
 }
