@@ -88,7 +88,10 @@ std::optional<CatalogObject> Catalog::Find(int32_t parent, TextView name) const 
   if (!key) return FindByScan(parent, name);
   IndexSeek seek(*file_, objects_, *index, *key);
   if (!seek.Next()) return std::nullopt;
-  return ReadObject(seek.Row());
+  CatalogObject object = ReadObject(seek.Row());
+  if (object.parent != parent || CompareTexts(object.name, name) != 0)
+    file_->DamagedPage(seek.Row().Id().page, u"holds another object than the catalog's index says");
+  return object;
 }
 
 // For names that have no key, as in files of another sort order.

@@ -82,13 +82,16 @@ std::optional<EntryBounds> IndexPageView::LowerBound(Bytes key) const {
 }
 
 // Halves the bytes between entries that are below and one that is not; the mask tells which entry
-// the middle belongs to.
+// the middle belongs to. Entries mostly come in order, so the one is tried first that is the last
+// by what the page says of its free bytes; nothing but speed depends on that.
 std::optional<EntryBounds> IndexPageView::LowerBoundBehindFirst(Bytes rest) const {
   size_t below = first_.end;
   size_t end = std::min(entries_.size() + 1, mask_.size() * 8);
   std::optional<EntryBounds> found;
-  while (below < end) {
-    const size_t middle = below + (end - below) / 2;
+  const size_t free = std::min<size_t>(Load16(&page_[kPageFreeBytes]), entries_.size() - 1);
+  size_t middle = entries_.size() - free - 1;
+  if (middle < below) middle = below;
+  for (; below < end; middle = below + (end - below) / 2) {
     const size_t start = HighestBit(mask_, middle + 1).value_or(0);
     const auto entry = EntryAt(start);
     if (entry && Compare(WithoutChild(*entry), rest) < 0) {

@@ -222,26 +222,30 @@ Value RowView::Get(const Column& column) const {
   }
 }
 
+int32_t RowView::FixedNumber(const Column& column) const {
+  if (column.type == ColumnType::Integer)
+    return static_cast<int16_t>(Load16(FixedField(column, sizeof(int16_t))));
+  return static_cast<int32_t>(Load32(FixedField(column, sizeof(int32_t))));
+}
+
 std::optional<int32_t> RowView::WholeNumber(const Column& column) const {
   if (!Has(column)) return std::nullopt;
+  if (column.fixed) return FixedNumber(column);
+  const std::optional<Bytes> field = Field(column);
+  if (!field) return std::nullopt;
+  const uint8_t* bytes = Require(column, *field);
   const bool is_short = column.type == ColumnType::Integer;
-  const uint8_t* bytes = nullptr;
-  if (column.fixed) {
-    bytes = FixedField(column, is_short ? sizeof(int16_t) : sizeof(int32_t));
-  } else {
-    const std::optional<Bytes> field = Field(column);
-    if (!field) return std::nullopt;
-    bytes = Require(column, *field);
-  }
   return is_short ? static_cast<int16_t>(Load16(bytes)) : static_cast<int32_t>(Load32(bytes));
 }
 
 // Whole numbers, which most columns hold, take the short way.
 void RowView::AppendText(const Column& column, Text& to) const {
-  if (column.type == ColumnType::Integer || column.type == ColumnType::Long) {
-    if (const auto number = WholeNumber(column)) AppendDecimal(*number, to);
-    return;
-  }
+  if (!column.fixed || (column.type != ColumnType::Integer && column.type != ColumnType::Long))
+    return AppendOtherText(column, to);
+  if (Has(column)) AppendDecimal(FixedNumber(column), to);
+}
+
+void RowView::AppendOtherText(const Column& column, Text& to) const {
   const std::optional<Bytes> field = Field(column);
   if (column.type == ColumnType::Boolean) {
     to += field ? TextView(u"True") : TextView(u"False");
@@ -253,6 +257,8 @@ void RowView::AppendText(const Column& column, Text& to) const {
       return file_->AppendText(*field, to);
     case ColumnType::Guid:
       return AppendGuid(Require(column, *field), to);
+    case ColumnType::Integer:
+    case ColumnType::Long:
     case ColumnType::Byte:
     case ColumnType::Currency:
     case ColumnType::Single:

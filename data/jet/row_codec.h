@@ -48,6 +48,8 @@ class RowView {
   size_t VariableOffset(size_t index) const;
   bool Has(const Column& column) const;
   const uint8_t* FixedField(const Column& column, size_t size) const;
+  int32_t FixedNumber(const Column& column) const;  // of a fixed Integer or Long column
+  void AppendOtherText(const Column& column, Text& to) const;
   const uint8_t* Require(const Column& column, Bytes field) const;
 
   const FileReader* file_;

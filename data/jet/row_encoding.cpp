@@ -52,8 +52,11 @@ void AppendTextField(const Column& column, const Text& text, FieldBuffer& to) {
   if (text.size() * kUnitSize > column.length) RaiseFieldTooSmall();
   const size_t start = to.Size();
   AppendEncodedText(text, column.compressible && !column.fixed, to);
-  while (column.fixed && to.Size() - start < column.length)
+  if (!column.fixed) return;
+  while (to.Size() - start + kUnitSize <= column.length)
     std::ranges::copy(kBlank, to.Extend(kUnitSize));
+  // Half a unit, in a definition that no sound file has.
+  if (to.Size() - start < column.length) *to.Extend(1) = 0;
 }
 
 void AppendBinaryField(const Column& column, const Binary& binary, FieldBuffer& to) {

@@ -160,6 +160,27 @@ TEST_F(CreatedFile, HasItsTablesWithNothingWrong) {
   EXPECT_TRUE(table.indexes[1].columns[1].descending);
 }
 
+// A table's references to itself are not made, nor a second relationship of the same name.
+TEST_F(CreatedFile, RefusesRelationshipsThatItCannotHave) {
+  const auto relate = [&](const Text& name, const Text& table, const Text& column) {
+    Engine::WriteScope scope(*engine_);
+    try {
+      engine_->CreateRelationship({.name = name,
+                                   .table = table,
+                                   .referenced_table = u"Customers",
+                                   .columns = {{column, u"ID"}}});
+    } catch (const RuntimeError& error) {
+      return ToUtf8(error.Description());
+    }
+    return std::string("nothing was refused");
+  };
+  EXPECT_EQ(relate(u"Self", u"Customers", u"ID"), "Relationship 'Self' cannot be made.");
+  Relate(false, false);
+  EXPECT_EQ(relate(u"customersorders", u"Orders", u"Customer"),
+            "Relationship 'customersorders' cannot be made.");
+  EXPECT_EQ(Check(*engine_), "");
+}
+
 #ifndef _WIN32
 
 TEST_F(CreatedFile, IsReadAlikeByAnIndependentReader) {

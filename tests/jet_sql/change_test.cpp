@@ -1,7 +1,11 @@
 // What UPDATE, INSERT and DELETE write, and what they refuse.
 #include <gtest/gtest.h>
 
+#include <cstdio>
+
 #include "data/commands.h"
+#include "data/jet/check.h"
+#include "data/jet/engine.h"
 #include "tests/jet_sql/sample_copy.h"
 
 namespace rdv::jet::sql {
@@ -208,6 +212,86 @@ TEST_F(Changes, AFileOfTheOlderVersionIsNotWritten) {
   EXPECT_NE(ErrorOf(u"DELETE FROM [Table]"), "no error");
   Reopen();
   EXPECT_EQ(Query(u"SELECT * FROM [Table]"), before);
+}
+
+// A label with characters whose keys are not known, stored by another program: the index on the
+// label has an entry for it.
+class LineWithAForeignLabel : public SampleCopyTest {
+ protected:
+  void SetUp() override { Use("sites/indexed/NewDB.mdb"); }
+
+  static constexpr TextView kLine =
+      u" WHERE Config_ID = 4 AND Base_Slot_No = 1 AND Slot_Offset = 1 AND Line = 7";
+
+  Value Label() { return Column(u"SELECT Description FROM Used_Lines" + Text(kLine)).at(0); }
+
+  // The lines of the unit that the label's index leads to.
+  std::vector<Value> LinesWith(const Value& label) {
+    return Column(u"SELECT Line FROM Used_Lines WHERE Config_ID = 4 AND Description = `d`",
+                  {std::get<Text>(label)});
+  }
+
+  void ExpectSound() {
+    connection_.reset();
+    const auto engine = Engine::Open(FromUtf8(path_.string()));
+    const Engine::ReadScope scope(*engine);
+    for (const Finding& finding : CheckFile(engine->File()).findings)
+      ADD_FAILURE() << ToUtf8(finding.text);
+  }
+
+  // What an independent reader finds in the file, where one is installed.
+  std::string ExportedLines() {
+#ifdef _WIN32
+    return {};
+#else
+    const std::string command = "mdb-export '" + path_.string() + "' Used_Lines 2>/dev/null";
+    FILE* pipe = popen(command.c_str(), "r");
+    std::string text;
+    for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) text += static_cast<char>(c);
+    pclose(pipe);
+    return text;
+#endif
+  }
+};
+
+TEST_F(LineWithAForeignLabel, IsSavedAsItIs) {
+  const Value label = Label();
+  ASSERT_NE(std::get<Text>(label).find(u'\u53D7'), Text::npos);
+  EXPECT_EQ(Change(u"UPDATE Used_Lines SET Description = `d`, Volume_ID = 7" + Text(kLine),
+                   {std::get<Text>(label)}),
+            1);
+  Reopen();
+  EXPECT_EQ(Label(), label);
+  EXPECT_EQ(LinesWith(label), Integers({7}));
+  ExpectSound();
+}
+
+TEST_F(LineWithAForeignLabel, GetsOneWhoseKeyIsKnownAndLeavesNoEntryBehind) {
+  const Value label = Label();
+  EXPECT_EQ(Change(u"UPDATE Used_Lines SET Description = 'reception'" + Text(kLine)), 1);
+  Reopen();
+  EXPECT_EQ(LinesWith(Text(u"reception")), Integers({7}));
+  EXPECT_EQ(LinesWith(label), Integers({}));
+  ExpectSound();
+  const std::string exported = ExportedLines();
+  if (exported.empty()) GTEST_SKIP() << "mdb-export is not at hand";
+  EXPECT_NE(exported.find("reception"), std::string::npos);
+  EXPECT_EQ(exported.find("\u53D7"), std::string::npos);
+}
+
+TEST_F(LineWithAForeignLabel, RefusesAnotherWhoseKeyIsNotKnown) {
+  const Value label = Label();
+  EXPECT_NE(ErrorOf(u"UPDATE Used_Lines SET Description = `d`" + Text(kLine), {u"\u53D7\u4ED8 2"}),
+            "no error");
+  EXPECT_EQ(Label(), label);
+  ExpectSound();
+}
+
+TEST_F(LineWithAForeignLabel, IsDeletedWithItsEntry) {
+  const Value label = Label();
+  EXPECT_EQ(Change(u"DELETE FROM Used_Lines" + Text(kLine)), 1);
+  EXPECT_EQ(LinesWith(label), Integers({}));
+  ExpectSound();
 }
 
 }  // namespace

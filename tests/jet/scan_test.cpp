@@ -1,0 +1,133 @@
+// Scans of tables that are larger than what is kept in memory, and what they pass over.
+#include <gtest/gtest.h>
+
+#include "data/jet/creation.h"
+#include "data/jet/engine.h"
+#include "data/jet/page_cache.h"
+#include "data/jet/table_reader.h"
+#include "tests/jet/write_support.h"
+
+namespace rdv::jet {
+namespace {
+
+constexpr int16_t kRows = 3000;
+
+// A table of rows that fill a page in fours, in a file of its own.
+class ScanTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    path_ = PathText(folder_.Path() / "scan.mdb");
+    Engine::Create(path_);
+    const auto engine = Engine::Open(path_);
+    Engine::WriteScope scope(*engine);
+    engine->CreateTable(
+        {.name = u"Rows",
+         .columns = {{.name = u"Number", .type = ColumnType::Integer},
+                     {.name = u"Long", .type = ColumnType::Long},
+                     {.name = u"Filling", .type = ColumnType::Binary, .length = 500},
+                     {.name = u"More", .type = ColumnType::Binary, .length = 500}},
+         .indexes = {}});
+    const TableDefinition& table = engine->Table(u"Rows");
+    for (int16_t i = 0; i < kRows; ++i) {
+      std::vector<Assignment> values = {{1, int32_t{i} * 1000}, {2, Binary(480)}, {3, Binary(480)}};
+      if (i % 5 != 0) values.push_back({0, static_cast<int16_t>(i % 100)});
+      engine->Insert(table, values);
+    }
+    scope.Commit();
+  }
+
+  static int CountRows(Engine& engine) {
+    int rows = 0;
+    for (TableScan scan(engine.File(), engine.Table(u"Rows")); scan.Next();) ++rows;
+    return rows;
+  }
+
+  // Pages that a second scan in the same scope has to read again.
+  uint64_t ReadAgain(size_t cache_pages) {
+    const auto engine = Engine::Open(path_, {.cache_pages = cache_pages});
+    const Engine::ReadScope scope(*engine);
+    EXPECT_EQ(CountRows(*engine), kRows);
+    const uint64_t before = engine->Counters().pages_read;
+    EXPECT_EQ(CountRows(*engine), kRows);
+    return engine->Counters().pages_read - before;
+  }
+
+  TemporaryFolder folder_;
+  Text path_;
+};
+
+TEST_F(ScanTest, PagesAreGivenBackWhereTheyAreMoreThanTheCacheKeeps) {
+  constexpr uint64_t kLeast = kRows / 4 - 50;
+  EXPECT_GE(ReadAgain(20), kLeast);
+  EXPECT_EQ(ReadAgain(5000), 0u);
+}
+
+TEST_F(ScanTest, TwoScansOfTheSamePagesDoNotTakeThemFromEachOther) {
+  const auto engine = Engine::Open(path_, {.cache_pages = 1});
+  const Engine::ReadScope scope(*engine);
+  const TableDefinition& table = engine->Table(u"Rows");
+  TableScan slow(engine->File(), table);
+  TableScan fast(engine->File(), table);
+  int32_t expected = 0;
+  while (slow.Next()) {
+    fast.Next();
+    fast.Next();
+    EXPECT_EQ(slow.Row().Get(table.columns[1]), Value(expected));
+    expected += 1000;
+  }
+  EXPECT_EQ(expected, int32_t{kRows} * 1000);
+}
+
+TEST_F(ScanTest, RowsWithAnotherNumberArePassedOverAndNoOther) {
+  const auto engine = Engine::Open(path_);
+  const Engine::ReadScope scope(*engine);
+  const TableDefinition& table = engine->Table(u"Rows");
+  const auto count = [&](size_t column, const Value& value) {
+    TableScan scan(engine->File(), table);
+    scan.SkipOtherThan(table.columns[column], value);
+    int rows = 0;
+    while (scan.Next()) rows += scan.Row().Get(table.columns[column]) == value ? 1 : 0;
+    return rows;
+  };
+  EXPECT_EQ(count(0, int16_t{7}), kRows / 100);
+  EXPECT_EQ(count(0, int16_t{5}), 0);  // Null in all rows that would have it
+  EXPECT_EQ(count(1, int32_t{2999000}), 1);
+  EXPECT_EQ(count(1, int32_t{1}), 0);
+  EXPECT_EQ(count(2, Binary(480)), kRows);  // nothing is passed over
+}
+
+TEST(PageCache, KnowsWhatWasAskedForAndForgetsWhatIsCutOff) {
+  PageCache cache;
+  cache.Resize(1000);
+  EXPECT_EQ(cache.Find(500), nullptr);
+  cache.At(500).dirty = true;
+  cache.At(999).dirty = true;
+  ASSERT_NE(cache.Find(500), nullptr);
+  EXPECT_TRUE(cache.Find(500)->dirty);
+  EXPECT_EQ(cache.Find(100), nullptr);
+  EXPECT_EQ(cache.Find(1000), nullptr);
+  cache.Resize(501);
+  cache.Resize(1000);
+  EXPECT_TRUE(cache.Find(500)->dirty);
+  EXPECT_EQ(cache.Find(999), nullptr);
+  cache.Resize(500);
+  cache.Resize(1000);
+  EXPECT_FALSE(cache.At(500).dirty);
+}
+
+TEST(PageCache, GoesRoundOverThePagesThatItKnows) {
+  PageCache cache;
+  cache.Resize(100);
+  cache.At(70).used = true;
+  bool met = false;
+  uint32_t number = 0;
+  for (int i = 0; i < 100; ++i) {
+    number = cache.Next(number);
+    ASSERT_NE(cache.Find(number), nullptr);
+    met = met || number == 70;
+  }
+  EXPECT_TRUE(met);
+}
+
+}  // namespace
+}  // namespace rdv::jet
