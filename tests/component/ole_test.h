@@ -1,9 +1,9 @@
-// A test in a thread that OLE is initialised in.
+// A test in a thread that has OLE and windows to edit in.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include "component/ole_headers.h"
+#include "tests/component/editor_stand_ins.h"
 
 namespace rdv::test {
 
@@ -31,6 +31,7 @@ class OleTest : public testing::Test {
 
  private:
   const OleSession session_;
+  const EditorStandIns stand_ins_;
 };
 
 }  // namespace rdv::test
