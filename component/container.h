@@ -9,7 +9,8 @@ namespace rdv {
 class Container {
  public:
   void SetSite(IOleClientSite* site);
-  IOleClientSite* Site() const { return site_.Get(); }
+  // References of the caller's own: the container may take its site away during a call to it.
+  ComPointer<IOleClientSite> Site() const { return site_; }
   template <class Interface>
   ComPointer<Interface> SiteAs(REFIID iid) const {
     return ComPointer<Interface>::From(site_.Get(), iid);
@@ -21,6 +22,8 @@ class Container {
   win32::Appearance Appearance() const;
 
   void TellFocus(bool gained) const;
+  // What GetControlInfo answers is another thing now.
+  void TellControlInfoChanged() const;
   // True when the container has used the key that the control does not want.
   bool OfferKey(MSG* message) const;
 
