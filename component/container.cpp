@@ -22,13 +22,21 @@ DWORD KeyModifiers() {
 }  // namespace
 
 void Container::SetSite(IOleClientSite* site) {
-  // What was there goes only when the new one is in place: its last reference may call back.
-  const ComPointer<IOleClientSite> former_site = std::move(site_);
-  const ComPointer<IDispatch> former_ambients = std::move(ambients_);
-  const ComPointer<IOleControlSite> former_control_site = std::move(control_site_);
-  site_ = ComPointer<IOleClientSite>(site);
-  ambients_ = ComPointer<IDispatch>::From(site, IID_IDispatch);
-  control_site_ = ComPointer<IOleControlSite>::From(site, IID_IOleControlSite);
+  const int change = ++site_changes_;
+  {
+    // Their last references may call back.
+    const ComPointer<IOleClientSite> former_site = std::move(site_);
+    const ComPointer<IDispatch> former_ambients = std::move(ambients_);
+    const ComPointer<IOleControlSite> former_control_site = std::move(control_site_);
+  }
+  const ComPointer<IOleClientSite> held(site);
+  auto ambients = ComPointer<IDispatch>::From(site, IID_IDispatch);
+  auto control_site = ComPointer<IOleControlSite>::From(site, IID_IOleControlSite);
+  // The container may have set another site while it was asked for these.
+  if (change != site_changes_) return;
+  site_ = held;
+  ambients_ = std::move(ambients);
+  control_site_ = std::move(control_site);
 }
 
 bool Container::UserMode() const {

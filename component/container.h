@@ -8,6 +8,7 @@ namespace rdv {
 
 class Container {
  public:
+  // Calls the container; what it sets from inside that call is the newer site.
   void SetSite(IOleClientSite* site);
   // References of the caller's own: the container may take its site away during a call to it.
   ComPointer<IOleClientSite> Site() const { return site_; }
@@ -34,6 +35,7 @@ class Container {
   bool GetAmbient(DISPID property, VARTYPE type, VARIANT& value) const;
   void TakeFont(IFont* font, win32::Appearance& appearance) const;
 
+  int site_changes_ = 0;
   ComPointer<IOleClientSite> site_;
   ComPointer<IDispatch> ambients_;
   ComPointer<IOleControlSite> control_site_;

@@ -23,8 +23,14 @@ HRESULT InPlace::Activate(Activity wanted, Entry entry) {
       // A container that undoes the first step and asks for it at once would do so for ever.
       if (asking_) return E_UNEXPECTED;
       wanted_ = wanted;
-      const HRESULT result = BecomeVisible();
-      if (FAILED(result)) return result;
+      asking_ = true;
+      activity_ = Activity::Activating;
+      const HRESULT result = AtBoundary([&] { return BecomeVisible(); });
+      asking_ = false;
+      if (FAILED(result)) {
+        if (activity_ == Activity::Activating) activity_ = Activity::None;
+        return result;
+      }
       wanted = std::max(wanted, wanted_);
     }
     if (wanted != Activity::UserInterface || !object_.Container().UserMode()) return S_OK;
@@ -37,22 +43,17 @@ HRESULT InPlace::Activate(Activity wanted, Entry entry) {
 HRESULT InPlace::BecomeVisible() {
   const auto site = object_.Container().SiteAs<IOleInPlaceSite>(IID_IOleInPlaceSite);
   if (!site) return E_FAIL;
+  // Made before the container is told anything: this may fail, and asks for fonts and colours.
   const std::shared_ptr<LiveControl> live = object_.Live();
-  asking_ = true;
-  activity_ = Activity::Activating;
+  const bool reachable = object_.Container().UserMode();
   Surroundings surroundings;
   const HRESULT result = AskForPlace(*site.Get(), surroundings);
-  asking_ = false;
-  if (FAILED(result)) {
-    activity_ = Activity::None;
-    return result;
-  }
+  if (FAILED(result)) return result;
   site_ = site;
   frame_ = std::move(surroundings.frame);
   document_ = std::move(surroundings.document);
   activity_ = Activity::Visible;
-  live->PlaceIn(surroundings.parent, surroundings.place, surroundings.clip,
-                object_.Container().UserMode());
+  live->PlaceIn(surroundings.parent, surroundings.place, surroundings.clip, reachable);
   const ComPointer<IOleClientSite> client = object_.Container().Site();
   if (client && Placed()) client->ShowObject();
   return Placed() ? S_OK : E_FAIL;
@@ -61,6 +62,7 @@ HRESULT InPlace::BecomeVisible() {
 // On failure the container has been told that the activation which it had agreed to is over.
 HRESULT InPlace::AskForPlace(IOleInPlaceSite& site, Surroundings& surroundings) {
   const auto undone = [&] { return activity_ != Activity::Activating; };
+  if (undone()) return E_FAIL;
   const HRESULT allowed = site.CanInPlaceActivate();
   if (allowed != S_OK || undone()) return OLE_E_NOT_INPLACEACTIVE;
   HRESULT result = site.OnInPlaceActivate();
@@ -135,8 +137,8 @@ bool InPlace::Placed() const {
 }
 
 void InPlace::OnFocusChange(bool inside) {
-  if (!Placed() || !object_.Container().UserMode()) return;
   const KeepObject keep(outer_);
+  if (!Placed() || !object_.Container().UserMode()) return;
   if (inside) BecomeUserInterface();
   if (Placed()) object_.Container().TellFocus(inside);
 }
