@@ -10,10 +10,7 @@ HRESULT InPlace::Activate(Activity wanted, Entry entry) {
   return Guard([&] {
     // Otherwise a container could keep the control from ever leaving, even at its end.
     if (leaving_) return E_UNEXPECTED;
-    if (activity_ > Activity::Activating && !Placed()) {
-      // The container has destroyed its window, and ours in it, without a word.
-      Deactivate();
-    }
+    LeaveDestroyedWindows();
     if (activity_ == Activity::Activating) {
       // Asked from inside the first step: the call under way leads there.
       wanted_ = std::max(wanted_, wanted);
@@ -130,6 +127,10 @@ void InPlace::Deactivate() {
     site->OnInPlaceDeactivate();
   }
   leaving_ = left_already;
+}
+
+void InPlace::LeaveDestroyedWindows() {
+  if (activity_ > Activity::Activating && !Placed()) Deactivate();
 }
 
 bool InPlace::Placed() const {

@@ -26,6 +26,8 @@ class InPlace final : public Part<IOleInPlaceObject, IOleInPlaceActiveObject> {
   HRESULT Activate(Activity wanted, Entry entry = Entry::AtTheStart);
   // Down to None, telling the container of every step.
   void Deactivate();
+  // When the container has destroyed its window, and ours in it, without a word.
+  void LeaveDestroyedWindows();
   // The control lies in a container's window that still exists.
   bool Placed() const;
 

@@ -25,7 +25,9 @@ LineConfigObject::~LineConfigObject() {
 
 std::shared_ptr<LiveControl> LineConfigObject::Live() {
   if (live_ && !live_->WindowsExist()) {
-    in_place_.Deactivate();
+    in_place_.LeaveDestroyedWindows();
+  }
+  if (live_ && !live_->WindowsExist()) {
     Disconnect(*live_);
     live_.reset();
   }

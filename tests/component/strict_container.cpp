@@ -241,7 +241,7 @@ class StrictContainer::Surrounding final : public SitePart<IOleInPlaceFrame> {
   }
   STDMETHODIMP SetBorderSpace(LPCBORDERWIDTHS) override { return Call("SetBorderSpace"); }
   STDMETHODIMP SetActiveObject(IOleInPlaceActiveObject* object, LPCOLESTR) override {
-    owner_.active_object_ = ComPointer<IOleInPlaceActiveObject>(object);
+    owner_.active_object_ = object;
     return Call(object ? "SetActiveObject(object)" : "SetActiveObject(null)");
   }
   STDMETHODIMP InsertMenus(HMENU, LPOLEMENUGROUPWIDTHS) override { return Call("InsertMenus"); }

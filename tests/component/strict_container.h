@@ -42,7 +42,7 @@ class StrictContainer {
   IPropertyNotifySink* PropertySink();
   HWND Window() const { return window_; }
   const Offers& Offered() const { return offers_; }
-  IOleInPlaceActiveObject* ActiveObject() const { return active_object_.Get(); }
+  IOleInPlaceActiveObject* ActiveObject() const { return active_object_; }
   ULONG ReferencesLeft() const { return references_ - 1; }
 
   // `calls` are to come in this order, each once; `questions` each once or more, in any order.
@@ -82,7 +82,8 @@ class StrictContainer {
   const Offers offers_;
   HWND window_;
   ULONG references_ = 1;
-  ComPointer<IOleInPlaceActiveObject> active_object_;
+  // Not counted: it would keep a control alive that the container has let go of too early.
+  IOleInPlaceActiveObject* active_object_ = nullptr;
   std::unique_ptr<ClientSite> client_site_;
   std::unique_ptr<InPlaceSite> in_place_site_;
   std::unique_ptr<ControlSite> control_site_;

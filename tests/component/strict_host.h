@@ -41,16 +41,8 @@ class StrictHost {
     return form;
   }
   HWND Child(int id) const {
-    struct Search {
-      int id;
-      HWND found;
-    } search = {id, nullptr};
-    const auto match = [](HWND child, LPARAM argument) -> BOOL {
-      auto* wanted = reinterpret_cast<Search*>(argument);
-      if (GetDlgCtrlID(child) == wanted->id) wanted->found = child;
-      return wanted->found == nullptr;
-    };
-    EnumChildWindows(Form(), match, reinterpret_cast<LPARAM>(&search));
+    Search search = {id, nullptr};
+    EnumChildWindows(Form(), &Match, reinterpret_cast<LPARAM>(&search));
     return search.found;
   }
   HRESULT Press(WPARAM key) const {
@@ -59,6 +51,16 @@ class StrictHost {
     event.message = WM_KEYDOWN;
     event.wParam = key;
     return As<IOleInPlaceActiveObject>(IID_IOleInPlaceActiveObject)->TranslateAccelerator(&event);
+  }
+
+  struct Search {
+    int id;
+    HWND found;
+  };
+  static BOOL CALLBACK Match(HWND child, LPARAM argument) {
+    auto* wanted = reinterpret_cast<Search*>(argument);
+    if (GetDlgCtrlID(child) == wanted->id) wanted->found = child;
+    return wanted->found == nullptr;
   }
 
   Library library;
