@@ -169,6 +169,22 @@ TEST_F(HostileContainers, AnswerEverythingThatItIsNotImplemented) {
   ExpectAllEnded(host, "everything");
 }
 
+// Some containers answer for every ambient property, with nothing in it.
+TEST_F(HostileContainers, AnswerForAmbientPropertiesWithNothingInThem) {
+  StrictHost host({.interfaces = {"IOleInPlaceSite", "IDispatch"},
+                   .ambients = {{DISPID_AMBIENT_USERMODE, std::monostate()},
+                                {DISPID_AMBIENT_FONT, std::monostate()},
+                                {DISPID_AMBIENT_BACKCOLOR, std::monostate()}}});
+  host.container.Misbehave([](const std::string&) { return std::nullopt; });
+  ASSERT_EQ(host.object->SetClientSite(host.container.Site()), S_OK);
+  EXPECT_EQ(host.Verb(OLEIVERB_UIACTIVATE), S_OK);
+  // Nothing said is not design mode.
+  EXPECT_TRUE(IsWindowEnabled(host.Form()));
+  EXPECT_EQ(host.container.Count("IOleInPlaceSite.OnUIActivate"), 1);
+  TakeAway(host);
+  ExpectAllEnded(host, "nothing said");
+}
+
 // A success of another kind, for which the container gives null: windows, interfaces, values.
 TEST_F(HostileContainers, SucceedWithoutGivingAnything) {
   for (const std::string& name : names_) {

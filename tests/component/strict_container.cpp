@@ -161,6 +161,7 @@ class StrictContainer::Ambients final : public SitePart<IDispatch> {
     const HRESULT answer = owner_.Question("Ambient(" + AmbientName(property) + ")",
                                            known ? S_OK : DISP_E_MEMBERNOTFOUND);
     if (FAILED(answer) || !known) return answer;
+    if (std::holds_alternative<std::monostate>(found->second)) return answer;
     if (const bool* truth = std::get_if<bool>(&found->second)) {
       result->vt = VT_BOOL;
       result->boolVal = *truth ? VARIANT_TRUE : VARIANT_FALSE;

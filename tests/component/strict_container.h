@@ -18,7 +18,7 @@ namespace rdv::test {
 // its window context holds null for it, its ambient properties do not know it.
 struct Offers {
   std::set<std::string> interfaces;  // of the site, by name
-  std::map<DISPID, std::variant<bool, LONG, IDispatch*>> ambients = {};
+  std::map<DISPID, std::variant<std::monostate, bool, LONG, IDispatch*>> ambients = {};
   bool frame = true;
   bool document = false;
   RECT place = {0, 0, 940, 400};
