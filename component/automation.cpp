@@ -1,6 +1,5 @@
 #include "component/automation.h"
 
-#include "component/boundary.h"
 #include "component/line_config_object.h"
 #include "component/module.h"
 
@@ -9,11 +8,10 @@ namespace rdv {
 STDMETHODIMP Automation::ShowControl(SHORT Given_ConfigID, VARIANT_BOOL* Result) {
   if (!Result) return E_POINTER;
   *Result = VARIANT_FALSE;
-  const KeepObject keep(outer_);
-  return AtBoundary([&] {
+  return Guard([&] {
     // In a form designer the control is a picture of itself and touches no data.
     if (!object_.Container().UserMode()) return S_OK;
-    if (object_.Live().ShowControl(Given_ConfigID)) *Result = VARIANT_TRUE;
+    if (object_.Live()->ShowControl(Given_ConfigID)) *Result = VARIANT_TRUE;
     return S_OK;
   });
 }
@@ -22,10 +20,9 @@ STDMETHODIMP Automation::AssignIndextoDefaultBox(SHORT Line1LineType, SHORT Line
                                                  VARIANT* Result) {
   if (!Result) return E_POINTER;
   VariantInit(Result);
-  const KeepObject keep(outer_);
-  return AtBoundary([&] {
+  return Guard([&] {
     if (!object_.Container().UserMode()) return S_OK;
-    object_.Live().AssignIndextoDefaultBox(Line1LineType, Line5LineType);
+    object_.Live()->AssignIndextoDefaultBox(Line1LineType, Line5LineType);
     return S_OK;
   });
 }
@@ -62,8 +59,10 @@ STDMETHODIMP Automation::Invoke(DISPID member, REFIID reserved, LCID /*locale*/,
   const HRESULT described = Description();
   if (FAILED(described)) return described;
   SetErrorInfo(0, nullptr);
-  return description_->Invoke(static_cast<LineConfigInterface*>(this), member, flags, parameters,
-                              result, exception, wrong_argument);
+  const KeepObject keep(outer_);
+  const ComPointer<ITypeInfo> description = description_;
+  return description->Invoke(static_cast<LineConfigInterface*>(this), member, flags, parameters,
+                             result, exception, wrong_argument);
 }
 
 STDMETHODIMP Automation::GetClassInfo(ITypeInfo** information) {

@@ -33,6 +33,9 @@ class ComPointer {
     if (Interface* object = std::exchange(object_, nullptr)) object->Release();
   }
 
+  // Hands the reference over to the caller.
+  Interface* Detach() { return std::exchange(object_, nullptr); }
+
   // For functions that give out a counted reference.
   Interface** Receive() {
     Reset();

@@ -22,9 +22,21 @@ DWORD KeyModifiers() {
 }  // namespace
 
 void Container::SetSite(IOleClientSite* site) {
-  site_ = ComPointer<IOleClientSite>(site);
-  ambients_ = ComPointer<IDispatch>::From(site, IID_IDispatch);
-  control_site_ = ComPointer<IOleControlSite>::From(site, IID_IOleControlSite);
+  const int change = ++site_changes_;
+  {
+    // Their last references may call back.
+    const ComPointer<IOleClientSite> former_site = std::move(site_);
+    const ComPointer<IDispatch> former_ambients = std::move(ambients_);
+    const ComPointer<IOleControlSite> former_control_site = std::move(control_site_);
+  }
+  const ComPointer<IOleClientSite> held(site);
+  auto ambients = ComPointer<IDispatch>::From(site, IID_IDispatch);
+  auto control_site = ComPointer<IOleControlSite>::From(site, IID_IOleControlSite);
+  // The container may have set another site while it was asked for these.
+  if (change != site_changes_) return;
+  site_ = held;
+  ambients_ = std::move(ambients);
+  control_site_ = std::move(control_site);
 }
 
 bool Container::UserMode() const {
@@ -52,7 +64,7 @@ win32::Appearance Container::Appearance() const {
 }
 
 void Container::TellFocus(bool gained) const {
-  if (control_site_) control_site_->OnFocus(gained);
+  if (const ComPointer<IOleControlSite> site = control_site_) site->OnFocus(gained);
 }
 
 bool Container::OfferKey(MSG* message) const {
@@ -67,17 +79,24 @@ void Container::SetQuickAmbients(const QACONTAINER& ambients) {
   quick_text_color_ = ambients.colorFore;
 }
 
-// On success `value` has the type, and is the caller's to clear.
+void Container::TellControlInfoChanged() const {
+  if (const ComPointer<IOleControlSite> site = control_site_) site->OnControlInfoChanged();
+}
+
+// On success `value` has the type, and is the caller's to clear. Some containers answer for every
+// property, with nothing in it for those that they do not have.
 bool Container::GetAmbient(DISPID property, VARTYPE type, VARIANT& value) const {
   VariantInit(&value);
-  if (!ambients_) return false;
+  const ComPointer<IDispatch> ambients = ambients_;
+  if (!ambients) return false;
   DISPPARAMS none = {};
-  if (FAILED(ambients_->Invoke(property, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none,
-                               &value, nullptr, nullptr))) {
+  if (FAILED(ambients->Invoke(property, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none,
+                              &value, nullptr, nullptr))) {
     VariantInit(&value);
     return false;
   }
-  if (SUCCEEDED(VariantChangeType(&value, &value, 0, type))) return true;
+  const bool said = value.vt != VT_EMPTY && value.vt != VT_NULL;
+  if (said && SUCCEEDED(VariantChangeType(&value, &value, 0, type))) return true;
   VariantClear(&value);
   return false;
 }

@@ -8,8 +8,10 @@ namespace rdv {
 
 class Container {
  public:
+  // Calls the container; what it sets from inside that call is the newer site.
   void SetSite(IOleClientSite* site);
-  IOleClientSite* Site() const { return site_.Get(); }
+  // References of the caller's own: the container may take its site away during a call to it.
+  ComPointer<IOleClientSite> Site() const { return site_; }
   template <class Interface>
   ComPointer<Interface> SiteAs(REFIID iid) const {
     return ComPointer<Interface>::From(site_.Get(), iid);
@@ -21,6 +23,8 @@ class Container {
   win32::Appearance Appearance() const;
 
   void TellFocus(bool gained) const;
+  // What GetControlInfo answers is another thing now.
+  void TellControlInfoChanged() const;
   // True when the container has used the key that the control does not want.
   bool OfferKey(MSG* message) const;
 
@@ -31,6 +35,7 @@ class Container {
   bool GetAmbient(DISPID property, VARTYPE type, VARIANT& value) const;
   void TakeFont(IFont* font, win32::Appearance& appearance) const;
 
+  int site_changes_ = 0;
   ComPointer<IOleClientSite> site_;
   ComPointer<IDispatch> ambients_;
   ComPointer<IOleControlSite> control_site_;

@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include "component/boundary.h"
 #include "component/identifiers.h"
 #include "component/line_config_object.h"
 
@@ -10,37 +9,47 @@ namespace rdv {
 
 STDMETHODIMP ControlServices::GetControlInfo(CONTROLINFO* info) {
   if (!info) return E_POINTER;
-  return AtBoundary([&] {
-    std::vector<ACCEL> keys;
-    for (const auto& stop : object_.Live().Form().Keyboard().Stops()) {
-      if (stop.mnemonic != 0) keys.push_back({FALT | FVIRTKEY, stop.mnemonic, 0});
+  return Guard([&] {
+    const std::shared_ptr<LiveControl> live = object_.Live();
+    if (!mnemonics_) {
+      std::vector<ACCEL> keys;
+      for (const auto& stop : live->Form().Keyboard().Stops()) {
+        if (stop.mnemonic != 0) keys.push_back({FALT | FVIRTKEY, stop.mnemonic, 0});
+      }
+      mnemonics_.reset(CreateAcceleratorTableW(keys.data(), static_cast<int>(keys.size())));
+      mnemonic_count_ = static_cast<USHORT>(keys.size());
     }
-    info->hAccel = CreateAcceleratorTableW(keys.data(), static_cast<int>(keys.size()));
-    info->cAccel = static_cast<USHORT>(keys.size());
-    info->dwFlags = 0;
+    info->hAccel = mnemonics_.get();
+    info->cAccel = mnemonic_count_;
+    // Outside an editor the two keys are for the container's default and cancel buttons.
+    info->dwFlags =
+        live->Form().Keyboard().Editing() ? CTRLINFO_EATS_RETURN | CTRLINFO_EATS_ESCAPE : 0;
     return info->hAccel ? S_OK : E_OUTOFMEMORY;
   });
 }
 
 STDMETHODIMP ControlServices::OnMnemonic(LPMSG message) {
   if (!message) return E_POINTER;
-  const KeepObject keep(outer_);
-  return AtBoundary([&] {
-    if (object_.Activation().Current() == InPlace::Activity::None) return S_OK;
-    object_.Live().Form().Keyboard().PressMnemonic(static_cast<wchar_t>(message->wParam));
+  return Guard([&] {
+    if (!object_.Activation().Placed() || !object_.Container().UserMode()) return S_OK;
+    object_.Live()->Form().Keyboard().PressMnemonic(static_cast<wchar_t>(message->wParam));
     return S_OK;
   });
 }
 
 STDMETHODIMP ControlServices::OnAmbientPropertyChange(DISPID /*property*/) {
-  object_.AmbientsChanged();
-  return S_OK;
+  return Guard([&] {
+    object_.AmbientsChanged();
+    object_.Drawing().Changed();
+    return S_OK;
+  });
 }
 
 STDMETHODIMP ControlServices::FreezeEvents(BOOL freeze) {
-  const KeepObject keep(outer_);
-  object_.Connections().Freeze(freeze != FALSE);
-  return S_OK;
+  return Guard([&] {
+    object_.Connections().Freeze(freeze != FALSE);
+    return S_OK;
+  });
 }
 
 STDMETHODIMP ControlServices::QuickActivate(QACONTAINER* container, QACONTROL* control) {
@@ -48,7 +57,7 @@ STDMETHODIMP ControlServices::QuickActivate(QACONTAINER* container, QACONTROL* c
   if (container->cbSize < sizeof(QACONTAINER) || control->cbSize < sizeof(QACONTROL)) {
     return E_INVALIDARG;
   }
-  return AtBoundary([&] {
+  return Guard([&] {
     const ULONG size = control->cbSize;
     *control = {};
     control->cbSize = size;

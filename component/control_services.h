@@ -2,6 +2,9 @@
 // properties, the freezing of events, and activation in one call.
 #pragma once
 
+#include <memory>
+#include <type_traits>
+
 #include "component/part.h"
 
 namespace rdv {
@@ -18,6 +21,15 @@ class ControlServices final : public Part<IOleControl, IQuickActivate> {
   STDMETHODIMP QuickActivate(QACONTAINER* container, QACONTROL* control) override;
   STDMETHODIMP SetContentExtent(LPSIZEL size) override;
   STDMETHODIMP GetContentExtent(LPSIZEL size) override;
+
+ private:
+  struct TableDeleter {
+    void operator()(HACCEL table) const { DestroyAcceleratorTable(table); }
+  };
+
+  // Stays the control's when a container has it; made when first asked for.
+  std::unique_ptr<std::remove_pointer_t<HACCEL>, TableDeleter> mnemonics_;
+  USHORT mnemonic_count_ = 0;
 };
 
 }  // namespace rdv

@@ -6,21 +6,30 @@
 
 namespace rdv {
 
+// A container may call back from inside every call that it gets: it may deactivate, close or
+// release the control, or activate it further. Every step is therefore looked at again after each
+// call, and a step that the container has undone meanwhile ends there.
 class InPlace final : public Part<IOleInPlaceObject, IOleInPlaceActiveObject> {
  public:
   using Part::Part;
 
   enum class Activity {
     None,
+    Activating,     // the container is being asked for a place
     Visible,        // lies in the container's window
     UserInterface,  // has the container's keyboard too
   };
+  // Which tab stop gets the focus when the keyboard comes to the control.
+  enum class Entry { AtTheStart, AtTheEnd };
 
   // Raises the activity; never lowers it. In a form designer no more than Visible is reached.
-  HRESULT Activate(Activity wanted);
+  HRESULT Activate(Activity wanted, Entry entry = Entry::AtTheStart);
   // Down to None, telling the container of every step.
   void Deactivate();
-  Activity Current() const { return activity_; }
+  // When the container has destroyed its window, and ours in it, without a word.
+  void LeaveDestroyedWindows();
+  // The control lies in a container's window that still exists.
+  bool Placed() const;
 
   // The focus has come into the control's windows or left them.
   void OnFocusChange(bool inside);
@@ -45,10 +54,24 @@ class InPlace final : public Part<IOleInPlaceObject, IOleInPlaceActiveObject> {
   STDMETHODIMP EnableModeless(BOOL /*enable*/) override { return S_OK; }
 
  private:
+  struct Surroundings {
+    HWND parent = nullptr;
+    RECT place = {};
+    RECT clip = {};
+    ComPointer<IOleInPlaceFrame> frame;
+    ComPointer<IOleInPlaceUIWindow> document;
+  };
+
   HRESULT BecomeVisible();
-  HRESULT BecomeUserInterface(bool take_focus);
+  HRESULT AskForPlace(IOleInPlaceSite& site, Surroundings& surroundings);
+  HRESULT BecomeUserInterface();
+  void TakeFocus(Entry entry);
+  void TellWindows(IOleInPlaceActiveObject* active_object, Activity meanwhile);
 
   Activity activity_ = Activity::None;
+  Activity wanted_ = Activity::None;  // the most that was asked for while Activating
+  bool asking_ = false;               // a call of BecomeVisible is under way
+  bool leaving_ = false;              // a call of Deactivate is under way
   ComPointer<IOleInPlaceSite> site_;
   ComPointer<IOleInPlaceFrame> frame_;
   ComPointer<IOleInPlaceUIWindow> document_;

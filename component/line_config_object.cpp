@@ -20,33 +20,53 @@ LineConfigObject::LineConfigObject(IUnknown* outer)
       connections_(*this, outer_) {}
 
 LineConfigObject::~LineConfigObject() {
-  if (live_) {
-    live_->OnRemoveMe(nullptr);
-    live_->Form().on_focus_change = nullptr;
-    live_->Form().Screen().on_modal = nullptr;
-  }
+  if (live_) Disconnect(*live_);
 }
 
-LiveControl& LineConfigObject::Live() {
-  if (!live_ || !live_->WindowsExist()) {
-    live_ = LiveControl::Create();
-    live_->OnRemoveMe([this] { connections_.RaiseRemoveMe(); });
-    live_->Form().on_focus_change = [this](bool inside) { in_place_.OnFocusChange(inside); };
-    live_->Form().Screen().on_modal = [this](bool modal) { in_place_.OnModal(modal); };
-    live_->Form().SetAppearance(container_.Appearance());
+std::shared_ptr<LiveControl> LineConfigObject::Live() {
+  if (live_ && !live_->WindowsExist()) {
+    in_place_.LeaveDestroyedWindows();
   }
-  return *live_;
+  if (live_ && !live_->WindowsExist()) {
+    Disconnect(*live_);
+    live_.reset();
+  }
+  if (!live_) {
+    const std::shared_ptr<LiveControl> live = LiveControl::Create();
+    live->Form().SetAppearance(container_.Appearance());
+    // The container was asked for its fonts and colours, and may have come back here.
+    if (live_) return live_;
+    live_ = live;
+    Connect(*live_);
+  }
+  return live_;
+}
+
+void LineConfigObject::Connect(LiveControl& live) {
+  live.OnRemoveMe([this] { connections_.RaiseRemoveMe(); });
+  live.Form().on_focus_change = [this](bool inside) { in_place_.OnFocusChange(inside); };
+  live.Form().on_editing_change = [this] { container_.TellControlInfoChanged(); };
+  live.Form().Screen().on_modal = [this](bool modal) { in_place_.OnModal(modal); };
+}
+
+void LineConfigObject::Disconnect(LiveControl& live) {
+  live.OnRemoveMe(nullptr);
+  live.Form().on_focus_change = nullptr;
+  live.Form().on_editing_change = nullptr;
+  live.Form().Screen().on_modal = nullptr;
 }
 
 void LineConfigObject::Park() {
-  if (live_ && live_->WindowsExist()) live_->Park();
+  if (!WindowsExist()) return;
+  const std::shared_ptr<LiveControl> live = live_;
+  live->Park();
 }
 
 void LineConfigObject::AmbientsChanged() {
-  if (live_ && live_->WindowsExist()) {
-    live_->Form().SetAppearance(container_.Appearance());
-    EnableWindow(live_->Form().Handle(), container_.UserMode());
-  }
+  if (!WindowsExist()) return;
+  const std::shared_ptr<LiveControl> live = live_;
+  live->Form().SetAppearance(container_.Appearance());
+  EnableWindow(live->Form().Handle(), container_.UserMode());
 }
 
 STDMETHODIMP LineConfigObject::QueryInterface(REFIID iid, void** object) {
@@ -69,6 +89,7 @@ STDMETHODIMP_(ULONG) LineConfigObject::Release() {
   // held meanwhile, and deleted but once.
   references_ = 1;
   in_place_.Deactivate();
+  container_.SetSite(nullptr);
   delete this;
   return 0;
 }

@@ -33,7 +33,10 @@ class LineConfigObject final : private IUnknown {
 
   // Made when first needed: a control in a designer's palette or a reader of its type information
   // needs no windows. Made anew when a container has destroyed the windows.
-  LiveControl& Live();
+  // Held by the caller for as long as it works with the windows.
+  std::shared_ptr<LiveControl> Live();
+  // There are windows, in a container's or not.
+  bool WindowsExist() const { return live_ && live_->WindowsExist(); }
 
   // Takes the windows, where there are any, out of the container's.
   void Park();
@@ -43,6 +46,8 @@ class LineConfigObject final : private IUnknown {
 
  private:
   explicit LineConfigObject(IUnknown* outer);
+  void Connect(LiveControl& live);
+  static void Disconnect(LiveControl& live);
   ~LineConfigObject();
 
   // The object's own identity, as only its creator uses it when it is aggregated.

@@ -5,13 +5,37 @@
 
 namespace rdv {
 
+namespace {
+
+constexpr UINT_PTR kSubclass = 1;
+
+}  // namespace
+
 ParkingWindow::ParkingWindow()
     : window_(CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr,
-                              ModuleInstance(), nullptr)) {}
+                              ModuleInstance(), nullptr)) {
+  SetWindowSubclass(window_, &Procedure, kSubclass, 0);
+}
+
+ParkingWindow::~ParkingWindow() {
+  RemoveWindowSubclass(window_, &Procedure, kSubclass);
+  DestroyWindow(window_);
+}
+
+LRESULT CALLBACK ParkingWindow::Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam,
+                                          UINT_PTR /*id*/, DWORD_PTR /*unused*/) {
+  if (message == WM_SYSCOLORCHANGE || message == WM_SETTINGCHANGE) {
+    const auto form = reinterpret_cast<HWND>(GetWindowLongPtrW(window, GWLP_USERDATA));
+    if (form) SendMessageW(form, message, wparam, lparam);
+  }
+  return DefSubclassProc(window, message, wparam, lparam);
+}
 
 LiveControl::LiveControl()
     : form_(ModuleInstance(), parking_.Handle()),
-      control_(form_.Widgets(), ControlOptions{.make_label_validator = MakeLabelValidator}) {}
+      control_(form_.Widgets(), ControlOptions{.make_label_validator = MakeLabelValidator}) {
+  parking_.TellOfChanges(form_.Handle());
+}
 
 std::shared_ptr<LiveControl> LiveControl::Create() {
   const std::shared_ptr<LiveControl> live(new LiveControl);

@@ -4,21 +4,31 @@
 #include <functional>
 #include <memory>
 
+#include "component/module.h"
 #include "control/line_config_control.h"
 #include "widgets/win32/form_window.h"
 
 namespace rdv {
 
-// A window that is never seen: the control's windows lie in it while no container shows them.
+// A window that is never seen: the control's windows lie in it while no container shows them. The
+// system tells only windows without a parent of changed colours and settings, and a container need
+// not pass that on: this window does.
 class ParkingWindow {
  public:
   ParkingWindow();
   ParkingWindow(const ParkingWindow&) = delete;
   ParkingWindow& operator=(const ParkingWindow&) = delete;
-  ~ParkingWindow() { DestroyWindow(window_); }
+  ~ParkingWindow();
   HWND Handle() const { return window_; }
+  // Who is to be told, wherever it lies.
+  void TellOfChanges(HWND form) {
+    SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(form));
+  }
 
  private:
+  static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam,
+                                    UINT_PTR id, DWORD_PTR unused);
+
   const HWND window_;
 };
 
@@ -46,6 +56,7 @@ class LiveControl {
  private:
   LiveControl();
 
+  const ModuleLock lock_;  // its window procedures may still run when the object is gone
   ParkingWindow parking_;
   win32::FormWindow form_;
   ucRDVLineConfig control_;

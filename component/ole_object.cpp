@@ -16,23 +16,31 @@ SIZEL DesignExtent() {
   return {std::lround(size.width * kHimetricPerTwip), std::lround(size.height * kHimetricPerTwip)};
 }
 
+// With the key that brought the keyboard here: Shift+Tab comes from behind.
+InPlace::Entry EntryBy(const MSG* message) {
+  const bool backward = message && message->message == WM_KEYDOWN && message->wParam == VK_TAB &&
+                        GetKeyState(VK_SHIFT) < 0;
+  return backward ? InPlace::Entry::AtTheEnd : InPlace::Entry::AtTheStart;
+}
+
 }  // namespace
 
 OleObject::OleObject(LineConfigObject& object, IUnknown& outer)
     : Part(object, outer), extent_(DesignExtent()) {}
 
 STDMETHODIMP OleObject::SetClientSite(IOleClientSite* site) {
-  const KeepObject keep(outer_);
-  if (!site) object_.Activation().Deactivate();
-  object_.Container().SetSite(site);
-  object_.AmbientsChanged();
-  return S_OK;
+  return Guard([&] {
+    // It cannot stay in the window of a container that has let go of it.
+    if (site != object_.Container().Site().Get()) object_.Activation().Deactivate();
+    object_.Container().SetSite(site);
+    object_.AmbientsChanged();
+    return S_OK;
+  });
 }
 
 STDMETHODIMP OleObject::GetClientSite(IOleClientSite** site) {
   if (!site) return E_POINTER;
-  *site = object_.Container().Site();
-  if (*site) (*site)->AddRef();
+  *site = object_.Container().Site().Detach();
   return S_OK;
 }
 
@@ -41,10 +49,11 @@ STDMETHODIMP OleObject::SetHostNames(LPCOLESTR /*application*/, LPCOLESTR /*docu
 }
 
 STDMETHODIMP OleObject::Close(DWORD /*save_option*/) {
-  const KeepObject keep(outer_);
-  object_.Activation().Deactivate();
-  if (advise_holder_) advise_holder_->SendOnClose();
-  return S_OK;
+  return Guard([&] {
+    object_.Activation().Deactivate();
+    if (const ComPointer<IOleAdviseHolder> holder = advise_holder_) holder->SendOnClose();
+    return S_OK;
+  });
 }
 
 STDMETHODIMP OleObject::SetMoniker(DWORD /*which*/, IMoniker* /*moniker*/) {
@@ -67,13 +76,13 @@ STDMETHODIMP OleObject::GetClipboardData(DWORD /*reserved*/, IDataObject** data)
   return E_NOTIMPL;
 }
 
-STDMETHODIMP OleObject::DoVerb(LONG verb, LPMSG /*message*/, IOleClientSite* /*site*/,
-                               LONG /*index*/, HWND /*parent*/, LPCRECT /*place*/) {
+STDMETHODIMP OleObject::DoVerb(LONG verb, LPMSG message, IOleClientSite* /*site*/, LONG /*index*/,
+                               HWND /*parent*/, LPCRECT /*place*/) {
   const KeepObject keep(outer_);
   switch (verb) {
     case OLEIVERB_PRIMARY:
     case OLEIVERB_UIACTIVATE:
-      return object_.Activation().Activate(InPlace::Activity::UserInterface);
+      return object_.Activation().Activate(InPlace::Activity::UserInterface, EntryBy(message));
     case OLEIVERB_SHOW:
     case OLEIVERB_INPLACEACTIVATE:
       return object_.Activation().Activate(InPlace::Activity::Visible);
@@ -116,9 +125,13 @@ STDMETHODIMP OleObject::GetUserType(DWORD /*form*/, LPOLESTR* name) {
 STDMETHODIMP OleObject::SetExtent(DWORD aspect, SIZEL* size) {
   if (!size) return E_POINTER;
   if (aspect != DVASPECT_CONTENT) return DV_E_DVASPECT;
-  // The windows take their size from the container's rectangles, not from here.
-  extent_ = *size;
-  return S_OK;
+  return Guard([&] {
+    // The windows take their size from the container's rectangles, not from here.
+    const bool changes = extent_.cx != size->cx || extent_.cy != size->cy;
+    extent_ = *size;
+    if (changes) object_.Drawing().Changed();
+    return S_OK;
+  });
 }
 
 STDMETHODIMP OleObject::GetExtent(DWORD aspect, SIZEL* size) {

@@ -2,11 +2,26 @@
 // references are the object's.
 #pragma once
 
+#include <utility>
+
+#include "component/boundary.h"
 #include "component/ole_headers.h"
 
 namespace rdv {
 
 class LineConfigObject;
+
+// Holds the object for the length of a call into which a container may release it.
+class KeepObject {
+ public:
+  explicit KeepObject(IUnknown& object) : object_(object) { object_.AddRef(); }
+  KeepObject(const KeepObject&) = delete;
+  KeepObject& operator=(const KeepObject&) = delete;
+  ~KeepObject() { object_.Release(); }
+
+ private:
+  IUnknown& object_;
+};
 
 template <class... Interfaces>
 class Part : public Interfaces... {
@@ -25,20 +40,16 @@ class Part : public Interfaces... {
  protected:
   ~Part() = default;
 
+  // Runs the body of a method that calls the container, which may release the object meanwhile.
+  // Nothing thrown leaves it.
+  template <class Body>
+  HRESULT Guard(Body&& body) noexcept {
+    const KeepObject keep(outer_);
+    return AtBoundary(std::forward<Body>(body));
+  }
+
   LineConfigObject& object_;
   IUnknown& outer_;
-};
-
-// Holds the object for the length of a call into which a container may release it.
-class KeepObject {
- public:
-  explicit KeepObject(IUnknown& object) : object_(object) { object_.AddRef(); }
-  KeepObject(const KeepObject&) = delete;
-  KeepObject& operator=(const KeepObject&) = delete;
-  ~KeepObject() { object_.Release(); }
-
- private:
-  IUnknown& object_;
 };
 
 }  // namespace rdv

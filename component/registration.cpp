@@ -94,15 +94,6 @@ std::vector<Entry> Entries() {
   };
 }
 
-HRESULT RegisterTypes(bool per_user) {
-  ComPointer<ITypeLib> library;
-  const HRESULT result = LoadOwnTypeLibrary(library);
-  if (FAILED(result)) return result;
-  std::wstring path = ModulePath();
-  return per_user ? RegisterTypeLibForUser(library.Get(), path.data(), nullptr)
-                  : RegisterTypeLib(library.Get(), path.data(), nullptr);
-}
-
 HRESULT UnregisterTypes(bool per_user) {
 #ifdef _WIN64
   constexpr SYSKIND kSystem = SYS_WIN64;
@@ -113,11 +104,41 @@ HRESULT UnregisterTypes(bool per_user) {
   return unregister(kTypeLibraryId, kTypeLibraryMajor, kTypeLibraryMinor, LOCALE_NEUTRAL, kSystem);
 }
 
+bool TypesAreRegistered() {
+  BSTR path = nullptr;
+  const HRESULT found = QueryPathOfRegTypeLib(kTypeLibraryId, kTypeLibraryMajor, kTypeLibraryMinor,
+                                              LOCALE_NEUTRAL, &path);
+  SysFreeString(path);
+  return SUCCEEDED(found);
+}
+
+// Half of a type library's entries is taken away again; those of an earlier registration stay.
+HRESULT RegisterTypes(bool per_user) {
+  ComPointer<ITypeLib> library;
+  HRESULT result = LoadOwnTypeLibrary(library);
+  if (FAILED(result)) return result;
+  const bool there_before = TypesAreRegistered();
+  std::wstring path = ModulePath();
+  result = per_user ? RegisterTypeLibForUser(library.Get(), path.data(), nullptr)
+                    : RegisterTypeLib(library.Get(), path.data(), nullptr);
+  if (FAILED(result) && !there_before) UnregisterTypes(per_user);
+  return result;
+}
+
+// The result that installers expect for a step of the registration. What is wrong with the machine
+// rather than with the registry is told as it is.
+HRESULT Translated(HRESULT result, HRESULT of_the_step) {
+  const bool of_the_machine = result == E_OUTOFMEMORY || result == E_UNEXPECTED;
+  return SUCCEEDED(result) || of_the_machine ? result : of_the_step;
+}
+
 HRESULT RegisterIn(const Scope& scope) {
   HKEY classes = nullptr;
   const LSTATUS status = RegCreateKeyExW(scope.root, kClassesKey, 0, nullptr, 0,
                                          KEY_READ | KEY_WRITE, nullptr, &classes, nullptr);
-  if (status != ERROR_SUCCESS) return HRESULT_FROM_WIN32(static_cast<DWORD>(status));
+  if (status != ERROR_SUCCESS) {
+    return Translated(HRESULT_FROM_WIN32(static_cast<DWORD>(status)), SELFREG_E_CLASS);
+  }
   HRESULT result = S_OK;
   {
     RegistryChanges changes(classes);
@@ -125,11 +146,14 @@ HRESULT RegisterIn(const Scope& scope) {
       result = changes.SetValue(entry.path, entry.name, entry.value);
       if (FAILED(result)) break;
     }
-    if (SUCCEEDED(result)) result = RegisterTypes(scope.per_user);
+    if (FAILED(result)) {
+      result = Translated(result, SELFREG_E_CLASS);
+    } else {
+      result = Translated(RegisterTypes(scope.per_user), SELFREG_E_TYPELIB);
+    }
     if (SUCCEEDED(result)) changes.Commit();
   }
   RegCloseKey(classes);
-  if (FAILED(result)) UnregisterTypes(scope.per_user);
   return result;
 }
 
@@ -146,21 +170,25 @@ HRESULT RemoveTree(HKEY base, const std::wstring& path) {
   return HRESULT_FROM_WIN32(static_cast<DWORD>(status));
 }
 
+// Goes on after a failure; gives the first one. What is not there counts as taken away, so that the
+// rest of a damaged registration goes too.
 HRESULT UnregisterIn(const Scope& scope) {
-  const std::wstring class_path = std::wstring(kClassesKey) + L"\\" + ClassPath();
-  if (!Exists(scope.root, class_path, 0)) return S_OK;
-  std::vector<std::wstring> paths = {class_path};
-  // The names lead to both word sizes.
+  const std::wstring classes = std::wstring(kClassesKey) + L"\\";
+  const std::wstring class_path = classes + ClassPath();
+  HRESULT result = Translated(RemoveTree(scope.root, class_path), SELFREG_E_CLASS);
+  // The names lead to both word sizes. Asked for only now: on a system of one word size both views
+  // are one, and the class above was the only one.
   if (!Exists(scope.root, class_path, kOtherWordSize)) {
     for (const wchar_t* name : {kVersionedName, kClassName}) {
-      paths.push_back(std::wstring(kClassesKey) + L"\\" + name);
+      const HRESULT removed = Translated(RemoveTree(scope.root, classes + name), SELFREG_E_CLASS);
+      if (SUCCEEDED(result)) result = removed;
     }
   }
-  HRESULT result = UnregisterTypes(scope.per_user);
-  if (result == TYPE_E_REGISTRYACCESS) result = S_OK;  // nothing of it was there
-  for (const std::wstring& path : paths) {
-    const HRESULT removed = RemoveTree(scope.root, path);
-    if (SUCCEEDED(result)) result = removed;
+  const std::wstring types = classes + L"TypeLib\\" + ToText(kTypeLibraryId);
+  if (Exists(scope.root, types, 0)) {
+    HRESULT removed = UnregisterTypes(scope.per_user);
+    if (removed == TYPE_E_REGISTRYACCESS) removed = S_OK;  // the other word size's alone are there
+    if (SUCCEEDED(result)) result = Translated(removed, SELFREG_E_TYPELIB);
   }
   return result;
 }
@@ -170,12 +198,12 @@ HRESULT UnregisterIn(const Scope& scope) {
 HRESULT RegisterComponent() {
   return AtBoundary([] {
     HRESULT result = E_FAIL;
+    // The machine's registry may be closed to the caller, or spoilt: the caller's own is next.
     for (const Scope& scope : Scopes()) {
       result = RegisterIn(scope);
-      if (result != E_ACCESSDENIED && result != TYPE_E_REGISTRYACCESS) break;
+      if (result != SELFREG_E_CLASS && result != SELFREG_E_TYPELIB) break;
     }
-    if (result == E_ACCESSDENIED) return SELFREG_E_CLASS;
-    return result == TYPE_E_REGISTRYACCESS ? SELFREG_E_TYPELIB : result;
+    return result;
   });
 }
 

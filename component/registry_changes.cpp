@@ -3,25 +3,24 @@
 namespace rdv {
 namespace {
 
-std::optional<std::wstring> ReadText(HKEY key, const std::wstring& name) {
-  DWORD bytes = 0;
-  if (RegGetValueW(key, nullptr, name.c_str(), RRF_RT_REG_SZ, nullptr, nullptr, &bytes)) {
-    return std::nullopt;
-  }
-  std::wstring value(bytes / sizeof(wchar_t), L'\0');
-  if (RegGetValueW(key, nullptr, name.c_str(), RRF_RT_REG_SZ, nullptr, value.data(), &bytes)) {
-    return std::nullopt;
-  }
-  value.resize(std::wstring_view(value.c_str()).size());
-  return value;
-}
-
 LSTATUS WriteText(HKEY key, const std::wstring& name, const std::wstring& value) {
   return RegSetValueExW(key, name.c_str(), 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()),
                         static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
 }
 
 }  // namespace
+
+std::optional<RegistryChanges::Value> RegistryChanges::Read(HKEY key, const std::wstring& name) {
+  Value value;
+  DWORD size = 0;
+  if (RegQueryValueExW(key, name.c_str(), nullptr, &value.kind, nullptr, &size)) return {};
+  value.bytes.resize(size);
+  if (RegQueryValueExW(key, name.c_str(), nullptr, &value.kind, value.bytes.data(), &size)) {
+    return {};
+  }
+  value.bytes.resize(size);
+  return value;
+}
 
 HRESULT RegistryChanges::CreateKey(const std::wstring& path) {
   // Level by level, so that each key that was not there is known.
@@ -34,7 +33,7 @@ HRESULT RegistryChanges::CreateKey(const std::wstring& path) {
     if (status != ERROR_SUCCESS) return HRESULT_FROM_WIN32(static_cast<DWORD>(status));
     RegCloseKey(key);
     if (disposition == REG_CREATED_NEW_KEY) {
-      undo_.push_back({.path = part, .created_key = true, .name = {}, .value = {}});
+      undo_.push_back({.path = part, .created_key = true, .name = {}, .before = {}});
     }
     if (end == std::wstring::npos) return S_OK;
   }
@@ -47,11 +46,11 @@ HRESULT RegistryChanges::SetValue(const std::wstring& path, const std::wstring& 
   HKEY key = nullptr;
   LSTATUS status = RegOpenKeyExW(base_, path.c_str(), 0, KEY_READ | KEY_WRITE, &key);
   if (status != ERROR_SUCCESS) return HRESULT_FROM_WIN32(static_cast<DWORD>(status));
-  std::optional<std::wstring> before = ReadText(key, name);
+  std::optional<Value> before = Read(key, name);
   status = WriteText(key, name, value);
   RegCloseKey(key);
   if (status != ERROR_SUCCESS) return HRESULT_FROM_WIN32(static_cast<DWORD>(status));
-  undo_.push_back({.path = path, .created_key = false, .name = name, .value = std::move(before)});
+  undo_.push_back({.path = path, .created_key = false, .name = name, .before = std::move(before)});
   return S_OK;
 }
 
@@ -63,8 +62,9 @@ RegistryChanges::~RegistryChanges() {
     }
     HKEY key = nullptr;
     if (RegOpenKeyExW(base_, undo->path.c_str(), 0, KEY_WRITE, &key) != ERROR_SUCCESS) continue;
-    if (undo->value) {
-      WriteText(key, undo->name, *undo->value);
+    if (undo->before) {
+      RegSetValueExW(key, undo->name.c_str(), 0, undo->before->kind, undo->before->bytes.data(),
+                     static_cast<DWORD>(undo->before->bytes.size()));
     } else {
       RegDeleteValueW(key, undo->name.c_str());
     }

@@ -25,12 +25,19 @@ class RegistryChanges {
   void Commit() { undo_.clear(); }
 
  private:
+  // As it was, of whatever kind.
+  struct Value {
+    DWORD kind = REG_NONE;
+    std::vector<BYTE> bytes;
+  };
   struct Undo {
     std::wstring path;
     bool created_key = false;
     std::wstring name;
-    std::optional<std::wstring> value;  // before the write; none if there was none
+    std::optional<Value> before;  // none if there was none
   };
+
+  static std::optional<Value> Read(HKEY key, const std::wstring& name);
 
   HKEY base_;
   std::vector<Undo> undo_;

@@ -1,6 +1,5 @@
 #include "component/view.h"
 
-#include "component/boundary.h"
 #include "component/line_config_object.h"
 #include "widgets/win32/form_picture.h"
 
@@ -12,7 +11,7 @@ STDMETHODIMP View::Draw(DWORD aspect, LONG /*index*/, void* /*aspect_data*/,
                         BOOL(STDMETHODCALLTYPE* /*go_on*/)(ULONG_PTR), ULONG_PTR /*argument*/) {
   if (aspect != DVASPECT_CONTENT && aspect != DVASPECT_OPAQUE) return DV_E_DVASPECT;
   if (!context || !bounds) return E_POINTER;
-  return AtBoundary([&] {
+  return Guard([&] {
     const RECT area = {bounds->left, bounds->top, bounds->right, bounds->bottom};
     win32::DrawForm(context, area, object_.Ole().Extent(), object_.Container().Appearance());
     return S_OK;
@@ -38,8 +37,17 @@ STDMETHODIMP View::SetAdvise(DWORD aspects, DWORD flags, IAdviseSink* sink) {
   advise_aspects_ = aspects;
   advise_flags_ = flags;
   advise_sink_ = ComPointer<IAdviseSink>(sink);
-  if (sink && (flags & ADVF_PRIMEFIRST) != 0) sink->OnViewChange(DVASPECT_CONTENT, -1);
-  return S_OK;
+  return Guard([&] {
+    if ((flags & ADVF_PRIMEFIRST) != 0) Changed();
+    return S_OK;
+  });
+}
+
+void View::Changed() {
+  const ComPointer<IAdviseSink> sink = advise_sink_;
+  if (!sink || (advise_aspects_ & DVASPECT_CONTENT) == 0) return;
+  if ((advise_flags_ & ADVF_ONLYONCE) != 0) advise_sink_.Reset();
+  sink->OnViewChange(DVASPECT_CONTENT, -1);
 }
 
 STDMETHODIMP View::GetAdvise(DWORD* aspects, DWORD* flags, IAdviseSink** sink) {

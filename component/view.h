@@ -19,6 +19,9 @@ class View final : public Part<IViewObject2> {
   STDMETHODIMP Unfreeze(DWORD key) override;
   STDMETHODIMP SetAdvise(DWORD aspects, DWORD flags, IAdviseSink* sink) override;
   STDMETHODIMP GetAdvise(DWORD* aspects, DWORD* flags, IAdviseSink** sink) override;
+  // The picture is another one now.
+  void Changed();
+
   STDMETHODIMP GetExtent(DWORD aspect, LONG index, DVTARGETDEVICE* target, LPSIZEL size) override;
 
  private:

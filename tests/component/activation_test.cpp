@@ -117,6 +117,64 @@ TEST_F(Activation, FramesAndGridGrowAndButtonsStayAtTheRightEdge) {
   EXPECT_EQ(apply_now.right - apply_now.left, apply.right - apply.left);
 }
 
+BOOL CALLBACK TellOfSettings(HWND window, LPARAM container) {
+  if (window != reinterpret_cast<HWND>(container)) {
+    SendMessageW(window, WM_SETTINGCHANGE, SPI_SETNONCLIENTMETRICS, 0);
+  }
+  return TRUE;
+}
+
+TEST_F(Activation, FollowsTheSystemsSettingsWithoutTheContainersHelp) {
+  PlacedControl placed;
+  placed.Verb(OLEIVERB_INPLACEACTIVATE);
+  const HWND button = placed.Child(control_id::cmdOK);
+  const LRESULT before = SendMessageW(button, WM_GETFONT, 0, 0);
+  // What the system sends to every window without a parent; the container passes nothing on.
+  EnumThreadWindows(GetCurrentThreadId(), &TellOfSettings,
+                    reinterpret_cast<LPARAM>(placed.container.Window()));
+  EXPECT_NE(SendMessageW(button, WM_GETFONT, 0, 0), before);
+}
+
+TEST_F(Activation, TheListsDropDownInTheirWidths) {
+  PlacedControl placed;
+  placed.Verb(OLEIVERB_INPLACEACTIVATE);
+  const BoxAnswerer boxes;  // without a site, loading ends with a message
+  VARIANT_BOOL shown = VARIANT_TRUE;
+  placed.As<LineConfigInterface>(kLineConfigInterfaceId)->ShowControl(1, &shown);
+  const std::pair<int, LRESULT> widths[] = {{control_id::cmbLineType, 200},
+                                            {control_id::cmbPartition, 200},
+                                            {control_id::cmbStartingNodeName, 200},
+                                            {control_id::cmbStartingNodeNumber, 50},
+                                            {control_id::cmbVolume, 50},
+                                            {control_id::cmbModeType, 200},
+                                            {control_id::cmbModeNumber, 50},
+                                            {control_id::cmbNISOption, 50},
+                                            {control_id::cmbImpedance, 200},
+                                            {control_id::cmbSoftStop, 50},
+                                            {control_id::cmbRDVType, 200}};
+  for (const auto& [id, width] : widths) {
+    EXPECT_EQ(SendMessageW(placed.Child(id), CB_GETDROPPEDWIDTH, 0, 0), width) << id;
+  }
+  EXPECT_EQ(boxes.Texts().size(), 1u);
+}
+
+TEST_F(Activation, ThePartsHaveTheirCaptions) {
+  PlacedControl placed;
+  placed.Verb(OLEIVERB_INPLACEACTIVATE);
+  const std::pair<int, const wchar_t*> captions[] = {
+      {control_id::fraConfiguration, L"RDV Line Configuration"},
+      {control_id::fraDefault, L"Default values"},
+      {control_id::cmdShowDefaults, L"Restore Default"},
+      {control_id::cmdOK, L"OK"},
+      {control_id::cmdCancel, L"Cancel"},
+      {control_id::cmdApply, L"Apply"}};
+  for (const auto& [id, caption] : captions) {
+    wchar_t text[64] = L"";
+    GetWindowTextW(placed.Child(id), text, 64);
+    EXPECT_STREQ(text, caption);
+  }
+}
+
 TEST_F(Activation, SurvivesAContainerThatOffersNothing) {
   PlacedControl placed({.ambients = false, .control_site = false, .frame = false});
   EXPECT_EQ(placed.Verb(OLEIVERB_UIACTIVATE), S_OK);
@@ -139,7 +197,6 @@ TEST_F(Activation, IsRefusedWhereTheContainerDoesNotAllowIt) {
 }
 
 TEST_F(Activation, IsNotLiveInAFormDesigner) {
-  const BoxAnswerer boxes;
   PlacedControl placed({.user_mode = false});
   EXPECT_EQ(placed.Verb(OLEIVERB_UIACTIVATE), S_OK);
   EXPECT_THAT(placed.container.TakeCalls(), ElementsAre("CanInPlaceActivate", "OnInPlaceActivate",
@@ -148,7 +205,6 @@ TEST_F(Activation, IsNotLiveInAFormDesigner) {
   VARIANT_BOOL shown = VARIANT_TRUE;
   EXPECT_EQ(placed.As<LineConfigInterface>(kLineConfigInterfaceId)->ShowControl(1, &shown), S_OK);
   EXPECT_EQ(shown, VARIANT_FALSE);
-  EXPECT_EQ(BoxAnswerer::Count(), 0);
 }
 
 TEST_F(Activation, KeepsItsWindowsBetweenTwoPlaces) {
@@ -227,6 +283,7 @@ TEST_F(Activation, SizeStartsAsDesignedAndFollowsTheContainer) {
 }
 
 TEST_F(Activation, DrawsItselfWithoutAWindow) {
+  if (!CanPaint()) GTEST_SKIP() << "nothing can be painted here";
   const Library library;
   const auto view = library.Create<IViewObject2>(IID_IViewObject2);
   const HDC screen = GetDC(nullptr);

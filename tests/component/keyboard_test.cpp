@@ -51,6 +51,46 @@ TEST_F(Keyboard, TabWalksTheStopsAndLeavesAtTheEnd) {
   EXPECT_EQ(calls.back(), "TranslateAccelerator");
 }
 
+// The state of a key as the thread sees it, for as long as the object lives.
+class HeldKey {
+ public:
+  explicit HeldKey(int key) : key_(key) { Set(0x80); }
+  ~HeldKey() { Set(0); }
+
+ private:
+  void Set(BYTE state) const {
+    BYTE keys[256] = {};
+    GetKeyboardState(keys);
+    keys[key_] = state;
+    SetKeyboardState(keys);
+  }
+  const int key_;
+};
+
+TEST_F(Keyboard, ShiftTabWalksBackAndLeavesAtTheStart) {
+  SetFocus(placed_->Child(control_id::cmdOK));
+  const HeldKey shift(VK_SHIFT);
+  EXPECT_EQ(Press(WM_KEYDOWN, VK_TAB), S_OK);
+  EXPECT_EQ(Focus(), control_id::cmdShowDefaults);
+  EXPECT_EQ(Press(WM_KEYDOWN, VK_TAB), S_OK);
+  EXPECT_EQ(GetDlgCtrlID(GetParent(GetFocus())), control_id::cmbRDVType);
+  EXPECT_EQ(Press(WM_KEYDOWN, VK_TAB), S_OK);
+  EXPECT_EQ(Focus(), control_id::LVRDVLineConfig);
+  EXPECT_EQ(Press(WM_KEYDOWN, VK_TAB), S_FALSE);
+}
+
+TEST_F(Keyboard, ShiftTabComesInAtTheLastStop) {
+  SetFocus(placed_->container.Window());
+  PumpMessages();
+  MSG tab = {};
+  tab.message = WM_KEYDOWN;
+  tab.wParam = VK_TAB;
+  const HeldKey shift(VK_SHIFT);
+  EXPECT_EQ(placed_->object->DoVerb(OLEIVERB_UIACTIVATE, &tab, nullptr, 0, nullptr, nullptr), S_OK);
+  // Apply comes after it, and is disabled.
+  EXPECT_EQ(Focus(), control_id::cmdCancel);
+}
+
 TEST_F(Keyboard, ArrowsStayInTheGrid) {
   EXPECT_EQ(Press(WM_KEYDOWN, VK_DOWN), S_OK);
   EXPECT_EQ(Focus(), control_id::LVRDVLineConfig);
@@ -73,7 +113,12 @@ TEST_F(Keyboard, MnemonicsPressButtons) {
   const auto control = placed_->As<IOleControl>(IID_IOleControl);
   ASSERT_EQ(control->GetControlInfo(&info), S_OK);
   EXPECT_EQ(info.cAccel, 4);
-  DestroyAcceleratorTable(info.hAccel);
+  EXPECT_EQ(info.dwFlags, 0u);
+  // The table stays the control's: a container that asks again gets the same.
+  CONTROLINFO again = {};
+  again.cb = sizeof again;
+  ASSERT_EQ(control->GetControlInfo(&again), S_OK);
+  EXPECT_EQ(again.hAccel, info.hAccel);
   MSG event = {};
   event.message = WM_SYSCHAR;
   event.wParam = L'c';

@@ -2,24 +2,23 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "component/identifiers.h"
 
 namespace rdv::test {
 namespace {
 
-int boxes_answered = 0;
+constexpr int kBoxText = 0xFFFF;  // the identifier of the text in a message box
 
-LRESULT CALLBACK AnswerBox(int code, WPARAM wparam, LPARAM lparam) {
-  if (code == HCBT_ACTIVATE) {
-    const auto window = reinterpret_cast<HWND>(wparam);
-    wchar_t name[16] = L"";
-    GetClassNameW(window, name, 16);
-    if (lstrcmpW(name, L"#32770") == 0) {
-      ++boxes_answered;
-      PostMessageW(window, WM_COMMAND, IDOK, 0);
-    }
-  }
-  return CallNextHookEx(nullptr, code, wparam, lparam);
+std::wstring BoxText(HWND box) {
+  wchar_t text[1024] = L"";
+  GetDlgItemTextW(box, kBoxText, text, 1024);
+  return text;
+}
+
+std::string Narrow(const std::wstring& text) {
+  return {text.begin(), text.end()};  // the boxes speak ASCII
 }
 
 }  // namespace
@@ -59,17 +58,36 @@ void Library::CreateUntyped(REFIID iid, void** object) const {
   ASSERT_EQ(factory->CreateInstance(nullptr, iid, object), S_OK);
 }
 
-BoxAnswerer::BoxAnswerer()
-    : hook_(SetWindowsHookExW(WH_CBT, &AnswerBox, nullptr, GetCurrentThreadId())) {
-  boxes_answered = 0;
-}
+BoxAnswerer* BoxAnswerer::current_ = nullptr;
+
+BoxAnswerer::BoxAnswerer() : before_(std::exchange(current_, this)) {}
 
 BoxAnswerer::~BoxAnswerer() {
+  current_ = before_;
+}
+
+BoxWatch::BoxWatch() : hook_(SetWindowsHookExW(WH_CBT, &OnWindow, nullptr, GetCurrentThreadId())) {}
+
+BoxWatch::~BoxWatch() {
   UnhookWindowsHookEx(hook_);
 }
 
-int BoxAnswerer::Count() {
-  return boxes_answered;
+LRESULT CALLBACK BoxWatch::OnWindow(int code, WPARAM wparam, LPARAM lparam) {
+  if (code == HCBT_ACTIVATE) {
+    const auto window = reinterpret_cast<HWND>(wparam);
+    wchar_t name[16] = L"";
+    GetClassNameW(window, name, 16);
+    if (lstrcmpW(name, L"#32770") == 0) {
+      if (BoxAnswerer::current_) {
+        BoxAnswerer::current_->texts_.push_back(BoxText(window));
+        PostMessageW(window, WM_COMMAND, IDOK, 0);
+      } else {
+        ADD_FAILURE() << "an unexpected message box: " << Narrow(BoxText(window));
+        PostMessageW(window, WM_COMMAND, IDCANCEL, 0);
+      }
+    }
+  }
+  return CallNextHookEx(nullptr, code, wparam, lparam);
 }
 
 void PumpMessages() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "component/com_pointer.h"
 
@@ -37,15 +38,37 @@ class Library {
   HMODULE module_;
 };
 
-// Answers message boxes that would otherwise wait for a user, and remembers what they said.
+// Message boxes would wait for a user. While one of these lives, every box of the thread is
+// answered with OK, and what it said is kept.
 class BoxAnswerer {
  public:
   BoxAnswerer();
+  BoxAnswerer(const BoxAnswerer&) = delete;
+  BoxAnswerer& operator=(const BoxAnswerer&) = delete;
   ~BoxAnswerer();
-  static int Count();
+  const std::vector<std::wstring>& Texts() const { return texts_; }
 
  private:
-  HHOOK hook_;
+  friend class BoxWatch;
+  static BoxAnswerer* current_;
+
+  BoxAnswerer* const before_;
+  std::vector<std::wstring> texts_;
+};
+
+// Sees every box of the thread as long as it lives. One that no BoxAnswerer expects fails the test
+// with its text, and is cancelled.
+class BoxWatch {
+ public:
+  BoxWatch();
+  BoxWatch(const BoxWatch&) = delete;
+  BoxWatch& operator=(const BoxWatch&) = delete;
+  ~BoxWatch();
+
+ private:
+  static LRESULT CALLBACK OnWindow(int code, WPARAM wparam, LPARAM lparam);
+
+  const HHOOK hook_;
 };
 
 // Lets posted messages through.

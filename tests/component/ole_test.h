@@ -1,9 +1,10 @@
-// A test in a thread that OLE is initialised in.
+// A test in a thread that has OLE, windows to edit in, and nobody to answer message boxes.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include "component/ole_headers.h"
+#include "tests/component/editor_stand_ins.h"
+#include "tests/component/library.h"
 
 namespace rdv::test {
 
@@ -31,6 +32,8 @@ class OleTest : public testing::Test {
 
  private:
   const OleSession session_;
+  const EditorStandIns stand_ins_;
+  const BoxWatch boxes_;
 };
 
 }  // namespace rdv::test

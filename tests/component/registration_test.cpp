@@ -79,6 +79,61 @@ TEST_F(Registration, LeavesNoKeyBehindWhenUndone) {
   EXPECT_EQ(Snapshot(), before);
 }
 
+// A key that its maker keeps to its own lifetime cannot have a lasting one below it.
+class KeyInTheWay {
+ public:
+  explicit KeyInTheWay(const std::wstring& path) : path_(std::wstring(kClasses) + L"\\" + path) {
+    RegCreateKeyExW(HKEY_LOCAL_MACHINE, path_.c_str(), 0, nullptr, REG_OPTION_VOLATILE,
+                    KEY_ALL_ACCESS, nullptr, &key_, nullptr);
+  }
+  ~KeyInTheWay() {
+    RegCloseKey(key_);
+    RegDeleteKeyW(HKEY_LOCAL_MACHINE, path_.c_str());
+  }
+
+ private:
+  const std::wstring path_;
+  HKEY key_ = nullptr;
+};
+
+class OnlyIn {
+ public:
+  explicit OnlyIn(const wchar_t* scope) { SetEnvironmentVariableW(L"RDV_REGISTRATION", scope); }
+  ~OnlyIn() { SetEnvironmentVariableW(L"RDV_REGISTRATION", nullptr); }
+};
+
+TEST_F(Registration, PutsEverythingBackWhenAStepFails) {
+  const OnlyIn machine(L"machine");
+  const KeyInTheWay in_the_way(L"TLV_RDV_Line_Config.ucRDVLineConfig");
+  const auto before = Snapshot();
+  EXPECT_EQ(library_.Register(), SELFREG_E_CLASS);
+  EXPECT_EQ(Snapshot(), before);
+}
+
+// The types of an earlier registration are not that call's to take away.
+TEST_F(Registration, LeavesAnEarlierOneAloneWhenItFails) {
+  const OnlyIn machine(L"machine");
+  ASSERT_EQ(library_.Register(), S_OK);
+  const std::wstring names = std::wstring(kClasses) + L"\\TLV_RDV_Line_Config.ucRDVLineConfig";
+  ASSERT_EQ(RegDeleteTreeW(HKEY_LOCAL_MACHINE, names.c_str()), ERROR_SUCCESS);
+  {
+    const KeyInTheWay in_the_way(L"TLV_RDV_Line_Config.ucRDVLineConfig");
+    EXPECT_EQ(library_.Register(), SELFREG_E_CLASS);
+  }
+  ComPointer<ITypeLib> types;
+  EXPECT_EQ(LoadRegTypeLib(kTypeLibraryId, 1, 0, LOCALE_NEUTRAL, types.Receive()), S_OK);
+  EXPECT_EQ(Value(L"CLSID\\" + ToText(kLineConfigClassId) + L"\\InprocServer32"), Library::Path());
+}
+
+TEST_F(Registration, TakesTheRestOfADamagedOneAway) {
+  const auto before = Snapshot();
+  ASSERT_EQ(library_.Register(), S_OK);
+  const std::wstring key = std::wstring(kClasses) + L"\\CLSID\\" + ToText(kLineConfigClassId);
+  ASSERT_EQ(RegDeleteTreeW(HKEY_LOCAL_MACHINE, key.c_str()), ERROR_SUCCESS);
+  EXPECT_EQ(library_.Unregister(), S_OK);
+  EXPECT_EQ(Snapshot(), before);
+}
+
 TEST_F(Registration, MayBeDoneAndUndoneTwice) {
   EXPECT_EQ(library_.Register(), S_OK);
   EXPECT_EQ(library_.Register(), S_OK);
@@ -166,6 +221,7 @@ TEST_F(Registration, IsNotNeededWithTheManifest) {
 
 // The container that comes with the system, which asks for little and offers little.
 TEST_F(Registration, LetsTheSystemsOwnContainerHostTheControl) {
+  if (!CanPaint()) GTEST_SKIP() << "the container converts sizes with a device context: none here";
   const BoxAnswerer boxes;
   ASSERT_EQ(library_.Register(), S_OK);
   const HMODULE container = LoadLibraryW(L"atl100.dll");
@@ -225,6 +281,25 @@ class Changes : public testing::Test {
   }
   HKEY key_ = nullptr;
 };
+
+TEST_F(Changes, PutAValueOfAnotherKindBack) {
+  const wchar_t text[] = L"%SystemRoot%";
+  HKEY key = nullptr;
+  ASSERT_EQ(RegCreateKeyExW(key_, L"kept", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr),
+            ERROR_SUCCESS);
+  RegSetValueExW(key, L"name", 0, REG_EXPAND_SZ, reinterpret_cast<const BYTE*>(text), sizeof text);
+  {
+    RegistryChanges changes(key_);
+    ASSERT_EQ(changes.SetValue(L"kept", L"name", L"after"), S_OK);
+  }
+  DWORD kind = REG_NONE;
+  wchar_t now[64] = L"";
+  DWORD size = sizeof now;
+  RegQueryValueExW(key, L"name", nullptr, &kind, reinterpret_cast<BYTE*>(now), &size);
+  EXPECT_EQ(kind, static_cast<DWORD>(REG_EXPAND_SZ));
+  EXPECT_STREQ(now, text);
+  RegCloseKey(key);
+}
 
 TEST_F(Changes, ArePutBackUnlessTheyAreCompleted) {
   {

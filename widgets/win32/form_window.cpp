@@ -244,15 +244,28 @@ void FormWindow::RefreshColors() {
 void FormWindow::CheckFocus() {
   const HWND focus = GetFocus();
   const bool inside = focus == window_ || IsChild(window_, focus);
-  if (inside == focus_inside_) return;
-  focus_inside_ = inside;
-  if (on_focus_change) on_focus_change(inside);
+  if (std::exchange(focus_inside_, inside) != inside && on_focus_change) on_focus_change(inside);
+  const bool editing = keyboard_.Editing();
+  if (std::exchange(editing_, editing) != editing && on_editing_change) on_editing_change();
+}
+
+// They hear from the system only through their parents.
+void FormWindow::TellCommonControls(UINT message, WPARAM wparam, LPARAM lparam) const {
+  const HWND grid = LVRDVLineConfig_.Handle();
+  SendMessageW(grid, message, wparam, lparam);
+  SendMessageW(reinterpret_cast<HWND>(SendMessageW(grid, LVM_GETHEADER, 0, 0)), message, wparam,
+               lparam);
 }
 
 std::optional<LRESULT> FormWindow::OnMessage(UINT message, WPARAM wparam, LPARAM lparam) {
   switch (message) {
     case WM_SIZE:
-      Layout();
+      // A container may resize for a new resolution without a word about that.
+      if (Scale::Of(window_) == scale_) {
+        Layout();
+      } else {
+        FollowScreen();
+      }
       return 0;
     case WM_COMMAND:
     case WM_NOTIFY:
@@ -277,8 +290,15 @@ std::optional<LRESULT> FormWindow::OnMessage(UINT message, WPARAM wparam, LPARAM
     case WM_CTLCOLORBTN:
       return reinterpret_cast<LRESULT>(FormBackground(window_));
     case WM_SYSCOLORCHANGE:
+      TellCommonControls(message, wparam, lparam);
+      RefreshColors();
+      return std::nullopt;
     case WM_THEMECHANGED:
       RefreshColors();
+      return std::nullopt;
+    case WM_SETTINGCHANGE:
+      TellCommonControls(message, wparam, lparam);
+      Refresh();
       return std::nullopt;
     case WM_DPICHANGED_AFTERPARENT:
       FollowScreen();

@@ -65,6 +65,8 @@ class FormWindow {
 
   // The focus has come into the form or left it.
   std::function<void(bool inside)> on_focus_change;
+  // The keyboard has come to an in-place editor or left it (KeyboardWalk::Editing).
+  std::function<void()> on_editing_change;
 
  private:
   friend class FormWindowHandle;
@@ -80,6 +82,7 @@ class FormWindow {
   void Layout();
   void ApplyFont();
   void RefreshColors();
+  void TellCommonControls(UINT message, WPARAM wparam, LPARAM lparam) const;
   void CheckFocus();
 
   FormWindowHandle window_;
@@ -88,6 +91,7 @@ class FormWindow {
   Appearance appearance_;
   HBRUSH background_ = nullptr;  // of the appearance; null = the system's
   bool focus_inside_ = false;
+  bool editing_ = false;
   std::weak_ptr<void> owner_;
 
   // The editors come before the grid, which makes them lie above it.

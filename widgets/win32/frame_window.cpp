@@ -69,6 +69,8 @@ LRESULT CALLBACK FrameWindow::Procedure(HWND window, UINT message, WPARAM wparam
       FillRect(reinterpret_cast<HDC>(wparam), &area, FormBackground(GetParent(window)));
       return 1;
     }
+    case WM_CTLCOLORBTN:
+      return reinterpret_cast<LRESULT>(FormBackground(GetParent(window)));
     case WM_PAINT: {
       PAINTSTRUCT paint = {};
       const HDC context = BeginPaint(window, &paint);

@@ -19,8 +19,14 @@ HWND WindowOf(Editor* editor) {
   return dynamic_cast<EditorWindow<TextBox>&>(*editor).Handle();
 }
 
+// A frame is disabled while lines are loaded, the form in a form designer.
 bool CanTakeFocus(HWND window) {
-  return IsWindowVisible(window) && IsWindowEnabled(window) && IsWindowEnabled(GetParent(window));
+  if (!IsWindowVisible(window)) return false;
+  for (HWND each = window; each; each = GetAncestor(each, GA_PARENT)) {
+    if (!IsWindowEnabled(each)) return false;
+    if ((GetWindowLongW(each, GWL_STYLE) & WS_CHILD) == 0) break;
+  }
+  return true;
 }
 
 bool MovesWithin(WPARAM key) {

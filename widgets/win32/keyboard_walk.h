@@ -31,6 +31,9 @@ class KeyboardWalk {
   bool PressMnemonic(wchar_t key);
   std::span<const Stop> Stops() const { return stops_; }
 
+  // An in-place editor has the keyboard: Enter and Esc are the control's then.
+  bool Editing() const { return FocusedEditor() != nullptr; }
+
   // At the first tab stop, or the last.
   void Enter(bool at_the_end);
 
