@@ -4,6 +4,8 @@
 
 #include "tests/component/ole_test.h"
 #include "tests/component/placed_control.h"
+#include "tests/support/site_files.h"
+#include "tools/site_folder/site_folder.h"
 #include "widgets/win32/control_ids.h"
 
 namespace rdv::test {
@@ -138,7 +140,9 @@ TEST_F(Activation, FollowsTheSystemsSettingsWithoutTheContainersHelp) {
 TEST_F(Activation, TheListsDropDownInTheirWidths) {
   PlacedControl placed;
   placed.Verb(OLEIVERB_INPLACEACTIVATE);
-  const BoxAnswerer boxes;  // without a site, loading ends with a message
+  const TemporaryFolder nothing;
+  const SiteFolder found(nothing.Path().u16string());
+  const BoxAnswerer boxes;  // without a database, loading ends with a message
   VARIANT_BOOL shown = VARIANT_TRUE;
   placed.As<LineConfigInterface>(kLineConfigInterfaceId)->ShowControl(1, &shown);
   const std::pair<int, LRESULT> widths[] = {{control_id::cmbLineType, 200},
