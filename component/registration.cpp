@@ -185,7 +185,8 @@ HRESULT UnregisterIn(const Scope& scope) {
     }
   }
   const std::wstring types = classes + L"TypeLib\\" + ToText(kTypeLibraryId);
-  if (Exists(scope.root, types, 0)) {
+  // Some systems keep what is registered for one user with the machine's.
+  if (Exists(scope.root, types, 0) || (scope.per_user && TypesAreRegistered())) {
     HRESULT removed = UnregisterTypes(scope.per_user);
     if (removed == TYPE_E_REGISTRYACCESS) removed = S_OK;  // the other word size's alone are there
     if (SUCCEEDED(result)) result = Translated(removed, SELFREG_E_TYPELIB);

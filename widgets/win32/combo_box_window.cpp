@@ -10,21 +10,27 @@ constexpr int kDroppedRows = 10;
 // Around the text of a closed combo box: border and padding, above and below.
 constexpr int kClosedPadding = 6;
 
-// Asked for the least width of the open list, the platform answers with that of the box where this
-// one is wider. Here it is what was set, whatever cell the box lies over.
-LRESULT CALLBACK AnswerDropDownWidth(HWND window, UINT message, WPARAM wparam, LPARAM lparam,
-                                     UINT_PTR id, DWORD_PTR pixels) {
-  if (message == CB_GETDROPPEDWIDTH) return static_cast<LRESULT>(pixels);
-  if (message == WM_NCDESTROY) RemoveWindowSubclass(window, &AnswerDropDownWidth, id);
-  return DefSubclassProc(window, message, wparam, lparam);
-}
-
 }  // namespace
+
+// Asked for the least width of the open list, the platform answers with that of the box where this
+// one is wider. Here it is what was set, whatever cell the box lies over. A list is filled with a
+// thousand messages: the procedure does nothing but pass them on.
+LRESULT CALLBACK ComboBoxWindow::Procedure(HWND window, UINT message, WPARAM wparam,
+                                           LPARAM lparam) {
+  const auto* list = static_cast<const ComboBoxWindow*>(TargetOf(window));
+  if (message == CB_GETDROPPEDWIDTH) return list->drop_down_width_;
+  return CallWindowProcW(list->platform_procedure_, window, message, wparam, lparam);
+}
 
 ComboBoxWindow::ComboBoxWindow(HWND parent, int id, TextEntry entry) : entry_(entry) {
   const DWORD kind = entry == TextEntry::Typed ? CBS_DROPDOWN | CBS_AUTOHSCROLL : CBS_DROPDOWNLIST;
   Create(parent, {.window_class = L"COMBOBOX", .style = WS_TABSTOP | WS_VSCROLL | kind, .id = id});
-  SetDropDownWidth(0);
+  platform_procedure_ = reinterpret_cast<WNDPROC>(
+      SetWindowLongPtrW(Handle(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&Procedure)));
+}
+
+ComboBoxWindow::~ComboBoxWindow() {
+  SetWindowLongPtrW(Handle(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(platform_procedure_));
 }
 
 bool ComboBoxWindow::DroppedDown() const {
@@ -120,7 +126,7 @@ void ComboBoxWindow::SetListIndex(int index) {
 
 void ComboBoxWindow::SetDropDownWidth(int pixels) {
   SendMessageW(Handle(), CB_SETDROPPEDWIDTH, static_cast<WPARAM>(pixels), 0);
-  SetWindowSubclass(Handle(), &AnswerDropDownWidth, 0, static_cast<DWORD_PTR>(pixels));
+  drop_down_width_ = pixels;
 }
 
 void ComboBoxWindow::OnCommand(WORD code) {

@@ -12,6 +12,7 @@ enum class TextEntry { FromListOnly, Typed };
 class ComboBoxWindow : public EditorWindow<ComboBox> {
  public:
   ComboBoxWindow(HWND parent, int id, TextEntry entry);
+  ~ComboBoxWindow() override;
 
   bool DroppedDown() const;
 
@@ -38,14 +39,17 @@ class ComboBoxWindow : public EditorWindow<ComboBox> {
   void PlaceAt(const RECT& place) override;
 
  private:
+  static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
   void CheckIndex(int index) const;
   int PlatformIndex() const;
   void OnPicked();
   void OnTyped();
 
   const TextEntry entry_;
+  WNDPROC platform_procedure_ = nullptr;
   int list_index_ = -1;
-  rdv::Text known_text_;  // shown text that the last on_change or selection told of
+  rdv::Text known_text_;     // shown text that the last on_change or selection told of
+  int drop_down_width_ = 0;  // pixels
   bool dropped_ = false;
   bool setting_ = false;  // messages now come from a setter, which tells of its change itself
 };

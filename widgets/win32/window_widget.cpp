@@ -27,10 +27,14 @@ HWND CreateChild(HWND parent, const ChildDescription& description, NotificationT
   return window;
 }
 
+NotificationTarget* TargetOf(HWND child) {
+  return reinterpret_cast<NotificationTarget*>(GetWindowLongPtrW(child, GWLP_USERDATA));
+}
+
 LRESULT ReflectNotification(UINT message, WPARAM wparam, LPARAM lparam) noexcept {
   const auto* header = message == WM_NOTIFY ? reinterpret_cast<const NMHDR*>(lparam) : nullptr;
   const HWND child = header ? header->hwndFrom : reinterpret_cast<HWND>(lparam);
-  auto* target = reinterpret_cast<NotificationTarget*>(GetWindowLongPtrW(child, GWLP_USERDATA));
+  NotificationTarget* target = TargetOf(child);
   if (!target) return 0;
   try {
     if (header) return target->OnNotify(*header);

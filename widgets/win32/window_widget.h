@@ -26,6 +26,9 @@ struct ChildDescription {
 // Raises RuntimeError with the platform's error when the window cannot be created.
 HWND CreateChild(HWND parent, const ChildDescription& description, NotificationTarget* target);
 
+// Null where the child's widget is gone.
+NotificationTarget* TargetOf(HWND child);
+
 // Hands a WM_COMMAND or WM_NOTIFY of a child made by CreateChild to its target. Nothing thrown
 // leaves it: the caller is a window procedure.
 LRESULT ReflectNotification(UINT message, WPARAM wparam, LPARAM lparam) noexcept;
