@@ -49,6 +49,10 @@ TEST_F(Activation, AnswersEveryInterfaceWithOneIdentity) {
     EXPECT_EQ(ComPointer<IUnknown>::From(part.Get(), IID_IUnknown).Get(), identity.Get());
   }
   EXPECT_FALSE(placed.As<IUnknown>(IID_IDataObject));
+  // It is not safe for a browser's scripts, and does not say that it is.
+  constexpr IID kObjectSafety = {
+      0xCB5BDC81, 0x93C1, 0x11CF, {0x8F, 0x20, 0x00, 0x80, 0x5F, 0x2C, 0xD0, 0x64}};
+  EXPECT_FALSE(placed.As<IUnknown>(kObjectSafety));
 }
 
 TEST_F(Activation, TellsTheContainerOfEachStepInOrder) {

@@ -1,6 +1,7 @@
 // The methods as scripts call them.
 #include <gtest/gtest.h>
 
+#include "component/boundary.h"
 #include "tests/component/ole_test.h"
 #include "tests/component/placed_control.h"
 
@@ -79,6 +80,42 @@ TEST_F(Scripts, ErrorInformationIsOfferedForTheMethods) {
   const auto support = ComPointer<ISupportErrorInfo>::From(control_.Get(), IID_ISupportErrorInfo);
   EXPECT_EQ(support->InterfaceSupportsErrorInfo(kLineConfigInterfaceId), S_OK);
   EXPECT_EQ(support->InterfaceSupportsErrorInfo(IID_IOleObject), S_FALSE);
+}
+
+HRESULT Failing() {
+  return AtBoundary(
+      []() -> HRESULT { throw RuntimeError(381, u"Invalid property array index", u"Stand-in"); });
+}
+
+TEST_F(Scripts, AFailureLeavesItsTextAndSource) {
+  EXPECT_EQ(Failing(), MAKE_HRESULT(SEVERITY_ERROR, FACILITY_CONTROL, 381));
+  ComPointer<IErrorInfo> error;
+  ASSERT_EQ(GetErrorInfo(0, error.Receive()), S_OK);
+  BSTR text = nullptr;
+  BSTR source = nullptr;
+  GUID of = {};
+  EXPECT_EQ(error->GetDescription(&text), S_OK);
+  EXPECT_EQ(error->GetSource(&source), S_OK);
+  EXPECT_EQ(error->GetGUID(&of), S_OK);
+  EXPECT_STREQ(text, L"Invalid property array index");
+  EXPECT_STREQ(source, L"Stand-in");
+  EXPECT_EQ(of, kLineConfigInterfaceId);
+  SysFreeString(text);
+  SysFreeString(source);
+}
+
+TEST_F(Scripts, WhatElseIsThrownBecomesAResultCode) {
+  EXPECT_EQ(AtBoundary([]() -> HRESULT { throw std::bad_alloc(); }), E_OUTOFMEMORY);
+  EXPECT_EQ(AtBoundary([]() -> HRESULT { throw 7; }), E_UNEXPECTED);
+  EXPECT_EQ(AtBoundary([] { return S_FALSE; }), S_FALSE);
+}
+
+// What an earlier call left is not taken for this one's.
+TEST_F(Scripts, ACallStartsWithoutErrorInformation) {
+  Failing();
+  EXPECT_EQ(Call(L"AssignIndextoDefaultBox", {Number(6), Number(6)}, result_), S_OK);
+  ComPointer<IErrorInfo> error;
+  EXPECT_EQ(GetErrorInfo(0, error.Receive()), S_FALSE);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // Keys that a container hands to the control.
 #include <gtest/gtest.h>
 
+#include "tests/component/held_key.h"
 #include "tests/component/ole_test.h"
 #include "tests/component/placed_control.h"
 #include "widgets/win32/control_ids.h"
@@ -50,22 +51,6 @@ TEST_F(Keyboard, TabWalksTheStopsAndLeavesAtTheEnd) {
   ASSERT_FALSE(calls.empty());
   EXPECT_EQ(calls.back(), "TranslateAccelerator");
 }
-
-// The state of a key as the thread sees it, for as long as the object lives.
-class HeldKey {
- public:
-  explicit HeldKey(int key) : key_(key) { Set(0x80); }
-  ~HeldKey() { Set(0); }
-
- private:
-  void Set(BYTE state) const {
-    BYTE keys[256] = {};
-    GetKeyboardState(keys);
-    keys[key_] = state;
-    SetKeyboardState(keys);
-  }
-  const int key_;
-};
 
 TEST_F(Keyboard, ShiftTabWalksBackAndLeavesAtTheStart) {
   SetFocus(placed_->Child(control_id::cmdOK));

@@ -155,6 +155,17 @@ TEST_F(Registration, WritesWhatContainersLookFor) {
   EXPECT_EQ(Value(key + L"\\Verb\\0"), L"&Edit,0,2");
   EXPECT_EQ(Value(key + L"\\Implemented Categories\\{40FC6ED4-2438-11CF-A3DB-080036F12502}"), L"");
   EXPECT_EQ(Value(key + L"\\Insertable"), L"(absent)");
+  EXPECT_EQ(Value(key + L"\\VersionIndependentProgID"), L"TLV_RDV_Line_Config.ucRDVLineConfig");
+  EXPECT_EQ(Value(key + L"\\Programmable"), L"");
+  EXPECT_EQ(Value(L"TLV_RDV_Line_Config.ucRDVLineConfig\\CurVer"), Value(key + L"\\ProgID"));
+  EXPECT_EQ(Value(L"TypeLib\\" + ToText(kTypeLibraryId) + L"\\1.0\\0\\" +
+                  (sizeof(void*) == 8 ? L"win64" : L"win32")),
+            Library::Path());
+  // It writes files: a browser must not take it for safe.
+  for (const wchar_t* safe_for :
+       {L"{7DD95801-9882-11CF-9FA9-00AA006C42C4}", L"{7DD95802-9882-11CF-9FA9-00AA006C42C4}"}) {
+    EXPECT_EQ(Value(key + L"\\Implemented Categories\\" + safe_for), L"(absent)");
+  }
   EXPECT_EQ(Value(L"TLV_RDV_Line_Config.ucRDVLineConfig\\CLSID"), ToText(kLineConfigClassId));
   EXPECT_EQ(Value(Value(key + L"\\ProgID") + L"\\CLSID"), ToText(kLineConfigClassId));
 }
@@ -191,32 +202,6 @@ TEST_F(Registration, GoesToTheCallerAloneWhenAsked) {
   EXPECT_EQ(std::wstring(server), Library::Path());
   EXPECT_EQ(machine, L"(absent)");
   EXPECT_EQ(unregistered, S_OK);
-}
-
-TEST_F(Registration, IsNotNeededWithTheManifest) {
-  const std::wstring folder = Library::Path().substr(0, Library::Path().find_last_of(L'\\'));
-  const std::wstring manifest = folder + L"\\TLV_RDV_Line_Config.manifest";
-  ACTCTXW description = {};
-  description.cbSize = sizeof description;
-  description.dwFlags = ACTCTX_FLAG_ASSEMBLY_DIRECTORY_VALID;
-  description.lpSource = manifest.c_str();
-  description.lpAssemblyDirectory = folder.c_str();
-  const HANDLE context = CreateActCtxW(&description);
-  ASSERT_NE(context, INVALID_HANDLE_VALUE);
-  ULONG_PTR cookie = 0;
-  ASSERT_TRUE(ActivateActCtx(context, &cookie));
-  CLSID class_id = {};
-  EXPECT_EQ(CLSIDFromProgID(L"TLV_RDV_Line_Config.ucRDVLineConfig", &class_id), S_OK);
-  // The system may lend the name another identifier; it leads to the same class.
-  ComPointer<IDispatch> control;
-  EXPECT_EQ(CoCreateInstance(class_id, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch,
-                             control.ReceiveUntyped()),
-            S_OK);
-  DWORD status = 0;
-  EXPECT_EQ(OleRegGetMiscStatus(kLineConfigClassId, DVASPECT_CONTENT, &status), S_OK);
-  EXPECT_EQ(status, kMiscStatus);
-  DeactivateActCtx(0, cookie);
-  ReleaseActCtx(context);
 }
 
 // The container that comes with the system, which asks for little and offers little.

@@ -199,5 +199,51 @@ TEST_F(TypeLibrary, ThePropertiesHaveTheirNumbersAndTypes) {
   }
 }
 
+TEST_F(TypeLibrary, IsOfTheLibrarysWordSize) {
+  TLIBATTR* attributes = nullptr;
+  ASSERT_EQ(library_->GetLibAttr(&attributes), S_OK);
+  EXPECT_EQ(attributes->syskind, sizeof(void*) == 8 ? SYS_WIN64 : SYS_WIN32);
+  library_->ReleaseTLibAttr(attributes);
+}
+
+TEST_F(TypeLibrary, TheTypesAndTheLibraryHaveHelpTexts) {
+  for (INT index = -1; index < static_cast<INT>(library_->GetTypeInfoCount()); ++index) {
+    BSTR help = nullptr;
+    ASSERT_EQ(library_->GetDocumentation(index, nullptr, &help, nullptr, nullptr), S_OK);
+    EXPECT_GT(SysStringLen(help), 0u) << index;
+    SysFreeString(help);
+  }
+}
+
+TEST_F(TypeLibrary, TheMembersHaveTheirNumbersAndPlaces) {
+  const auto methods = Members(Table(L"_ucRDVLineConfig").Get());
+  ASSERT_EQ(methods.size(), 2u);
+  EXPECT_EQ(methods[0].id, 0x60030000);
+  EXPECT_EQ(methods[1].id, 0x60030001);
+  EXPECT_EQ(Attributes(Table(L"_ucRDVLineConfig").Get()).typekind, TKIND_INTERFACE);
+  const auto properties = Members(Table(L"_Business_Rules").Get());
+  EXPECT_EQ(Attributes(Table(L"_Business_Rules").Get()).typekind, TKIND_INTERFACE);
+  for (size_t index = 0; index < properties.size(); ++index) {
+    EXPECT_EQ(properties[index].table_offset, static_cast<SHORT>((7 + index) * sizeof(void*)));
+  }
+}
+
+TEST_F(TypeLibrary, TheRulesClassHasItsDefaultInterfaceAndNoFactory) {
+  const auto rules = Type(L"Business_Rules");
+  INT flags = 0;
+  HREFTYPE reference = 0;
+  ComPointer<ITypeInfo> interface_type;
+  ASSERT_EQ(rules->GetImplTypeFlags(0, &flags), S_OK);
+  ASSERT_EQ(rules->GetRefTypeOfImplType(0, &reference), S_OK);
+  ASSERT_EQ(rules->GetRefTypeInfo(reference, interface_type.Receive()), S_OK);
+  EXPECT_EQ(flags, IMPLTYPEFLAG_FDEFAULT);
+  EXPECT_EQ(Attributes(interface_type.Get()).guid, Attributes(Type(L"_Business_Rules").Get()).guid);
+  const Library library;
+  ComPointer<IClassFactory> factory;
+  EXPECT_EQ(library.GetClassObject(Attributes(rules.Get()).guid, IID_IClassFactory,
+                                   factory.ReceiveUntyped()),
+            CLASS_E_CLASSNOTAVAILABLE);
+}
+
 }  // namespace
 }  // namespace rdv::test

@@ -1,0 +1,180 @@
+// Walking the cells of a site's lines by keyboard, in the real windows.
+#include <gtest/gtest.h>
+
+// clang-format off
+#include <windows.h>
+#include <commctrl.h>
+// clang-format on
+
+#include "rules/grid_columns.h"
+#include "tests/component/held_key.h"
+#include "tests/component/ole_test.h"
+#include "tests/component/placed_control.h"
+#include "tests/support/site_files.h"
+#include "tools/site_folder/site_folder.h"
+#include "widgets/win32/control_ids.h"
+
+namespace rdv::test {
+namespace {
+
+using Cell = std::pair<int, int>;  // row and editor
+
+// The editors of a line from left to right, by the code of its type; not installed ones have none.
+const std::map<std::wstring, std::vector<int>> kEditors = {
+    {L"5",
+     {control_id::cmbPartition, control_id::cmbStartingNodeName, control_id::cmbVolume,
+      control_id::cmbModeType, control_id::cmbNISOption, control_id::txtEWTOption,
+      control_id::txtLabel}},
+    {L"6",
+     {control_id::cmbPartition, control_id::cmbStartingNodeName, control_id::cmbVolume,
+      control_id::cmbModeType, control_id::cmbNISOption, control_id::txtEWTOption,
+      control_id::cmbImpedance, control_id::cmbSoftStop, control_id::txtLabel}},
+    {L"8",
+     {control_id::cmbPartition, control_id::cmbStartingNodeName, control_id::cmbVolume,
+      control_id::cmbModeType, control_id::txtLabel}}};
+
+class CellWalk : public OleTest {
+ protected:
+  void SetUp() override {
+    ASSERT_NO_FATAL_FAILURE(OleTest::SetUp());
+    if (!std::filesystem::exists(SharedSites())) GTEST_SKIP() << "the sample sites are not at hand";
+    files_ = std::make_unique<SiteFiles>("plain");
+    found_ = std::make_unique<SiteFolder>(files_->Folder().u16string());
+    placed_ = std::make_unique<PlacedControl>();
+    // All columns in sight.
+    placed_->container.place = {0, 0, 1300, 500};
+    ASSERT_EQ(placed_->Verb(OLEIVERB_UIACTIVATE), S_OK);
+    VARIANT_BOOL shown = VARIANT_FALSE;
+    ASSERT_EQ(placed_->As<LineConfigInterface>(kLineConfigInterfaceId)->ShowControl(1, &shown),
+              S_OK);
+    ASSERT_EQ(shown, VARIANT_TRUE);
+    SetFocus(Grid());
+  }
+  void TearDown() override { placed_.reset(); }
+
+  HWND Grid() { return placed_->Child(control_id::LVRDVLineConfig); }
+  // Of the window with the focus; a list that can be typed into has it in its text part.
+  int Focus() {
+    const int id = GetDlgCtrlID(GetFocus());
+    return id > control_id::cmdApply ? GetDlgCtrlID(GetParent(GetFocus())) : id;
+  }
+  HRESULT Press(WPARAM key) {
+    MSG event = {};
+    event.hwnd = GetFocus();
+    event.message = WM_KEYDOWN;
+    event.wParam = key;
+    return placed_->As<IOleInPlaceActiveObject>(IID_IOleInPlaceActiveObject)
+        ->TranslateAccelerator(&event);
+  }
+  std::wstring Text(int row, int column) {
+    wchar_t text[64] = L"";
+    LVITEMW item = {};
+    item.iSubItem = column - 1;
+    item.pszText = text;
+    item.cchTextMax = 64;
+    SendMessageW(Grid(), LVM_GETITEMTEXTW, static_cast<WPARAM>(row - 1),
+                 reinterpret_cast<LPARAM>(&item));
+    return text;
+  }
+  int Rows() { return static_cast<int>(SendMessageW(Grid(), LVM_GETITEMCOUNT, 0, 0)); }
+  int SelectedRow() {
+    return static_cast<int>(
+               SendMessageW(Grid(), LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED)) +
+           1;
+  }
+  // Tab, until it closes the last editor: each cell that was opened on the way.
+  std::vector<Cell> Walk() {
+    std::vector<Cell> cells;
+    const int most = 2 * Rows() * kColumnCount;
+    for (int presses = 0; presses < most && Focus() != control_id::LVRDVLineConfig; ++presses) {
+      const int editor = Focus();
+      const bool right_half =
+          editor == control_id::cmbStartingNodeNumber || editor == control_id::cmbModeNumber;
+      if (!right_half) cells.push_back({SelectedRow(), editor});
+      EXPECT_EQ(Press(VK_TAB), S_OK);
+    }
+    return cells;
+  }
+  // By the types of the lines.
+  std::vector<Cell> AllCells() {
+    std::vector<Cell> cells;
+    for (int row = 1; row <= Rows(); ++row) {
+      const auto found = kEditors.find(Text(row, column::kLineTypeCode));
+      if (found == kEditors.end()) continue;
+      for (const int editor : found->second) cells.push_back({row, editor});
+    }
+    return cells;
+  }
+
+  std::unique_ptr<SiteFiles> files_;
+  std::unique_ptr<SiteFolder> found_;
+  std::unique_ptr<PlacedControl> placed_;
+};
+
+TEST_F(CellWalk, TabOpensEveryCellInOrderAndEndsInTheGrid) {
+  const BoxAnswerer boxes;  // a stored label has two quotes in a row
+  EXPECT_EQ(Press(VK_DOWN), S_OK);
+  ASSERT_EQ(SelectedRow(), 1);
+  EXPECT_EQ(Press(VK_F2), S_OK);
+  const auto expected = AllCells();
+  EXPECT_GT(expected.size(), 20u);
+  EXPECT_EQ(Walk(), expected);
+  EXPECT_EQ(Focus(), control_id::LVRDVLineConfig);
+}
+
+TEST_F(CellWalk, ShiftTabOpensThemBackwards) {
+  const BoxAnswerer boxes;
+  const auto expected = AllCells();
+  ASSERT_FALSE(expected.empty());
+  Press(VK_DOWN);
+  Press(VK_F2);
+  while (Cell(SelectedRow(), Focus()) != expected.back()) {
+    ASSERT_EQ(Press(VK_TAB), S_OK);
+    ASSERT_NE(Focus(), control_id::LVRDVLineConfig);
+  }
+  const HeldKey shift(VK_SHIFT);
+  EXPECT_EQ(Walk(), std::vector<Cell>(expected.rbegin(), expected.rend()));
+}
+
+TEST_F(CellWalk, EnterAndEscapeCloseTheEditor) {
+  Press(VK_DOWN);
+  for (const WPARAM key : {WPARAM{VK_RETURN}, WPARAM{VK_ESCAPE}}) {
+    EXPECT_EQ(Press(VK_F2), S_OK);
+    ASSERT_EQ(Focus(), control_id::cmbPartition);
+    EXPECT_EQ(Press(key), S_OK);
+    EXPECT_EQ(Focus(), control_id::LVRDVLineConfig);
+    EXPECT_FALSE(IsWindowVisible(placed_->Child(control_id::cmbPartition)));
+  }
+}
+
+TEST_F(CellWalk, ArrowsStayInTheEditor) {
+  Press(VK_DOWN);
+  Press(VK_F2);
+  ASSERT_EQ(Focus(), control_id::cmbPartition);
+  EXPECT_EQ(Press(VK_LEFT), S_OK);
+  EXPECT_EQ(Focus(), control_id::cmbPartition);
+  EXPECT_EQ(SelectedRow(), 1);
+}
+
+TEST_F(CellWalk, TheColumnsHaveTheirCaptions) {
+  const wchar_t* const captions[] = {
+      L"Line Type",  L"Partition",  L"Starting Node", L"Starting Node", L"Volume",
+      L"Mode",       L"Mode",       L"Impedance",     L"Soft Stop",     L"Line",
+      L"Line Type",  L"Partition",  L"Starting Node", L"Volume",        L"Mode",
+      L"NIS Option", L"EWT Option", L"Impedance",     L"Soft Stop",     L"Label"};
+  const auto header = reinterpret_cast<HWND>(SendMessageW(Grid(), LVM_GETHEADER, 0, 0));
+  ASSERT_EQ(SendMessageW(header, HDM_GETITEMCOUNT, 0, 0), 20);
+  for (WPARAM index = 0; index < 20; ++index) {
+    wchar_t text[64] = L"";
+    HDITEMW item = {};
+    item.mask = HDI_TEXT | HDI_WIDTH;
+    item.pszText = text;
+    item.cchTextMax = 64;
+    SendMessageW(header, HDM_GETITEMW, index, reinterpret_cast<LPARAM>(&item));
+    EXPECT_STREQ(text, captions[index]) << index;
+    EXPECT_EQ(item.cxy > 0, index >= 9) << index;  // the first nine hold codes and are hidden
+  }
+}
+
+}  // namespace
+}  // namespace rdv::test
