@@ -196,14 +196,31 @@ POINT LineGridWindow::MiddleOf(int row, int column) const {
   return {place.left + scale_.Pixels(middle), (place.top + place.bottom) / 2};
 }
 
+void LineGridWindow::HookHeader() {
+  const HWND header = Header();
+  if (!header || header == hooked_header_) return;
+  UnhookHeader();
+  hooked_header_ = header;
+  SetWindowLongPtrW(header, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+  header_procedure_ = reinterpret_cast<WNDPROC>(
+      SetWindowLongPtrW(header, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&HeaderProcedure)));
+}
+
+void LineGridWindow::UnhookHeader() {
+  if (!hooked_header_) return;
+  SetWindowLongPtrW(hooked_header_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(header_procedure_));
+  SetWindowLongPtrW(hooked_header_, GWLP_USERDATA, 0);
+  hooked_header_ = nullptr;
+}
+
 LRESULT CALLBACK LineGridWindow::HeaderProcedure(HWND header, UINT message, WPARAM wparam,
-                                                 LPARAM lparam, UINT_PTR id, DWORD_PTR grid) {
+                                                 LPARAM lparam) {
   const auto hold = HoldForm(header);
-  const auto& self = *reinterpret_cast<const LineGridWindow*>(grid);
+  const auto& self =
+      *reinterpret_cast<const LineGridWindow*>(GetWindowLongPtrW(header, GWLP_USERDATA));
   // The platform tells the grid of a press on its header only when it comes from the mouse itself.
   if (IsPress(message)) Tell(self.on_before_move);
-  if (message == WM_NCDESTROY) RemoveWindowSubclass(header, &HeaderProcedure, id);
-  const LRESULT result = DefSubclassProc(header, message, wparam, lparam);
+  const LRESULT result = CallWindowProcW(self.header_procedure_, header, message, wparam, lparam);
   if (message == HDM_LAYOUT && result) {
     // The list view asks its header how much of the grid it takes.
     const auto& layout = *reinterpret_cast<const HDLAYOUT*>(lparam);

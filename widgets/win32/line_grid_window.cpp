@@ -7,11 +7,6 @@
 #include "widgets/win32/wide.h"
 
 namespace rdv::win32 {
-namespace {
-
-constexpr UINT_PTR kHeaderSubclass = 1;
-
-}  // namespace
 
 LineGridWindow::LineGridWindow(HWND parent, int id) {
   Create(parent, {.window_class = WC_LISTVIEWW,
@@ -39,9 +34,7 @@ void LineGridWindow::RefreshColors() {
 void LineGridWindow::SetReportView() {
   constexpr DWORD kStyles = LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_LABELTIP;
   Send(LVM_SETEXTENDEDLISTVIEWSTYLE, kStyles | LVS_EX_HEADERDRAGDROP, kStyles);
-  if (const HWND header = Header()) {
-    SetWindowSubclass(header, &HeaderProcedure, kHeaderSubclass, reinterpret_cast<DWORD_PTR>(this));
-  }
+  HookHeader();
 }
 
 void LineGridWindow::RemoveColumns() {

@@ -20,8 +20,12 @@ class LineGridWindow : public WindowWidget<LineGrid>, private GridWatcher {
   LineGridWindow(HWND parent, int id);
   ~LineGridWindow() override { Unhook(); }
 
-  // Puts the list view's own window procedure back; must have run when the window is destroyed.
-  void Unhook() { hook_.reset(); }
+  // Puts the window procedures of list view and header back; must have run when the windows are
+  // destroyed.
+  void Unhook() {
+    UnhookHeader();
+    hook_.reset();
+  }
 
   void Place(const Rectangle& place, Scale scale);
   void RefreshColors();
@@ -95,10 +99,13 @@ class LineGridWindow : public WindowWidget<LineGrid>, private GridWatcher {
   void FocusRow(int row);
   bool SelectPressed(int row, bool ctrl, bool shift);
   bool ListHandlesKey(WPARAM key) const;
-  static LRESULT CALLBACK HeaderProcedure(HWND header, UINT message, WPARAM wparam, LPARAM lparam,
-                                          UINT_PTR id, DWORD_PTR grid);
+  void HookHeader();
+  void UnhookHeader();
+  static LRESULT CALLBACK HeaderProcedure(HWND header, UINT message, WPARAM wparam, LPARAM lparam);
 
   std::unique_ptr<ListViewHook> hook_;
+  HWND hooked_header_ = nullptr;
+  WNDPROC header_procedure_ = nullptr;
   Scale scale_{96};
   Rectangle place_;
   std::vector<Column> columns_;

@@ -1,10 +1,14 @@
 #include "widgets/win32/list_view_hook.h"
 
+#include <algorithm>
+#include <vector>
+
 namespace rdv::win32 {
 namespace {
 
-// The window carries its hook: a host may place several controls, each with its own grid.
-constexpr const wchar_t* kHookProperty = L"TLV_RDV_Line_Config.ListViewHook";
+// Those of this thread's grids: a host may place several controls. Looked through for every message
+// of a grid, which a property of the window would make a question to the system.
+thread_local std::vector<const ListViewHook*> hooks;
 
 WNDPROC SetProcedure(HWND window, WNDPROC procedure) {
   return reinterpret_cast<WNDPROC>(
@@ -14,18 +18,20 @@ WNDPROC SetProcedure(HWND window, WNDPROC procedure) {
 }  // namespace
 
 ListViewHook::ListViewHook(HWND grid, GridWatcher& watcher) : grid_(grid), watcher_(watcher) {
-  SetPropW(grid_, kHookProperty, this);
+  hooks.push_back(this);
   OldListViewProc = SetProcedure(grid_, &ListViewWindowProc);
 }
 
 ListViewHook::~ListViewHook() {
   OldListViewProc = SetProcedure(grid_, OldListViewProc);
-  RemovePropW(grid_, kHookProperty);
+  std::erase(hooks, this);
 }
 
 LRESULT CALLBACK ListViewWindowProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
-  const auto* hook = static_cast<const ListViewHook*>(GetPropW(window, kHookProperty));
-  if (!hook) return 0;
+  const auto found = std::find_if(hooks.begin(), hooks.end(),
+                                  [&](const ListViewHook* hook) { return hook->grid_ == window; });
+  if (found == hooks.end()) return 0;
+  const ListViewHook* hook = *found;
   // Taken beforehand: a handler may remove the hook while it runs.
   const WNDPROC procedure = hook->OldListViewProc;
   if (const auto answer = hook->watcher_.BeforeGrid(message, wparam, lparam)) return *answer;
