@@ -4,6 +4,7 @@
 
 #include <fstream>
 #include <iterator>
+#include <set>
 
 #include "tests/component/library.h"
 
@@ -58,6 +59,23 @@ TEST_F(LibraryFile, ExportsTheFourEntryPointsAndNothingElse) {
   EXPECT_EQ(exports->NumberOfFunctions, exports->NumberOfNames);
   EXPECT_THAT(names, testing::ElementsAre("DllCanUnloadNow", "DllGetClassObject",
                                           "DllRegisterServer", "DllUnregisterServer"));
+}
+
+// The libraries that it imports are the system's. The only ones that are named at run time are
+// among its imports as well, so that none is ever taken from the current folder.
+TEST_F(LibraryFile, NamesNoLibraryThatIsYetToBeLoaded) {
+  const std::string ending("\0.\0d\0l\0l\0\0", 10);
+  std::set<std::string> named;
+  for (size_t at = bytes_.find(ending); at != std::string::npos; at = bytes_.find(ending, at + 1)) {
+    std::string name = ".dll";
+    for (size_t each = at - 1; bytes_[each] > ' ' && bytes_[each + 1] == 0; each -= 2) {
+      name.insert(name.begin(), bytes_[each]);
+    }
+    named.insert(name);
+  }
+  EXPECT_TRUE(named.contains("user32.dll"));
+  named.erase("TLV_RDV_Line_Config.dll");  // what the version resource calls the library itself
+  EXPECT_THAT(named, testing::IsSubsetOf({"user32.dll", "msvcrt.dll", "advapi32.dll"}));
 }
 
 TEST_F(LibraryFile, LoadsAtRandomAddressesWithoutExecutableData) {

@@ -134,6 +134,23 @@ TEST_F(Registration, TakesTheRestOfADamagedOneAway) {
   EXPECT_EQ(Snapshot(), before);
 }
 
+// The names lead to the class of either word size.
+TEST_F(Registration, LeavesTheNamesToTheOtherWordSize) {
+  constexpr REGSAM kOther = sizeof(void*) == 8 ? KEY_WOW64_32KEY : KEY_WOW64_64KEY;
+  const std::wstring path = std::wstring(kClasses) + L"\\CLSID\\" + ToText(kLineConfigClassId);
+  HKEY other = nullptr;
+  ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, nullptr, 0,
+                            KEY_ALL_ACCESS | kOther, nullptr, &other, nullptr),
+            ERROR_SUCCESS);
+  RegCloseKey(other);
+  EXPECT_EQ(library_.Register(), S_OK);
+  EXPECT_EQ(library_.Unregister(), S_OK);
+  EXPECT_EQ(Value(L"TLV_RDV_Line_Config.ucRDVLineConfig\\CLSID"), ToText(kLineConfigClassId));
+  EXPECT_EQ(RegDeleteKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), kOther, 0), ERROR_SUCCESS);
+  EXPECT_EQ(library_.Unregister(), S_OK);
+  EXPECT_EQ(Value(L"TLV_RDV_Line_Config.ucRDVLineConfig\\CLSID"), L"(absent)");
+}
+
 TEST_F(Registration, MayBeDoneAndUndoneTwice) {
   EXPECT_EQ(library_.Register(), S_OK);
   EXPECT_EQ(library_.Register(), S_OK);
