@@ -1,6 +1,7 @@
 // What the user does to the grid: presses, keys, scrolling and the column headers.
 
 #include <algorithm>
+#include <vector>
 
 #include "widgets/win32/form_messages.h"
 #include "widgets/win32/line_grid_window.h"
@@ -18,6 +19,10 @@ void Tell(const Handler& handler, Arguments... arguments) noexcept {
     // No one to report to: the handlers that report do so themselves.
   }
 }
+
+// Of this thread. A window's user data would not do: what a header tells its list view reaches the
+// form too, where that of a child is its widget.
+thread_local std::vector<const LineGridWindow*> grids_with_headers;
 
 bool IsPress(UINT message) {
   return message == WM_LBUTTONDOWN || message == WM_LBUTTONDBLCLK || message == WM_RBUTTONDOWN ||
@@ -201,7 +206,7 @@ void LineGridWindow::HookHeader() {
   if (!header || header == hooked_header_) return;
   UnhookHeader();
   hooked_header_ = header;
-  SetWindowLongPtrW(header, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+  grids_with_headers.push_back(this);
   header_procedure_ = reinterpret_cast<WNDPROC>(
       SetWindowLongPtrW(header, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&HeaderProcedure)));
 }
@@ -209,15 +214,18 @@ void LineGridWindow::HookHeader() {
 void LineGridWindow::UnhookHeader() {
   if (!hooked_header_) return;
   SetWindowLongPtrW(hooked_header_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(header_procedure_));
-  SetWindowLongPtrW(hooked_header_, GWLP_USERDATA, 0);
+  std::erase(grids_with_headers, this);
   hooked_header_ = nullptr;
 }
 
 LRESULT CALLBACK LineGridWindow::HeaderProcedure(HWND header, UINT message, WPARAM wparam,
                                                  LPARAM lparam) {
   const auto hold = HoldForm(header);
-  const auto& self =
-      *reinterpret_cast<const LineGridWindow*>(GetWindowLongPtrW(header, GWLP_USERDATA));
+  const auto found =
+      std::find_if(grids_with_headers.begin(), grids_with_headers.end(),
+                   [&](const LineGridWindow* grid) { return grid->hooked_header_ == header; });
+  if (found == grids_with_headers.end()) return 0;
+  const LineGridWindow& self = **found;
   // The platform tells the grid of a press on its header only when it comes from the mouse itself.
   if (IsPress(message)) Tell(self.on_before_move);
   const LRESULT result = CallWindowProcW(self.header_procedure_, header, message, wparam, lparam);
