@@ -249,7 +249,8 @@ class ControlTest : public SiteTest {
   }
 
   static void Accept(const Refusal& refused) {
-    EXPECT_FALSE(refused.has_value()) << "the user cannot do that: " << ToUtf8(refused.value_or(u""));
+    EXPECT_FALSE(refused.has_value())
+        << "the user cannot do that: " << ToUtf8(refused.value_or(u""));
   }
 
   static int IndexOf(const ComboBox& list, int32_t code) {
