@@ -1,11 +1,11 @@
 // What the user does to the grid: presses, keys, scrolling and the column headers.
 
 #include <algorithm>
-#include <vector>
 
 #include "widgets/win32/form_messages.h"
 #include "widgets/win32/line_grid_window.h"
 #include "widgets/win32/platform.h"
+#include "widgets/win32/window_map.h"
 
 namespace rdv::win32 {
 namespace {
@@ -20,9 +20,9 @@ void Tell(const Handler& handler, Arguments... arguments) noexcept {
   }
 }
 
-// Of this thread. A window's user data would not do: what a header tells its list view reaches the
-// form too, where that of a child is its widget.
-thread_local std::vector<const LineGridWindow*> grids_with_headers;
+// A window's user data would not do: what a header tells its list view reaches the form too, where
+// that of a child is its widget.
+WindowMap<const LineGridWindow> grids_of_headers;
 
 bool IsPress(UINT message) {
   return message == WM_LBUTTONDOWN || message == WM_LBUTTONDBLCLK || message == WM_RBUTTONDOWN ||
@@ -206,7 +206,7 @@ void LineGridWindow::HookHeader() {
   if (!header || header == hooked_header_) return;
   UnhookHeader();
   hooked_header_ = header;
-  grids_with_headers.push_back(this);
+  grids_of_headers.Add(header, this);
   header_procedure_ = reinterpret_cast<WNDPROC>(
       SetWindowLongPtrW(header, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&HeaderProcedure)));
 }
@@ -214,18 +214,16 @@ void LineGridWindow::HookHeader() {
 void LineGridWindow::UnhookHeader() {
   if (!hooked_header_) return;
   SetWindowLongPtrW(hooked_header_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(header_procedure_));
-  std::erase(grids_with_headers, this);
+  grids_of_headers.Remove(hooked_header_);
   hooked_header_ = nullptr;
 }
 
 LRESULT CALLBACK LineGridWindow::HeaderProcedure(HWND header, UINT message, WPARAM wparam,
                                                  LPARAM lparam) {
   const auto hold = HoldForm(header);
-  const auto found =
-      std::find_if(grids_with_headers.begin(), grids_with_headers.end(),
-                   [&](const LineGridWindow* grid) { return grid->hooked_header_ == header; });
-  if (found == grids_with_headers.end()) return 0;
-  const LineGridWindow& self = **found;
+  const LineGridWindow* grid = grids_of_headers.Find(header);
+  if (!grid) return 0;
+  const LineGridWindow& self = *grid;
   // The platform tells the grid of a press on its header only when it comes from the mouse itself.
   if (IsPress(message)) Tell(self.on_before_move);
   const LRESULT result = CallWindowProcW(self.header_procedure_, header, message, wparam, lparam);

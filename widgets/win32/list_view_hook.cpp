@@ -1,14 +1,12 @@
 #include "widgets/win32/list_view_hook.h"
 
-#include <algorithm>
-#include <vector>
+#include "widgets/win32/window_map.h"
 
 namespace rdv::win32 {
 namespace {
 
-// Those of this thread's grids: a host may place several controls. Looked through for every message
-// of a grid, which a property of the window would make a question to the system.
-thread_local std::vector<const ListViewHook*> hooks;
+// A host may place several controls, each with its own grid.
+WindowMap<const ListViewHook> hooks;
 
 WNDPROC SetProcedure(HWND window, WNDPROC procedure) {
   return reinterpret_cast<WNDPROC>(
@@ -18,20 +16,18 @@ WNDPROC SetProcedure(HWND window, WNDPROC procedure) {
 }  // namespace
 
 ListViewHook::ListViewHook(HWND grid, GridWatcher& watcher) : grid_(grid), watcher_(watcher) {
-  hooks.push_back(this);
+  hooks.Add(grid_, this);
   OldListViewProc = SetProcedure(grid_, &ListViewWindowProc);
 }
 
 ListViewHook::~ListViewHook() {
   OldListViewProc = SetProcedure(grid_, OldListViewProc);
-  std::erase(hooks, this);
+  hooks.Remove(grid_);
 }
 
 LRESULT CALLBACK ListViewWindowProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
-  const auto found = std::find_if(hooks.begin(), hooks.end(),
-                                  [&](const ListViewHook* hook) { return hook->grid_ == window; });
-  if (found == hooks.end()) return 0;
-  const ListViewHook* hook = *found;
+  const ListViewHook* hook = hooks.Find(window);
+  if (!hook) return 0;
   // Taken beforehand: a handler may remove the hook while it runs.
   const WNDPROC procedure = hook->OldListViewProc;
   if (const auto answer = hook->watcher_.BeforeGrid(message, wparam, lparam)) return *answer;
