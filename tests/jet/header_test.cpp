@@ -156,7 +156,7 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"one page", [](std::vector<uint8_t>&) {}, 4096, u""},
         Refusal{"cut off", [](std::vector<uint8_t>&) {}, kSomeSize + 100, u""},
         Refusal{"other mark", [](std::vector<uint8_t>& page) { page[1] = 2; }, kSomeSize, u""},
-        Refusal{"other name", [](std::vector<uint8_t>& page) { SetName(page, "Standard XXX DB"); },
+        Refusal{"other name", [](std::vector<uint8_t>& page) { SetName(page, "Standard Net DB"); },
                 kSomeSize, u""},
         Refusal{"money", [](std::vector<uint8_t>& page) { SetName(page, "MSISAM Database"); },
                 kSomeSize, u"Files of Microsoft Money are not supported"},
