@@ -71,13 +71,18 @@ std::optional<Key> CheckedKey(const FileReader& file, const TableDefinition& tab
   return key;
 }
 
-void CheckUnique(const FileReader& file, const TableDefinition& table, const RealIndex& index,
-                 Bytes key, std::span<const Value> values, RowId own_row) {
-  if (!index.unique || AllNull(values)) return;
+std::optional<EntryPlace> CheckUnique(const FileReader& file, const TableDefinition& table,
+                                      const RealIndex& index, Bytes key,
+                                      std::span<const Value> values, RowId own_row) {
+  if (!index.unique || AllNull(values)) return std::nullopt;
   IndexCursor cursor(file, table, index);
-  for (cursor.Seek(key); cursor.Valid() && std::ranges::equal(cursor.Key(), key); cursor.Next()) {
+  cursor.Seek(key);
+  const auto same = [&] { return cursor.Valid() && std::ranges::equal(cursor.Key(), key); };
+  if (!same()) return cursor.Sought();
+  for (; same(); cursor.Next()) {
     if (cursor.Row() != own_row) RaiseDuplicate();
   }
+  return std::nullopt;
 }
 
 bool HasKey(const FileReader& file, const TableDefinition& table, const RealIndex& index,

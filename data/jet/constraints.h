@@ -8,6 +8,7 @@
 
 #include "data/jet/file_reader.h"
 #include "data/jet/index_key.h"
+#include "data/jet/index_page.h"
 #include "data/jet/schema.h"
 #include "runtime/value.h"
 
@@ -51,8 +52,10 @@ std::optional<Key> CheckedKey(const FileReader& file, const TableDefinition& tab
                               const RealIndex& index, std::span<const Value> values);
 
 // Raises when a unique index has the key for another row already. Keys of Nulls alone do not count.
-void CheckUnique(const FileReader& file, const TableDefinition& table, const RealIndex& index,
-                 Bytes key, std::span<const Value> values, RowId own_row);
+// Answers where the key belongs if that became known; good until the index changes.
+std::optional<EntryPlace> CheckUnique(const FileReader& file, const TableDefinition& table,
+                                      const RealIndex& index, Bytes key,
+                                      std::span<const Value> values, RowId own_row);
 
 // Whether the index has any entry with the key.
 bool HasKey(const FileReader& file, const TableDefinition& table, const RealIndex& index,

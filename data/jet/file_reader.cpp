@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "data/jet/errors.h"
+#include "data/jet/text_units.h"
 
 namespace rdv::jet {
 namespace {
@@ -24,19 +25,10 @@ void AppendUnits(Bytes stored, Text& to) {
   }
 }
 
-// In steps of a fixed size that a compiler turns into single instructions. The texts of lines are
-// short: a loop with any number of rounds costs more than the copying.
 void AppendSingleBytes(Bytes stored, Text& to) {
-  constexpr size_t step = 8;
   const size_t old_size = to.size();
   to.resize(old_size + stored.size());
-  const uint8_t* from = stored.data();
-  char16_t* out = to.data() + old_size;
-  size_t left = stored.size();
-  for (; left >= step; left -= step, from += step, out += step) {
-    for (size_t i = 0; i < step; ++i) out[i] = from[i];
-  }
-  for (; left > 0; --left) *out++ = *from++;
+  WidenBytes(stored.data(), stored.size(), to.data() + old_size);
 }
 
 // Runs take turns, one byte to a unit first, then whole units; a zero byte ends a run.

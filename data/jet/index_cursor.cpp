@@ -36,8 +36,12 @@ void IndexCursor::SeekFirst() {
 }
 
 void IndexCursor::Seek(Bytes key) {
-  Descend([key](const IndexPageView& node) { return node.LowerBound(key); });
-  StandOn(page_->LowerBound(key));
+  Descend([key](const IndexPageView& node) { return node.WayTo(key); });
+  const std::optional<EntryBounds> found = page_->LowerBound(key);
+  sought_.reset();
+  if (found) sought_ = {page_->Number(), found->start};
+  if (!found && page_->Next() == 0) sought_ = {page_->Number(), page_->Used()};
+  StandOn(found);
 }
 
 void IndexCursor::Next() {

@@ -70,6 +70,18 @@ std::optional<EntryBounds> IndexPageView::EntryAt(size_t start) const {
   return EntryBounds{start, end};
 }
 
+size_t IndexPageView::Used() const {
+  return HighestBit(mask_, mask_.size() * 8).value_or(0);
+}
+
+std::optional<EntryBounds> IndexPageView::WayTo(Bytes key) const {
+  const std::optional<EntryBounds> found = LowerBound(key);
+  if (found || Tail() != 0) return found;
+  const size_t used = Used();
+  if (used == 0) return std::nullopt;
+  return EntryAt(HighestBit(mask_, used).value_or(0));
+}
+
 std::optional<EntryBounds> IndexPageView::LowerBound(Bytes key) const {
   if (first_.end == 0) return std::nullopt;
   if (Compare(WithoutChild(first_), key) >= 0) return first_;

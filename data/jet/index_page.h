@@ -37,6 +37,12 @@ struct EntryBounds {
   size_t end = 0;
 };
 
+// Where in a leaf an entry belongs: at this offset of its entry area.
+struct EntryPlace {
+  uint32_t leaf = 0;
+  size_t offset = 0;
+};
+
 // A view of one index page, entry by entry, that outlives it. Raises the damaged file's error for
 // entries that cannot be.
 class IndexPageView {
@@ -55,6 +61,12 @@ class IndexPageView {
   std::optional<EntryBounds> EntryAt(size_t start) const;
   // The first entry (key and row) that is not below `key`; nothing when all are.
   std::optional<EntryBounds> LowerBound(Bytes key) const;
+
+  // Where the last entry ends.
+  size_t Used() const;
+  // Of a node: the entry that leads on to `key`; nothing when the tail does. A node without a tail
+  // leads everything beyond its entries to its last child.
+  std::optional<EntryBounds> WayTo(Bytes key) const;
 
   // The entry as it would be without a prefix, with its row and child.
   void Restore(EntryBounds entry, std::vector<uint8_t>& to) const;

@@ -122,11 +122,18 @@ int CompareEntries(Bytes left, Bytes right) {
   return left.size() < right.size() ? -1 : left.size() > right.size() ? 1 : 0;
 }
 
+void AppendRow(std::vector<uint8_t>& key, RowId row) {
+  const size_t end = key.size();
+  key.resize(end + kEntryRowSize);
+  Store24BigEndian(&key[end], row.page);
+  key.back() = row.row;
+}
+
 EntryBytes MakeEntry(Bytes key, RowId row) {
-  EntryBytes entry(key.size() + kEntryRowSize);
-  std::ranges::copy(key, entry.begin());
-  Store24BigEndian(entry.data() + key.size(), row.page);
-  entry.back() = row.row;
+  EntryBytes entry;
+  entry.reserve(key.size() + kEntryRowSize);
+  entry.assign(key.begin(), key.end());
+  AppendRow(entry, row);
   return entry;
 }
 
@@ -194,12 +201,6 @@ bool FitsIndexPage(const Format& format, const IndexPageImage& image, size_t fir
 size_t UsedEntryBytes(const Format& format, Bytes page) {
   const Bytes mask = MaskOf(format, page);
   return HighestBit(mask, mask.size() * 8).value_or(0);
-}
-
-std::optional<EntryBounds> LastEntry(const Format& format, Bytes page) {
-  const size_t used = UsedEntryBytes(format, page);
-  if (used == 0) return std::nullopt;
-  return EntryBounds{HighestBit(MaskOf(format, page), used).value_or(0), used};
 }
 
 bool InsertEntryInPlace(const WriteContext& context, uint32_t number, size_t offset, Bytes entry) {

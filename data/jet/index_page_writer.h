@@ -39,6 +39,8 @@ struct IndexPageImage {
 int CompareEntries(Bytes left, Bytes right);
 
 EntryBytes MakeEntry(Bytes key, RowId row);
+// Makes the key an entry.
+void AppendRow(std::vector<uint8_t>& key, RowId row);
 EntryBytes MakeNodeEntry(Bytes key_and_row, uint32_t child);
 
 IndexPageImage LoadIndexPage(const WriteContext& context, uint32_t table_page, uint32_t number);
@@ -52,8 +54,6 @@ bool FitsIndexPage(const Format& format, const IndexPageImage& image, size_t fir
 
 // Where the last entry ends.
 size_t UsedEntryBytes(const Format& format, Bytes page);
-// The last entry, or nothing on an empty page; found from the end of the page.
-std::optional<EntryBounds> LastEntry(const Format& format, Bytes page);
 
 // Inserts a leaf's entry at an offset where an entry starts or the last one ends. False, and
 // nothing is changed, when the page has to be encoded anew for that.

@@ -4,13 +4,6 @@
 #include <iterator>
 
 namespace rdv::jet {
-namespace {
-
-// Far more levels than the largest file can have: deeper, and the nodes lead in a circle.
-constexpr size_t kDeepest = 32;
-constexpr size_t kTypicalDepth = 4;
-
-}  // namespace
 
 IndexWriter::IndexWriter(const WriteContext& context, PageAllocator& allocator, uint32_t table_page,
                          const RealIndex& index)
@@ -44,20 +37,15 @@ void IndexWriter::FreePage(uint32_t page) {
 
 IndexWriter::Path IndexWriter::Descend(Bytes entry) const {
   Path path;
-  path.reserve(kTypicalDepth);
   uint32_t page = root_;
   for (;;) {
     const IndexPageView view(context_.file, table_page_, page);
-    path.push_back({page, kTail});
+    if (path.Full()) context_.file.DamagedPage(root_, u"is the root of an endless index");
+    path.Add(page);
     if (view.IsLeaf()) return path;
-    if (path.size() > kDeepest)
-      context_.file.DamagedPage(root_, u"is the root of an endless index");
-    std::optional<EntryBounds> found = view.LowerBound(entry);
-    // A node without a tail leads everything beyond its entries to its last child.
-    if (!found && view.Tail() == 0)
-      found = LastEntry(format_, context_.file.RawPage(path.back().page));
-    if (found) path.back().entry_end = found->end;
-    page = found ? view.Child(*found) : view.Tail();
+    const std::optional<EntryBounds> way = view.WayTo(entry);
+    if (way) path.back().entry_end = way->end;
+    page = way ? view.Child(*way) : view.Tail();
   }
 }
 
@@ -73,22 +61,23 @@ size_t IndexWriter::EntryNumber(const IndexPageImage& image, const Step& step) c
 
 // --- Inserting ---
 
-void IndexWriter::Insert(Bytes key, RowId row) {
-  const EntryBytes entry = MakeEntry(key, row);
+void IndexWriter::Insert(Key key, RowId row, std::optional<EntryPlace> place) {
+  AppendRow(key, row);
+  const EntryBytes& entry = key;
+  if (place && InsertEntryInPlace(context_, place->leaf, place->offset, entry)) return;
   const Path path = Descend(entry);
   const uint32_t leaf = path.back().page;
   const IndexPageView view(context_.file, table_page_, leaf);
   const auto behind = view.LowerBound(entry);
-  const size_t offset =
-      behind ? behind->start : UsedEntryBytes(format_, context_.file.RawPage(leaf));
+  const size_t offset = behind ? behind->start : view.Used();
   if (InsertEntryInPlace(context_, leaf, offset, entry)) return;
   IndexPageImage image = Load(leaf);
-  const auto place = std::ranges::lower_bound(image.entries, entry,
-                                              [](const EntryBytes& left, const EntryBytes& right) {
-                                                return CompareEntries(left, right) < 0;
-                                              });
-  const bool appended = place == image.entries.end();
-  image.entries.insert(place, entry);
+  const auto next = std::ranges::lower_bound(image.entries, entry,
+                                             [](const EntryBytes& left, const EntryBytes& right) {
+                                               return CompareEntries(left, right) < 0;
+                                             });
+  const bool appended = next == image.entries.end();
+  image.entries.insert(next, entry);
   Save(path, path.size() - 1, std::move(image), appended);
 }
 
@@ -409,8 +398,8 @@ void IndexWriter::Rebuild(const std::vector<EntryBytes>& entries) {
   pages_.Add(root_);
   Store(root_, IndexPageImage{});
   for (const EntryBytes& entry : entries) {
-    const Bytes key = Bytes(entry).first(entry.size() - kEntryRowSize);
-    Insert(key, LoadEntryRow(entry.data() + key.size()));
+    const auto end_of_key = entry.end() - static_cast<ptrdiff_t>(kEntryRowSize);
+    Insert(Key(entry.begin(), end_of_key), LoadEntryRow(&*end_of_key));
   }
 }
 

@@ -5,6 +5,7 @@
 // tail. The root never changes its page.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -22,7 +23,8 @@ class IndexWriter {
   IndexWriter(const WriteContext& context, PageAllocator& allocator, uint32_t table_page,
               const RealIndex& index);
 
-  void Insert(Bytes key, RowId row);
+  // `place`: where the entry belongs, if that is known already.
+  void Insert(Key key, RowId row, std::optional<EntryPlace> place = std::nullopt);
   // Raises the damaged file's error when there is no such entry.
   void Remove(Bytes key, RowId row);
 
@@ -32,13 +34,28 @@ class IndexWriter {
 
  private:
   static constexpr size_t kTail = static_cast<size_t>(-1);
+  // Far more levels than the largest file can have: deeper, and the nodes lead in a circle.
+  static constexpr size_t kDeepest = 32;
 
   // From the root down; of the last step, the leaf, only the page counts.
   struct Step {
     uint32_t page = 0;
     size_t entry_end = kTail;  // of the node's entry that leads on, in the entry area
   };
-  using Path = std::vector<Step>;
+  // There is one for each change: it lives without memory from the heap.
+  class Path {
+   public:
+    bool Full() const { return size_ == steps_.size(); }
+    void Add(uint32_t page) { steps_[size_++].page = page; }
+    size_t size() const { return size_; }
+    Step& back() { return steps_[size_ - 1]; }
+    const Step& back() const { return steps_[size_ - 1]; }
+    const Step& operator[](size_t depth) const { return steps_[depth]; }
+
+   private:
+    std::array<Step, kDeepest> steps_;
+    size_t size_ = 0;
+  };
 
   struct Piece {
     IndexPageImage image;

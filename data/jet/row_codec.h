@@ -94,6 +94,9 @@ class FieldBuffer {
     if (size_ > bytes_.size()) bytes_.resize(2 * size_);
     return bytes_.data() + start;
   }
+  // Gives up the last bytes.
+  void TakeBack(size_t size) { size_ -= size; }
+  void Clear() { size_ = 0; }
 
  private:
   std::vector<uint8_t> bytes_;
@@ -107,6 +110,11 @@ class RowFields {
   explicit RowFields(size_t columns)
       : places_(columns), bytes_(columns == 0 ? 0 : kTypicalRowSize) {}
 
+  // As if made anew, but with the room that there is.
+  void Reset(size_t columns) {
+    places_.assign(columns, {});
+    bytes_.Clear();
+  }
   size_t Count() const { return places_.size(); }
   // Nothing for Null; for a Boolean, there and empty when true. Valid until a field is set.
   std::optional<Bytes> operator[](size_t column) const {
@@ -138,5 +146,7 @@ class RowFields {
 // A Jet 4 row; `fields` in the order of the table's columns. Raises when it is larger than a row
 // may be.
 std::vector<uint8_t> EncodeRow(const TableDefinition& table, const RowFields& fields);
+// Likewise, over what `row` holds.
+void EncodeRow(const TableDefinition& table, const RowFields& fields, std::vector<uint8_t>& row);
 
 }  // namespace rdv::jet

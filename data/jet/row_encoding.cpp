@@ -2,22 +2,16 @@
 
 #include "data/jet/errors.h"
 #include "data/jet/row_codec.h"
+#include "data/jet/text_units.h"
 
 namespace rdv::jet {
 namespace {
 
 constexpr size_t kShortestCompressed = 3;  // units; compressing fewer saves nothing
-constexpr char16_t kLastOneByteUnit = 0xFF;
 constexpr char16_t kCompressedMarkUnit = 0xFEFF;
 constexpr size_t kUnitSize = sizeof(char16_t);
 constexpr uint8_t kBlank[] = {' ', 0};
 constexpr size_t kOffsetSize = 2;  // of a variable column's place in the row
-
-bool CanBeCompressed(TextView text) {
-  return text.size() >= kShortestCompressed &&
-         std::all_of(text.begin(), text.end(),
-                     [](char16_t unit) { return unit != 0 && unit <= kLastOneByteUnit; });
-}
 
 template <typename T>
 const T& As(const Value& value) {
@@ -35,12 +29,11 @@ void AppendNumeric(const Column& column, const DecimalNumber& number, FieldBuffe
 }
 
 void AppendEncodedText(TextView text, bool compressible, FieldBuffer& to) {
-  if (compressible && CanBeCompressed(text)) {
+  if (compressible && text.size() >= kShortestCompressed) {
     uint8_t* bytes = to.Extend(kUnitSize + text.size());
     Store16(bytes, kCompressedMarkUnit);
-    std::ranges::transform(text, bytes + kUnitSize,
-                           [](char16_t unit) { return static_cast<uint8_t>(unit); });
-    return;
+    if (NarrowUnits(text.data(), text.size(), bytes + kUnitSize)) return;
+    to.TakeBack(kUnitSize + text.size());
   }
   // Such a text would be taken for a compressed one.
   if (!text.empty() && text.front() == kCompressedMarkUnit) RaiseUnstorableText();
@@ -139,25 +132,31 @@ RowLayout LayoutOf(const TableDefinition& table, const RowFields& fields) {
   return layout;
 }
 
-// Their data, and from its end backwards: where it ends, where each starts, their number.
+// Their data, and from its end backwards: where it ends, where each starts, their number. The place
+// for where a column starts holds its size at first: the columns may come in any order.
 void StoreVariableColumns(const TableDefinition& table, const RowFields& fields,
                           const RowLayout& layout, std::vector<uint8_t>& row) {
   if (table.variable_columns == 0) return;
-  std::vector<Bytes> by_index(table.variable_columns);
-  for (size_t i = 0; i < table.columns.size(); ++i) {
-    const Column& column = table.columns[i];
-    if (!column.fixed) by_index[column.variable_index] = fields[i].value_or(Bytes());
-  }
+  const auto place = [&](size_t index) { return &row[layout.count - (index + 1) * kOffsetSize]; };
+  const auto for_each_field = [&](auto action) {
+    for (size_t i = 0; i < table.columns.size(); ++i) {
+      const Column& column = table.columns[i];
+      if (column.fixed) continue;
+      if (const auto field = fields[i]) action(place(column.variable_index), *field);
+    }
+  };
   Store16(&row[layout.count], table.variable_columns);
   Store16(&row[layout.end_of_data], static_cast<uint16_t>(layout.end_of_data));
+  for_each_field(
+      [](uint8_t* at, Bytes field) { Store16(at, static_cast<uint16_t>(field.size())); });
   size_t start = layout.data;
-  size_t offset = layout.count;
-  for (const Bytes field : by_index) {
-    offset -= kOffsetSize;
-    Store16(&row[offset], static_cast<uint16_t>(start));
-    std::ranges::copy(field, row.data() + start);
-    start += field.size();
+  for (size_t index = 0; index < table.variable_columns; ++index) {
+    const size_t size = Load16(place(index));
+    Store16(place(index), static_cast<uint16_t>(start));
+    start += size;
   }
+  for_each_field(
+      [&](const uint8_t* at, Bytes field) { std::ranges::copy(field, &row[Load16(at)]); });
 }
 
 }  // namespace
@@ -188,9 +187,15 @@ void RowFields::Encode(size_t column, const Column& definition, const Value& val
 }
 
 std::vector<uint8_t> EncodeRow(const TableDefinition& table, const RowFields& fields) {
+  std::vector<uint8_t> row;
+  EncodeRow(table, fields, row);
+  return row;
+}
+
+void EncodeRow(const TableDefinition& table, const RowFields& fields, std::vector<uint8_t>& row) {
   const RowLayout layout = LayoutOf(table, fields);
   if (layout.size > kJet4.row.max_size) RaiseRecordTooLarge();
-  std::vector<uint8_t> row(layout.size);
+  row.assign(layout.size, 0);
   Store16(row.data(), table.max_columns);
   for (size_t i = 0; i < table.columns.size(); ++i) {
     const auto field = fields[i];
@@ -201,7 +206,6 @@ std::vector<uint8_t> EncodeRow(const TableDefinition& table, const RowFields& fi
       std::ranges::copy(*field, row.data() + kJet4.row.count_size + column.fixed_offset);
   }
   StoreVariableColumns(table, fields, layout, row);
-  return row;
 }
 
 }  // namespace rdv::jet

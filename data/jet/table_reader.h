@@ -70,6 +70,10 @@ class IndexCursor {
   // To the first entry whose key is not below `key`, which may be the beginning of a key.
   void Seek(Bytes key);
 
+  // Where an entry with the key of the last Seek would belong, before all that have it. Nothing
+  // where only the nodes above can tell: behind all entries of a leaf that is not the last one.
+  std::optional<EntryPlace> Sought() const { return sought_; }
+
   // Whether the cursor stands on an entry.
   bool Valid() const { return page_.has_value(); }
   void Next();
@@ -93,6 +97,7 @@ class IndexCursor {
   const RealIndex* index_;
   std::optional<IndexPageView> page_;  // the leaf; nothing when the cursor stands on no entry
   EntryBounds bounds_;
+  std::optional<EntryPlace> sought_;
   uint32_t leaves_ = 0;  // visited
   std::vector<uint8_t> entry_;
   std::vector<uint8_t> last_;  // the last entry of the page before

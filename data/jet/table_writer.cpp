@@ -78,9 +78,9 @@ std::optional<Key> TableWriter::StoredKey(const TableDefinition& table, const Re
 // --- What callers ask for ---
 
 RowId TableWriter::Insert(const TableDefinition& table, std::span<const Assignment> values) {
-  RowChange change = PrepareInsert(table, values);
+  PrepareInsert(table, values);
   changing_ = true;
-  const RowId row = Apply(change);
+  const RowId row = Apply(insert_);
   changing_ = false;
   return row;
 }
@@ -106,35 +106,41 @@ void TableWriter::Delete(const TableDefinition& table, RowId row) {
 
 // --- Working out and judging ---
 
-TableWriter::RowChange TableWriter::PrepareInsert(const TableDefinition& table,
-                                                  std::span<const Assignment> values) {
-  RowChange change;
-  change.table = &table;
-  const InsertedValues row = ValuesForInsert(table, values, change.autonumber);
-  change.fields = RowFields(table.columns.size());
-  for (size_t i = 0; i < row.by_column.size(); ++i) {
-    CheckField(table, table.columns[i], *row.by_column[i]);
-    PrepareField(change, i, *row.by_column[i]);
-  }
-  change.bytes = EncodeRow(table, change.fields);
-  const auto value = [&](size_t column) -> const Value& { return *row.by_column[column]; };
-  change.indexes.reserve(table.indexes.size());
-  for (const RealIndex& index : table.indexes) {
-    const std::vector<Value> parts = IndexValues(index, value);
-    std::optional<Key> key = CheckedKey(context_.file, table, index, parts);
-    if (!key) continue;
-    CheckUnique(context_.file, table, index, *key, parts, {});
-    change.indexes.push_back({&index, std::nullopt, std::move(key)});
-  }
-  CheckReferences(change, value, [](const RealIndex&) { return true; });
-  return change;
+void TableWriter::RowChange::BeginInsert(const TableDefinition& into) {
+  table = &into;
+  row = {};
+  fields.Reset(into.columns.size());
+  indexes.clear();
+  long_values.clear();
+  autonumber = 0;
 }
 
-TableWriter::InsertedValues TableWriter::ValuesForInsert(const TableDefinition& table,
-                                                         std::span<const Assignment> values,
-                                                         uint32_t& autonumber) {
-  InsertedValues row;
-  row.by_column.resize(table.columns.size());
+void TableWriter::PrepareInsert(const TableDefinition& table, std::span<const Assignment> values) {
+  RowChange& change = insert_;
+  change.BeginInsert(table);
+  CollectInserted(table, values);
+  const auto value = [&](size_t column) -> const Value& { return *inserted_.by_column[column]; };
+  for (size_t i = 0; i < table.columns.size(); ++i) {
+    CheckField(table, table.columns[i], value(i));
+    PrepareField(change, i, value(i));
+  }
+  EncodeRow(table, change.fields, change.bytes);
+  for (const RealIndex& index : table.indexes) {
+    parts_.resize(index.columns.size());
+    for (size_t i = 0; i < parts_.size(); ++i) parts_[i] = value(index.columns[i].column);
+    std::optional<Key> key = CheckedKey(context_.file, table, index, parts_);
+    if (!key) continue;
+    const auto place = CheckUnique(context_.file, table, index, *key, parts_, {});
+    change.indexes.push_back({&index, std::nullopt, std::move(key), place});
+  }
+  CheckReferences(change, value, [](const RealIndex&) { return true; });
+}
+
+void TableWriter::CollectInserted(const TableDefinition& table,
+                                  std::span<const Assignment> values) {
+  InsertedValues& row = inserted_;
+  row.by_column.assign(table.columns.size(), nullptr);
+  row.own.clear();
   for (const Assignment& assignment : values)
     row.by_column.at(assignment.column) = &assignment.value;
   for (size_t i = 0; i < row.by_column.size(); ++i) {
@@ -147,9 +153,9 @@ TableWriter::InsertedValues TableWriter::ValuesForInsert(const TableDefinition& 
       value = &row.own.emplace_back(DefaultValue(column));
     }
     const int32_t* number = std::get_if<int32_t>(value);
-    if (column.autonumber && number && *number > 0) autonumber = static_cast<uint32_t>(*number);
+    if (column.autonumber && number && *number > 0)
+      insert_.autonumber = static_cast<uint32_t>(*number);
   }
-  return row;
 }
 
 Value TableWriter::NextAutonumber(const TableDefinition& table, const Column& column) const {
@@ -225,7 +231,7 @@ std::optional<TableWriter::RowChange> TableWriter::PrepareUpdate(
     std::optional<Key> removed = StoredKey(table, index, view);
     if (added == removed) continue;
     if (added) CheckUnique(context_.file, table, index, *added, parts, row);
-    change.indexes.push_back({&index, std::move(removed), std::move(added)});
+    change.indexes.push_back({&index, std::move(removed), std::move(added), std::nullopt});
   }
   CheckReferences(change, new_value, changed);
   return change;
@@ -239,7 +245,7 @@ TableWriter::RowChange TableWriter::PrepareDelete(const TableDefinition& table, 
   change.row = row;
   for (const RealIndex& index : table.indexes) {
     if (auto key = StoredKey(table, index, view))
-      change.indexes.push_back({&index, std::move(key), std::nullopt});
+      change.indexes.push_back({&index, std::move(key), std::nullopt, std::nullopt});
   }
   for (size_t i = 0; i < table.columns.size(); ++i) {
     if (!table.columns[i].IsLongValue()) continue;
@@ -376,11 +382,11 @@ void TableWriter::ReleaseLongValues(const RowChange& change) {
   }
 }
 
-void TableWriter::UpdateIndexes(const RowChange& change, RowId row) {
-  for (const IndexChange& entry : change.indexes) {
+void TableWriter::UpdateIndexes(RowChange& change, RowId row) {
+  for (IndexChange& entry : change.indexes) {
     IndexWriter writer(context_, allocator_, change.table->Page(), *entry.index);
     if (entry.removed) writer.Remove(*entry.removed, row);
-    if (entry.added) writer.Insert(*entry.added, row);
+    if (entry.added) writer.Insert(std::move(*entry.added), row, entry.place);
   }
 }
 

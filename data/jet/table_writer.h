@@ -36,6 +36,7 @@ class TableWriter {
     const RealIndex* index = nullptr;
     std::optional<Key> removed;
     std::optional<Key> added;
+    std::optional<EntryPlace> place;  // of the added one, if nothing else changes the index before
   };
   struct LongValueChange {
     size_t column = 0;
@@ -60,6 +61,9 @@ class TableWriter {
     std::vector<IndexChange> indexes;
     std::vector<LongValueChange> long_values;
     uint32_t autonumber = 0;  // 0: none handed out or given
+
+    // As if made anew for a new row, but with the room that there is.
+    void BeginInsert(const TableDefinition& into);
   };
   using Plan = std::vector<RowChange>;
   // What the columns of a new row get: the caller's values and others.
@@ -70,14 +74,15 @@ class TableWriter {
 
   const Relations& RelationsOfTable(const TableDefinition& table);
 
-  RowChange PrepareInsert(const TableDefinition& table, std::span<const Assignment> values);
+  // In `insert_`.
+  void PrepareInsert(const TableDefinition& table, std::span<const Assignment> values);
   // Nothing when the row has the values already.
   std::optional<RowChange> PrepareUpdate(const TableDefinition& table, RowId row,
                                          std::vector<Assignment> assignments,
                                          std::vector<Followed> followed);
   RowChange PrepareDelete(const TableDefinition& table, RowId row);
-  InsertedValues ValuesForInsert(const TableDefinition& table, std::span<const Assignment> values,
-                                 uint32_t& autonumber);
+  // In `inserted_`.
+  void CollectInserted(const TableDefinition& table, std::span<const Assignment> values);
   Value NextAutonumber(const TableDefinition& table, const Column& column) const;
   void PrepareField(RowChange& change, size_t column, const Value& value);
 
@@ -93,7 +98,7 @@ class TableWriter {
   RowId Apply(RowChange& change);
   void StoreLongValues(RowChange& change);
   void ReleaseLongValues(const RowChange& change);
-  void UpdateIndexes(const RowChange& change, RowId row);
+  void UpdateIndexes(RowChange& change, RowId row);
   void UpdateCounters(const RowChange& change);
 
   std::optional<Key> StoredKey(const TableDefinition& table, const RealIndex& index,
@@ -105,6 +110,10 @@ class TableWriter {
   TableSource& tables_;
   std::unordered_map<uint32_t, Relations> relations_;  // by page of the definition
   bool changing_ = false;
+  // Kept from row to row for their room: rows are inserted by the thousand.
+  RowChange insert_;
+  InsertedValues inserted_;
+  std::vector<Value> parts_;
 };
 
 }  // namespace rdv::jet

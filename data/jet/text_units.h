@@ -1,0 +1,58 @@
+// Between the units of texts and single bytes, eight at a time, in steps of a fixed size that a
+// compiler turns into single instructions: the texts of lines are short, and many.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace rdv::jet {
+
+inline constexpr size_t kUnitStep = 8;
+
+// Writes as many units as there are bytes.
+inline void WidenBytes(const uint8_t* from, size_t count, char16_t* to) {
+  const auto step = [&](size_t at) {
+    std::array<uint8_t, kUnitStep> bytes;
+    std::array<char16_t, kUnitStep> units;
+    std::memcpy(bytes.data(), from + at, sizeof bytes);
+    for (size_t i = 0; i < kUnitStep; ++i) units[i] = bytes[i];
+    std::memcpy(to + at, units.data(), sizeof units);
+  };
+  if (count < kUnitStep) {
+    for (size_t i = 0; i < count; ++i) to[i] = from[i];
+    return;
+  }
+  for (size_t at = 0; at + kUnitStep <= count; at += kUnitStep) step(at);
+  step(count - kUnitStep);  // the rest, some of it again
+}
+
+// Writes as many bytes as there are units. False, and the bytes mean nothing, when one of the units
+// is 0 or needs more than a byte.
+inline bool NarrowUnits(const char16_t* from, size_t count, uint8_t* to) {
+  // What takes 1 away from a byte's unit lies below 0xFF; 0 wraps round and larger ones lie above.
+  unsigned beyond = 0;
+  const auto step = [&](size_t at) {
+    std::array<char16_t, kUnitStep> units;
+    std::array<uint8_t, kUnitStep> bytes;
+    std::memcpy(units.data(), from + at, sizeof units);
+    std::array<uint16_t, kUnitStep> less;
+    for (size_t i = 0; i < kUnitStep; ++i) less[i] = static_cast<uint16_t>(units[i] - 1);
+    for (size_t i = 0; i < kUnitStep; ++i) bytes[i] = static_cast<uint8_t>(units[i]);
+    for (size_t i = 0; i < kUnitStep; ++i) beyond |= less[i] >= 0xFF;
+    std::memcpy(to + at, bytes.data(), sizeof bytes);
+  };
+  if (count < kUnitStep) {
+    for (size_t i = 0; i < count; ++i) {
+      to[i] = static_cast<uint8_t>(from[i]);
+      beyond |= static_cast<uint16_t>(from[i] - 1) >= 0xFF;
+    }
+    return beyond == 0;
+  }
+  for (size_t at = 0; at + kUnitStep <= count; at += kUnitStep) step(at);
+  step(count - kUnitStep);
+  return beyond == 0;
+}
+
+}  // namespace rdv::jet
