@@ -5,6 +5,7 @@
 #include "bench/sqlite_rival.h"
 #include "data/commands.h"
 #include "data/database.h"
+#include "tests/support/line_columns.h"
 
 namespace rdv::bench {
 namespace {
@@ -18,36 +19,12 @@ const fs::path& Site() {
 
 // The arguments that leave a stored line as it is but for its volume, which changes every time.
 LineArguments ArgumentsFor(size_t turn) {
-  static const Text kColumns[] = {u"Partition_Name",
-                                  u"Partition_ID",
-                                  u"Starting_Node_Caption",
-                                  u"Starting_Node_Type_ID",
-                                  u"Starting_Node_Number",
-                                  u"Volume_Name",
-                                  u"Volume_ID",
-                                  u"Mode_Caption",
-                                  u"Mode_Type_ID",
-                                  u"Mode_Ring_Number",
-                                  u"Description",
-                                  u"NIS_Option",
-                                  u"RTQA_Option",
-                                  u"ACD_Option",
-                                  u"LineType",
-                                  u"Impedance",
-                                  u"SoftStop",
-                                  u"rsvd1",
-                                  u"rsvd2",
-                                  u"rsvd3",
-                                  u"Config_ID",
-                                  u"Base_Slot_No",
-                                  u"Slot_Offset",
-                                  u"Line"};
   const RowTable& lines = LinesOf(DatabaseOf(Site()));
   const auto& row = lines.rows[turn * 7919 % lines.rows.size()];
   LineArguments arguments;
   for (size_t i = 0; i < arguments.size(); ++i) {
     for (size_t column = 0; column < lines.columns.size(); ++column) {
-      if (lines.columns[column] != kColumns[i]) continue;
+      if (lines.columns[column] != kLineColumns[i]) continue;
       arguments[i] = IsNull(row[column]) ? Text(u"0") : ToText(row[column]);
     }
   }

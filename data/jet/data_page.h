@@ -39,6 +39,20 @@ class DataPageView {
       DamagedSlot(row);
     return slot;
   }
+  // The first row from `row` on that is not certain to have another number than `number` at its
+  // byte `at`, where `mask` has its bits. Rows that were moved or are damaged are not certain.
+  size_t FirstThatMayHave(uint32_t number, uint32_t mask, size_t at, size_t row) const {
+    const uint8_t* slots = &page_[slots_];
+    size_t end = row == 0 ? page_.size() : Load16(slots + (row - 1) * kSlotSize) & kSlotStartMask;
+    for (; row < slot_count_; ++row) {
+      const size_t start = Load16(slots + row * kSlotSize);  // larger than a page with any flag
+      const size_t behind = start + at + sizeof number;
+      if (behind > end || behind > page_.size() || start < slots_end_) break;
+      if (((Load32(&page_[start + at]) ^ number) & mask) == 0) break;
+      end = start;
+    }
+    return row;
+  }
   Bytes Content(const Slot& slot) const {
     return page_.subspan(slot.start, size_t{slot.end} - slot.start);
   }

@@ -139,37 +139,6 @@ struct PartAppender {
   }
 };
 
-// Whether the value has the column's own type; the key of another type would be of no use.
-bool Suits(ColumnType type, const Value& value) {
-  switch (type) {
-    case ColumnType::Boolean:
-      return std::holds_alternative<bool>(value);
-    case ColumnType::Byte:
-      return std::holds_alternative<uint8_t>(value);
-    case ColumnType::Integer:
-      return std::holds_alternative<int16_t>(value);
-    case ColumnType::Long:
-      return std::holds_alternative<int32_t>(value);
-    case ColumnType::Currency:
-      return std::holds_alternative<Currency>(value);
-    case ColumnType::Single:
-      return std::holds_alternative<float>(value);
-    case ColumnType::Double:
-      return std::holds_alternative<double>(value);
-    case ColumnType::DateTime:
-      return std::holds_alternative<DateTime>(value);
-    case ColumnType::Numeric:
-      return std::holds_alternative<DecimalNumber>(value);
-    case ColumnType::Guid:
-      return std::holds_alternative<Guid>(value);
-    case ColumnType::Text:
-    case ColumnType::Memo:
-      return std::holds_alternative<Text>(value);
-    default:
-      return std::holds_alternative<Binary>(value);
-  }
-}
-
 bool HasGeneralOrder(const Column& column) {
   return column.sort_order == kSortOrderGeneral && column.sort_version == 0;
 }
@@ -186,7 +155,7 @@ std::optional<Obstacle> TryAppendKeyPart(const FileReader& file, const Column& c
     key.push_back(descending ? kNullDescending : kNullAscending);
     return std::nullopt;
   }
-  if (!Suits(column.type, value)) RaiseTypeMismatch();
+  if (!HasTypeOf(column, value)) RaiseTypeMismatch();
   if (column.IsText() && !HasGeneralOrder(column)) return Obstacle{.sort_order = true};
   key.push_back(descending ? kFlagDescending : kFlagAscending);
   PartAppender appender{file, descending, key};

@@ -425,8 +425,12 @@ void Pager::ReadPages(uint32_t first, std::span<const uint32_t> next) {
   }
   try {
     if (wanted == 1) return ReadPage(first);
-    read_ahead_.resize(size_t{end - first} * PageSize());
-    const size_t read = file_->ReadAt(uint64_t{first} * PageSize(), read_ahead_);
+    const size_t size = size_t{end - first} * PageSize();
+    if (size > read_ahead_size_) {
+      read_ahead_ = std::make_unique_for_overwrite<uint8_t[]>(size);
+      read_ahead_size_ = size;
+    }
+    const size_t read = file_->ReadAt(uint64_t{first} * PageSize(), {read_ahead_.get(), size});
     if (read < PageSize()) RaisePageOutsideFile(path_, first, page_count_);
     const auto keep = [&](uint32_t number) {
       const size_t start = size_t{number - first} * PageSize();

@@ -146,7 +146,8 @@ class Pager : public PageSource {
   uint32_t clock_hand_ = 0;
   std::vector<uint32_t> dirty_;
   std::vector<Buffer> spare_;
-  std::vector<uint8_t> read_ahead_;
+  Buffer read_ahead_;
+  size_t read_ahead_size_ = 0;
 
   // An interrupted statement that cannot be put back, as the file cannot be written: its pages as
   // they were. `journal_missed_`: there was no journal to take them from.

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "runtime/text.h"
+#include "runtime/value.h"
 
 namespace rdv::jet {
 
@@ -69,6 +70,9 @@ struct Column {
   bool IsLongValue() const { return type == ColumnType::Memo || type == ColumnType::Ole; }
   bool IsText() const { return type == ColumnType::Memo || type == ColumnType::Text; }
 };
+
+// Whether the value, which is not Null, is of the type that the column's values have.
+bool HasTypeOf(const Column& column, const Value& value);
 
 struct IndexColumn {
   size_t column = 0;  // position in TableDefinition::columns

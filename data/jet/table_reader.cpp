@@ -44,21 +44,27 @@ void TableScan::LookAhead() {
   }
 }
 
-bool TableScan::Next() {
+bool TableScan::NextSlot() {
   for (;;) {
-    while (!page_ || slot_ >= page_->SlotCount()) {
-      if (!NextPage()) return false;
-    }
+    if (page_ && skip_mask_ != 0)
+      slot_ = page_->FirstThatMayHave(skip_number_, skip_mask_, skip_at_, slot_);
+    if (page_ && slot_ < page_->SlotCount()) return true;
+    if (!NextPage()) return false;
+  }
+}
+
+bool TableScan::Next() {
+  while (NextSlot()) {
     const Slot slot = page_->At(slot_);
     const RowId id{page_number_, static_cast<uint8_t>(slot_)};
     ++slot_;
     if (slot.Hidden()) continue;
     Bytes content = page_->Content(slot);
     if (slot.Pointer()) content = FollowPointer(*file_, table_->Page(), content);
-    if (IsSkipped(content)) continue;
     row_.Reset(id, content);
     return true;
   }
+  return false;
 }
 
 bool FetchRow(const FileReader& file, const TableDefinition& table, RowId id, RowView& row) {

@@ -35,10 +35,7 @@ class TableScan {
 
  private:
   bool NextPage();
-  bool IsSkipped(Bytes row) const {
-    return skip_mask_ != 0 && row.size() >= skip_at_ + sizeof skip_number_ &&
-           ((Load32(&row[skip_at_]) ^ skip_number_) & skip_mask_) != 0;
-  }
+  bool NextSlot();  // that is worth a look, of any page
   void LookAhead();
 
   const FileReader* file_;

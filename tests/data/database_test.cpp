@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "runtime/error.h"
+#include "tests/support/line_columns.h"
 #include "tests/support/site_fixture.h"
 
 namespace rdv {
@@ -59,38 +60,13 @@ class DataBaseObject : public test::SiteTest {
   }
 
   // Where each of the 24 arguments goes.
-  static constexpr TextView kColumns[] = {u"Partition_Name",
-                                          u"Partition_ID",
-                                          u"Starting_Node_Caption",
-                                          u"Starting_Node_Type_ID",
-                                          u"Starting_Node_Number",
-                                          u"Volume_Name",
-                                          u"Volume_ID",
-                                          u"Mode_Caption",
-                                          u"Mode_Type_ID",
-                                          u"Mode_Ring_Number",
-                                          u"Description",
-                                          u"NIS_Option",
-                                          u"RTQA_Option",
-                                          u"ACD_Option",
-                                          u"LineType",
-                                          u"Impedance",
-                                          u"SoftStop",
-                                          u"rsvd1",
-                                          u"rsvd2",
-                                          u"rsvd3",
-                                          u"Config_ID",
-                                          u"Base_Slot_No",
-                                          u"Slot_Offset",
-                                          u"Line"};
-
   static void ExpectStored(const LineArguments& arguments) {
     DataBase database;
     database.Get_Specific_Line(arguments[20], u"1", u"1", arguments[23]);
     ASSERT_FALSE(database.rsGet_Specific_Line.EndOfFile());
     for (size_t i = 0; i < arguments.size(); ++i)
-      EXPECT_EQ(ToText(database.rsGet_Specific_Line.Field(kColumns[i])), arguments[i])
-          << ToUtf8(kColumns[i]);
+      EXPECT_EQ(ToText(database.rsGet_Specific_Line.Field(kLineColumns[i])), arguments[i])
+          << ToUtf8(kLineColumns[i]);
   }
 };
 

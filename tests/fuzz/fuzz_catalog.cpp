@@ -29,15 +29,6 @@ void ReadCatalog(const FileReader& file) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace rdv::jet;
   fuzz::Input input(data, size);
-  std::vector<uint8_t> bytes = fuzz::FileFrom(input);
-  const uint32_t page_size = fuzz::PageSizeOf(bytes);
-  try {
-    const rdv::Text path(fuzz::kPath);
-    Header header = ReadHeader(bytes, bytes.size(), path);
-    BufferPageSource pages(std::move(bytes), page_size, path);
-    fuzz::ReadCatalog(FileReader(pages, std::move(header)));
-  } catch (const rdv::RuntimeError& error) {
-    fuzz::RequireGoodError(error);
-  }
+  fuzz::TryFile(fuzz::FileFrom(input), fuzz::ReadCatalog);
   return 0;
 }

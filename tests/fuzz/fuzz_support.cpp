@@ -216,4 +216,16 @@ uint32_t PageSizeOf(const std::vector<uint8_t>& file) {
   return jet4 ? kJet4.page_size : kJet3.page_size;
 }
 
+void TryFile(std::vector<uint8_t> bytes, void (*read)(const FileReader& file)) {
+  const uint32_t page_size = PageSizeOf(bytes);
+  try {
+    const Text path(kPath);
+    Header header = ReadHeader(bytes, bytes.size(), path);
+    BufferPageSource pages(std::move(bytes), page_size, path);
+    read(FileReader(pages, std::move(header)));
+  } catch (const RuntimeError& error) {
+    RequireGoodError(error);
+  }
+}
+
 }  // namespace rdv::jet::fuzz

@@ -7,6 +7,7 @@
 
 #include "data/jet/bytes.h"
 #include "data/jet/engine.h"
+#include "data/jet/file_reader.h"
 #include "runtime/error.h"
 #include "tests/fuzz/memory_files.h"
 
@@ -48,5 +49,8 @@ std::vector<uint8_t> FileFrom(Input& input);
 
 // The page size that the file says it has.
 uint32_t PageSizeOf(const std::vector<uint8_t>& file);
+
+// Lets `read` have a file of these bytes; it may raise good errors.
+void TryFile(std::vector<uint8_t> bytes, void (*read)(const FileReader& file));
 
 }  // namespace rdv::jet::fuzz

@@ -12,6 +12,7 @@
 #include "rules/editors.h"
 #include "rules/grid_rows.h"
 #include "runtime/value.h"
+#include "tests/support/line_columns.h"
 #include "tests/support/site_fixture.h"
 #include "tests/support/test_form.h"
 
@@ -206,30 +207,7 @@ class ControlTest : public SiteTest {
       u"Slot_Offset = 1 ORDER BY Line";
 
   static std::vector<Text> LineColumns() {
-    return {u"Partition_Name",
-            u"Partition_ID",
-            u"Starting_Node_Caption",
-            u"Starting_Node_Type_ID",
-            u"Starting_Node_Number",
-            u"Volume_Name",
-            u"Volume_ID",
-            u"Mode_Caption",
-            u"Mode_Type_ID",
-            u"Mode_Ring_Number",
-            u"Description",
-            u"NIS_Option",
-            u"RTQA_Option",
-            u"ACD_Option",
-            u"LineType",
-            u"Impedance",
-            u"SoftStop",
-            u"rsvd1",
-            u"rsvd2",
-            u"rsvd3",
-            u"Config_ID",
-            u"Base_Slot_No",
-            u"Slot_Offset",
-            u"Line"};
+    return std::vector<Text>(kLineColumns.begin(), kLineColumns.end());
   }
 
   std::vector<Text> Joined(TextView statement, int16_t config, const std::vector<Text>& fields) {

@@ -204,39 +204,6 @@ bool IsWrittenLike(const Column& column, LiteralKind kind) {
   }
 }
 
-// The type that a column's values have.
-bool HasTypeOf(const Column& column, const Value& value) {
-  switch (column.type) {
-    case ColumnType::Boolean:
-      return std::holds_alternative<bool>(value);
-    case ColumnType::Byte:
-      return std::holds_alternative<uint8_t>(value);
-    case ColumnType::Integer:
-      return std::holds_alternative<int16_t>(value);
-    case ColumnType::Long:
-      return std::holds_alternative<int32_t>(value);
-    case ColumnType::Currency:
-      return std::holds_alternative<Currency>(value);
-    case ColumnType::Single:
-      return std::holds_alternative<float>(value);
-    case ColumnType::Double:
-      return std::holds_alternative<double>(value);
-    case ColumnType::DateTime:
-      return std::holds_alternative<DateTime>(value);
-    case ColumnType::Text:
-    case ColumnType::Memo:
-      return std::holds_alternative<Text>(value);
-    case ColumnType::Binary:
-    case ColumnType::Ole:
-      return std::holds_alternative<Binary>(value);
-    case ColumnType::Guid:
-      return std::holds_alternative<Guid>(value);
-    case ColumnType::Numeric:
-      break;  // may have another scale
-  }
-  return false;
-}
-
 }  // namespace
 
 Value ToColumn(const Column& column, const Argument& argument) {
@@ -250,7 +217,8 @@ Value ToColumn(const Column& column, const Literal& literal) {
 
 Value ToColumn(const Column& column, const Value& value) {
   if (IsNull(value)) return NullFor(column);
-  if (HasTypeOf(column, value)) return value;
+  // A decimal number may have another scale.
+  if (column.type != ColumnType::Numeric && HasTypeOf(column, value)) return value;
   if (const bool* flag = std::get_if<bool>(&value))
     return ToColumn(column, *flag ? TextView(u"-1") : TextView(u"0"));
   if (const auto* number = std::get_if<DecimalNumber>(&value))
