@@ -43,9 +43,10 @@ Text SystemMessage(HRESULT result) {
   SysFreeString(exception.bstrDescription);
   SysFreeString(exception.bstrSource);
   SysFreeString(exception.bstrHelpFile);
-  const int32_t number =
-      exception.wCode != 0 ? int32_t{exception.wCode} : ErrorNumber(exception.scode);
-  if (description.empty()) description = SystemMessage(exception.scode);
+  // Either is told, or neither: an error still has a number then.
+  const HRESULT result = FAILED(exception.scode) ? exception.scode : DISP_E_EXCEPTION;
+  const int32_t number = exception.wCode != 0 ? int32_t{exception.wCode} : ErrorNumber(result);
+  if (description.empty()) description = SystemMessage(result);
   throw RuntimeError(number, std::move(description), std::move(source));
 }
 

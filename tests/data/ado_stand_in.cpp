@@ -327,6 +327,7 @@ class CommandObject : public ScriptObject {
   void Execute(const VARIANT& affected, VARIANT* result) {
     sent_.parameters = parameters_->Sent;
     notes_->commands.push_back(sent_);
+    if (notes_->failure) throw *notes_->failure;
     std::vector<Argument> arguments;
     for (const SentParameter& parameter : sent_.parameters) arguments.push_back(parameter.value);
     CommandResult outcome = (*connection_)->Jet->Execute(sent_.statement, arguments);

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "data/connection.h"
+#include "runtime/error.h"
 #include "runtime/text.h"
 
 namespace rdv::test {
@@ -35,6 +36,8 @@ struct AdoNotes {
   std::vector<SentCommand> commands;     // that were executed
   int open_connections = 0;
   int open_recordsets = 0;
+  // Raised, if there is one, in the place of executing a command.
+  std::optional<RuntimeError> failure;
 };
 
 // For its life the classes "ADODB.Connection" and "ADODB.Command" are those of the stand-in.
@@ -48,6 +51,7 @@ class AdoStandIn {
   // False where the classes have no identifiers on this machine.
   bool Usable() const { return registrations_.size() == 2; }
   const AdoNotes& Notes() const { return *notes_; }
+  void FailWith(const RuntimeError& error) { notes_->failure = error; }
 
  private:
   std::shared_ptr<AdoNotes> notes_;

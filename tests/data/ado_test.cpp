@@ -131,6 +131,17 @@ TEST_F(AdoRoute, PassesNumberDescriptionAndSourceOfErrorsOn) {
   }
 }
 
+TEST_F(AdoRoute, AnErrorThatTellsNothingHasANumberAndADescriptionAllTheSame) {
+  stand_in_.FailWith(RuntimeError(0, {}, {}));
+  try {
+    connection_->Execute(u"SELECT * FROM orvsettings", {});
+    FAIL() << "the error was lost";
+  } catch (const RuntimeError& error) {
+    EXPECT_EQ(error.Number(), static_cast<int32_t>(DISP_E_EXCEPTION));
+    EXPECT_FALSE(error.Description().empty());
+  }
+}
+
 TEST_F(AdoRoute, RaisesWhatOpeningRaises) {
   const Text path = (folder_.Path() / "none.mdb").u16string();
   try {
