@@ -75,9 +75,10 @@ Text ReadMemo(const FileReader& file, Bytes field) {
 
 std::vector<RowId> LongValueRows(const FileReader& file, Bytes field) {
   std::vector<RowId> rows;
-  const LongValue value = ParseLongValue(file, field);
-  if (value.kind == LongValue::Kind::Inline) return rows;
-  ForEachPart(file, value, [&](RowId row, Bytes) { rows.push_back(row); });
+  // An inline value has none, but is judged like the others.
+  ForEachPart(file, ParseLongValue(file, field), [&](RowId row, Bytes) {
+    if (row) rows.push_back(row);
+  });
   return rows;
 }
 

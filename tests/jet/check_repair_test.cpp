@@ -103,6 +103,26 @@ void LeakLongValue(const Tools& tools) {
     PageSetWriter(tools.context, allocator, column.owned_map).Add(page);
   }
 }
+void LengthenInlineLongValue(const Tools& tools) {
+  RowView view(tools.context.file, tools.lines);
+  for (const uint32_t page : UsageMap(tools.context.file, tools.lines.owned_map).Pages()) {
+    DataPageWriter rows(tools.context, page, tools.lines.Page());
+    for (size_t row = 0; row < rows.SlotCount(); ++row) {
+      const uint8_t number = static_cast<uint8_t>(row);
+      if (rows.Flags(number) != 0) continue;
+      view.Reset({page, number}, rows.Row(number));
+      for (const Column& column : tools.lines.columns) {
+        const auto field = column.IsLongValue() ? view.Field(column) : std::nullopt;
+        if (!field || (Load32(field->data()) & kLongValueKindMask) != kLongValueInline) continue;
+        const auto place = static_cast<size_t>(field->data() - rows.Row(number).data());
+        uint8_t* length = &rows.EditRow(number)[place];
+        Store32(length, Load32(length) + 1);
+        return;
+      }
+    }
+  }
+  ADD_FAILURE() << "no such value";
+}
 void SpoilRow(const Tools& tools) {
   const RowId row = FindSlot(tools, tools.cards, 0);
   const std::span<uint8_t> bytes =
@@ -162,6 +182,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Damage{"EntryWithoutRow", Index, true, LoseRow},
                     Damage{"WrongEntry", Index, true, ChangeIndexEntry},
                     Damage{"LeakedLongValue", LeakedLongValue, true, LeakLongValue},
+                    Damage{"DamagedLongValue", DamagedLongValue, false, LengthenInlineLongValue},
                     Damage{"DamagedRow", DamagedRow, false, SpoilRow}),
     [](const testing::TestParamInfo<Damage>& param) { return std::string(param.param.name); });
 
