@@ -24,10 +24,17 @@ constexpr const wchar_t* kVersionedName = L"TLV_RDV_Line_Config.ucRDVLineConfig.
 constexpr const wchar_t* kControlCategory = L"{40FC6ED4-2438-11CF-A3DB-080036F12502}";
 constexpr const wchar_t* kScopeVariable = L"RDV_REGISTRATION";
 
+// What the two word sizes call themselves in the registry, below the version of a type library.
 #ifdef _WIN64
 constexpr REGSAM kOtherWordSize = KEY_WOW64_32KEY;
+constexpr SYSKIND kOwnSystem = SYS_WIN64;
+constexpr const wchar_t* kOwnSystemKey = L"\\win64";
+constexpr const wchar_t* kOtherSystemKey = L"\\win32";
 #else
 constexpr REGSAM kOtherWordSize = KEY_WOW64_64KEY;
+constexpr SYSKIND kOwnSystem = SYS_WIN32;
+constexpr const wchar_t* kOwnSystemKey = L"\\win32";
+constexpr const wchar_t* kOtherSystemKey = L"\\win64";
 #endif
 
 struct Scope {
@@ -95,13 +102,9 @@ std::vector<Entry> Entries() {
 }
 
 HRESULT UnregisterTypes(bool per_user) {
-#ifdef _WIN64
-  constexpr SYSKIND kSystem = SYS_WIN64;
-#else
-  constexpr SYSKIND kSystem = SYS_WIN32;
-#endif
   const auto unregister = per_user ? &UnRegisterTypeLibForUser : &UnRegisterTypeLib;
-  return unregister(kTypeLibraryId, kTypeLibraryMajor, kTypeLibraryMinor, LOCALE_NEUTRAL, kSystem);
+  return unregister(kTypeLibraryId, kTypeLibraryMajor, kTypeLibraryMinor, LOCALE_NEUTRAL,
+                    kOwnSystem);
 }
 
 bool TypesAreRegistered() {
@@ -170,6 +173,35 @@ HRESULT RemoveTree(HKEY base, const std::wstring& path) {
   return HRESULT_FROM_WIN32(static_cast<DWORD>(status));
 }
 
+// The first class registered for a user makes the list of classes; the last one takes it away.
+void RemoveIfEmpty(HKEY base, const std::wstring& path) {
+  HKEY key = nullptr;
+  if (RegOpenKeyExW(base, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return;
+  DWORD keys = 0;
+  DWORD values = 0;
+  const LSTATUS counted = RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, &keys, nullptr, nullptr,
+                                           &values, nullptr, nullptr, nullptr, nullptr);
+  RegCloseKey(key);
+  if (counted == ERROR_SUCCESS && keys == 0 && values == 0) {
+    RegDeleteKeyExW(base, path.c_str(), 0, 0);
+  }
+}
+
+HRESULT RemoveTypes(const Scope& scope) {
+  const std::wstring types = std::wstring(kClassesKey) + L"\\TypeLib\\" + ToText(kTypeLibraryId);
+  const std::wstring systems = types + L"\\1.0\\0";
+  // The system would take away the interfaces too, for both word sizes. As long as one of them is
+  // there they stay.
+  if (Exists(scope.root, systems + kOtherSystemKey, 0)) {
+    return RemoveTree(scope.root, systems + kOwnSystemKey);
+  }
+  // Some systems keep what is registered for one user with the machine's.
+  if (!Exists(scope.root, types, 0) && !(scope.per_user && TypesAreRegistered())) return S_OK;
+  const HRESULT removed = UnregisterTypes(scope.per_user);
+  return removed == TYPE_E_REGISTRYACCESS ? S_OK
+                                          : removed;  // the other word size's alone are there
+}
+
 // Goes on after a failure; gives the first one. What is not there counts as taken away, so that the
 // rest of a damaged registration goes too.
 HRESULT UnregisterIn(const Scope& scope) {
@@ -184,13 +216,9 @@ HRESULT UnregisterIn(const Scope& scope) {
       if (SUCCEEDED(result)) result = removed;
     }
   }
-  const std::wstring types = classes + L"TypeLib\\" + ToText(kTypeLibraryId);
-  // Some systems keep what is registered for one user with the machine's.
-  if (Exists(scope.root, types, 0) || (scope.per_user && TypesAreRegistered())) {
-    HRESULT removed = UnregisterTypes(scope.per_user);
-    if (removed == TYPE_E_REGISTRYACCESS) removed = S_OK;  // the other word size's alone are there
-    if (SUCCEEDED(result)) result = Translated(removed, SELFREG_E_TYPELIB);
-  }
+  if (scope.per_user) RemoveIfEmpty(scope.root, classes + L"CLSID");
+  const HRESULT removed = Translated(RemoveTypes(scope), SELFREG_E_TYPELIB);
+  if (SUCCEEDED(result)) result = removed;
   return result;
 }
 

@@ -1,0 +1,21 @@
+// Parts of the registry as text, to be compared and read where they differ.
+#pragma once
+
+#include <windows.h>
+
+#include <set>
+#include <string>
+
+namespace rdv::test {
+
+// A line for each key at and below `path`, and one for each of its values with what it holds; none
+// where there is no such key. `depth` is how many levels of keys below `path` are read.
+using RegistryText = std::set<std::string>;
+inline constexpr int kAllLevels = 1000;
+RegistryText ReadRegistry(HKEY root, const std::wstring& path, int depth = kAllLevels,
+                          REGSAM view = 0);
+
+// What only `now` has (+) and what only `before` has (-), a line each: empty where both are equal.
+std::string Difference(const RegistryText& before, const RegistryText& now);
+
+}  // namespace rdv::test
