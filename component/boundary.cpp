@@ -5,6 +5,17 @@
 #include "widgets/win32/wide.h"
 
 namespace rdv {
+namespace {
+
+// An error of another component carries a result code already. One that got lost, number 0, would
+// be read as success.
+HRESULT ResultCode(int32_t number) {
+  if (number < 0) return number;
+  const int32_t code = number & 0xFFFF;
+  return code ? MAKE_HRESULT(SEVERITY_ERROR, FACILITY_CONTROL, code) : E_FAIL;
+}
+
+}  // namespace
 
 HRESULT LeaveErrorInfo(const RuntimeError& error) {
   ComPointer<ICreateErrorInfo> creator;
@@ -18,7 +29,7 @@ HRESULT LeaveErrorInfo(const RuntimeError& error) {
       SetErrorInfo(0, info.Get());
     }
   }
-  return MAKE_HRESULT(SEVERITY_ERROR, FACILITY_CONTROL, error.Number() & 0xFFFF);
+  return ResultCode(error.Number());
 }
 
 }  // namespace rdv

@@ -12,8 +12,8 @@ constexpr UINT_PTR kSubclass = 1;
 }  // namespace
 
 ParkingWindow::ParkingWindow()
-    : window_(CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr,
-                              ModuleInstance(), nullptr)) {
+    : window_(win32::MakeWindow(ModuleInstance(), nullptr,
+                                {.window_class = L"STATIC", .style = WS_POPUP})) {
   SetWindowSubclass(window_, &Procedure, kSubclass, 0);
 }
 

@@ -89,9 +89,10 @@ void UnregisterFormClasses(HINSTANCE module) {
 
 FormWindowHandle::FormWindowHandle(HINSTANCE module, HWND parent, void* form) {
   RegisterClasses(module, &FormWindow::Procedure);
-  window_ = CreateWindowExW(WS_EX_CONTROLPARENT, kFormClass, L"",
-                            WS_CHILD | WS_CLIPCHILDREN | WS_CLIPSIBLINGS, 0, 0, 0, 0, parent,
-                            nullptr, module, nullptr);
+  window_ = MakeWindow(module, parent,
+                       {.window_class = kFormClass,
+                        .style = WS_CHILD | WS_CLIPCHILDREN | WS_CLIPSIBLINGS,
+                        .extended_style = WS_EX_CONTROLPARENT});
   SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(form));
 }
 

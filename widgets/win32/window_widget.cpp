@@ -7,22 +7,33 @@ namespace rdv::win32 {
 namespace {
 
 [[noreturn]] void RaiseLastError() {
-  const DWORD code = GetLastError();
+  DWORD code = GetLastError();
+  // A hook or the window itself may refuse without a word about why.
+  if (code == ERROR_SUCCESS) code = ERROR_CAN_NOT_COMPLETE;
   wchar_t text[256] = L"";
-  const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
-                                      nullptr, code, 0, text, 256, nullptr);
+  DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                                code, 0, text, 256, nullptr);
+  while (length > 0 && (text[length - 1] == L'\n' || text[length - 1] == L'\r')) --length;
   throw RuntimeError(static_cast<int32_t>(code), FromWide({text, length}), Text(kProductSource));
 }
 
 }  // namespace
 
-HWND CreateChild(HWND parent, const ChildDescription& description, NotificationTarget* target) {
-  const auto module = reinterpret_cast<HINSTANCE>(GetWindowLongPtrW(parent, GWLP_HINSTANCE));
-  const HWND window = CreateWindowExW(
-      description.extended_style, description.window_class, description.text,
-      WS_CHILD | WS_CLIPSIBLINGS | description.style, 0, 0, 0, 0, parent,
-      reinterpret_cast<HMENU>(static_cast<INT_PTR>(description.id)), module, nullptr);
+HWND MakeWindow(HINSTANCE module, HWND parent, const WindowDescription& description) {
+  // A refusal need not set an error: one of an earlier call must not be taken for its.
+  SetLastError(ERROR_SUCCESS);
+  const HWND window = CreateWindowExW(description.extended_style, description.window_class,
+                                      description.text, description.style, 0, 0, 0, 0, parent,
+                                      reinterpret_cast<HMENU>(static_cast<INT_PTR>(description.id)),
+                                      module, nullptr);
   if (!window) RaiseLastError();
+  return window;
+}
+
+HWND CreateChild(HWND parent, WindowDescription description, NotificationTarget* target) {
+  description.style |= WS_CHILD | WS_CLIPSIBLINGS;
+  const auto module = reinterpret_cast<HINSTANCE>(GetWindowLongPtrW(parent, GWLP_HINSTANCE));
+  const HWND window = MakeWindow(module, parent, description);
   SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(target));
   return window;
 }

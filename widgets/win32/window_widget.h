@@ -15,16 +15,20 @@ class NotificationTarget {
   virtual LRESULT OnNotify(const NMHDR& /*header*/) { return 0; }
 };
 
-struct ChildDescription {
+struct WindowDescription {
   const wchar_t* window_class;
   const wchar_t* text = L"";
-  DWORD style = 0;  // WS_CHILD and WS_CLIPSIBLINGS are added
+  DWORD style = 0;
   DWORD extended_style = 0;
   int id = 0;
 };
 
-// Raises RuntimeError with the platform's error when the window cannot be created.
-HWND CreateChild(HWND parent, const ChildDescription& description, NotificationTarget* target);
+// Raises RuntimeError with the platform's error when the window cannot be created; its number is
+// never 0. The window has no size yet.
+HWND MakeWindow(HINSTANCE module, HWND parent, const WindowDescription& description);
+
+// The same for a window in `parent`; WS_CHILD and WS_CLIPSIBLINGS are added to its style.
+HWND CreateChild(HWND parent, WindowDescription description, NotificationTarget* target);
 
 // Null where the child's widget is gone.
 NotificationTarget* TargetOf(HWND child);
@@ -68,7 +72,7 @@ class WindowWidget : public Contract, public NotificationTarget {
 
  protected:
   WindowWidget() = default;
-  void Create(HWND parent, const ChildDescription& description) {
+  void Create(HWND parent, const WindowDescription& description) {
     window_ = CreateChild(parent, description, this);
   }
 
