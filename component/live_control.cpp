@@ -47,6 +47,7 @@ std::shared_ptr<LiveControl> LiveControl::Create() {
 void LiveControl::PlaceIn(HWND parent, const RECT& place, const RECT& clip, bool reachable) {
   SetParent(form_.Handle(), parent);
   form_.FollowScreen();
+  form_.FollowCues();
   Move(place, clip);
   EnableWindow(form_.Handle(), reachable);
   ShowWindow(form_.Handle(), SW_SHOWNA);

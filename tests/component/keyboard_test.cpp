@@ -1,7 +1,9 @@
 // Keys that a container hands to the control.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/component/held_key.h"
+#include "tests/component/listener.h"
 #include "tests/component/ole_test.h"
 #include "tests/component/placed_control.h"
 #include "widgets/win32/control_ids.h"
@@ -109,6 +111,59 @@ TEST_F(Keyboard, MnemonicsPressButtons) {
   event.wParam = L'c';
   EXPECT_EQ(control->OnMnemonic(&event), S_OK);
   EXPECT_EQ(placed_->container.Events(), 1);
+  event.wParam = L'O';
+  EXPECT_EQ(control->OnMnemonic(&event), S_OK);
+  EXPECT_EQ(placed_->container.Events(), 2);
+  event.wParam = L'x';
+  EXPECT_EQ(control->OnMnemonic(&event), S_OK);
+  EXPECT_EQ(placed_->container.Events(), 2);
+}
+
+// The letters that the control answers to are those that the user sees.
+TEST_F(Keyboard, MnemonicsAreUnderlined) {
+  std::wstring underlined;
+  for (const int id : {control_id::cmdShowDefaults, control_id::cmdOK, control_id::cmdCancel,
+                       control_id::cmdApply}) {
+    wchar_t painted[64] = L"";
+    InternalGetWindowText(placed_->Child(id), painted, 64);
+    const std::wstring caption = painted;
+    const size_t mark = caption.find(L'&');
+    ASSERT_LT(mark + 1, caption.size()) << id;
+    underlined += caption[mark + 1];
+  }
+  CONTROLINFO info = {};
+  info.cb = sizeof info;
+  ASSERT_EQ(placed_->As<IOleControl>(IID_IOleControl)->GetControlInfo(&info), S_OK);
+  ACCEL keys[8] = {};
+  const int count = CopyAcceleratorTableW(info.hAccel, keys, 8);
+  std::wstring answered;
+  for (int index = 0; index < count; ++index) answered += static_cast<wchar_t>(keys[index].key);
+  EXPECT_EQ(answered, underlined);
+}
+
+// Wine keeps no such state: what is said about it is heard here.
+TEST_F(Keyboard, CuesAreShownWhereTheContainerShowsThem) {
+  Listener container(placed_->container.Window());
+  const Listener form(placed_->Form());
+  placed_->As<IOleInPlaceObject>(IID_IOleInPlaceObject)->InPlaceDeactivate();
+  container.Answer(WM_QUERYUISTATE, UISF_HIDEACCEL);
+  placed_->Verb(OLEIVERB_UIACTIVATE);
+  EXPECT_THAT(form.Heard(WM_UPDATEUISTATE),
+              testing::ElementsAre(MAKEWPARAM(UIS_SET, UISF_HIDEACCEL),
+                                   MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS)));
+}
+
+TEST_F(Keyboard, WalkingShowsWhereTheFocusIs) {
+  const Listener unit_type(placed_->Child(control_id::cmbRDVType));
+  EXPECT_EQ(Press(WM_KEYDOWN, VK_TAB), S_OK);
+  EXPECT_THAT(unit_type.Heard(WM_CHANGEUISTATE),
+              testing::Contains(WPARAM{MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS)}));
+}
+
+// The widest captions do not fit their columns, whose widths are fixed: pointing at them shows all.
+TEST_F(Keyboard, TextsThatAreCutOffAreShownAsTips) {
+  const HWND grid = placed_->Child(control_id::LVRDVLineConfig);
+  EXPECT_NE(SendMessageW(grid, LVM_GETEXTENDEDLISTVIEWSTYLE, 0, 0) & LVS_EX_LABELTIP, 0);
 }
 
 }  // namespace

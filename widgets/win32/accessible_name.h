@@ -1,4 +1,4 @@
-// Names that a screen reader speaks for windows whose own text is not their name.
+// What a screen reader speaks for windows whose own text does not say it.
 #pragma once
 
 #include "widgets/win32/platform.h"
@@ -7,5 +7,7 @@ namespace rdv::win32 {
 
 // Where the system offers no naming service the windows keep the names that it gives them itself.
 void SetAccessibleName(HWND window, const wchar_t* name);
+// The keys that press a button.
+void SetAccessibleShortcut(HWND window, const wchar_t* keys);
 
 }  // namespace rdv::win32

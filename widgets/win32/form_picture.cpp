@@ -56,7 +56,7 @@ class Picture {
     RECT pixels = Pixels(place);
     SetTextColor(context_, text_color_);
     DrawTextW(context_, text.data(), static_cast<int>(text.size()), &pixels,
-              format | DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
+              format | DT_SINGLELINE | DT_VCENTER);
   }
 
   void Frame(const Rectangle& place, const wchar_t* caption, COLORREF background) {
@@ -68,7 +68,7 @@ class Picture {
     const Twips width = extent.cx / std::abs(horizontal_);
     const Rectangle label = {place.left + kCaptionIndent, place.top, width, 2 * half};
     Fill(label, background);
-    Write(label, text, DT_LEFT);
+    Write(label, text, DT_LEFT | DT_NOPREFIX);
   }
 
   void Button(const Rectangle& place, const wchar_t* caption) {

@@ -144,12 +144,13 @@ FormWindow::FormWindow(HINSTANCE module, HWND parent)
             cmdApply_,
             screen_},
       keyboard_(form_, LVRDVLineConfig_,
-                std::array<KeyboardWalk::Stop, 6>{{{LVRDVLineConfig_.Handle(), 0},
-                                                   {cmbRDVType_.Handle(), 0},
-                                                   {cmdShowDefaults_.Handle(), L'R'},
-                                                   {cmdOK_.Handle(), L'O'},
-                                                   {cmdCancel_.Handle(), L'C'},
-                                                   {cmdApply_.Handle(), L'A'}}}) {
+                std::array<KeyboardWalk::Stop, 6>{
+                    {{LVRDVLineConfig_.Handle(), 0},
+                     {cmbRDVType_.Handle(), 0},
+                     {cmdShowDefaults_.Handle(), cmdShowDefaults_.Mnemonic()},
+                     {cmdOK_.Handle(), cmdOK_.Mnemonic()},
+                     {cmdCancel_.Handle(), cmdCancel_.Mnemonic()},
+                     {cmdApply_.Handle(), cmdApply_.Mnemonic()}}}) {
   SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
   fraConfiguration_.SetMainChild(LVRDVLineConfig_.Handle());
   cmbRDVType_.SetVisible(true);
@@ -178,6 +179,13 @@ void FormWindow::FollowScreen() {
   if (scale == scale_) return;
   scale_ = scale;
   Refresh();
+}
+
+void FormWindow::FollowCues() {
+  const auto hidden = LOWORD(SendMessageW(GetParent(window_), WM_QUERYUISTATE, 0, 0));
+  const auto shown = static_cast<WORD>(~hidden & (UISF_HIDEFOCUS | UISF_HIDEACCEL));
+  SendMessageW(window_, WM_UPDATEUISTATE, MAKEWPARAM(UIS_SET, hidden), 0);
+  SendMessageW(window_, WM_UPDATEUISTATE, MAKEWPARAM(UIS_CLEAR, shown), 0);
 }
 
 void FormWindow::Refresh() {

@@ -62,6 +62,9 @@ class FormWindow {
   void SetAppearance(Appearance appearance);
   // After the window has come to another parent, perhaps on a screen of another resolution.
   void FollowScreen();
+  // The same for whether mnemonics are underlined and the focus is framed: a container that is used
+  // with the mouse may hide both until a key is pressed, and tells only the windows in it.
+  void FollowCues();
 
   // The focus has come into the form or left it.
   std::function<void(bool inside)> on_focus_change;

@@ -142,6 +142,8 @@ bool KeyboardWalk::StepToStop(bool backward) {
     const HWND window = stops_[static_cast<size_t>(index)].window;
     if (!CanTakeFocus(window)) continue;
     ::SetFocus(window);
+    // Whoever walks by keyboard sees where: the container may have hidden that so far.
+    SendMessageW(window, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS), 0);
     return true;
   }
   return false;
