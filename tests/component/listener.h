@@ -6,6 +6,7 @@
 #include <commctrl.h>
 // clang-format on
 
+#include <functional>
 #include <map>
 #include <vector>
 
@@ -25,6 +26,8 @@ class Listener {
     const auto found = heard_.find(message);
     return found == heard_.end() ? std::vector<WPARAM>() : found->second;
   }
+  // Called with each message before the window gets it.
+  std::function<void(UINT)> on_message;
   // From now on the window answers this to the message.
   void Answer(UINT message, LRESULT answer) { answers_[message] = answer; }
 
@@ -33,6 +36,7 @@ class Listener {
                                     UINT_PTR id, DWORD_PTR /*unused*/) {
     auto& listener = *reinterpret_cast<Listener*>(id);
     listener.heard_[message].push_back(wparam);
+    if (listener.on_message) listener.on_message(message);
     const auto answer = listener.answers_.find(message);
     if (answer != listener.answers_.end()) return answer->second;
     return DefSubclassProc(window, message, wparam, lparam);

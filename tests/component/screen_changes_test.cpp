@@ -180,6 +180,33 @@ TEST_F(Resolution, MayChangeBeforeTheSizeDoes) {
   ExpectLarge();
 }
 
+// Typed text stands in the middle of its box, whatever is left above and below a line of it.
+TEST_F(Resolution, LeavesTypedTextInTheMiddle) {
+  if (!CanPaint()) GTEST_SKIP() << "fonts have no height here";
+  for (const int dots : {kUsual, 120, kLarge, 192}) {
+    screens_.Set(dots);
+    MoveTo(At(dots));
+    COMBOBOXINFO parts = {};
+    parts.cbSize = sizeof parts;
+    const HWND box = placed_->Child(control_id::cmbRDVType);
+    ASSERT_TRUE(GetComboBoxInfo(box, &parts));
+    RECT text = {};
+    GetWindowRect(parts.hwndItem, &text);
+    MapWindowPoints(nullptr, box, reinterpret_cast<POINT*>(&text), 2);
+    const LONG above = text.top - parts.rcItem.top;
+    const LONG below = parts.rcItem.bottom - text.bottom;
+    EXPECT_GE(above, 0) << dots;
+    EXPECT_GE(below, above) << dots;
+    EXPECT_LE(below, above + 1) << dots;
+    const HDC context = GetDC(parts.hwndItem);
+    SelectObject(context, reinterpret_cast<HFONT>(SendMessageW(parts.hwndItem, WM_GETFONT, 0, 0)));
+    TEXTMETRICW metrics = {};
+    GetTextMetricsW(context, &metrics);
+    ReleaseDC(parts.hwndItem, context);
+    EXPECT_EQ(text.bottom - text.top, metrics.tmHeight) << dots;
+  }
+}
+
 TEST_F(Resolution, LeavesNoTraceWhenItComesBack) {
   for (const int dots : {kLarge, 120, 192, kUsual}) {
     screens_.Set(dots);

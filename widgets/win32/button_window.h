@@ -24,9 +24,11 @@ class ButtonWindow : public WindowWidget<Button> {
  private:
   static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 
-  std::wstring text_;
+  const std::wstring caption_;
+  std::wstring text_;  // the caption without the ampersand
   wchar_t mnemonic_ = 0;
   WNDPROC platform_procedure_ = nullptr;
+  bool painting_ = false;
 };
 
 }  // namespace rdv::win32

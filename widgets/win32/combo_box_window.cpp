@@ -10,6 +10,18 @@ constexpr int kDroppedRows = 10;
 // Around the text of a closed combo box: border and padding, above and below.
 constexpr int kClosedPadding = 6;
 
+// Of the window's font; 0 where nothing is painted.
+int LineHeight(HWND window) {
+  const HDC context = GetDC(window);
+  const HGDIOBJ before =
+      SelectObject(context, reinterpret_cast<HFONT>(SendMessageW(window, WM_GETFONT, 0, 0)));
+  TEXTMETRICW metrics = {};
+  GetTextMetricsW(context, &metrics);
+  SelectObject(context, before);
+  ReleaseDC(window, context);
+  return metrics.tmHeight;
+}
+
 }  // namespace
 
 // Asked for the least width of the open list, the platform answers with that of the box where this
@@ -165,6 +177,20 @@ void ComboBoxWindow::PlaceAt(const RECT& place) {
   RECT opened = place;
   opened.bottom += kDroppedRows * row_height + 2;
   MoveTo(Handle(), opened);
+  CenterText();
+}
+
+// Text that is typed stands at the top of its part, which is higher than a line of it.
+void ComboBoxWindow::CenterText() const {
+  COMBOBOXINFO parts = {};
+  parts.cbSize = sizeof parts;
+  if (entry_ != TextEntry::Typed || !GetComboBoxInfo(Handle(), &parts)) return;
+  const RECT& whole = parts.rcItem;
+  const int line = LineHeight(parts.hwndItem);
+  const int spare = whole.bottom - whole.top - line;
+  if (line == 0 || spare < 0) return;
+  const int top = whole.top + spare / 2;
+  MoveTo(parts.hwndItem, {whole.left, top, whole.right, top + line});
 }
 
 void ComboBoxWindow::CheckIndex(int index) const {

@@ -40,6 +40,7 @@ class ComboBoxWindow : public EditorWindow<ComboBox> {
 
  private:
   static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+  void CenterText() const;
   void CheckIndex(int index) const;
   int PlatformIndex() const;
   void OnPicked();
