@@ -19,14 +19,15 @@ wine32_mode() {
   fi
 }
 
-# Sets the prefix for programs of 64 or 32 bits and makes it where there is none. A full Wine has one
-# for both. Else each has its own: in that of the 32-bit programs windows are not painted, because the
-# driver that paints has no 32-bit half there and without "null" in its place no window comes up.
+# Sets the prefix for programs of 64 or 32 bits and makes it where there is none. Each has its own, so
+# that both can run at once. Without a full Wine, windows are not painted in that of the 32-bit
+# programs, because the driver that paints has no 32-bit half there and without "null" in its place no
+# window comes up.
 use_wine() {
   local bits=$1 kind=win64
   unset WINEDLLPATH
   case $(wine32_mode)-$bits in
-    full-*) kind=full ;;
+    full-*) kind=full$bits ;;
     wow64-32)
       kind=win32
       export WINEDLLPATH=$RDV_OUT/wine/wine32
@@ -89,7 +90,7 @@ set_wine_option() {
 # Ends what still runs in the prefixes, and nothing elsewhere.
 stop_wine() {
   local kind prefix
-  for kind in win64 win32 full; do
+  for kind in win64 win32 full64 full32; do
     prefix=${RDV_WINE_PREFIX:-$RDV_OUT/wine/prefix}-$kind
     [ ! -d "$prefix" ] || WINEPREFIX=$prefix wineserver -k >/dev/null 2>&1 || true
   done
