@@ -49,6 +49,7 @@ bool GridLoading::LoadData() {
     if (nothing_is_stored) CreateDefaultUnit(database, progress);
     FillWithNotInstalledLines(progress.LineCounter);
     lines.Close();
+    database.Close();
   });
 }
 

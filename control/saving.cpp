@@ -40,6 +40,7 @@ void Saving::WriteLines(LineArguments& current) {
   DataBase database;
   const int rows = form_.LVRDVLineConfig.RowCount();
   for (int row = 1; row <= rows; ++row) WriteLine(database, row, current);
+  database.Close();
 }
 
 void Saving::WriteLine(DataBase& database, int row, LineArguments& current) {

@@ -26,8 +26,8 @@ struct CommandResult {
   int rows_written = 0;
 };
 
-// Not thread-safe. Destroying it closes the connection; after a write the data is then flushed to
-// disk, once.
+// Not thread-safe. Closing flushes the data to disk, once, if anything was written. Destroying the
+// object closes the connection, too, but an error of the flush is lost then.
 class Connection {
  public:
   Connection() = default;
@@ -39,6 +39,9 @@ class Connection {
   // Raises RuntimeError with the number, description and source of the data access; a statement
   // that raises has written nothing.
   virtual CommandResult Execute(TextView statement, std::span<const Argument> arguments) = 0;
+
+  // The last call. Raises when what was written may not have reached the disk.
+  virtual void Close() = 0;
 };
 
 }  // namespace rdv

@@ -21,6 +21,10 @@ DataBase::DataBase()
 
 DataBase::~DataBase() = default;
 
+void DataBase::Close() {
+  if (const auto connection = std::exchange(Conn, nullptr)) connection->Close();
+}
+
 CommandResult DataBase::Run(Command command, std::span<const Argument> arguments) {
   if (!Conn) Conn = OpenConnection(connection_string_);
   return Conn->Execute(DefinitionOf(command).statement, arguments);

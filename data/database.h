@@ -25,6 +25,10 @@ class DataBase {
   DataBase();
   ~DataBase();
 
+  // Lets the connection go before the object goes, for procedures that write: raises when what was
+  // written may not have reached the disk, which the end of the object cannot.
+  void Close();
+
   void Get_All_Partitions(TextView Given_ConfigID);
   void Get_All_Card_Name();
   void Get_Used_Lines(TextView Given_ConfigID);

@@ -65,9 +65,13 @@ class AdoConnection : public Connection {
     connection_.Call(L"Open");
   }
 
+  void Close() override {
+    if (ToNumber(connection_.Get(L"State")) == kOpenState) connection_.Call(L"Close");
+  }
+
   ~AdoConnection() override {
     try {
-      if (ToNumber(connection_.Get(L"State")) == kOpenState) connection_.Call(L"Close");
+      Close();
     } catch (const RuntimeError&) {
       // The connection goes away with its object.
     }

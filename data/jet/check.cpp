@@ -123,6 +123,8 @@ Text KindName(FindingKind kind) {
       return u"damaged";
     case FindingKind::WrongPage:
       return u"page of another kind";
+    case FindingKind::DamagedPage:
+      return u"damaged page";
     case FindingKind::FreeBytes:
       return u"free space";
     case FindingKind::OrphanRow:

@@ -18,6 +18,7 @@ enum class FindingKind {
   OwnedTwice,        // cannot be mended
   DamagedStructure,  // something that cannot be read; cannot be mended
   WrongPage,         // in a map, but not a page of the map's owner
+  DamagedPage,       // its rows cannot be told apart; cannot be mended
   FreeBytes,         // a data page's free space is not what it says
   OrphanRow,         // a moved row that no pointer leads to
   LostRow,           // a pointer that leads to no row

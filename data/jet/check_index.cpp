@@ -7,6 +7,9 @@
 namespace rdv::jet {
 namespace {
 
+// Far more levels than the largest file can have; each takes a part of the stack.
+constexpr int kDeepest = 32;
+
 // Walks the tree from the root and holds it against what it has to be.
 class TreeWalk {
  public:
@@ -36,14 +39,15 @@ class TreeWalk {
   }
 
   // Returns the depth of the tree below the page. `last`: what the page's last entry has to be.
-  int Visit(uint32_t number, std::optional<EntryBytes> last) {
+  int Visit(uint32_t number, std::optional<EntryBytes> last, int level = 0) {
+    if (level > kDeepest) file_.DamagedPage(index_.root, u"is the root of an endless index");
     if (number >= visited_.size() || visited_[number]) {
       file_.DamagedPage(number, u"is met twice on the way through an index");
     }
     visited_[number] = true;
     const IndexPageView page(file_, table_.Page(), number);
     CheckFreeBytes(number);
-    return page.IsLeaf() ? VisitLeaf(page, last) : VisitNode(page, last);
+    return page.IsLeaf() ? VisitLeaf(page, last) : VisitNode(page, last, level);
   }
 
   int VisitLeaf(const IndexPageView& page, const std::optional<EntryBytes>& last) {
@@ -62,10 +66,10 @@ class TreeWalk {
     return 0;
   }
 
-  int VisitNode(const IndexPageView& page, const std::optional<EntryBytes>& last) {
+  int VisitNode(const IndexPageView& page, const std::optional<EntryBytes>& last, int level) {
     std::optional<int> depth;
     const auto below = [&](uint32_t child, const std::optional<EntryBytes>& child_last) {
-      const int child_depth = Visit(child, child_last);
+      const int child_depth = Visit(child, child_last, level + 1);
       if (depth && *depth != child_depth) Wrong(child, u"is not as deep as its neighbours");
       depth = child_depth;
     };

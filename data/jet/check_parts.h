@@ -49,6 +49,12 @@ void CheckLongValues(const FileReader& file, const TableDefinition& table,
 void CheckIndex(const FileReader& file, const TableDefinition& table, const RealIndex& index,
                 const TableContents& contents, CheckReport& report);
 
+// Runs `visit` with each page of the map that is a data page of that owner; others are findings.
+// What `visit` raises makes the page a damaged one.
+void ForEachDataPage(const FileReader& file, const TableDefinition& table, RowId map,
+                     uint32_t owner, CheckReport& report,
+                     const std::function<void(uint32_t)>& visit);
+
 // Runs a part; what it raises becomes a finding of the kind.
 void Guarded(CheckReport& report, Finding finding, const std::function<void()>& part);
 

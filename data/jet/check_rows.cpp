@@ -25,15 +25,8 @@ class RowWalk {
   }
 
   TableContents Run() {
-    const std::vector<uint32_t> pages = UsageMap(file_, table_.owned_map).Pages();
-    for (const uint32_t page : pages) {
-      Guarded(report_,
-              {.kind = FindingKind::WrongPage,
-               .page = page,
-               .table = table_.Page(),
-               .map = table_.owned_map},
-              [&] { VisitPage(page); });
-    }
+    ForEachDataPage(file_, table_, table_.owned_map, table_.Page(), report_,
+                    [&](uint32_t page) { VisitPage(page); });
     for (const auto& [row, visited] : hidden_) {
       if (visited) continue;
       Report(report_,
@@ -182,6 +175,20 @@ void CheckLongValuePage(const FileReader& file, const TableDefinition& table, co
 
 }  // namespace
 
+void ForEachDataPage(const FileReader& file, const TableDefinition& table, RowId map,
+                     uint32_t owner, CheckReport& report,
+                     const std::function<void(uint32_t)>& visit) {
+  for (const uint32_t page : UsageMap(file, map).Pages()) {
+    const auto finding = [&](FindingKind kind) {
+      return Finding{.kind = kind, .page = page, .table = table.Page(), .map = map};
+    };
+    Guarded(report, finding(FindingKind::WrongPage), [&] {
+      file.DataPage(page, owner);
+      Guarded(report, finding(FindingKind::DamagedPage), [&] { visit(page); });
+    });
+  }
+}
+
 TableContents CheckRows(const FileReader& file, const TableDefinition& table, CheckReport& report) {
   return RowWalk(file, table, report).Run();
 }
@@ -190,14 +197,9 @@ void CheckLongValues(const FileReader& file, const TableDefinition& table,
                      const TableContents& contents, CheckReport& report) {
   for (const Column& column : table.columns) {
     if (!column.IsLongValue() || !column.owned_map) continue;
-    for (const uint32_t page : UsageMap(file, column.owned_map).Pages()) {
-      Guarded(report,
-              {.kind = FindingKind::WrongPage,
-               .page = page,
-               .table = table.Page(),
-               .map = column.owned_map},
-              [&] { CheckLongValuePage(file, table, column, page, contents, report); });
-    }
+    ForEachDataPage(file, table, column.owned_map, kOwnerLongValues, report, [&](uint32_t page) {
+      CheckLongValuePage(file, table, column, page, contents, report);
+    });
   }
 }
 

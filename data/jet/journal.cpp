@@ -9,12 +9,13 @@
 namespace rdv::jet {
 namespace {
 
-constexpr std::array<uint8_t, 8> kMark = {'R', 'D', 'V', 'J', 'R', 'N', 'L', '1'};
+constexpr std::array<uint8_t, 8> kMark = {'R', 'D', 'V', 'J', 'R', 'N', 'L', '2'};
 constexpr size_t kPageSizeAt = 8;
 constexpr size_t kPageCountAt = 12;
 constexpr size_t kFileSizeAt = 16;
 constexpr size_t kChecksumAt = 24;
-constexpr size_t kCommitWordsAt = 32;
+constexpr size_t kIdentityAt = 32;
+constexpr size_t kCommitWordsAt = 40;
 constexpr size_t kPagesAt = kCommitWordsAt + kCommitWordCount * sizeof(uint16_t);
 constexpr size_t kPageNumberSize = 8;
 
@@ -40,6 +41,10 @@ uint64_t JournalChecksum(std::span<uint8_t> journal) {
 
 }  // namespace
 
+uint64_t JournalIdentity(Bytes header) {
+  return Checksum(header);
+}
+
 Journal::Journal(FileSystem& files, const Text& database_path)
     : files_(files), path_(database_path + u"-journal") {}
 
@@ -48,7 +53,7 @@ void Journal::Open() {
   if (!file_) file_ = files_.Open(path_, FileAccess::Create);
 }
 
-void Journal::Write(uint32_t page_size, uint64_t file_size, Bytes commit_words,
+void Journal::Write(uint32_t page_size, uint64_t file_size, uint64_t identity, Bytes commit_words,
                     std::span<const PageImage> pages) {
   Open();
   buffer_.resize(kPagesAt + pages.size() * (kPageNumberSize + page_size));
@@ -57,6 +62,7 @@ void Journal::Write(uint32_t page_size, uint64_t file_size, Bytes commit_words,
   Store32(to + kPageSizeAt, page_size);
   Store32(to + kPageCountAt, static_cast<uint32_t>(pages.size()));
   Store64(to + kFileSizeAt, file_size);
+  Store64(to + kIdentityAt, identity);
   std::memcpy(to + kCommitWordsAt, commit_words.data(), commit_words.size());
   to += kPagesAt;
   for (const PageImage& page : pages) {
@@ -75,22 +81,24 @@ void Journal::Invalidate() {
   file_->WriteAt(0, zeros);
 }
 
-std::optional<JournalContent> Journal::Load() {
+std::optional<JournalContent> Journal::Load(uint32_t page_size, uint32_t page_count) {
   if (!files_.Exists(path_)) return std::nullopt;
   const std::unique_ptr<File> file = files_.Open(path_, FileAccess::Read);
-  std::vector<uint8_t> bytes(static_cast<size_t>(file->Stamp().size));
-  bytes.resize(file->ReadAt(0, bytes));
-  if (bytes.size() < kPagesAt || std::memcmp(bytes.data(), kMark.data(), kMark.size()) != 0)
-    return std::nullopt;
+  std::vector<uint8_t> bytes(kPagesAt);
+  if (file->ReadAt(0, bytes) < kPagesAt) return std::nullopt;
+  if (std::memcmp(bytes.data(), kMark.data(), kMark.size()) != 0) return std::nullopt;
 
   JournalContent content;
-  content.page_size = Load32(bytes.data() + kPageSizeAt);
+  content.page_size = page_size;
   content.file_size = Load64(bytes.data() + kFileSizeAt);
-  const uint64_t count = Load32(bytes.data() + kPageCountAt);
+  content.identity = Load64(bytes.data() + kIdentityAt);
+  const uint32_t count = Load32(bytes.data() + kPageCountAt);
+  if (Load32(bytes.data() + kPageSizeAt) != page_size || count > page_count) return std::nullopt;
   // A journal is written over a longer one of an earlier statement; what is behind it is nothing.
-  const uint64_t size = kPagesAt + count * (kPageNumberSize + content.page_size);
-  if (size > bytes.size()) return std::nullopt;
+  const uint64_t size = kPagesAt + uint64_t{count} * (kPageNumberSize + page_size);
+  if (size > file->Stamp().size) return std::nullopt;
   bytes.resize(static_cast<size_t>(size));
+  if (file->ReadAt(0, bytes) < size) return std::nullopt;
   const uint64_t stored_checksum = Load64(bytes.data() + kChecksumAt);
   if (JournalChecksum(bytes) != stored_checksum) return std::nullopt;
 

@@ -10,6 +10,9 @@ namespace rdv::jet {
 namespace {
 
 constexpr uint64_t kLargestFile = uint64_t{1} << 31;
+// The beginning of the header page, which stays as it is as long as the file does: kind, version,
+// the time of its creation.
+constexpr size_t kIdentitySize = 0x98;
 // Pages that are read at once for whoever reads many.
 constexpr uint32_t kLongestRead = 32;
 // How long to wait for a program that does not know this engine's locks; it may hold the file for
@@ -75,6 +78,7 @@ void Pager::OpenFile() {
 void Pager::ReadHeaderPage() {
   std::vector<uint8_t> start(kJet4.page_size);
   start.resize(file_->ReadAt(0, start));
+  if (start.size() >= kIdentitySize) identity_ = JournalIdentity(Bytes(start).first(kIdentitySize));
   const bool jet4 = start.size() == kJet4.page_size &&
                     Load32(start.data() + kHeaderVersion) == static_cast<uint32_t>(Version::Jet4);
   if (jet4 && Load16(start.data() + kJet4.header.commit_words) < kCommitIdle) {
@@ -180,8 +184,8 @@ void Pager::RecoverLocked() {
 
 // The journal of the statement that the file was left in, if there is one.
 std::optional<JournalContent> Pager::LoadJournal() {
-  std::optional<JournalContent> content = journal_.Load();
-  if (!content || content->page_size != PageSize()) return std::nullopt;
+  std::optional<JournalContent> content = journal_.Load(PageSize(), page_count_);
+  if (!content || content->identity != identity_) return std::nullopt;
   const auto others = [](const auto& words) { return Bytes(words).subspan(sizeof(uint16_t)); };
   const bool of_this_state =
       std::ranges::equal(others(content->commit_words), others(commit_words_)) &&
@@ -223,6 +227,7 @@ void Pager::BeginWrite(bool mending) {
   if (!Layout().IsJet4()) RaiseReadOnly(path_, u"Access 97 files are only read");
   try {
     if (!lock_->AcquireExclusive()) RaiseFileInUse(path_);
+    began_writing_ = true;
     ExcludeOtherPrograms();
     Refresh();
     if (Interrupted()) RecoverLocked();
@@ -300,7 +305,8 @@ void Pager::WritePages() {
   }
   const uint16_t word_before = Load16(commit_words_.data());
   written_ = true;
-  journal_.Write(PageSize(), uint64_t{count_before_} * PageSize(), commit_words_, images);
+  journal_.Write(PageSize(), uint64_t{count_before_} * PageSize(), identity_, commit_words_,
+                 images);
   try {
     WriteFirstCommitWord(kCommitWriting);
     // New pages first: until one of the others leads to them they are nobody's.
@@ -537,9 +543,9 @@ void Pager::Close() {
   // Nobody else can be about to use the files beside the database while the lock is held, and
   // nobody needs them when no statement was left unfinished.
   Quietly([this] {
-    if (!written_ || !lock_->AcquireExclusive()) return;
+    if (!began_writing_ || !lock_->AcquireExclusive()) return;
     const bool unfinished = Load16(ReadCommitWords().data()) < kCommitIdle;
-    if (!unfinished) Quietly([this] { journal_.Remove(); });
+    if (written_ && !unfinished) Quietly([this] { journal_.Remove(); });
     user_file_.RemoveIfEmpty();
   });
   lock_.reset();

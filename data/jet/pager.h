@@ -131,7 +131,9 @@ class Pager : public PageSource {
   Journal journal_;
   Header header_;
 
-  int readers_ = 0;  // nested reading statements
+  int readers_ = 0;             // nested reading statements
+  uint64_t identity_ = 0;       // for the journal
+  bool began_writing_ = false;  // at least once, whatever became of it
   bool writing_ = false;
   bool written_ = false;  // since the file was opened
   CommitWords commit_words_{};

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <set>
 
 #include "data/jet/allocation.h"
 #include "data/jet/catalog.h"
@@ -45,14 +46,12 @@ class Repair {
 
   RepairReport Run() {
     RepairReport report;
+    Judge(CheckFile(file_));
     for (const std::vector<FindingKind>& stage : Stages()) {
       const CheckReport found = CheckFile(file_);
       if (Has(found, {FindingKind::OwnedTwice})) break;
-      // Pages that seem to be nobody's may belong to what cannot be read.
-      const bool complete = !Has(found, {FindingKind::DamagedStructure, FindingKind::WrongPage});
       for (const Finding& finding : found.findings) {
-        if (std::ranges::find(stage, finding.kind) == stage.end()) continue;
-        if (finding.kind == FindingKind::LeakedPage && !complete) continue;
+        if (std::ranges::find(stage, finding.kind) == stage.end() || IsGuess(finding)) continue;
         if (Mend(finding)) report.mended.push_back(finding);
       }
     }
@@ -61,6 +60,37 @@ class Repair {
   }
 
  private:
+  // What cannot be read may be what seems to be missing elsewhere: the pointer to a row, the row of
+  // a value, the owner of a page. The first look decides, before anything was mended.
+  void Judge(const CheckReport& found) {
+    using enum FindingKind;
+    for (const Finding& finding : found.findings) {
+      const bool unreadable = finding.kind == DamagedStructure || finding.kind == DamagedPage ||
+                              finding.kind == DamagedRow || finding.kind == DamagedLongValue;
+      if (unreadable) unreadable_tables_.insert(finding.table);
+    }
+    pages_are_lost_ = Has(found, {DamagedStructure, DamagedPage, DamagedRow, WrongPage});
+  }
+
+  bool IsGuess(const Finding& finding) const {
+    switch (finding.kind) {
+      case FindingKind::OrphanRow:
+      case FindingKind::LostRow:
+      case FindingKind::LeakedLongValue:
+      case FindingKind::Index:
+      case FindingKind::RowCount:
+      case FindingKind::Autonumber:
+        return unreadable_tables_.contains(finding.table);
+      case FindingKind::LeakedPage:
+        return pages_are_lost_ && !IsBlank(finding.page);
+      default:
+        return false;
+    }
+  }
+  bool IsBlank(uint32_t page) const {
+    return std::ranges::all_of(file_.RawPage(page), [](uint8_t byte) { return byte == 0; });
+  }
+
   // False where it cannot be done.
   bool Mend(const Finding& finding) {
     try {
@@ -149,6 +179,8 @@ class Repair {
   FileReader file_;
   WriteContext context_;
   PageAllocator allocator_;
+  std::set<uint32_t> unreadable_tables_;  // by the page of their definitions
+  bool pages_are_lost_ = false;           // there may be pages whose owners were not found
 };
 
 }  // namespace

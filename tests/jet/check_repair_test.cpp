@@ -123,11 +123,30 @@ void LengthenInlineLongValue(const Tools& tools) {
   }
   ADD_FAILURE() << "no such value";
 }
-void SpoilRow(const Tools& tools) {
-  const RowId row = FindSlot(tools, tools.cards, 0);
+void SpoilRowOf(const Tools& tools, const TableDefinition& table) {
+  const RowId row = FindSlot(tools, table, 0);
   const std::span<uint8_t> bytes =
-      DataPageWriter(tools.context, row.page, tools.cards.Page()).EditRow(row.row);
+      DataPageWriter(tools.context, row.page, table.Page()).EditRow(row.row);
   Store16(bytes.data(), 0xFFFF);
+}
+void SpoilRow(const Tools& tools) {
+  SpoilRowOf(tools, tools.cards);
+}
+void SpoilRowWithMemo(const Tools& tools) {
+  SpoilRowOf(tools, tools.lines);
+}
+// The page's second row then begins where no row can.
+void SpoilSlotOf(const Tools& tools, uint32_t page) {
+  Store16(tools.Edit(page) + kJet4.data.slots + kSlotSize, kSlotStartMask);
+}
+void SpoilSlot(const Tools& tools) {
+  SpoilSlotOf(tools, tools.FirstPage(tools.lines.owned_map));
+}
+void SpoilSlotOfLongValues(const Tools& tools) {
+  for (const Column& column : tools.lines.columns) {
+    if (column.IsLongValue()) return SpoilSlotOf(tools, tools.FirstPage(column.owned_map));
+  }
+  ADD_FAILURE() << "no such column";
 }
 
 class CheckRepairTest : public testing::TestWithParam<Damage> {};
@@ -138,24 +157,28 @@ std::vector<FindingKind> Kinds(const CheckReport& report) {
   return kinds;
 }
 
+// What a check finds after it.
+CheckReport InflictOn(const std::filesystem::path& path, void (*inflict)(const Tools&)) {
+  Pager pager(NativeFileSystem(), PathText(path), kWait, 100);
+  const FileReader file(pager, pager.FileHeader());
+  const WriteContext context{pager, file};
+  pager.BeginWrite();
+  const Catalog catalog(file);
+  const TableDefinition lines = catalog.Table(u"Used_Lines");
+  const TableDefinition cards = catalog.Table(u"Used_Cards");
+  inflict({context, lines, cards});
+  pager.Commit();
+  pager.BeginRead();
+  CheckReport report = CheckFile(file);
+  pager.EndRead();
+  return report;
+}
+
 TEST_P(CheckRepairTest, IsFoundAndMendedWherePossible) {
   if (!std::filesystem::exists(SharedFile(kSite))) GTEST_SKIP() << "no sample sites";
   const TemporaryFolder folder;
   const auto path = folder.Copy(SharedFile(kSite));
-  {
-    Pager pager(NativeFileSystem(), PathText(path), kWait, 100);
-    const FileReader file(pager, pager.FileHeader());
-    const WriteContext context{pager, file};
-    pager.BeginWrite();
-    const Catalog catalog(file);
-    const TableDefinition lines = catalog.Table(u"Used_Lines");
-    const TableDefinition cards = catalog.Table(u"Used_Cards");
-    GetParam().inflict({context, lines, cards});
-    pager.Commit();
-    pager.BeginRead();
-    EXPECT_THAT(Kinds(CheckFile(file)), testing::Contains(GetParam().kind));
-    pager.EndRead();
-  }
+  EXPECT_THAT(Kinds(InflictOn(path, GetParam().inflict)), testing::Contains(GetParam().kind));
   const RepairReport report = RepairDatabase(NativeFileSystem(), PathText(path), kWait);
   EXPECT_EQ(report.remaining.Clean(), GetParam().can_be_mended);
   if (GetParam().can_be_mended) {
@@ -183,8 +206,42 @@ INSTANTIATE_TEST_SUITE_P(
                     Damage{"WrongEntry", Index, true, ChangeIndexEntry},
                     Damage{"LeakedLongValue", LeakedLongValue, true, LeakLongValue},
                     Damage{"DamagedLongValue", DamagedLongValue, false, LengthenInlineLongValue},
-                    Damage{"DamagedRow", DamagedRow, false, SpoilRow}),
+                    Damage{"DamagedRow", DamagedRow, false, SpoilRow},
+                    Damage{"DamagedPage", DamagedPage, false, SpoilSlot}),
     [](const testing::TestParamInfo<Damage>& param) { return std::string(param.param.name); });
+
+struct Unreadable {
+  const char* name;
+  void (*inflict)(const Tools&);
+};
+
+class RepairOfTheUnreadable : public testing::TestWithParam<Unreadable> {};
+
+// What cannot be read can be what seems to be missing elsewhere, and somebody else may be able to
+// read more of it: nothing is taken away for its sake.
+TEST_P(RepairOfTheUnreadable, LeavesTheTablesPagesAsTheyAre) {
+  if (!std::filesystem::exists(SharedFile(kSite))) GTEST_SKIP() << "no sample sites";
+  const TemporaryFolder folder;
+  const auto path = folder.Copy(SharedFile(kSite));
+  InflictOn(path, GetParam().inflict);
+  const std::vector<uint8_t> before = ReadWholeFile(path);
+  const RepairReport report = RepairDatabase(NativeFileSystem(), PathText(path), kWait);
+  EXPECT_FALSE(report.remaining.Clean());
+  EXPECT_TRUE(report.mended.empty());
+  const std::vector<uint8_t> after = ReadWholeFile(path);
+  ASSERT_EQ(after.size(), before.size());
+  EXPECT_TRUE(
+      std::equal(before.begin() + kJet4.page_size, before.end(), after.begin() + kJet4.page_size));
+}
+
+INSTANTIATE_TEST_SUITE_P(Every, RepairOfTheUnreadable,
+                         testing::Values(Unreadable{"Row", SpoilRowWithMemo},
+                                         Unreadable{"Page", SpoilSlot},
+                                         Unreadable{"PageOfLongValues", SpoilSlotOfLongValues},
+                                         Unreadable{"LongValue", LengthenInlineLongValue}),
+                         [](const testing::TestParamInfo<Unreadable>& param) {
+                           return std::string(param.param.name);
+                         });
 
 TEST(CheckRepair, AFileLeftInTheMiddleOfAWriteIsMended) {
   if (!std::filesystem::exists(SharedFile(kSite))) GTEST_SKIP() << "no sample sites";

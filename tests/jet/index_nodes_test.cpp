@@ -115,6 +115,35 @@ TEST_F(IndexNodes, ANumberBetweenALeafAndALargerEntryAboveGoesIntoThatLeaf) {
   EXPECT_EQ(EntriesInOrder(), kRows + 1u);
 }
 
+TEST_F(IndexNodes, AChainOfNodesDeeperThanAnyTreeIsFoundAndNotFollowed) {
+  constexpr size_t kChain = 200;
+  {
+    Pager pager(NativeFileSystem(), path_, kWait, kCachePages);
+    pager.BeginWrite();
+    const FileReader file(pager);
+    const WriteContext context{pager, file};
+    const TableDefinition table = Catalog(file).Table(u"Rows");
+    PageAllocator allocator(context);
+    IndexPageImage root = LoadIndexPage(context, table.Page(), table.indexes[0].root);
+    for (size_t i = 0; i < kChain; ++i) {
+      IndexPageImage node;
+      node.leaf = false;
+      node.tail = root.tail;
+      const uint32_t page = allocator.Allocate();
+      ASSERT_TRUE(StoreIndexPage(context, table.Page(), page, node));
+      root.tail = page;
+    }
+    ASSERT_TRUE(StoreIndexPage(context, table.Page(), table.indexes[0].root, root));
+    pager.Commit();
+    const CheckReport report = CheckFile(file);
+    const auto index = std::ranges::find(report.findings, FindingKind::Index, &Finding::kind);
+    ASSERT_NE(index, report.findings.end());
+    EXPECT_NE(index->text.find(u"endless"), Text::npos) << ToUtf8(index->text);
+    pager.Close();
+  }
+  EXPECT_THROW(HasNumber(kRows * kStep + 1), RuntimeError);
+}
+
 TEST_F(IndexNodes, WithoutATailTheLastChildTakesWhatIsBeyondAllEntries) {
   ChangeRoot([](IndexPageImage& root) {
     // The last child gets an entry, that of its last row.

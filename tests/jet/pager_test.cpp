@@ -249,6 +249,52 @@ TEST_F(PagerTest, AFailureOfAnyReadRaises) {
   }
 }
 
+TEST_F(PagerTest, AFlushThatFailsIsRaisedByClosing) {
+  FaultyFileSystem files;
+  const auto pager = Open(files);
+  Mark(*pager, 9);
+  files.Arm(Fault::FailingFlush, 0);
+  const std::string raised = WhatRaises([&] { pager->Close(); });
+  EXPECT_NE(raised.find("Disk or network error"), std::string::npos) << raised;
+}
+
+TEST_F(PagerTest, ARefusedStatementLeavesNothingBesideTheFile) {
+  const auto pager = Open();
+  pager->BeginWrite();
+  pager->Edit(30);
+  pager->Rollback();
+  pager->Close();
+  EXPECT_FALSE(std::filesystem::exists(JournalPath()));
+  EXPECT_FALSE(std::filesystem::exists(Beside(".ldb")));
+}
+
+TEST_F(PagerTest, AJournalOfAnotherFileThatHadTheNameIsNotPutBack) {
+  constexpr size_t kCreationTime = 0x72;
+  FaultyFileSystem files;
+  files.Arm(Fault::Death, 8);
+  WhatRaises([&] { Mark(*Open(files), 9); });
+  std::vector<uint8_t> other = ReadWholeFile(path_);
+  other[kCreationTime] ^= 0x01;
+  WriteWholeFile(path_, other);
+  Open()->BeginRead();
+  EXPECT_EQ(ReadWholeFile(path_), other);
+}
+
+TEST_F(PagerTest, AJournalThatSaysItIsLargerThanTheDatabaseIsNone) {
+  FaultyFileSystem files;
+  files.Arm(Fault::Death, 8);
+  WhatRaises([&] { Mark(*Open(files), 9); });
+  const auto torn = PagesOf(path_);
+  std::vector<uint8_t> journal = ReadWholeFile(JournalPath());
+  Store32(&journal[12], 100000);  // pages
+  WriteWholeFile(JournalPath(), journal);
+  std::filesystem::resize_file(JournalPath(),
+                               uint64_t{1} << 29);  // there are bytes for all of them
+  const auto pager = Open();
+  pager->BeginRead();
+  EXPECT_EQ(PagesOf(path_), torn);
+}
+
 TEST_F(PagerTest, AJournalOfAnotherStateIsLeftAlone) {
   FaultyFileSystem files;
   files.Arm(Fault::Death, 1);

@@ -74,6 +74,7 @@ enum class Fault {
   FullDisk,      // from then on
   Death,         // after half of it, and nothing works any more
   FailingRead,   // once
+  FailingFlush,  // always
 };
 
 // The native file system, but for the operation that `after` operations of its kind come before.
@@ -126,7 +127,7 @@ class FaultyFileSystem : public FileSystem {
       file_->Resize(size);
     }
     void Flush() override {
-      if (owner_.dead_) owner_.Fail();
+      if (owner_.dead_ || owner_.fault_ == Fault::FailingFlush) owner_.Fail();
       file_->Flush();
     }
     bool TryLock(uint64_t offset, uint64_t length, LockMode mode) override {
@@ -144,7 +145,8 @@ class FaultyFileSystem : public FileSystem {
     if (dead_) return true;
     if (struck_) return fault_ == Fault::FullDisk && kind == Kind::Write;
     const bool counts = (fault_ == Fault::FailingRead) == (kind == Kind::Read);
-    if (fault_ == Fault::None || !counts || left_-- > 0) return false;
+    if (fault_ == Fault::None || fault_ == Fault::FailingFlush || !counts || left_-- > 0)
+      return false;
     struck_ = true;
     dead_ = fault_ == Fault::Death;
     return true;

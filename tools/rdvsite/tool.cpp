@@ -99,6 +99,7 @@ int Sql(Arguments arguments, std::ostream& out) {
     values.push_back(text == u"\\N" ? Argument() : Argument(text));
   const auto connection = jet::OpenJetConnection(arguments[0]);
   const CommandResult result = connection->Execute(arguments[1], values);
+  connection->Close();
   if (result.rows) {
     PrintRows(*result.rows, out);
   } else {

@@ -34,6 +34,8 @@ class JetConnection : public Connection {
     return result;
   }
 
+  void Close() override { engine_->Close(); }
+
  private:
   struct KnownStatement {
     Text text;
