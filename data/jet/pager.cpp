@@ -254,6 +254,7 @@ void Pager::ExcludeOtherPrograms() {
 // Gives up what BeginWrite took.
 void Pager::EndWrite() noexcept {
   writing_ = false;
+  order_.Clear();
   Quietly([this] { user_file_.Release(); });
   Quietly([this] { lock_->Release(); });
 }
@@ -316,7 +317,12 @@ void Pager::WritePages() {
                      Bytes(cache_.At(number).bytes.get(), PageSize()));
     };
     std::for_each(first_new, dirty_.end(), write);
-    std::for_each(dirty_.begin(), first_new, write);
+    std::vector<uint32_t> old_pages(dirty_.begin(), first_new);
+    if (!order_.Empty()) {
+      order_.Rank();
+      std::ranges::stable_sort(old_pages, {}, [&](uint32_t page) { return order_.RankOf(page); });
+    }
+    std::ranges::for_each(old_pages, write);
     WriteFirstCommitWord(NextCommitWord(word_before));
   } catch (const FileError&) {
     UndoWritePages(word_before);

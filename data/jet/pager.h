@@ -31,6 +31,7 @@
 #include "data/jet/header.h"
 #include "data/jet/journal.h"
 #include "data/jet/page_cache.h"
+#include "data/jet/page_order.h"
 #include "data/jet/page_source.h"
 
 namespace rdv::jet {
@@ -80,6 +81,8 @@ class Pager : public PageSource {
 
   // Inside a writing statement. The bytes stay where they are until its end; page 0 is not edited.
   uint8_t* Edit(uint32_t number);
+  // What pages wait for when they are written; forgotten at the end of the statement.
+  PageOrder& Order() { return order_; }
   // A new page behind the last one, all zeros.
   uint32_t Append();
   // Makes all commit words those of a file at rest.
@@ -131,8 +134,9 @@ class Pager : public PageSource {
   Journal journal_;
   Header header_;
 
-  int readers_ = 0;             // nested reading statements
-  uint64_t identity_ = 0;       // for the journal
+  int readers_ = 0;        // nested reading statements
+  uint64_t identity_ = 0;  // for the journal
+  PageOrder order_;
   bool began_writing_ = false;  // at least once, whatever became of it
   bool writing_ = false;
   bool written_ = false;  // since the file was opened

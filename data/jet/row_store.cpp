@@ -1,6 +1,7 @@
 #include "data/jet/row_store.h"
 
 #include <array>
+#include <optional>
 
 #include "data/jet/data_page.h"
 
@@ -28,6 +29,12 @@ RowId RowStore::Insert(Bytes content, uint16_t flags) {
   for (int tries = 0; tries < kTries;) {
     const std::optional<uint32_t> page = free_.HighestBelow(limit);
     if (!page) break;
+    // Who takes a row from another page must not wait for a third.
+    if (flags == kSlotHidden && context_.pager.Order().Waits(*page)) {
+      ++tries;
+      limit = *page;
+      continue;
+    }
     if (InsertInPage(*page, content, flags, row)) return row;
     if (content.size() <= kTypicalRow) {
       free_.Remove(*page);
@@ -64,7 +71,9 @@ RowId RowStore::InsertAlone(Bytes content) {
 }
 
 void RowStore::Replace(RowId row, Bytes content) {
+  PageOrder& order = context_.pager.Order();
   DataPageWriter page(context_, row.page, owner_);
+  std::optional<RowId> left;  // where the row was moved to before and is no longer
   if (page.Flags(row.row) == kSlotPointer) {
     const RowId moved = ReadRowPointer(context_.file, page.Row(row.row));
     DataPageWriter moved_page(context_, moved.page, owner_);
@@ -75,13 +84,18 @@ void RowStore::Replace(RowId row, Bytes content) {
       return;
     }
     RemoveSlot(moved);
+    left = moved;
   }
-  if (page.CanResize(row.row, content.size())) {
+  if (page.CanResize(row.row, content.size()) && !(left && order.Waits(row.page))) {
     page.Replace(row.row, content);
+    if (left) order.LetWait(left->page, row.page);
     return;
   }
+  const RowId taker = Insert(content, kSlotHidden);
+  if (left) order.LetWait(left->page, taker.page);
+  order.LetWait(row.page, taker.page);
   std::array<uint8_t, kRowPointerSize> pointer{};
-  StoreRowPointer(pointer.data(), Insert(content, kSlotHidden));
+  StoreRowPointer(pointer.data(), taker);
   if (!page.CanResize(row.row, pointer.size()))
     context_.file.DamagedPage(row.page, u"holds a row that is too short to be moved");
   page.Replace(row.row, pointer, kSlotPointer);

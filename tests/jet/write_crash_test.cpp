@@ -1,7 +1,10 @@
 // What is left of a statement whose process died, and what processes do to each other.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <functional>
+#include <set>
+#include <sstream>
 
 #include "data/jet/check.h"
 #include "data/jet/creation.h"
@@ -154,6 +157,61 @@ TEST_F(WriteCrashTest, DeathLeavesAllOfAStatementOnManyRowsOrNothing) {
     }
   });
 }
+
+#ifndef _WIN32
+
+// The numbers of the things that a reader finds who knows nothing of the journal.
+std::set<int> ThingsForOthers(const std::filesystem::path& path) {
+  const std::string command = "mdb-json '" + path.string() + "' Things";
+  FILE* pipe = popen(command.c_str(), "r");
+  std::string text;
+  for (int letter = fgetc(pipe); letter != EOF; letter = fgetc(pipe))
+    text.push_back(static_cast<char>(letter));
+  EXPECT_EQ(pclose(pipe), 0);
+  std::set<int> numbers;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    int number = 0;
+    EXPECT_EQ(std::sscanf(line.c_str(), "{\"ID\":%d,", &number), 1) << line;
+    numbers.insert(number);
+  }
+  return numbers;
+}
+
+// Rows grow out of their pages, and back, so that they move from any page to any other.
+TEST_F(WriteCrashTest, EveryRowIsThereForOthersTooWhereverTheWritingWasCutOff) {
+  if (std::system("command -v mdb-json > /dev/null") != 0) GTEST_SKIP() << "no mdb-json here";
+  const auto statement = [](Engine& engine, size_t length, int32_t every) {
+    for (int32_t i = 0; i < kThingCount; i += every) Update(engine, i * 2, 1, Text(length, u'm'));
+  };
+  const auto run = [&](FileSystem& files, size_t length, int32_t every) {
+    const auto engine = Engine::Open(PathText(path_), {.files = &files});
+    Engine::WriteScope scope(*engine);
+    statement(*engine, length, every);
+    scope.Commit();
+  };
+  const std::pair<size_t, int32_t> turns[] = {{150, 3}, {200, 2}, {10, 5}, {190, 1}};
+  for (const auto& [length, every] : turns) {
+    const auto original = folder_.Copy(path_, "original.mdb");
+    for (int writes = 0;; ++writes) {
+      SCOPED_TRACE(testing::Message() << length << " " << writes);
+      folder_.Copy(original, path_.filename().string());
+      FaultyFileSystem files;
+      files.Arm(Fault::DeathBefore, writes);
+      try {
+        run(files, length, every);
+      } catch (const RuntimeError&) {
+        EXPECT_TRUE(files.Struck());
+      }
+      EXPECT_EQ(ThingsForOthers(path_).size(), static_cast<size_t>(kThingCount));
+      if (!files.Struck() || HasFailure()) break;
+    }
+    const auto engine = Engine::Open(PathText(path_));
+    EXPECT_EQ(Findings(*engine), "");
+  }
+}
+
+#endif
 
 TEST_F(WriteCrashTest, AFailureOfAnyWriteIsRaisedAndTheEngineGoesOn) {
   const Rows before = ReadThings(*Engine::Open(PathText(path_)));

@@ -73,6 +73,7 @@ enum class Fault {
   ShortWrite,    // once, after half of it
   FullDisk,      // from then on
   Death,         // after half of it, and nothing works any more
+  DeathBefore,   // likewise, but before any of it
   FailingRead,   // once
   FailingFlush,  // always
 };
@@ -148,7 +149,7 @@ class FaultyFileSystem : public FileSystem {
     if (fault_ == Fault::None || fault_ == Fault::FailingFlush || !counts || left_-- > 0)
       return false;
     struck_ = true;
-    dead_ = fault_ == Fault::Death;
+    dead_ = fault_ == Fault::Death || fault_ == Fault::DeathBefore;
     return true;
   }
   [[noreturn]] void Fail() const {
