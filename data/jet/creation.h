@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -23,8 +24,11 @@ struct CreationStamp {
 // The present time.
 CreationStamp StampOfNow();
 
-// A Jet 4 file with the four system tables and nothing else. Raises when there is a file already.
-void CreateDatabase(FileSystem& files, const Text& path, const CreationStamp& stamp);
+// A Jet 4 file with the four system tables, and with what `fill` adds to it under the name that it
+// has until then. There is none under `path` until it is complete, and none at all when something
+// raises. Raises when there is a file already.
+void CreateDatabase(FileSystem& files, const Text& path, const CreationStamp& stamp,
+                    const std::function<void(const Text& draft)>& fill = {});
 
 struct ColumnSpec {
   Text name;

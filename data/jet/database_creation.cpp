@@ -5,6 +5,7 @@
 #include "data/jet/creation.h"
 #include "data/jet/data_page.h"
 #include "data/jet/definition_writer.h"
+#include "data/jet/draft.h"
 #include "data/jet/errors.h"
 #include "data/jet/header.h"
 #include "data/jet/pager.h"
@@ -401,6 +402,20 @@ void InsertRows(Pager& pager, double row_date) {
   }
 }
 
+void WriteRows(FileSystem& files, const rdv::Text& path, const CreationStamp& stamp) {
+  constexpr std::chrono::milliseconds kNoWait{0};
+  Pager pager(files, path, kNoWait, kPages);
+  pager.BeginWrite();
+  try {
+    InsertRows(pager, stamp.row_date);
+  } catch (...) {
+    pager.Rollback();
+    throw;
+  }
+  pager.Commit();
+  pager.Close();
+}
+
 }  // namespace
 
 CreationStamp StampOfNow() {
@@ -423,27 +438,18 @@ CreationStamp StampOfNow() {
   return {.creation_date = date, .row_date = date};
 }
 
-void CreateDatabase(FileSystem& files, const rdv::Text& path, const CreationStamp& stamp) {
-  if (files.Exists(path)) {
-    RaiseEngineError(ErrorNumber::General, u"Database '" + path + u"' already exists.");
-  }
+void CreateDatabase(FileSystem& files, const rdv::Text& path, const CreationStamp& stamp,
+                    const std::function<void(const rdv::Text& draft)>& fill) {
+  if (files.Exists(path)) RaiseFileExists(path);
   try {
-    const Foundation foundation(stamp);
-    files.Open(path, FileAccess::Create)->WriteAt(0, foundation.File());
+    Draft draft(files, path);
+    draft.Content().WriteAt(0, Foundation(stamp).File());
+    WriteRows(files, draft.Path(), stamp);
+    if (fill) fill(draft.Path());
+    draft.Publish();
   } catch (const FileError& error) {
     RaiseFileError(error, path);
   }
-  constexpr std::chrono::milliseconds kNoWait{0};
-  Pager pager(files, path, kNoWait, kPages);
-  pager.BeginWrite();
-  try {
-    InsertRows(pager, stamp.row_date);
-  } catch (...) {
-    pager.Rollback();
-    throw;
-  }
-  pager.Commit();
-  pager.Close();
 }
 
 }  // namespace rdv::jet

@@ -108,8 +108,15 @@ std::unique_ptr<Engine> Engine::Open(const Text& path, const EngineOptions& opti
   return std::unique_ptr<Engine>(new Engine(std::make_unique<State>(path, options)));
 }
 
-void Engine::Create(const Text& path, const EngineOptions& options) {
-  CreateDatabase(options.files ? *options.files : NativeFileSystem(), path, StampOfNow());
+void Engine::Create(const Text& path, const EngineOptions& options,
+                    const std::function<void(Engine&)>& fill) {
+  CreateDatabase(options.files ? *options.files : NativeFileSystem(), path, StampOfNow(),
+                 [&](const Text& draft) {
+                   if (!fill) return;
+                   const auto engine = Open(draft, options);
+                   fill(*engine);
+                   engine->Close();
+                 });
 }
 
 void Engine::Close() {

@@ -13,6 +13,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <vector>
@@ -58,8 +59,11 @@ class Engine {
   // read here, opens all the same; writing to it raises why.
   static std::unique_ptr<Engine> Open(const Text& path, const EngineOptions& options = {});
 
-  // Makes an empty Jet 4 database. Raises when there is a file of that name.
-  static void Create(const Text& path, const EngineOptions& options = {});
+  // Makes a Jet 4 database, empty but for what `fill` adds to it. The file has its name when it is
+  // complete, not before; nothing is left of it when something raises. Raises when there is a file
+  // of that name.
+  static void Create(const Text& path, const EngineOptions& options = {},
+                     const std::function<void(Engine&)>& fill = {});
 
   Engine(const Engine&) = delete;
   Engine& operator=(const Engine&) = delete;

@@ -28,6 +28,9 @@ void RaiseFileNotFound(TextView path) {
   RaiseEngineError(ErrorNumber::General, u"Could not find file " + Quoted(path) + u".");
 }
 
+void RaiseFileExists(TextView path) {
+  RaiseEngineError(ErrorNumber::General, u"Database " + Quoted(path) + u" already exists.");
+}
 void RaiseInvalidPath(TextView path) {
   RaiseEngineError(ErrorNumber::General,
                    Quoted(path) +

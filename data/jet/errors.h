@@ -26,6 +26,7 @@ enum class ErrorNumber : int32_t {
 // Files.
 [[noreturn]] void RaiseFileNotFound(TextView path);
 [[noreturn]] void RaiseInvalidPath(TextView path);
+[[noreturn]] void RaiseFileExists(TextView path);
 [[noreturn]] void RaiseFileInUse(TextView path);
 [[noreturn]] void RaiseWrongPassword();
 // The file is no database at all: too short, cut off in a page, or something else by its beginning.

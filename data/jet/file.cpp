@@ -14,6 +14,8 @@ void RaiseFileError(const FileError& error, TextView path) {
       RaiseFileInUse(path);
     case FileProblem::Denied:
       RaiseReadOnly(path, FromUtf8(error.what()));
+    case FileProblem::Exists:
+      RaiseFileExists(path);
     case FileProblem::DiskFull:
     case FileProblem::Other:
       break;

@@ -18,6 +18,7 @@ namespace rdv::jet {
 enum class FileProblem {
   NotFound,        // the folder is there
   FolderNotFound,  // or is no folder
+  Exists,          // where a name was to be taken
   InUse,           // opened by another process in a way that excludes this one
   Denied,          // by permissions or a read-only medium
   DiskFull,
@@ -42,6 +43,7 @@ enum class FileAccess {
   Read,
   ReadWrite,
   Create,  // ReadWrite; made empty when it is not there
+  Draft,   // Create; may be renamed and removed while it is open in this way only
 };
 
 enum class LockMode { Shared, Exclusive };
@@ -91,6 +93,8 @@ class FileSystem {
   virtual bool Exists(const Text& path) = 0;
   // Also when it is open elsewhere, where the system allows that. Raises FileError.
   virtual void Remove(const Text& path) = 0;
+  // To a name in the same folder that nothing bears. Raises FileError.
+  virtual void Rename(const Text& from, const Text& to) = 0;
 };
 
 // That of the operating system. Lives as long as the process.

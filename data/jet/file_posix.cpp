@@ -1,6 +1,7 @@
 #ifndef _WIN32
 
 #include <fcntl.h>
+#include <stdio.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -15,6 +16,7 @@ namespace {
 [[noreturn]] void RaiseErrno(int error) {
   FileProblem problem = FileProblem::Other;
   if (error == ENOENT) problem = FileProblem::NotFound;
+  if (error == EEXIST) problem = FileProblem::Exists;
   if (error == ENOTDIR) problem = FileProblem::FolderNotFound;
   if (error == EACCES || error == EPERM || error == EROFS) problem = FileProblem::Denied;
   if (error == ENOSPC || error == EDQUOT || error == EFBIG) problem = FileProblem::DiskFull;
@@ -100,7 +102,7 @@ class PosixFileSystem : public FileSystem {
  public:
   std::unique_ptr<File> Open(const Text& path, FileAccess access) override {
     int flags = O_CLOEXEC | (access == FileAccess::Read ? O_RDONLY : O_RDWR);
-    if (access == FileAccess::Create) flags |= O_CREAT;
+    if (access == FileAccess::Create || access == FileAccess::Draft) flags |= O_CREAT;
     const std::string name = ToUtf8(path);
     const int descriptor = open(name.c_str(), flags, 0666);
     if (descriptor < 0) {
@@ -118,6 +120,17 @@ class PosixFileSystem : public FileSystem {
 
   void Remove(const Text& path) override {
     if (unlink(ToUtf8(path).c_str()) != 0) RaiseErrno(errno);
+  }
+
+  void Rename(const Text& from, const Text& to) override {
+    const std::string old_name = ToUtf8(from);
+    const std::string new_name = ToUtf8(to);
+    if (renameat2(AT_FDCWD, old_name.c_str(), AT_FDCWD, new_name.c_str(), RENAME_NOREPLACE) == 0)
+      return;
+    if (errno != EINVAL && errno != ENOSYS) RaiseErrno(errno);
+    // Some network file systems cannot do it in one step.
+    if (link(old_name.c_str(), new_name.c_str()) != 0) RaiseErrno(errno);
+    if (unlink(old_name.c_str()) != 0) RaiseErrno(errno);
   }
 };
 

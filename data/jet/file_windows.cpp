@@ -16,6 +16,7 @@ std::wstring Wide(TextView text) {
 [[noreturn]] void RaiseLastError(DWORD error) {
   FileProblem problem = FileProblem::Other;
   if (error == ERROR_FILE_NOT_FOUND) problem = FileProblem::NotFound;
+  if (error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS) problem = FileProblem::Exists;
   if (error == ERROR_PATH_NOT_FOUND || error == ERROR_INVALID_NAME || error == ERROR_BAD_PATHNAME)
     problem = FileProblem::FolderNotFound;
   if (error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION)
@@ -115,9 +116,11 @@ class WindowsFileSystem : public FileSystem {
   std::unique_ptr<File> Open(const Text& path, FileAccess access) override {
     const DWORD rights =
         access == FileAccess::Read ? GENERIC_READ : DWORD{GENERIC_READ | GENERIC_WRITE};
+    const bool draft = access == FileAccess::Draft;
+    const DWORD sharing = FILE_SHARE_READ | FILE_SHARE_WRITE | (draft ? FILE_SHARE_DELETE : 0u);
     const HANDLE handle =
-        CreateFileW(Wide(path).c_str(), rights, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                    access == FileAccess::Create ? OPEN_ALWAYS : OPEN_EXISTING,
+        CreateFileW(Wide(path).c_str(), rights, sharing, nullptr,
+                    draft || access == FileAccess::Create ? OPEN_ALWAYS : OPEN_EXISTING,
                     FILE_ATTRIBUTE_NORMAL | FILE_FLAG_RANDOM_ACCESS, nullptr);
     if (handle == INVALID_HANDLE_VALUE) RaiseLastError(GetLastError());
     return std::make_unique<WindowsFile>(handle);
@@ -129,6 +132,10 @@ class WindowsFileSystem : public FileSystem {
 
   void Remove(const Text& path) override {
     if (!DeleteFileW(Wide(path).c_str())) RaiseLastError(GetLastError());
+  }
+
+  void Rename(const Text& from, const Text& to) override {
+    if (!MoveFileExW(Wide(from).c_str(), Wide(to).c_str(), 0)) RaiseLastError(GetLastError());
   }
 };
 

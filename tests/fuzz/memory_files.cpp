@@ -37,10 +37,19 @@ class MemoryFile : public File {
 std::unique_ptr<File> MemoryFiles::Open(const Text& path, FileAccess access) {
   const auto found = files_.find(path);
   if (found != files_.end()) return std::make_unique<MemoryFile>(found->second);
-  if (access != FileAccess::Create) throw FileError(FileProblem::NotFound, "there is none");
+  const bool make = access == FileAccess::Create || access == FileAccess::Draft;
+  if (!make) throw FileError(FileProblem::NotFound, "there is none");
   Content content = std::make_shared<std::vector<uint8_t>>();
   files_.emplace(path, content);
   return std::make_unique<MemoryFile>(std::move(content));
+}
+
+void MemoryFiles::Rename(const Text& from, const Text& to) {
+  if (Exists(to)) throw FileError(FileProblem::Exists, "there is one");
+  auto node = files_.extract(from);
+  if (node.empty()) throw FileError(FileProblem::NotFound, "there is none");
+  node.key() = to;
+  files_.insert(std::move(node));
 }
 
 }  // namespace rdv::jet::fuzz

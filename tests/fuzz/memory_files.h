@@ -22,6 +22,7 @@ class MemoryFiles : public FileSystem {
   std::unique_ptr<File> Open(const Text& path, FileAccess access) override;
   bool Exists(const Text& path) override { return files_.contains(path); }
   void Remove(const Text& path) override { files_.erase(path); }
+  void Rename(const Text& from, const Text& to) override;
 
  private:
   std::map<Text, Content> files_;

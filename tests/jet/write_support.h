@@ -79,7 +79,7 @@ enum class Fault {
 };
 
 // The native file system, but for the operation that `after` operations of its kind come before.
-// Writing, resizing and removing count as one kind, reading as another.
+// Writing, resizing, renaming and removing count as one kind, reading as another.
 class FaultyFileSystem : public FileSystem {
  public:
   void Arm(Fault fault, int after) {
@@ -98,6 +98,10 @@ class FaultyFileSystem : public FileSystem {
   void Remove(const Text& path) override {
     if (Strikes(Kind::Write)) Fail();
     NativeFileSystem().Remove(path);
+  }
+  void Rename(const Text& from, const Text& to) override {
+    if (Strikes(Kind::Write)) Fail();
+    NativeFileSystem().Rename(from, to);
   }
 
  private:

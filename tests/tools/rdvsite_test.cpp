@@ -2,10 +2,18 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
+#include <iterator>
 #include <sstream>
 
 #include "tests/support/site_fixture.h"
 #include "tools/rdvsite/tool.h"
+
+#ifndef _WIN32
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
 
 namespace rdv {
 namespace {
@@ -40,6 +48,23 @@ class SiteTool : public testing::Test {
   Outcome Sql(const Text& statement, std::vector<Text> arguments = {}) const {
     arguments.insert(arguments.begin(), {u"sql", Database(), statement});
     return RunTool(arguments);
+  }
+
+  static void WriteFile(const std::filesystem::path& path, const std::string& content) {
+    std::ofstream(path, std::ios::binary) << content;
+  }
+  static std::string ReadFile(const std::filesystem::path& path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+  }
+  // The names of the suite's files, sorted.
+  std::vector<std::string> Files() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(Suite())) {
+      if (entry.is_regular_file()) names.push_back(entry.path().filename().string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
   }
 
   static size_t Lines(const std::string& text) {
@@ -79,6 +104,61 @@ TEST_F(SiteTool, LeavesASiteAloneThatIsThere) {
   EXPECT_NE(again.errors.find("already exists"), std::string::npos) << again.errors;
   EXPECT_EQ(Sql(u"SELECT * FROM Used_Lines").out, "");
 }
+
+TEST_F(SiteTool, KeepsSettingsThatAreThereWithoutADatabase) {
+  std::filesystem::create_directories(Suite());
+  WriteFile(Suite() / "ORVANTPlus.ini", "[MINE]\r\n1=a\r\n");
+  Create();
+  EXPECT_EQ(ReadFile(Suite() / "ORVANTPlus.ini"), "[MINE]\r\n1=a\r\n");
+  EXPECT_EQ(RunTool({u"check", Database()}).code, kDone);
+}
+
+TEST_F(SiteTool, MakesTheSiteThatAnEarlierCallDidNotFinish) {
+  std::filesystem::create_directories(Suite() / "Database");
+  WriteFile(Database() + u".new", std::string(70000, 'x'));
+  WriteFile(Suite() / "ORVANTPlus.ini.new", "; Sett");
+  Create();
+  EXPECT_EQ(RunTool({u"check", Database()}).code, kDone);
+  EXPECT_EQ(Files(), (std::vector<std::string>{"NewDB.mdb", "ORVANTPlus.ini"}));
+}
+
+TEST_F(SiteTool, LeavesNothingButFoldersOfASiteThatItCannotFinish) {
+  // In the way of the settings, which come after the tables.
+  std::filesystem::create_directories(Suite() / "ORVANTPlus.ini.new" / "in use");
+  const Outcome outcome = RunTool({u"create", folder_.Path().u16string()});
+  EXPECT_EQ(outcome.code, kFailed);
+  EXPECT_NE(outcome.errors.find("ORVANTPlus.ini"), std::string::npos) << outcome.errors;
+  EXPECT_EQ(Files(), std::vector<std::string>());
+  std::filesystem::remove_all(Suite() / "ORVANTPlus.ini.new");
+  Create();
+  EXPECT_EQ(Files(), (std::vector<std::string>{"NewDB.mdb", "ORVANTPlus.ini"}));
+}
+
+#ifndef _WIN32
+
+TEST_F(SiteTool, BeingKilledLeavesNoDatabaseAndNothingInTheWay) {
+  const std::filesystem::path draft = Database() + u".new";
+  const pid_t child = fork();
+  if (child == 0) {
+    RunTool({u"create", folder_.Path().u16string(), u"--configurations", u"32767"});
+    _exit(0);
+  }
+  // Late enough to be among the configurations.
+  constexpr uintmax_t kWellBegun = 500'000;
+  std::error_code error;
+  for (uintmax_t size = 0; error || size < kWellBegun;
+       size = std::filesystem::file_size(draft, error)) {
+    ASSERT_EQ(waitpid(child, nullptr, WNOHANG), 0) << "the creation ended by itself";
+  }
+  kill(child, SIGKILL);
+  waitpid(child, nullptr, 0);
+  EXPECT_FALSE(std::filesystem::exists(Database()));
+  Create();
+  EXPECT_EQ(RunTool({u"check", Database()}).code, kDone);
+  EXPECT_EQ(Files(), (std::vector<std::string>{"NewDB.mdb", "ORVANTPlus.ini"}));
+}
+
+#endif
 
 TEST_F(SiteTool, PrintsRowsAsLinesOfJsonAndWritesAsTheirNumber) {
   Create();

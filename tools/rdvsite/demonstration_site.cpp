@@ -11,6 +11,7 @@
 #include "data/folders_and_files.h"
 #include "data/jet/creation.h"
 #include "data/jet/engine.h"
+#include "data/jet/file.h"
 #include "runtime/error.h"
 #include "tools/rdvsite/demonstration_tables.h"
 
@@ -280,19 +281,40 @@ class SiteWriter {
   jet::Engine& engine_;
 };
 
-void WriteDatabase(const Text& path, int configurations) {
-  const auto engine = jet::Engine::Open(path);
-  SiteWriter writer(*engine);
+void WriteDatabase(jet::Engine& engine, int configurations) {
+  SiteWriter writer(engine);
   writer.WriteTables();
   writer.WriteReferenceRows();
   for (int first = 1; first <= configurations; first += kBatch)
     writer.WriteConfigurations(first, std::min(first + kBatch - 1, configurations));
-  engine->Close();
 }
 
 [[noreturn]] void RaiseFileAccess(const std::filesystem::path& path) {
   throw RuntimeError(75, u"Path/File access error: '" + path.u16string() + u"'",
                      Text(kProductSource));
+}
+
+// Whether it made them. Those that are there are kept.
+bool WriteSettings(const std::filesystem::path& path) {
+  if (std::filesystem::exists(path)) return false;
+  std::filesystem::path draft = path;
+  draft += ".new";
+  std::error_code error;
+  std::ofstream settings(draft, std::ios::binary | std::ios::trunc);
+  settings << kSettings;
+  settings.close();
+  try {
+    if (!settings) RaiseFileAccess(path);
+    jet::NativeFileSystem().Rename(draft.u16string(), path.u16string());
+  } catch (const jet::FileError& problem) {
+    std::filesystem::remove(draft, error);
+    if (problem.Problem() == jet::FileProblem::Exists) return false;
+    RaiseFileAccess(path);
+  } catch (...) {
+    std::filesystem::remove(draft, error);
+    throw;
+  }
+  return true;
 }
 
 }  // namespace
@@ -305,15 +327,15 @@ std::filesystem::path CreateDemonstrationSite(const Text& common_app_data, int c
   std::error_code error;
   std::filesystem::create_directories(database.parent_path(), error);
   if (error) RaiseFileAccess(database.parent_path());
-  jet::Engine::Create(database.u16string());
+  bool settings_made = false;
   try {
-    WriteDatabase(database.u16string(), configurations);
-    std::ofstream settings(suite / kSettingsFile, std::ios::binary);
-    settings << kSettings;
-    settings.close();
-    if (!settings) RaiseFileAccess(suite / kSettingsFile);
+    // The database gets its name last: as long as it has none, the site can be made once more.
+    jet::Engine::Create(database.u16string(), {}, [&](jet::Engine& engine) {
+      WriteDatabase(engine, configurations);
+      settings_made = WriteSettings(suite / kSettingsFile);
+    });
   } catch (...) {
-    std::filesystem::remove(database, error);
+    if (settings_made) std::filesystem::remove(suite / kSettingsFile, error);
     throw;
   }
   return database;
