@@ -1,6 +1,8 @@
-// A row of any bytes under a definition of any columns: both ways of reading a field agree, and
-// what was read is written the same way again.
+// A row of any bytes under a definition of any columns, or the rows of a file of any bytes: both
+// ways of reading a field agree, and what was read is written the same way again.
+#include "data/jet/catalog.h"
 #include "data/jet/row_codec.h"
+#include "data/jet/table_reader.h"
 #include "tests/fuzz/fuzz_support.h"
 
 namespace rdv::jet::fuzz {
@@ -92,15 +94,32 @@ void Reencode(const FileReader& file, const TableDefinition& table,
   }
 }
 
-void TryRow(const FileReader& file, Input& input) {
-  const TableDefinition table = DefinitionFrom(input);
-  RowView row(file, table);
-  row.Reset({2, 0}, input.Rest());
+void TryRow(const FileReader& file, const TableDefinition& table, const RowView& row) {
   std::vector<Value> values(table.columns.size());
   bool all = true;
   for (size_t i = 0; i < values.size(); ++i)
     all = ReadField(row, table.columns[i], values[i]) && all;
   if (all && file.Layout().IsJet4()) Reencode(file, table, values);
+}
+
+void TryMadeUpRow(const FileReader& file, Input& input) {
+  const TableDefinition table = DefinitionFrom(input);
+  RowView row(file, table);
+  row.Reset({2, 0}, input.Rest());
+  TryRow(file, table, row);
+}
+
+void TryRows(const FileReader& file) {
+  const Catalog catalog(file);
+  for (const CatalogObject& object : catalog.All()) {
+    if (!object.IsLocalTable()) continue;
+    try {
+      const TableDefinition table = catalog.Table(object);
+      for (TableScan scan(file, table); scan.Next();) TryRow(file, table, scan.Row());
+    } catch (const RuntimeError& error) {
+      RequireGoodError(error);
+    }
+  }
 }
 
 }  // namespace
@@ -109,13 +128,18 @@ void TryRow(const FileReader& file, Input& input) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace rdv::jet;
   fuzz::Input input(data, size);
+  const uint8_t first = input.Byte();
+  if (fuzz::IsWholeFile(first)) {
+    fuzz::TryFile(fuzz::RestAsFile(input), fuzz::TryRows);
+    return 0;
+  }
   Header header;
-  header.version = input.Byte() % 4 == 3 ? Version::Jet3 : Version::Jet4;
+  header.version = first % 4 == 3 ? Version::Jet3 : Version::Jet4;
   header.code_page = 1252;
   // The long values that a descriptor leads to are those of the sample.
   BufferPageSource pages(fuzz::SampleDatabase(), header.Layout().page_size, rdv::Text(fuzz::kPath));
   try {
-    fuzz::TryRow(FileReader(pages, header), input);
+    fuzz::TryMadeUpRow(FileReader(pages, header), input);
   } catch (const rdv::RuntimeError& error) {
     fuzz::RequireGoodError(error);
   }

@@ -10,7 +10,7 @@
 namespace rdv::jet::fuzz {
 namespace {
 
-constexpr size_t kLongestFile = size_t{1} << 20;
+constexpr size_t kLongestFile = size_t{8} << 20;
 constexpr size_t kLongestText = 300;
 
 std::vector<uint8_t> Copy(Bytes bytes) {
@@ -197,11 +197,13 @@ const std::vector<uint8_t>& SampleDatabase() {
   return sample;
 }
 
+std::vector<uint8_t> RestAsFile(Input& input) {
+  const Bytes whole = input.Rest();
+  return Copy(whole.first(std::min(whole.size(), kLongestFile)));
+}
+
 std::vector<uint8_t> FileFrom(Input& input) {
-  if (input.Byte() % 16 == 0xF) {
-    const Bytes whole = input.Rest();
-    return Copy(whole.first(std::min(whole.size(), kLongestFile)));
-  }
+  if (IsWholeFile(input.Byte())) return RestAsFile(input);
   std::vector<uint8_t> file = SampleDatabase();
   while (!input.Empty()) {
     const size_t at = input.Below(file.size());

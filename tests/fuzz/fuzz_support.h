@@ -43,9 +43,17 @@ class Input {
 // Two related tables with columns of most types, several indexes, memos, moved and deleted rows.
 const std::vector<uint8_t>& SampleDatabase();
 
+// What the first byte ends in when the rest of the input is a file as it is.
+inline constexpr uint8_t kWholeFile = 0x0F;
+constexpr bool IsWholeFile(uint8_t first) {
+  return first % 16 == kWholeFile;
+}
+
 // A whole file: the rest of the input as it is, or the sample with the input's changes to its
 // bytes.
 std::vector<uint8_t> FileFrom(Input& input);
+// The rest of the input as it is.
+std::vector<uint8_t> RestAsFile(Input& input);
 
 // The page size that the file says it has.
 uint32_t PageSizeOf(const std::vector<uint8_t>& file);

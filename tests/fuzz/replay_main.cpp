@@ -1,5 +1,9 @@
-// Runs a fuzz target without a fuzzer: over the inputs in the given files and folders, over those
-// cut off and changed in ways that are the same in every run, and over made-up ones.
+// Runs a fuzz target without a fuzzer. What is done is the same in every run.
+//   PATH...                      the inputs in files and folders, those cut off and changed, and
+//                                made-up ones
+//   --databases FOLDER...        the databases in folders as they are, and with single bytes
+//   changed
+//   --seeds INTO FOLDER...       runs nothing; writes those databases as inputs into a folder
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -7,7 +11,11 @@
 #include <fstream>
 #include <iterator>
 #include <random>
+#include <span>
+#include <string>
 #include <vector>
+
+#include "tests/fuzz/fuzz_support.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
@@ -19,6 +27,11 @@ using Bytes = std::vector<uint8_t>;
 constexpr int kChangesOfEach = 40;
 constexpr int kMadeUp = 200;
 constexpr size_t kLongestMadeUp = 600;
+// Of each database: so many changed ones, and fewer of a large one.
+constexpr size_t kChangesOfDatabase = 12;
+constexpr size_t kBytesOfDatabase = size_t{2} << 20;
+// What tells CTest that nothing was done.
+constexpr int kSkipped = 77;
 
 void Run(const Bytes& input) {
   LLVMFuzzerTestOneInput(input.data(), input.size());
@@ -35,8 +48,17 @@ std::vector<fs::path> InputsIn(const fs::path& path) {
   return files;
 }
 
+Bytes ReadFile(const fs::path& path) {
+  std::ifstream stream(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
 class Changes {
  public:
+  // Not the first one, which says what the others are.
+  void ChangeByteOfFile(Bytes& input) {
+    if (input.size() > 1) input[1 + Below(input.size() - 1)] = Byte();
+  }
   void Apply(Bytes& input) {
     for (size_t count = 1 + Below(4); count > 0 && !input.empty(); --count) {
       switch (Below(4)) {
@@ -64,15 +86,31 @@ class Changes {
   std::mt19937 random_{20021};
 };
 
-}  // namespace
+struct Database {
+  fs::path path;
+  Bytes input;
+};
 
-int main(int argc, char** argv) {
+std::vector<Database> DatabasesIn(std::span<char*> folders) {
+  std::vector<Database> databases;
+  for (const char* folder : folders) {
+    if (!fs::exists(folder)) continue;
+    for (const fs::path& path : InputsIn(folder)) {
+      if (path.extension() != ".mdb") continue;
+      databases.push_back({path, ReadFile(path)});
+      Bytes& input = databases.back().input;
+      input.insert(input.begin(), rdv::jet::fuzz::kWholeFile);
+    }
+  }
+  return databases;
+}
+
+int RunInputs(std::span<char*> paths) {
   Changes changes;
   size_t runs = 0;
-  for (int i = 1; i < argc; ++i) {
-    for (const fs::path& file : InputsIn(argv[i])) {
-      std::ifstream stream(file, std::ios::binary);
-      const Bytes input{std::istreambuf_iterator<char>(stream), {}};
+  for (const char* path : paths) {
+    for (const fs::path& file : InputsIn(path)) {
+      const Bytes input = ReadFile(file);
       Run(input);
       for (int change = 0; change < kChangesOfEach; ++change, ++runs) {
         Bytes changed = input;
@@ -85,4 +123,55 @@ int main(int argc, char** argv) {
   for (int i = 0; i < kMadeUp; ++i, ++runs) Run(changes.MakeUp());
   std::printf("%zu inputs, nothing found\n", runs);
   return 0;
+}
+
+int RunDatabases(std::span<char*> folders) {
+  Changes changes;
+  size_t runs = 0;
+  const std::vector<Database> databases = DatabasesIn(folders);
+  for (const Database& database : databases) {
+    // A finding ends the program: the last line says in which file.
+    std::printf("%s\n", database.path.string().c_str());
+    std::fflush(stdout);
+    Run(database.input);
+    const size_t count = std::min(kChangesOfDatabase, kBytesOfDatabase / database.input.size());
+    for (size_t change = 0; change < count; ++change, ++runs) {
+      Bytes changed = database.input;
+      changes.ChangeByteOfFile(changed);
+      Run(changed);
+    }
+    ++runs;
+  }
+  std::printf("%zu databases, %zu inputs, nothing found\n", databases.size(), runs);
+  return databases.empty() ? kSkipped : 0;
+}
+
+int WriteSeeds(const fs::path& into, std::span<char*> folders) {
+  fs::create_directories(into);
+  size_t count = 0;
+  for (const Database& database : DatabasesIn(folders)) {
+    const std::string name = std::to_string(++count) + "-" +
+                             database.path.parent_path().filename().string() + "-" +
+                             database.path.stem().string();
+    std::ofstream stream(into / name, std::ios::binary | std::ios::trunc);
+    stream.write(reinterpret_cast<const char*>(database.input.data()),
+                 static_cast<std::streamsize>(database.input.size()));
+    if (!stream.flush()) {
+      std::fprintf(stderr, "cannot write %s\n", (into / name).string().c_str());
+      return 1;
+    }
+  }
+  std::printf("%zu seeds\n", count);
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::span<char*> arguments(argv + 1, static_cast<size_t>(argc) - 1);
+  const std::string option = arguments.empty() ? "" : arguments[0];
+  if (option == "--databases") return RunDatabases(arguments.subspan(1));
+  if (option == "--seeds" && arguments.size() > 2)
+    return WriteSeeds(arguments[1], arguments.subspan(2));
+  return RunInputs(arguments);
 }
