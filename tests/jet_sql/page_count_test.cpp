@@ -1,4 +1,4 @@
-// How many pages a statement reads: what the key leads to, however large the file.
+// How many pages a statement reads and writes: what the key leads to, however large the file.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -7,9 +7,13 @@
 #include "data/jet/engine.h"
 #include "data/jet/sql/execution.h"
 #include "data/jet/sql/statement_parser.h"
+#include "tests/support/site_fixture.h"
 
 namespace rdv::jet::sql {
 namespace {
+
+constexpr TextView kOneLine =
+    u" WHERE Config_ID = a AND Base_Slot_No = b AND Slot_Offset = c AND Line = d";
 
 class PageCounts : public testing::Test {
  protected:
@@ -18,6 +22,38 @@ class PageCounts : public testing::Test {
   }
 
   static std::filesystem::path Sites() { return std::filesystem::path(RDV_SHARED_DIR) / "sites"; }
+
+  struct Pages {
+    uint64_t read = 0;
+    uint64_t written = 0;
+  };
+
+  // What a statement that writes one row costs in a copy of a site that has just been opened, and
+  // in which a row has been deleted before.
+  Pages Write(const char* site, TextView statement, const std::vector<Argument>& arguments) const {
+    const auto path = folder_.Path() / "copy.mdb";
+    std::filesystem::remove(path);
+    std::filesystem::copy_file(Sites() / site / "NewDB.mdb", path);
+    std::filesystem::permissions(path, std::filesystem::perms::owner_write,
+                                 std::filesystem::perm_options::add);
+    RunOnce(path, u"DELETE FROM Used_Lines" + Text(kOneLine), {u"1", u"1", u"1", u"12"});
+    return RunOnce(path, statement, arguments);
+  }
+
+  // As many pages are written in a small and in a large file, and no more are read in the large one
+  // than two more levels of the index and a page of each of the table's two maps.
+  void ExpectSameCost(TextView statement, uint64_t written, const Text& line,
+                      std::vector<Argument> small_arguments = {}) {
+    std::vector<Argument> large_arguments = small_arguments;
+    small_arguments.insert(small_arguments.end(), {u"1", u"1", u"1", line});
+    large_arguments.insert(large_arguments.end(), {u"1500", u"1", u"1", line});
+    const Pages small = Write("plain", statement, small_arguments);
+    const Pages large = Write("large", statement, large_arguments);
+    EXPECT_EQ(small.written, written);
+    EXPECT_EQ(large.written, written);
+    EXPECT_GE(small.read, written);
+    EXPECT_LE(large.read, small.read + 4);
+  }
 
   // Pages that one command reads in a file that has just been opened, and the rows that it gives.
   static std::pair<uint64_t, size_t> Read(const char* site, Command command,
@@ -29,6 +65,32 @@ class PageCounts : public testing::Test {
     const RowTable rows = RunSelect(engine->File(), engine->Table(select.table), select, arguments);
     return {engine->Counters().pages_read - before, rows.rows.size()};
   }
+
+ private:
+  static Pages RunOnce(const std::filesystem::path& path, TextView statement,
+                       const std::vector<Argument>& arguments) {
+    const auto engine = Engine::Open(path.u16string());
+    const EngineCounters before = engine->Counters();
+    {
+      Engine::WriteScope scope(*engine);
+      EXPECT_EQ(Run(*engine, ParseStatement(statement), arguments), 1);
+      scope.Commit();
+    }
+    const EngineCounters& after = engine->Counters();
+    EXPECT_EQ(after.commits, before.commits + 1);
+    return {after.pages_read - before.pages_read, after.pages_written - before.pages_written};
+  }
+
+  static int Run(Engine& engine, const Statement& statement,
+                 const std::vector<Argument>& arguments) {
+    if (const Update* update = std::get_if<Update>(&statement))
+      return RunUpdate(engine, *update, arguments);
+    if (const Insert* insert = std::get_if<Insert>(&statement))
+      return RunInsert(engine, *insert, arguments);
+    return RunDelete(engine, std::get<Delete>(statement), arguments);
+  }
+
+  rdv::test::TemporaryFolder folder_;
 };
 
 TEST_F(PageCounts, LinesOfAUnitAreSoughtByTheKey) {
@@ -53,6 +115,23 @@ TEST_F(PageCounts, ASearchThatCannotMatchReadsNoRows) {
   const auto [found_pages, found_rows] = Read("large", Command::Get_Used_Lines, {u"1500"});
   EXPECT_EQ(rows, 0u);
   EXPECT_LT(pages, found_pages);
+}
+
+TEST_F(PageCounts, AnUpdateByKeyWritesTheRowsPageAlone) {
+  ExpectSameCost(u"UPDATE Used_Lines SET Volume_ID = 7, Mode_Caption = 'x'" + Text(kOneLine), 1,
+                 u"3");
+}
+
+TEST_F(PageCounts, AnInsertionWritesTheRowsPageTheIndexAndTheCounts) {
+  ExpectSameCost(
+      u"INSERT INTO Used_Lines (Volume_Name, Config_ID, Base_Slot_No, Slot_Offset, Line) "
+      u"VALUES (v, a, b, c, d)",
+      3, u"77", {u"High"});
+}
+
+// And the map of the pages with room. The first of a large file makes that map longer.
+TEST_F(PageCounts, ADeletionWritesTheRowsPageTheIndexTheCountsAndAMap) {
+  ExpectSameCost(u"DELETE FROM Used_Lines" + Text(kOneLine), 4, u"3");
 }
 
 }  // namespace
