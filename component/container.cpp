@@ -5,10 +5,14 @@ namespace {
 
 constexpr double kCurrencyUnits = 10000;  // font sizes are fixed-point
 
-std::optional<COLORREF> ToColor(OLE_COLOR ole_color) {
+// Of the system's colours the containers' colours hold only the names: they may change.
+std::optional<win32::WishedColor> ToColor(OLE_COLOR ole_color) {
   COLORREF color = 0;
   if (FAILED(OleTranslateColor(ole_color, nullptr, &color))) return std::nullopt;
-  return color;
+  if (constexpr OLE_COLOR kSystem = 0x80000000; (ole_color & kSystem) != 0) {
+    return win32::WishedColor::OfSystem(static_cast<int>(ole_color & 0xFF));
+  }
+  return win32::WishedColor::Fixed(color);
 }
 
 DWORD KeyModifiers() {

@@ -15,6 +15,7 @@
 #include "tests/component/listener.h"
 #include "tests/component/ole_test.h"
 #include "tests/component/placed_control.h"
+#include "tests/component/strict_host.h"
 #include "tests/support/site_files.h"
 #include "tools/site_folder/site_folder.h"
 #include "widgets/win32/control_ids.h"
@@ -238,31 +239,28 @@ class Colours : public OleTest {
 // A contrast theme, as long as it lives.
 class SystemColors {
  public:
-  SystemColors(COLORREF window, COLORREF text) {
-    for (size_t index = 0; index < before_.size(); ++index) {
-      before_[index] = GetSysColor(kElements[index]);
-    }
-    Set({window, text});
+  explicit SystemColors(const std::map<int, COLORREF>& colors) {
+    for (const auto& [element, color] : colors) before_[element] = GetSysColor(element);
+    Set(colors);
   }
   SystemColors(const SystemColors&) = delete;
   SystemColors& operator=(const SystemColors&) = delete;
   ~SystemColors() { Set(before_); }
 
  private:
-  using Values = std::array<COLORREF, 2>;
-  static constexpr std::array<int, 2> kElements = {COLOR_WINDOW, COLOR_WINDOWTEXT};
-  static void Set(const Values& values) {
-    SetSysColors(static_cast<int>(values.size()), kElements.data(), values.data());
+  static void Set(const std::map<int, COLORREF>& colors) {
+    for (const auto& [element, color] : colors) SetSysColors(1, &element, &color);
   }
 
-  Values before_;
+  std::map<int, COLORREF> before_;
 };
 
 TEST_F(Colours, OfTheSystemAreFollowedWithoutTheContainersHelp) {
   const COLORREF before = GetSysColor(COLOR_WINDOW);
   ASSERT_EQ(OfGrid(LVM_GETBKCOLOR), before);
   {
-    const SystemColors contrast(RGB(1, 2, 3), RGB(250, 251, 252));
+    const SystemColors contrast(
+        {{COLOR_WINDOW, RGB(1, 2, 3)}, {COLOR_WINDOWTEXT, RGB(250, 251, 252)}});
     PumpMessages();
     ASSERT_EQ(GetSysColor(COLOR_WINDOW), RGB(1, 2, 3));
     EXPECT_EQ(OfGrid(LVM_GETBKCOLOR), RGB(1, 2, 3));
@@ -271,6 +269,98 @@ TEST_F(Colours, OfTheSystemAreFollowedWithoutTheContainersHelp) {
   }
   PumpMessages();
   EXPECT_EQ(OfGrid(LVM_GETBKCOLOR), before);
+}
+
+// A container that proposes colours, as forms designers do: an OLE colour with the highest bit set
+// names one of the system's.
+class ProposedColours : public OleTest {
+ protected:
+  static constexpr OLE_COLOR kSystem = 0x80000000;
+
+  void Place(OLE_COLOR background, OLE_COLOR text) {
+    host_ = std::make_unique<StrictHost>(
+        Offers{.interfaces = {"IOleInPlaceSite", "IOleControlSite", "IDispatch"},
+               .ambients = {{DISPID_AMBIENT_USERMODE, true},
+                            {DISPID_AMBIENT_BACKCOLOR, static_cast<LONG>(background)},
+                            {DISPID_AMBIENT_FORECOLOR, static_cast<LONG>(text)}}});
+    host_->container.Misbehave([](const std::string&) { return std::nullopt; });
+    host_->object->SetClientSite(host_->container.Site());
+    ASSERT_EQ(host_->Verb(OLEIVERB_INPLACEACTIVATE), S_OK);
+  }
+  void TearDown() override {
+    if (!host_) return;
+    host_->object->Close(OLECLOSE_NOSAVE);
+    host_->object->SetClientSite(nullptr);
+    host_.reset();
+  }
+
+  COLORREF Background() const {
+    const auto brush = reinterpret_cast<HBRUSH>(SendMessageW(host_->Form(), WM_CTLCOLORBTN, 0, 0));
+    LOGBRUSH description = {};
+    EXPECT_NE(GetObjectW(brush, sizeof description, &description), 0);
+    return description.lbColor;
+  }
+
+  // In the picture of the frame around the lines, caption and all.
+  bool FrameShows(COLORREF color) const {
+    const HWND frame = host_->Child(control_id::fraConfiguration);
+    RECT area = {};
+    GetClientRect(frame, &area);
+    const HDC screen = GetDC(nullptr);
+    const HDC context = CreateCompatibleDC(screen);
+    const HBITMAP bitmap = CreateCompatibleBitmap(screen, area.right, kCaptionHeight);
+    const HGDIOBJ before = SelectObject(context, bitmap);
+    PatBlt(context, 0, 0, area.right, kCaptionHeight, WHITENESS);
+    SendMessageW(frame, WM_PRINTCLIENT, reinterpret_cast<WPARAM>(context), PRF_CLIENT);
+    bool shows = false;
+    for (int x = 0; x < area.right && !shows; ++x) {
+      for (int y = 0; y < kCaptionHeight && !shows; ++y) shows = GetPixel(context, x, y) == color;
+    }
+    SelectObject(context, before);
+    DeleteObject(bitmap);
+    DeleteDC(context);
+    ReleaseDC(nullptr, screen);
+    return shows;
+  }
+
+  std::unique_ptr<StrictHost> host_;
+
+ private:
+  static constexpr int kCaptionHeight = 16;
+};
+
+TEST_F(ProposedColours, OfTheSystemAreFollowed) {
+  ASSERT_NO_FATAL_FAILURE(Place(kSystem | COLOR_INFOBK, kSystem | COLOR_INFOTEXT));
+  const COLORREF before = GetSysColor(COLOR_INFOBK);
+  EXPECT_EQ(Background(), before);
+  {
+    const SystemColors contrast({{COLOR_INFOBK, RGB(1, 2, 3)}, {COLOR_INFOTEXT, RGB(250, 9, 250)}});
+    PumpMessages();
+    EXPECT_EQ(Background(), RGB(1, 2, 3));
+    if (CanPaint()) {
+      EXPECT_TRUE(FrameShows(RGB(250, 9, 250)));
+    }
+  }
+  PumpMessages();
+  EXPECT_EQ(Background(), before);
+  if (CanPaint()) {
+    EXPECT_FALSE(FrameShows(RGB(250, 9, 250)));
+  }
+}
+
+TEST_F(ProposedColours, ThatAreFixedStay) {
+  ASSERT_NO_FATAL_FAILURE(Place(RGB(10, 20, 30), RGB(200, 9, 200)));
+  const SystemColors contrast({{COLOR_BTNFACE, RGB(1, 2, 3)}, {COLOR_BTNTEXT, RGB(250, 9, 250)}});
+  PumpMessages();
+  EXPECT_EQ(Background(), RGB(10, 20, 30));
+  if (CanPaint()) {
+    EXPECT_TRUE(FrameShows(RGB(200, 9, 200)));
+  }
+}
+
+TEST_F(ProposedColours, ThatDoNotExistAreTheSystemsOwn) {
+  ASSERT_NO_FATAL_FAILURE(Place(kSystem | 0xEE, kSystem | 0xEE));
+  EXPECT_EQ(Background(), GetSysColor(COLOR_BTNFACE));
 }
 
 // Common controls hear of colours from their parents only.

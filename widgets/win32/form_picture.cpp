@@ -15,6 +15,10 @@ constexpr double kTwipsPerPoint = 20;
 constexpr double kDefaultPoints = 8;
 constexpr Twips kCaptionIndent = 120;
 
+COLORREF Now(const std::optional<WishedColor>& wished, int system_element) {
+  return wished ? wished->Now() : GetSysColor(system_element);
+}
+
 class Picture {
  public:
   Picture(HDC context, const RECT& area, Size size, const Appearance& appearance)
@@ -22,7 +26,7 @@ class Picture {
         area_(area),
         horizontal_((area.right - area.left) / size.width),
         vertical_((area.bottom - area.top) / size.height),
-        text_color_(appearance.text_color.value_or(GetSysColor(COLOR_BTNTEXT))) {
+        text_color_(Now(appearance.text_color, COLOR_BTNTEXT)) {
     saved_ = SaveDC(context_);
     IntersectClipRect(context_, area.left, area.top, area.right, area.bottom);
     FontDescription font = appearance.font.value_or(
@@ -103,7 +107,7 @@ void DrawForm(HDC context, const RECT& area, SIZEL extent, const Appearance& app
   const Size size = {std::max(1.0, static_cast<double>(extent.cx) * kTwipsPerHimetric),
                      std::max(1.0, static_cast<double>(extent.cy) * kTwipsPerHimetric)};
   const FormLayout layout = LayOut(size);
-  const COLORREF background = appearance.background.value_or(GetSysColor(COLOR_BTNFACE));
+  const COLORREF background = Now(appearance.background, COLOR_BTNFACE);
   Picture picture(context, area, size, appearance);
   picture.Fill({0, 0, size.width, size.height}, background);
 

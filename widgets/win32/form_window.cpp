@@ -40,13 +40,17 @@ BOOL CALLBACK SetFont(HWND window, LPARAM font) {
 
 HBRUSH FormBackground(HWND form) {
   const FormWindow* window = FormOf(form);
-  return window && window->background_ ? window->background_ : GetSysColorBrush(COLOR_BTNFACE);
+  if (window && window->background_) return window->background_;
+  const HBRUSH wished = window && window->appearance_.background
+                            ? window->appearance_.background->SystemBrush()
+                            : nullptr;
+  return wished ? wished : GetSysColorBrush(COLOR_BTNFACE);
 }
 
 COLORREF FormTextColor(HWND form) {
   const FormWindow* window = FormOf(form);
-  const DWORD system_color = GetSysColor(COLOR_BTNTEXT);
-  return window ? window->appearance_.text_color.value_or(system_color) : system_color;
+  if (window && window->appearance_.text_color) return window->appearance_.text_color->Now();
+  return GetSysColor(COLOR_BTNTEXT);
 }
 
 HFONT FormFont(HWND form) {
@@ -170,7 +174,8 @@ void FormWindow::SetAppearance(Appearance appearance) {
   if (appearance == appearance_) return;
   appearance_ = std::move(appearance);
   if (background_) DeleteObject(background_);
-  background_ = appearance_.background ? CreateSolidBrush(*appearance_.background) : nullptr;
+  const auto& wished = appearance_.background;
+  background_ = wished && !wished->SystemBrush() ? CreateSolidBrush(wished->Now()) : nullptr;
   Refresh();
 }
 

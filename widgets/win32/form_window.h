@@ -16,14 +16,15 @@
 #include "widgets/win32/platform.h"
 #include "widgets/win32/screen_window.h"
 #include "widgets/win32/text_box_window.h"
+#include "widgets/win32/wished_color.h"
 
 namespace rdv::win32 {
 
 // What a container may wish for; nothing stands for the system's own.
 struct Appearance {
   std::optional<FontDescription> font;
-  std::optional<COLORREF> background;
-  std::optional<COLORREF> text_color;
+  std::optional<WishedColor> background;
+  std::optional<WishedColor> text_color;
 
   bool operator==(const Appearance&) const = default;
 };
@@ -92,7 +93,7 @@ class FormWindow {
   Scale scale_;
   Font font_;
   Appearance appearance_;
-  HBRUSH background_ = nullptr;  // of the appearance; null = the system's
+  HBRUSH background_ = nullptr;  // of the appearance; null = one of the system's
   bool focus_inside_ = false;
   bool editing_ = false;
   std::weak_ptr<void> owner_;
