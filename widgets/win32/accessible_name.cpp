@@ -3,17 +3,28 @@
 #include <initguid.h>
 #include <oleacc.h>
 
+#include <array>
+
 namespace rdv::win32 {
 namespace {
 
-void Describe(HWND window, const MSAAPROPID& property, const wchar_t* text) {
+constexpr auto kClient = static_cast<DWORD>(OBJID_CLIENT);
+
+template <class Work>
+void WithServices(Work&& work) {
   IAccPropServices* services = nullptr;
   if (FAILED(CoCreateInstance(CLSID_AccPropServices, nullptr, CLSCTX_INPROC_SERVER,
                               IID_IAccPropServices, reinterpret_cast<void**>(&services)))) {
     return;
   }
-  services->SetHwndPropStr(window, static_cast<DWORD>(OBJID_CLIENT), CHILDID_SELF, property, text);
+  work(*services);
   services->Release();
+}
+
+void Describe(HWND window, const MSAAPROPID& property, const wchar_t* text) {
+  WithServices([&](IAccPropServices& services) {
+    services.SetHwndPropStr(window, kClient, CHILDID_SELF, property, text);
+  });
 }
 
 }  // namespace
@@ -24,6 +35,16 @@ void SetAccessibleName(HWND window, const wchar_t* name) {
 
 void SetAccessibleShortcut(HWND window, const wchar_t* keys) {
   Describe(window, PROPID_ACC_KEYBOARDSHORTCUT, keys);
+}
+
+void ForgetAccessibleTexts(std::span<const HWND> windows) {
+  const std::array<MSAAPROPID, 2> properties = {PROPID_ACC_NAME, PROPID_ACC_KEYBOARDSHORTCUT};
+  WithServices([&](IAccPropServices& services) {
+    for (const HWND window : windows) {
+      services.ClearHwndProps(window, kClient, CHILDID_SELF, properties.data(),
+                              static_cast<int>(properties.size()));
+    }
+  });
 }
 
 }  // namespace rdv::win32

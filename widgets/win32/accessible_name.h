@@ -1,6 +1,8 @@
 // What a screen reader speaks for windows whose own text does not say it.
 #pragma once
 
+#include <span>
+
 #include "widgets/win32/platform.h"
 
 namespace rdv::win32 {
@@ -9,5 +11,7 @@ namespace rdv::win32 {
 void SetAccessibleName(HWND window, const wchar_t* name);
 // The keys that press a button.
 void SetAccessibleShortcut(HWND window, const wchar_t* keys);
+// Before the windows go: the system keeps what was set until it is told to forget it.
+void ForgetAccessibleTexts(std::span<const HWND> windows);
 
 }  // namespace rdv::win32

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <functional>
 
 #include "widgets/win32/window_widget.h"
 
@@ -27,10 +28,18 @@ class EditorWindow : public WindowWidget<Contract> {
     Place();
   }
 
+  void SetVisible(bool visible) override {
+    if (visible && on_showing) on_showing();
+    WindowWidget<Contract>::SetVisible(visible);
+  }
+
   void SetScale(Scale scale) {
     scale_ = scale;
     Place();
   }
+
+  // It has been placed and is about to be seen there.
+  std::function<void()> on_showing;
 
  protected:
   Scale CurrentScale() const { return scale_; }

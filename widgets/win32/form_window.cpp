@@ -2,18 +2,21 @@
 
 #include <array>
 #include <utility>
+#include <vector>
 
 #include "widgets/layout.h"
 #include "widgets/win32/accessible_name.h"
 #include "widgets/win32/control_ids.h"
 #include "widgets/win32/form_captions.h"
 #include "widgets/win32/platform.h"
+#include "widgets/win32/wide.h"
 
 namespace rdv::win32 {
 namespace {
 
 constexpr const wchar_t* kFormClass = L"TLV_RDV_Line_Config.Form";
 constexpr UINT kCheckFocus = WM_APP;
+constexpr int kLineColumn = 10;  // of the grid: the line's number, as the user sees it
 
 FormWindow* FormOf(HWND window) {
   return reinterpret_cast<FormWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
@@ -29,6 +32,19 @@ void RegisterClasses(HINSTANCE module, WNDPROC procedure) {
   description.hCursor = LoadCursorW(nullptr, IDC_ARROW);
   description.lpszClassName = kFormClass;
   RegisterClassExW(&description);  // fails, as it should, for all forms but the first
+}
+
+// A list that is typed into has the keyboard in its text part, which is a window of its own.
+void NameWithParts(HWND window, const wchar_t* name) {
+  SetAccessibleName(window, name);
+  if (const HWND text_part = FindWindowExW(window, nullptr, L"EDIT", nullptr)) {
+    SetAccessibleName(text_part, name);
+  }
+}
+
+BOOL CALLBACK AddWindow(HWND window, LPARAM list) {
+  reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
+  return TRUE;
 }
 
 BOOL CALLBACK SetFont(HWND window, LPARAM font) {
@@ -165,6 +181,7 @@ FormWindow::FormWindow(HINSTANCE module, HWND parent)
 }
 
 FormWindow::~FormWindow() {
+  if (IsWindow(window_)) ForgetNames();
   SetWindowLongPtrW(window_, GWLP_USERDATA, 0);
   LVRDVLineConfig_.Unhook();
   if (background_) DeleteObject(background_);
@@ -200,23 +217,40 @@ void FormWindow::Refresh() {
 }
 
 void FormWindow::NameWidgets() {
-  const std::array<std::pair<HWND, const wchar_t*>, 14> names = {{
-      {LVRDVLineConfig_.Handle(), L"Lines"},
-      {cmbPartition_.Handle(), L"Partition"},
-      {cmbStartingNodeName_.Handle(), L"Starting Node"},
-      {cmbStartingNodeNumber_.Handle(), L"Starting Node Number"},
-      {cmbVolume_.Handle(), L"Volume"},
-      {cmbModeType_.Handle(), L"Mode"},
-      {cmbModeNumber_.Handle(), L"Mode Number"},
-      {cmbNISOption_.Handle(), L"NIS Option"},
-      {txtEWTOption_.Handle(), L"EWT Option"},
-      {cmbLineType_.Handle(), L"Line Type"},
-      {cmbImpedance_.Handle(), L"Impedance"},
-      {cmbSoftStop_.Handle(), L"Soft Stop"},
-      {txtLabel_.Handle(), L"Label"},
-      {cmbRDVType_.Handle(), L"Unit Type"},
-  }};
-  for (const auto& [window, name] : names) SetAccessibleName(window, name);
+  SetAccessibleName(LVRDVLineConfig_.Handle(), L"Lines");
+  NameWithParts(cmbRDVType_.Handle(), L"Unit Type");
+  const auto name_editor = [this](auto& editor, const wchar_t* name) {
+    NameWithParts(editor.Handle(), name);
+    editor.on_showing = [this, &editor, name] {
+      NameWithParts(editor.Handle(), NameOverCell(name).c_str());
+    };
+  };
+  name_editor(cmbPartition_, L"Partition");
+  name_editor(cmbStartingNodeName_, L"Starting Node");
+  name_editor(cmbStartingNodeNumber_, L"Starting Node Number");
+  name_editor(cmbVolume_, L"Volume");
+  name_editor(cmbModeType_, L"Mode");
+  name_editor(cmbModeNumber_, L"Mode Number");
+  name_editor(cmbNISOption_, L"NIS Option");
+  name_editor(txtEWTOption_, L"EWT Option");
+  name_editor(cmbLineType_, L"Line Type");
+  name_editor(cmbImpedance_, L"Impedance");
+  name_editor(cmbSoftStop_, L"Soft Stop");
+  name_editor(txtLabel_, L"Label");
+}
+
+std::wstring FormWindow::NameOverCell(const wchar_t* name) const {
+  const std::optional<int> row = LVRDVLineConfig_.SelectedItem();
+  const bool there = row && *row <= LVRDVLineConfig_.RowCount();
+  if (!there || LVRDVLineConfig_.ColumnCount() < kLineColumn) return name;
+  const Text line = LVRDVLineConfig_.Cell(*row, kLineColumn);
+  return L"Line " + std::wstring(Wide(line)) + L", " + name;
+}
+
+void FormWindow::ForgetNames() const {
+  std::vector<HWND> windows;
+  EnumChildWindows(window_, &AddWindow, reinterpret_cast<LPARAM>(&windows));
+  ForgetAccessibleTexts(windows);
 }
 
 void FormWindow::Layout() {
@@ -318,6 +352,7 @@ std::optional<LRESULT> FormWindow::OnMessage(UINT message, WPARAM wparam, LPARAM
       FollowScreen();
       return 0;
     case WM_DESTROY:
+      ForgetNames();
       LVRDVLineConfig_.Unhook();
       return 0;
     default:

@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "widgets/form.h"
 #include "widgets/win32/button_window.h"
@@ -82,6 +83,9 @@ class FormWindow {
   static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
   std::optional<LRESULT> OnMessage(UINT message, WPARAM wparam, LPARAM lparam);
   void NameWidgets();
+  // Of an editor that is about to be seen over a cell of the grid.
+  std::wstring NameOverCell(const wchar_t* name) const;
+  void ForgetNames() const;
   void Refresh();
   void Layout();
   void ApplyFont();
