@@ -2,6 +2,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <memory>
+
+#include "tests/component/listener.h"
 #include "tests/component/ole_test.h"
 #include "tests/component/placed_control.h"
 #include "tests/support/site_files.h"
@@ -148,22 +152,71 @@ TEST_F(Activation, TheListsDropDownInTheirWidths) {
   const SiteFolder found(nothing.Path().u16string());
   const BoxAnswerer boxes;  // without a database, loading ends with a message
   VARIANT_BOOL shown = VARIANT_TRUE;
+  const std::pair<int, WPARAM> widths[] = {{control_id::cmbLineType, 200},
+                                           {control_id::cmbPartition, 200},
+                                           {control_id::cmbStartingNodeName, 200},
+                                           {control_id::cmbStartingNodeNumber, 50},
+                                           {control_id::cmbVolume, 50},
+                                           {control_id::cmbModeType, 200},
+                                           {control_id::cmbModeNumber, 50},
+                                           {control_id::cmbNISOption, 50},
+                                           {control_id::cmbImpedance, 200},
+                                           {control_id::cmbSoftStop, 50},
+                                           {control_id::cmbRDVType, 200}};
+  std::vector<int> order;
+  std::vector<std::unique_ptr<Listener>> lists;
+  for (const auto& each : widths) {
+    const int id = each.first;
+    lists.push_back(std::make_unique<Listener>(placed.Child(id)));
+    lists.back()->on_message = [id, &order](UINT message) {
+      if (message == CB_SETDROPPEDWIDTH) order.push_back(id);
+    };
+  }
   placed.As<LineConfigInterface>(kLineConfigInterfaceId)->ShowControl(1, &shown);
-  const std::pair<int, LRESULT> widths[] = {{control_id::cmbLineType, 200},
-                                            {control_id::cmbPartition, 200},
-                                            {control_id::cmbStartingNodeName, 200},
-                                            {control_id::cmbStartingNodeNumber, 50},
-                                            {control_id::cmbVolume, 50},
-                                            {control_id::cmbModeType, 200},
-                                            {control_id::cmbModeNumber, 50},
-                                            {control_id::cmbNISOption, 50},
-                                            {control_id::cmbImpedance, 200},
-                                            {control_id::cmbSoftStop, 50},
-                                            {control_id::cmbRDVType, 200}};
-  for (const auto& [id, width] : widths) {
-    EXPECT_EQ(SendMessageW(placed.Child(id), CB_GETDROPPEDWIDTH, 0, 0), width) << id;
+  for (size_t index = 0; index < lists.size(); ++index) {
+    const auto& [id, width] = widths[index];
+    EXPECT_THAT(lists[index]->Heard(CB_SETDROPPEDWIDTH), testing::ElementsAre(width)) << id;
+    EXPECT_EQ(SendMessageW(placed.Child(id), CB_GETDROPPEDWIDTH, 0, 0), static_cast<LRESULT>(width))
+        << id;
+    ASSERT_LT(index, order.size());
+    EXPECT_EQ(order[index], id);
   }
   EXPECT_EQ(boxes.Texts().size(), 1u);
+}
+
+LONG OpenedWidth(HWND list) {
+  COMBOBOXINFO parts = {};
+  parts.cbSize = sizeof parts;
+  EXPECT_TRUE(GetComboBoxInfo(list, &parts));
+  SendMessageW(list, CB_SHOWDROPDOWN, TRUE, 0);
+  RECT opened = {};
+  GetWindowRect(parts.hwndList, &opened);
+  SendMessageW(list, CB_SHOWDROPDOWN, FALSE, 0);
+  return opened.right - opened.left;
+}
+
+// Whoever sets it.
+TEST_F(Activation, AListIsAsWideAsWasSetLast) {
+  PlacedControl placed;
+  placed.Verb(OLEIVERB_INPLACEACTIVATE);
+  const HWND list = placed.Child(control_id::cmbRDVType);
+  RECT closed = {};
+  GetWindowRect(list, &closed);
+  const LONG box = closed.right - closed.left;
+  if (CanPaint()) {
+    EXPECT_EQ(SendMessageW(list, CB_GETDROPPEDWIDTH, 0, 0), box);
+    EXPECT_EQ(OpenedWidth(list), box);
+  }
+  for (const WPARAM width : {500u, 700u, 50u}) {
+    SendMessageW(list, CB_SETDROPPEDWIDTH, width, 0);
+    EXPECT_EQ(SendMessageW(list, CB_GETDROPPEDWIDTH, 0, 0), static_cast<LRESULT>(width));
+    // Never narrower than its box.
+    if (CanPaint()) {
+      EXPECT_EQ(OpenedWidth(list), std::max(static_cast<LONG>(width), box));
+    }
+  }
+  SendMessageW(list, CB_SETDROPPEDWIDTH, static_cast<WPARAM>(-1), 0);  // not taken
+  EXPECT_EQ(SendMessageW(list, CB_GETDROPPEDWIDTH, 0, 0), 50);
 }
 
 TEST_F(Activation, ThePartsHaveTheirCaptions) {

@@ -25,13 +25,20 @@ int LineHeight(HWND window) {
 }  // namespace
 
 // Asked for the least width of the open list, the platform answers with that of the box where this
-// one is wider. Here it is what was set, whatever cell the box lies over. A list is filled with a
-// thousand messages: the procedure does nothing but pass them on.
+// one is wider. Here it is what was set last, by whomever, whatever cell the box lies over; before
+// any was set the platform's answer stands. A list is filled with a thousand messages: the
+// procedure does nothing but pass them on.
 LRESULT CALLBACK ComboBoxWindow::Procedure(HWND window, UINT message, WPARAM wparam,
                                            LPARAM lparam) {
-  const auto* list = static_cast<const ComboBoxWindow*>(TargetOf(window));
-  if (message == CB_GETDROPPEDWIDTH) return list->drop_down_width_;
-  return CallWindowProcW(list->platform_procedure_, window, message, wparam, lparam);
+  auto* list = static_cast<ComboBoxWindow*>(TargetOf(window));
+  if (message == CB_GETDROPPEDWIDTH && list->drop_down_width_) return *list->drop_down_width_;
+  const LRESULT result =
+      CallWindowProcW(list->platform_procedure_, window, message, wparam, lparam);
+  // The platform takes no more.
+  if (message == CB_SETDROPPEDWIDTH && result != CB_ERR && wparam <= INT16_MAX) {
+    list->drop_down_width_ = static_cast<LRESULT>(wparam);
+  }
+  return result;
 }
 
 ComboBoxWindow::ComboBoxWindow(HWND parent, int id, TextEntry entry) : entry_(entry) {
@@ -138,7 +145,6 @@ void ComboBoxWindow::SetListIndex(int index) {
 
 void ComboBoxWindow::SetDropDownWidth(int pixels) {
   SendMessageW(Handle(), CB_SETDROPPEDWIDTH, static_cast<WPARAM>(pixels), 0);
-  drop_down_width_ = pixels;
 }
 
 void ComboBoxWindow::OnCommand(WORD code) {

@@ -1,6 +1,8 @@
 // The drop-down list on a combo box.
 #pragma once
 
+#include <optional>
+
 #include "widgets/win32/editor_window.h"
 
 namespace rdv::win32 {
@@ -49,8 +51,8 @@ class ComboBoxWindow : public EditorWindow<ComboBox> {
   const TextEntry entry_;
   WNDPROC platform_procedure_ = nullptr;
   int list_index_ = -1;
-  rdv::Text known_text_;     // shown text that the last on_change or selection told of
-  int drop_down_width_ = 0;  // pixels
+  rdv::Text known_text_;  // shown text that the last on_change or selection told of
+  std::optional<LRESULT> drop_down_width_;  // pixels
   bool dropped_ = false;
   bool setting_ = false;  // messages now come from a setter, which tells of its change itself
 };
