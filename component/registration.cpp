@@ -115,16 +115,63 @@ bool TypesAreRegistered() {
   return SUCCEEDED(found);
 }
 
+bool Exists(HKEY base, const std::wstring& path, REGSAM view) {
+  HKEY key = nullptr;
+  if (RegOpenKeyExW(base, path.c_str(), 0, KEY_READ | view, &key) != ERROR_SUCCESS) return false;
+  RegCloseKey(key);
+  return true;
+}
+
+struct TypeKey {
+  std::wstring path;
+  REGSAM view;
+};
+
+// What registering the types would add: the systems do not take half of it away again themselves.
+std::vector<TypeKey> MissingTypeKeys(ITypeLib& library, HKEY root) {
+  const std::wstring classes = std::wstring(kClassesKey) + L"\\";
+  const std::wstring types = classes + L"TypeLib\\" + ToText(kTypeLibraryId);
+  std::vector<TypeKey> keys = {{types + L"\\1.0\\0" + kOwnSystemKey, 0}, {types, 0}};
+  for (UINT index = 0; index < library.GetTypeInfoCount(); ++index) {
+    ComPointer<ITypeInfo> type;
+    TYPEATTR* attributes = nullptr;
+    if (FAILED(library.GetTypeInfo(index, type.Receive()))) continue;
+    if (FAILED(type->GetTypeAttr(&attributes))) continue;
+    const std::wstring path = classes + L"Interface\\" + ToText(attributes->guid);
+    const TYPEKIND kind = attributes->typekind;
+    type->ReleaseTypeAttr(attributes);
+    if (kind != TKIND_INTERFACE && kind != TKIND_DISPATCH) continue;
+    keys.push_back({path, KEY_WOW64_64KEY});
+    keys.push_back({path, KEY_WOW64_32KEY});
+  }
+  std::erase_if(keys, [&](const TypeKey& key) { return Exists(root, key.path, key.view); });
+  return keys;
+}
+
+void Remove(HKEY root, const TypeKey& type_key) {
+  HKEY key = nullptr;
+  if (RegOpenKeyExW(root, type_key.path.c_str(), 0, KEY_READ | KEY_WRITE | DELETE | type_key.view,
+                    &key) != ERROR_SUCCESS) {
+    return;
+  }
+  RegDeleteTreeW(key, nullptr);
+  RegCloseKey(key);
+  RegDeleteKeyExW(root, type_key.path.c_str(), type_key.view, 0);
+}
+
 // Half of a type library's entries is taken away again; those of an earlier registration stay.
-HRESULT RegisterTypes(bool per_user) {
+HRESULT RegisterTypes(const Scope& scope) {
   ComPointer<ITypeLib> library;
   HRESULT result = LoadOwnTypeLibrary(library);
   if (FAILED(result)) return result;
   const bool there_before = TypesAreRegistered();
+  const std::vector<TypeKey> missing = MissingTypeKeys(*library.Get(), scope.root);
   std::wstring path = ModulePath();
-  result = per_user ? RegisterTypeLibForUser(library.Get(), path.data(), nullptr)
-                    : RegisterTypeLib(library.Get(), path.data(), nullptr);
-  if (FAILED(result) && !there_before) UnregisterTypes(per_user);
+  result = scope.per_user ? RegisterTypeLibForUser(library.Get(), path.data(), nullptr)
+                          : RegisterTypeLib(library.Get(), path.data(), nullptr);
+  if (SUCCEEDED(result)) return result;
+  if (!there_before) UnregisterTypes(scope.per_user);
+  for (const TypeKey& key : missing) Remove(scope.root, key);
   return result;
 }
 
@@ -135,36 +182,45 @@ HRESULT Translated(HRESULT result, HRESULT of_the_step) {
   return SUCCEEDED(result) || of_the_machine ? result : of_the_step;
 }
 
-HRESULT RegisterIn(const Scope& scope) {
+struct Outcome {
+  HRESULT result;
+  bool denied;  // the caller lacks the rights
+};
+
+Outcome OutcomeOf(HRESULT result, HRESULT of_the_step) {
+  return {Translated(result, of_the_step), result == E_ACCESSDENIED};
+}
+
+// The system tells nothing of why it could not register types; the key that they go to does. It is
+// not left behind: some systems keep what is registered for one user with the machine's.
+HRESULT TryKeyOfTypes(HKEY classes) {
+  return RegistryChanges(classes).CreateKey(L"TypeLib\\" + ToText(kTypeLibraryId));
+}
+
+Outcome Write(RegistryChanges& changes, HKEY classes, const Scope& scope) {
+  for (const Entry& entry : Entries()) {
+    const HRESULT written = changes.SetValue(entry.path, entry.name, entry.value);
+    if (FAILED(written)) return OutcomeOf(written, SELFREG_E_CLASS);
+  }
+  const HRESULT possible = TryKeyOfTypes(classes);
+  return OutcomeOf(FAILED(possible) ? possible : RegisterTypes(scope), SELFREG_E_TYPELIB);
+}
+
+Outcome RegisterIn(const Scope& scope) {
   HKEY classes = nullptr;
   const LSTATUS status = RegCreateKeyExW(scope.root, kClassesKey, 0, nullptr, 0,
                                          KEY_READ | KEY_WRITE, nullptr, &classes, nullptr);
   if (status != ERROR_SUCCESS) {
-    return Translated(HRESULT_FROM_WIN32(static_cast<DWORD>(status)), SELFREG_E_CLASS);
+    return OutcomeOf(HRESULT_FROM_WIN32(static_cast<DWORD>(status)), SELFREG_E_CLASS);
   }
-  HRESULT result = S_OK;
+  Outcome outcome = {S_OK, false};
   {
     RegistryChanges changes(classes);
-    for (const Entry& entry : Entries()) {
-      result = changes.SetValue(entry.path, entry.name, entry.value);
-      if (FAILED(result)) break;
-    }
-    if (FAILED(result)) {
-      result = Translated(result, SELFREG_E_CLASS);
-    } else {
-      result = Translated(RegisterTypes(scope.per_user), SELFREG_E_TYPELIB);
-    }
-    if (SUCCEEDED(result)) changes.Commit();
+    outcome = Write(changes, classes, scope);
+    if (SUCCEEDED(outcome.result)) changes.Commit();
   }
   RegCloseKey(classes);
-  return result;
-}
-
-bool Exists(HKEY base, const std::wstring& path, REGSAM view) {
-  HKEY key = nullptr;
-  if (RegOpenKeyExW(base, path.c_str(), 0, KEY_READ | view, &key) != ERROR_SUCCESS) return false;
-  RegCloseKey(key);
-  return true;
+  return outcome;
 }
 
 HRESULT RemoveTree(HKEY base, const std::wstring& path) {
@@ -198,8 +254,10 @@ HRESULT RemoveTypes(const Scope& scope) {
   // Some systems keep what is registered for one user with the machine's.
   if (!Exists(scope.root, types, 0) && !(scope.per_user && TypesAreRegistered())) return S_OK;
   const HRESULT removed = UnregisterTypes(scope.per_user);
-  return removed == TYPE_E_REGISTRYACCESS ? S_OK
-                                          : removed;  // the other word size's alone are there
+  // The system says the same of types that are not there, of a user's own or of this word size, and
+  // of those that the caller may not take away.
+  const bool still_there = Exists(scope.root, systems + kOwnSystemKey, 0);
+  return removed == TYPE_E_REGISTRYACCESS && !still_there ? S_OK : removed;
 }
 
 // Goes on after a failure; gives the first one. What is not there counts as taken away, so that the
@@ -226,13 +284,14 @@ HRESULT UnregisterIn(const Scope& scope) {
 
 HRESULT RegisterComponent() {
   return AtBoundary([] {
-    HRESULT result = E_FAIL;
-    // The machine's registry may be closed to the caller, or spoilt: the caller's own is next.
+    Outcome outcome = {E_FAIL, false};
+    // The machine's registry may be closed to the caller: the caller's own is next. Whoever may
+    // write there and failed is told so.
     for (const Scope& scope : Scopes()) {
-      result = RegisterIn(scope);
-      if (result != SELFREG_E_CLASS && result != SELFREG_E_TYPELIB) break;
+      outcome = RegisterIn(scope);
+      if (!outcome.denied) break;
     }
-    return result;
+    return outcome.result;
   });
 }
 

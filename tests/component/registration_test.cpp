@@ -7,11 +7,11 @@
 #include "component/registry_changes.h"
 #include "tests/component/library.h"
 #include "tests/component/ole_test.h"
+#include "tests/component/patched_import.h"
+#include "tests/component/registry_text.h"
 
 namespace rdv::test {
 namespace {
-
-constexpr const wchar_t* kClasses = L"Software\\Classes";
 
 std::wstring ToText(REFGUID id) {
   wchar_t text[40] = L"";
@@ -108,6 +108,116 @@ TEST_F(Registration, PutsEverythingBackWhenAStepFails) {
   const auto before = Snapshot();
   EXPECT_EQ(library_.Register(), SELFREG_E_CLASS);
   EXPECT_EQ(Snapshot(), before);
+}
+
+// Who may write to the machine's registry and fails is told so, and does not find the control
+// registered elsewhere.
+TEST_F(Registration, DoesNotGoToTheUserForWhatIsNoMatterOfRights) {
+  for (const std::wstring& name : {std::wstring(L"TLV_RDV_Line_Config.ucRDVLineConfig"),
+                                   L"TypeLib\\" + ToText(kTypeLibraryId)}) {
+    const KeyInTheWay in_the_way(name);
+    const Registry before;
+    EXPECT_EQ(library_.Register(), name[1] == L'y' ? SELFREG_E_TYPELIB : SELFREG_E_CLASS);
+    EXPECT_EQ(Registry().Since(before), "");
+  }
+}
+
+// A caller without rights to the machine's registry.
+using CreateKey = LSTATUS WINAPI(HKEY, LPCWSTR, DWORD, LPWSTR, DWORD, REGSAM,
+                                 const LPSECURITY_ATTRIBUTES, PHKEY, LPDWORD);
+LSTATUS WINAPI DenyMachine(HKEY root, LPCWSTR path, DWORD reserved, LPWSTR kind, DWORD options,
+                           REGSAM access, const LPSECURITY_ATTRIBUTES security, PHKEY key,
+                           LPDWORD disposition) {
+  if (root == HKEY_LOCAL_MACHINE) return ERROR_ACCESS_DENIED;
+  return PatchedImport<CreateKey>::original(root, path, reserved, kind, options, access, security,
+                                            key, disposition);
+}
+LSTATUS WINAPI DenyAll(HKEY, LPCWSTR, DWORD, LPWSTR, DWORD, REGSAM, const LPSECURITY_ATTRIBUTES,
+                       PHKEY, LPDWORD) {
+  return ERROR_ACCESS_DENIED;
+}
+// May write there, but to the types.
+LSTATUS WINAPI DenyTypes(HKEY root, LPCWSTR path, DWORD reserved, LPWSTR kind, DWORD options,
+                         REGSAM access, const LPSECURITY_ATTRIBUTES security, PHKEY key,
+                         LPDWORD disposition) {
+  static HKEY machine = nullptr;
+  if (root == machine && std::wstring(path).starts_with(L"TypeLib")) return ERROR_ACCESS_DENIED;
+  const LSTATUS status = PatchedImport<CreateKey>::original(root, path, reserved, kind, options,
+                                                            access, security, key, disposition);
+  if (root == HKEY_LOCAL_MACHINE) machine = *key;
+  if (root == HKEY_CURRENT_USER) machine = nullptr;
+  return status;
+}
+
+std::wstring ServerOf(HKEY root) {
+  const std::wstring path =
+      std::wstring(kClasses) + L"\\CLSID\\" + ToText(kLineConfigClassId) + L"\\InprocServer32";
+  wchar_t server[512] = L"";
+  DWORD size = sizeof server;
+  const LSTATUS found =
+      RegGetValueW(root, path.c_str(), nullptr, RRF_RT_REG_SZ, nullptr, server, &size);
+  return found == ERROR_SUCCESS ? server : L"(absent)";
+}
+
+TEST_F(Registration, GoesToTheUserWhereTheMachineIsClosed) {
+  for (CreateKey* deny : {&DenyMachine, &DenyTypes}) {
+    const Registry before;
+    {
+      const PatchedImport<CreateKey> denied("RegCreateKeyExW", deny);
+      EXPECT_EQ(library_.Register(), S_OK);
+    }
+    EXPECT_EQ(ServerOf(HKEY_LOCAL_MACHINE), L"(absent)");
+    EXPECT_EQ(ServerOf(HKEY_CURRENT_USER), Library::Path());
+    EXPECT_EQ(library_.Unregister(), S_OK);
+    EXPECT_EQ(Registry().Since(before), "");
+  }
+}
+
+TEST_F(Registration, FailsWhereTheMachineIsClosedAndNothingElseWasAskedFor) {
+  const OnlyIn machine(L"machine");
+  const Registry before;
+  const PatchedImport<CreateKey> denied("RegCreateKeyExW", &DenyMachine);
+  EXPECT_EQ(library_.Register(), SELFREG_E_CLASS);
+  EXPECT_EQ(Registry().Since(before), "");
+}
+
+TEST_F(Registration, FailsWhereBothAreClosed) {
+  const Registry before;
+  const PatchedImport<CreateKey> denied("RegCreateKeyExW", &DenyAll);
+  EXPECT_EQ(library_.Register(), SELFREG_E_CLASS);
+  EXPECT_EQ(Registry().Since(before), "");
+}
+
+using RemoveTypeLibrary = HRESULT WINAPI(REFGUID, WORD, WORD, LCID, SYSKIND);
+HRESULT WINAPI RefuseToRemove(REFGUID, WORD, WORD, LCID, SYSKIND) {
+  return TYPE_E_REGISTRYACCESS;
+}
+
+TEST_F(Registration, SaysWhenTheTypesCouldNotBeTakenAway) {
+  const Registry before;
+  ASSERT_EQ(library_.Register(), S_OK);
+  {
+    const PatchedImport<RemoveTypeLibrary> refused("UnRegisterTypeLib", &RefuseToRemove);
+    EXPECT_EQ(library_.Unregister(), SELFREG_E_TYPELIB);
+  }
+  EXPECT_EQ(ServerOf(HKEY_LOCAL_MACHINE), L"(absent)");
+  EXPECT_EQ(library_.Unregister(), S_OK);
+  EXPECT_EQ(Registry().Since(before), "");
+}
+
+// Of a damaged registration the types of this word size may be gone already.
+TEST_F(Registration, TakesTypesThatAreNotThereAsTakenAway) {
+  ASSERT_EQ(library_.Register(), S_OK);
+  const std::wstring types = std::wstring(kClasses) + L"\\TypeLib\\" + ToText(kTypeLibraryId) +
+                             L"\\1.0\\0\\" + (sizeof(void*) == 8 ? L"win64" : L"win32");
+  ASSERT_EQ(RegDeleteTreeW(HKEY_LOCAL_MACHINE, types.c_str()), ERROR_SUCCESS);
+  {
+    const PatchedImport<RemoveTypeLibrary> refused("UnRegisterTypeLib", &RefuseToRemove);
+    EXPECT_EQ(library_.Unregister(), S_OK);
+  }
+  library_.Unregister();
+  const std::wstring rest = std::wstring(kClasses) + L"\\TypeLib\\" + ToText(kTypeLibraryId);
+  RegDeleteTreeW(HKEY_LOCAL_MACHINE, rest.c_str());
 }
 
 // The types of an earlier registration are not that call's to take away.

@@ -10,7 +10,6 @@
 namespace rdv::test {
 namespace {
 
-constexpr const wchar_t* kClasses = L"Software\\Classes";
 constexpr const wchar_t* kUserClassIds = L"Software\\Classes\\CLSID";
 constexpr const wchar_t* kAutomationProxy = L"{00020424-0000-0000-C000-000000000046}";
 constexpr const wchar_t* kDispatchProxy = L"{00020420-0000-0000-C000-000000000046}";
@@ -46,30 +45,6 @@ std::wstring ReadText(HKEY root, const std::wstring& path, const wchar_t* name =
 std::wstring Types() {
   return Below(L"TypeLib", kTypeLibraryId) + L"\\1.0";
 }
-
-// The machine's keys are many: those that a registration adds to are read, in both word sizes.
-RegistryText ReadMachine() {
-  RegistryText all;
-  for (const REGSAM view : {REGSAM{KEY_WOW64_64KEY}, REGSAM{KEY_WOW64_32KEY}}) {
-    for (const wchar_t* below : {L"", L"\\CLSID", L"\\Interface", L"\\TypeLib"}) {
-      const std::wstring path = std::wstring(kClasses) + below;
-      for (const std::string& line : ReadRegistry(HKEY_LOCAL_MACHINE, path, 1, view)) {
-        all.insert((view == KEY_WOW64_64KEY ? "64: " : "32: ") + line);
-      }
-    }
-  }
-  return all;
-}
-
-// All that is registered for the user, and what programs look for on the machine.
-struct Registry {
-  RegistryText user = ReadRegistry(HKEY_CURRENT_USER, kClasses);
-  RegistryText machine = ReadMachine();
-
-  std::string Since(const Registry& before) const {
-    return Difference(before.user, user) + Difference(before.machine, machine);
-  }
-};
 
 class RegistryEntries : public OleTest {
  protected:

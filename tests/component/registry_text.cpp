@@ -78,4 +78,17 @@ std::string Difference(const RegistryText& before, const RegistryText& now) {
   return difference;
 }
 
+RegistryText ReadMachinesClasses() {
+  RegistryText all;
+  for (const REGSAM view : {REGSAM{KEY_WOW64_64KEY}, REGSAM{KEY_WOW64_32KEY}}) {
+    for (const wchar_t* below : {L"", L"\\CLSID", L"\\Interface", L"\\TypeLib"}) {
+      const std::wstring path = std::wstring(kClasses) + below;
+      for (const std::string& line : ReadRegistry(HKEY_LOCAL_MACHINE, path, 1, view)) {
+        all.insert((view == KEY_WOW64_64KEY ? "64: " : "32: ") + line);
+      }
+    }
+  }
+  return all;
+}
+
 }  // namespace rdv::test

@@ -18,4 +18,20 @@ RegistryText ReadRegistry(HKEY root, const std::wstring& path, int depth = kAllL
 // What only `now` has (+) and what only `before` has (-), a line each: empty where both are equal.
 std::string Difference(const RegistryText& before, const RegistryText& now);
 
+inline constexpr const wchar_t* kClasses = L"Software\\Classes";
+
+// The machine's classes are many: the keys that a registration adds to are read, in both word
+// sizes.
+RegistryText ReadMachinesClasses();
+
+// All that is registered for the user, and what programs look for on the machine.
+struct Registry {
+  RegistryText user = ReadRegistry(HKEY_CURRENT_USER, kClasses);
+  RegistryText machine = ReadMachinesClasses();
+
+  std::string Since(const Registry& before) const {
+    return Difference(before.user, user) + Difference(before.machine, machine);
+  }
+};
+
 }  // namespace rdv::test
