@@ -76,6 +76,7 @@ class Enumerator final : public Interface {
   }
   static void Drop(CONNECTDATA& item) { item.pUnk->Release(); }
   static void Drop(IConnectionPoint*& item) { item->Release(); }
+  static void Drop(OLEVERB& item) { CoTaskMemFree(item.lpszVerbName); }
 
   ULONG references_ = 1;
   const IID iid_;

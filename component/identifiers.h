@@ -22,6 +22,10 @@ inline constexpr DISPID kRemoveMeEvent = 1;
 inline constexpr const wchar_t* kClassName = L"TLV_RDV_Line_Config.ucRDVLineConfig";
 inline constexpr const wchar_t* kUserClassName = L"Line configuration control";
 
+// The only verb that is the control's own, number 0, as menus show it.
+inline constexpr const wchar_t* kEditVerbName = L"&Edit";
+inline constexpr DWORD kEditVerbAttributes = OLEVERBATTRIB_ONCONTAINERMENU;
+
 // The control lives inside its container's window, is active whenever it is visible, and wants its
 // site before anything else.
 inline constexpr DWORD kMiscStatus = OLEMISC_RECOMPOSEONRESIZE | OLEMISC_CANTLINKINSIDE |

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "component/enumerator.h"
 #include "component/identifiers.h"
 #include "component/line_config_object.h"
 #include "widgets/layout.h"
@@ -15,6 +16,19 @@ SIZEL DesignExtent() {
   const Size size = DesignSize();
   return {std::lround(size.width * kHimetricPerTwip), std::lround(size.height * kHimetricPerTwip)};
 }
+
+wchar_t* CopyForCaller(const wchar_t* text) {
+  const size_t size = (std::char_traits<wchar_t>::length(text) + 1) * sizeof(wchar_t);
+  auto* copy = static_cast<wchar_t*>(CoTaskMemAlloc(size));
+  if (copy) memcpy(copy, text, size);
+  return copy;
+}
+
+void GiveVerb(const OLEVERB& from, OLEVERB& to) {
+  to = from;
+  to.lpszVerbName = CopyForCaller(from.lpszVerbName);
+}
+using VerbEnumerator = Enumerator<IEnumOLEVERB, OLEVERB, &GiveVerb>;
 
 // With the key that brought the keyboard here: Shift+Tab comes from behind.
 InPlace::Entry EntryBy(const MSG* message) {
@@ -103,8 +117,14 @@ STDMETHODIMP OleObject::DoVerb(LONG verb, LPMSG message, IOleClientSite* /*site*
 
 STDMETHODIMP OleObject::EnumVerbs(IEnumOLEVERB** verbs) {
   if (!verbs) return E_POINTER;
-  // From the registration.
-  return OleRegEnumVerbs(kLineConfigClassId, verbs);
+  *verbs = nullptr;
+  // Not from the registration, which there need not be.
+  OLEVERB edit = {};
+  edit.lVerb = OLEIVERB_PRIMARY;
+  edit.lpszVerbName = CopyForCaller(kEditVerbName);
+  if (!edit.lpszVerbName) return E_OUTOFMEMORY;
+  edit.grfAttribs = kEditVerbAttributes;
+  return VerbEnumerator::Create(IID_IEnumOLEVERB, {edit}, &outer_, verbs);
 }
 
 STDMETHODIMP OleObject::GetUserClassID(CLSID* class_id) {
@@ -115,11 +135,8 @@ STDMETHODIMP OleObject::GetUserClassID(CLSID* class_id) {
 
 STDMETHODIMP OleObject::GetUserType(DWORD /*form*/, LPOLESTR* name) {
   if (!name) return E_POINTER;
-  const size_t size = (std::char_traits<wchar_t>::length(kUserClassName) + 1) * sizeof(wchar_t);
-  *name = static_cast<LPOLESTR>(CoTaskMemAlloc(size));
-  if (!*name) return E_OUTOFMEMORY;
-  memcpy(*name, kUserClassName, size);
-  return S_OK;
+  *name = CopyForCaller(kUserClassName);
+  return *name ? S_OK : E_OUTOFMEMORY;
 }
 
 STDMETHODIMP OleObject::SetExtent(DWORD aspect, SIZEL* size) {

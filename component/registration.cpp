@@ -91,7 +91,7 @@ std::vector<Entry> Entries() {
       {key + L"\\TypeLib", L"", ToText(kTypeLibraryId)},
       {key + L"\\Version", L"", L"1.0"},
       {key + L"\\Verb", L"", L""},
-      {key + L"\\Verb\\0", L"", L"&Edit,0,2"},
+      {key + L"\\Verb\\0", L"", kEditVerbName + (L",0," + std::to_wstring(kEditVerbAttributes))},
       {key + L"\\Implemented Categories\\" + kControlCategory, L"", L""},
       {versioned, L"", kUserClassName},
       {versioned + L"\\CLSID", L"", clsid},

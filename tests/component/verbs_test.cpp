@@ -2,6 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 #include "tests/component/ole_test.h"
 #include "tests/component/placed_control.h"
 
@@ -64,21 +67,57 @@ TEST_F(Verbs, AnUnknownOneOfTheControlsOwnRunsTheFirst) {
   EXPECT_TRUE(HasTheKeyboard(placed));
 }
 
+struct Listed {
+  LONG number;
+  std::wstring name;
+  DWORD flags;
+  DWORD attributes;
+  bool operator==(const Listed&) const = default;
+};
+
+std::vector<Listed> All(IEnumOLEVERB& verbs) {
+  std::vector<Listed> all;
+  for (OLEVERB verb = {}; verbs.Next(1, &verb, nullptr) == S_OK;) {
+    EXPECT_NE(verb.lpszVerbName, nullptr);
+    all.push_back({verb.lVerb, verb.lpszVerbName, verb.fuFlags, verb.grfAttribs});
+    CoTaskMemFree(verb.lpszVerbName);
+  }
+  return all;
+}
+
+const std::vector<Listed> kOwnVerbs = {
+    {OLEIVERB_PRIMARY, L"&Edit", MF_STRING, OLEVERBATTRIB_ONCONTAINERMENU}};
+
 TEST_F(Verbs, AreListedAsTheyAreRegistered) {
   PlacedControl placed;
   ASSERT_EQ(placed.library.Register(), S_OK);
+  ComPointer<IEnumOLEVERB> registered;
+  EXPECT_EQ(OleRegEnumVerbs(kLineConfigClassId, registered.Receive()), S_OK);
+  if (registered) {
+    EXPECT_EQ(All(*registered.Get()), kOwnVerbs);
+  }
   ComPointer<IEnumOLEVERB> verbs;
   EXPECT_EQ(placed.object->EnumVerbs(verbs.Receive()), S_OK);
   if (verbs) {
-    OLEVERB verb = {};
-    EXPECT_EQ(verbs->Next(1, &verb, nullptr), S_OK);
-    EXPECT_EQ(verb.lVerb, OLEIVERB_PRIMARY);
-    EXPECT_STREQ(verb.lpszVerbName, L"&Edit");
-    EXPECT_EQ(verb.grfAttribs, static_cast<DWORD>(OLEVERBATTRIB_ONCONTAINERMENU));
-    CoTaskMemFree(verb.lpszVerbName);
-    EXPECT_EQ(verbs->Next(1, &verb, nullptr), S_FALSE);
+    EXPECT_EQ(All(*verbs.Get()), kOwnVerbs);
   }
   EXPECT_EQ(placed.library.Unregister(), S_OK);
+}
+
+TEST_F(Verbs, AreListedWithoutRegistration) {
+  PlacedControl placed;
+  placed.library.Unregister();
+  ComPointer<IEnumOLEVERB> verbs;
+  ASSERT_EQ(placed.object->EnumVerbs(verbs.Receive()), S_OK);
+  ComPointer<IEnumOLEVERB> copy;
+  ASSERT_EQ(verbs->Clone(copy.Receive()), S_OK);
+  EXPECT_EQ(All(*verbs.Get()), kOwnVerbs);
+  EXPECT_EQ(All(*verbs.Get()), std::vector<Listed>());
+  EXPECT_EQ(verbs->Reset(), S_OK);
+  EXPECT_EQ(verbs->Skip(1), S_OK);
+  EXPECT_EQ(verbs->Skip(1), S_FALSE);
+  placed.Remove();
+  EXPECT_EQ(All(*copy.Get()), kOwnVerbs);
 }
 
 class AdviseSink final : public IAdviseSink {
