@@ -6,9 +6,9 @@
 namespace rdv {
 
 STDMETHODIMP Automation::ShowControl(SHORT Given_ConfigID, VARIANT_BOOL* Result) {
-  if (!Result) return E_POINTER;
-  *Result = VARIANT_FALSE;
-  return Guard([&] {
+  return Method([&] {
+    if (!Result) return LeaveErrorInfo(E_POINTER);
+    *Result = VARIANT_FALSE;
     // In a form designer the control is a picture of itself and touches no data.
     if (!object_.Container().UserMode()) return S_OK;
     if (object_.Live()->ShowControl(Given_ConfigID)) *Result = VARIANT_TRUE;
@@ -18,9 +18,9 @@ STDMETHODIMP Automation::ShowControl(SHORT Given_ConfigID, VARIANT_BOOL* Result)
 
 STDMETHODIMP Automation::AssignIndextoDefaultBox(SHORT Line1LineType, SHORT Line5LineType,
                                                  VARIANT* Result) {
-  if (!Result) return E_POINTER;
-  VariantInit(Result);
-  return Guard([&] {
+  return Method([&] {
+    if (!Result) return LeaveErrorInfo(E_POINTER);
+    VariantInit(Result);
     if (!object_.Container().UserMode()) return S_OK;
     object_.Live()->AssignIndextoDefaultBox(Line1LineType, Line5LineType);
     return S_OK;

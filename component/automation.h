@@ -29,6 +29,13 @@ class Automation final : public Part<LineConfigInterface, IProvideClassInfo2, IS
   STDMETHODIMP InterfaceSupportsErrorInfo(REFIID iid) override;
 
  private:
+  // Runs the body of a method of the default interface: a failure leaves error information, and
+  // nothing of an earlier call's is left.
+  template <class Body>
+  HRESULT Method(Body&& body) noexcept {
+    SetErrorInfo(0, nullptr);
+    return Guard(std::forward<Body>(body));
+  }
   HRESULT Description();
 
   ComPointer<ITypeInfo> description_;  // of the default interface, loaded when first needed

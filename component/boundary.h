@@ -11,7 +11,10 @@ namespace rdv {
 
 // Leaves the error's description and source for the caller that asks for error information, and
 // gives the result code that carries its number.
-HRESULT LeaveErrorInfo(const RuntimeError& error);
+HRESULT LeaveErrorInfo(const RuntimeError& error) noexcept;
+// The same for a failure that is nothing but a result code, which it gives back: the system has a
+// text for it.
+HRESULT LeaveErrorInfo(HRESULT failure) noexcept;
 
 // Runs the body of a COM method. Nothing thrown gets past it.
 template <class Body>
@@ -19,11 +22,11 @@ HRESULT AtBoundary(Body&& body) noexcept {
   try {
     return std::forward<Body>(body)();
   } catch (const std::bad_alloc&) {
-    return E_OUTOFMEMORY;
+    return LeaveErrorInfo(E_OUTOFMEMORY);
   } catch (const RuntimeError& error) {
     return LeaveErrorInfo(error);
   } catch (...) {
-    return E_UNEXPECTED;
+    return LeaveErrorInfo(E_UNEXPECTED);
   }
 }
 

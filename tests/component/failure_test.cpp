@@ -1,7 +1,10 @@
 // What a host is told when the control cannot be made.
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "component/boundary.h"
@@ -168,6 +171,52 @@ TEST_F(Failures, OfACallByNameComeWithTheCall) {
 TEST_F(Failures, OfACallByNameWithoutAPlaceForItsExceptionAreToldToo) {
   const RefusedWindows refused(L"SysListView32");
   EXPECT_EQ(CallByName(nullptr), DISP_E_EXCEPTION);
+}
+
+TEST_F(Failures, OfCallsWithoutAPlaceForTheResultAreReported) {
+  for (int method = 0; method < 2; ++method) {
+    EXPECT_EQ(method == 0 ? control_->ShowControl(1, nullptr)
+                          : control_->AssignIndextoDefaultBox(6, 6, nullptr),
+              E_POINTER);
+    const ErrorReport report;
+    EXPECT_TRUE(report.there);
+    EXPECT_NE(report.description, L"");
+    EXPECT_EQ(report.description.find_first_of(L"\r\n"), std::wstring::npos);
+    EXPECT_EQ(report.source, L"TLV_RDV_Line_Config");
+    EXPECT_EQ(report.of, kLineConfigInterfaceId);
+  }
+}
+
+TEST_F(Failures, OfAnEarlierCallAreNotTakenForThisOne) {
+  ASSERT_EQ(control_->ShowControl(1, nullptr), E_POINTER);
+  EXPECT_EQ(CallByTable(), S_OK);
+  EXPECT_FALSE(ErrorReport().there);
+  const BoxAnswerer boxes;  // without a database, loading ends with a message
+  ASSERT_EQ(control_->ShowControl(1, nullptr), E_POINTER);
+  VARIANT_BOOL shown = VARIANT_FALSE;
+  EXPECT_EQ(control_->ShowControl(1, &shown), S_OK);
+  EXPECT_FALSE(ErrorReport().there);
+}
+
+TEST_F(Failures, OfWhateverKindAreReported) {
+  struct Unknown {};
+  const std::pair<HRESULT, std::function<void()>> failures[] = {
+      {E_OUTOFMEMORY, [] { throw std::bad_alloc(); }}, {E_UNEXPECTED, [] { throw Unknown(); }}};
+  for (const auto& [result, fail] : failures) {
+    SetErrorInfo(0, nullptr);
+    EXPECT_EQ(AtBoundary([&] {
+                fail();
+                return S_OK;
+              }),
+              result);
+    const ErrorReport report;
+    EXPECT_TRUE(report.there);
+    EXPECT_NE(report.description, L"");
+    EXPECT_EQ(report.source, L"TLV_RDV_Line_Config");
+  }
+  // One that the system has no text for.
+  EXPECT_EQ(LeaveErrorInfo(ControlError(12345)), ControlError(12345));
+  EXPECT_EQ(ErrorReport().description, L"Error 0x800A3039");
 }
 
 TEST_F(Failures, NeverCarryTheNumberOfSuccess) {
