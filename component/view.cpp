@@ -2,6 +2,7 @@
 
 #include "component/line_config_object.h"
 #include "widgets/win32/form_picture.h"
+#include "widgets/win32/window_picture.h"
 
 namespace rdv {
 
@@ -13,6 +14,10 @@ STDMETHODIMP View::Draw(DWORD aspect, LONG /*index*/, void* /*aspect_data*/,
   if (!context || !bounds) return E_POINTER;
   return Guard([&] {
     const RECT area = {bounds->left, bounds->top, bounds->right, bounds->bottom};
+    if (object_.WindowsExist() && object_.Container().UserMode()) {
+      const std::shared_ptr<LiveControl> live = object_.Live();
+      if (win32::DrawWindow(live->Form().Handle(), context, area)) return S_OK;
+    }
     win32::DrawForm(context, area, object_.Ole().Extent(), object_.Container().Appearance());
     return S_OK;
   });
