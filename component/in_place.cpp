@@ -121,6 +121,7 @@ void InPlace::Deactivate() {
   if (activity_ == Activity::Visible) {
     activity_ = Activity::None;
     object_.Park();
+    focus_told_ = false;
     const ComPointer<IOleInPlaceSite> site = std::move(site_);
     frame_.Reset();
     document_.Reset();
@@ -137,11 +138,16 @@ bool InPlace::Placed() const {
   return activity_ > Activity::Activating && object_.WindowsExist();
 }
 
-void InPlace::OnFocusChange(bool inside) {
+void InPlace::OnFocus(bool inside) {
   const KeepObject keep(outer_);
   if (!Placed() || !object_.Container().UserMode()) return;
+  // However often the container has taken the keyboard away, or refused it, before.
   if (inside) BecomeUserInterface();
-  if (Placed()) object_.Container().TellFocus(inside);
+  if (Placed()) TellFocus(inside);
+}
+
+void InPlace::TellFocus(bool inside) {
+  if (std::exchange(focus_told_, inside) != inside) object_.Container().TellFocus(inside);
 }
 
 void InPlace::OnModal(bool modal) {

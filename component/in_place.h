@@ -31,8 +31,8 @@ class InPlace final : public Part<IOleInPlaceObject, IOleInPlaceActiveObject> {
   // The control lies in a container's window that still exists.
   bool Placed() const;
 
-  // The focus has come into the control's windows or left them.
-  void OnFocusChange(bool inside);
+  // The focus is in the control's windows, where the user has just put it, or is not.
+  void OnFocus(bool inside);
   // Around a message box: the container disables or enables its own windows.
   void OnModal(bool modal);
 
@@ -66,12 +66,14 @@ class InPlace final : public Part<IOleInPlaceObject, IOleInPlaceActiveObject> {
   HRESULT AskForPlace(IOleInPlaceSite& site, Surroundings& surroundings);
   HRESULT BecomeUserInterface();
   void TakeFocus(Entry entry);
+  void TellFocus(bool inside);
   void TellWindows(IOleInPlaceActiveObject* active_object, Activity meanwhile);
 
   Activity activity_ = Activity::None;
   Activity wanted_ = Activity::None;  // the most that was asked for while Activating
   bool asking_ = false;               // a call of BecomeVisible is under way
   bool leaving_ = false;              // a call of Deactivate is under way
+  bool focus_told_ = false;           // the container has heard that the focus is inside
   ComPointer<IOleInPlaceSite> site_;
   ComPointer<IOleInPlaceFrame> frame_;
   ComPointer<IOleInPlaceUIWindow> document_;

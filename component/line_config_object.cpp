@@ -44,14 +44,14 @@ std::shared_ptr<LiveControl> LineConfigObject::Live() {
 
 void LineConfigObject::Connect(LiveControl& live) {
   live.OnRemoveMe([this] { connections_.RaiseRemoveMe(); });
-  live.Form().on_focus_change = [this](bool inside) { in_place_.OnFocusChange(inside); };
+  live.Form().on_focus = [this](bool inside) { in_place_.OnFocus(inside); };
   live.Form().on_editing_change = [this] { container_.TellControlInfoChanged(); };
   live.Form().Screen().on_modal = [this](bool modal) { in_place_.OnModal(modal); };
 }
 
 void LineConfigObject::Disconnect(LiveControl& live) {
   live.OnRemoveMe(nullptr);
-  live.Form().on_focus_change = nullptr;
+  live.Form().on_focus = nullptr;
   live.Form().on_editing_change = nullptr;
   live.Form().Screen().on_modal = nullptr;
 }

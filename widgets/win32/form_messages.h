@@ -19,4 +19,7 @@ std::shared_ptr<void> HoldForm(HWND window);
 // Lets the form know when `message` tells that a child gained or lost the focus.
 void ReflectFocus(HWND form, UINT message, WPARAM wparam, LPARAM lparam);
 
+// Lets the form around `window` know of a press there: no focus changes where it was already.
+void ReflectPress(HWND window);
+
 }  // namespace rdv::win32

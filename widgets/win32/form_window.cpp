@@ -1,5 +1,6 @@
 #include "widgets/win32/form_window.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 #include <vector>
@@ -15,8 +16,14 @@ namespace rdv::win32 {
 namespace {
 
 constexpr const wchar_t* kFormClass = L"TLV_RDV_Line_Config.Form";
+// With whether a window of the form was given the focus, or pressed.
 constexpr UINT kCheckFocus = WM_APP;
 constexpr int kLineColumn = 10;  // of the grid: the line's number, as the user sees it
+
+bool IsMousePress(UINT message) {
+  return message == WM_LBUTTONDOWN || message == WM_RBUTTONDOWN || message == WM_MBUTTONDOWN ||
+         message == WM_XBUTTONDOWN;
+}
 
 FormWindow* FormOf(HWND window) {
   return reinterpret_cast<FormWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
@@ -74,32 +81,35 @@ HFONT FormFont(HWND form) {
   return window ? window->font_.get() : nullptr;
 }
 
-std::shared_ptr<void> HoldForm(HWND window) {
+HWND FormAround(HWND window) {
   for (; window; window = GetAncestor(window, GA_PARENT)) {
-    if (reinterpret_cast<WNDPROC>(GetClassLongPtrW(window, GCLP_WNDPROC)) !=
-        &FormWindow::Procedure) {
-      continue;
-    }
-    const FormWindow* form = FormOf(window);
-    return form ? form->owner_.lock() : nullptr;
+    const auto procedure = reinterpret_cast<WNDPROC>(GetClassLongPtrW(window, GCLP_WNDPROC));
+    if (procedure == &FormWindow::Procedure) return window;
   }
   return nullptr;
+}
+
+std::shared_ptr<void> HoldForm(HWND window) {
+  const HWND around = FormAround(window);
+  const FormWindow* form = around ? FormOf(around) : nullptr;
+  return form ? form->owner_.lock() : nullptr;
 }
 
 void ReflectFocus(HWND form, UINT message, WPARAM wparam, LPARAM lparam) {
   // The codes of the child classes for gaining and losing the focus.
   const UINT code =
       message == WM_NOTIFY ? reinterpret_cast<const NMHDR*>(lparam)->code : HIWORD(wparam);
-  constexpr std::array<UINT, 8> kFocusCodes = {NM_SETFOCUS,  NM_KILLFOCUS, EN_SETFOCUS,
-                                               EN_KILLFOCUS, CBN_SETFOCUS, CBN_KILLFOCUS,
-                                               BN_SETFOCUS,  BN_KILLFOCUS};
-  for (const UINT focus_code : kFocusCodes) {
-    // Only when the change is complete is it known where the focus went.
-    if (code == focus_code) {
-      PostMessageW(form, kCheckFocus, 0, 0);
-      return;
-    }
-  }
+  constexpr std::array<UINT, 4> kGains = {NM_SETFOCUS, EN_SETFOCUS, CBN_SETFOCUS, BN_SETFOCUS};
+  constexpr std::array<UINT, 4> kLosses = {NM_KILLFOCUS, EN_KILLFOCUS, CBN_KILLFOCUS, BN_KILLFOCUS};
+  const bool gained = std::find(kGains.begin(), kGains.end(), code) != kGains.end();
+  if (!gained && std::find(kLosses.begin(), kLosses.end(), code) == kLosses.end()) return;
+  // Only when the change is complete is it known where the focus went.
+  PostMessageW(form, kCheckFocus, gained, 0);
+}
+
+void ReflectPress(HWND window) {
+  const HWND form = FormAround(window);
+  if (form) PostMessageW(form, kCheckFocus, TRUE, 0);
 }
 
 void UnregisterFormClasses(HINSTANCE module) {
@@ -289,10 +299,11 @@ void FormWindow::RefreshColors() {
   RedrawWindow(window_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
 }
 
-void FormWindow::CheckFocus() {
+void FormWindow::CheckFocus(bool gained) {
   const HWND focus = GetFocus();
   const bool inside = focus == window_ || IsChild(window_, focus);
-  if (std::exchange(focus_inside_, inside) != inside && on_focus_change) on_focus_change(inside);
+  // What one window inside lost, another has gained, and tells of it.
+  if (on_focus && (gained || !inside)) on_focus(inside);
   const bool editing = keyboard_.Editing();
   if (std::exchange(editing_, editing) != editing && on_editing_change) on_editing_change();
 }
@@ -325,9 +336,14 @@ std::optional<LRESULT> FormWindow::OnMessage(UINT message, WPARAM wparam, LPARAM
     case WM_LBUTTONDOWN:
       keyboard_.Enter(false);
       return 0;
+    case WM_PARENTNOTIFY:
+      if (IsMousePress(LOWORD(wparam))) ReflectPress(window_);
+      return std::nullopt;
     case WM_SETFOCUS:
+      CheckFocus(true);
+      return 0;
     case kCheckFocus:
-      CheckFocus();
+      CheckFocus(wparam != FALSE);
       return 0;
     case WM_ERASEBKGND: {
       RECT area = {};

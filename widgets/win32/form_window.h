@@ -68,13 +68,15 @@ class FormWindow {
   // with the mouse may hide both until a key is pressed, and tells only the windows in it.
   void FollowCues();
 
-  // The focus has come into the form or left it.
-  std::function<void(bool inside)> on_focus_change;
+  // A window inside was given the focus, or pressed while one has it; or the focus is not, or no
+  // longer, inside. Comes more often than either changes.
+  std::function<void(bool inside)> on_focus;
   // The keyboard has come to an in-place editor or left it (KeyboardWalk::Editing).
   std::function<void()> on_editing_change;
 
  private:
   friend class FormWindowHandle;
+  friend HWND FormAround(HWND window);
   friend std::shared_ptr<void> HoldForm(HWND window);
   friend HBRUSH FormBackground(HWND form);
   friend COLORREF FormTextColor(HWND form);
@@ -91,14 +93,13 @@ class FormWindow {
   void ApplyFont();
   void RefreshColors();
   void TellCommonControls(UINT message, WPARAM wparam, LPARAM lparam) const;
-  void CheckFocus();
+  void CheckFocus(bool gained);
 
   FormWindowHandle window_;
   Scale scale_;
   Font font_;
   Appearance appearance_;
   HBRUSH background_ = nullptr;  // of the appearance; null = one of the system's
-  bool focus_inside_ = false;
   bool editing_ = false;
   std::weak_ptr<void> owner_;
 

@@ -107,6 +107,8 @@ void LineGridWindow::Press(POINT point, WPARAM keys) {
   pressed_ = true;
   Tell(on_mouse_down, scale_.ToTwips(point.x), scale_.ToTwips(point.y));
   SetFocus();
+  // The system tells the parents only of presses that the mouse itself has made.
+  ReflectPress(Handle());
   if (const auto row = RowAt(point)) {
     if (SelectPressed(*row, ctrl, shift)) Tell(on_item_click, *row);
   } else if (!ctrl && !shift) {
