@@ -120,11 +120,11 @@ void InPlace::Deactivate() {
   UIDeactivate();
   if (activity_ == Activity::Visible) {
     activity_ = Activity::None;
-    object_.Park();
-    focus_told_ = false;
     const ComPointer<IOleInPlaceSite> site = std::move(site_);
     frame_.Reset();
     document_.Reset();
+    object_.Park();
+    TellFocus(false);
     site->OnInPlaceDeactivate();
   }
   leaving_ = left_already;
@@ -140,10 +140,11 @@ bool InPlace::Placed() const {
 
 void InPlace::OnFocus(bool inside) {
   const KeepObject keep(outer_);
+  if (!inside) return TellFocus(false);
   if (!Placed() || !object_.Container().UserMode()) return;
   // However often the container has taken the keyboard away, or refused it, before.
-  if (inside) BecomeUserInterface();
-  if (Placed()) TellFocus(inside);
+  BecomeUserInterface();
+  if (Placed()) TellFocus(true);
 }
 
 void InPlace::TellFocus(bool inside) {

@@ -65,7 +65,16 @@ void LiveControl::Move(const RECT& place, const RECT& clip) {
   win32::MoveTo(form, place);
 }
 
+void LiveControl::GiveFocusBack() {
+  const HWND form = form_.Handle();
+  const auto inside = [form] { return GetFocus() == form || IsChild(form, GetFocus()); };
+  if (inside()) SetFocus(GetParent(form));
+  // The container's window may be disabled, or hand the focus on to the control.
+  if (inside()) SetFocus(nullptr);
+}
+
 void LiveControl::Park() {
+  GiveFocusBack();
   ShowWindow(form_.Handle(), SW_HIDE);
   SetParent(form_.Handle(), parking_.Handle());
 }

@@ -50,6 +50,8 @@ class LiveControl {
   void PlaceIn(HWND parent, const RECT& place, const RECT& clip, bool reachable);
   void Move(const RECT& place, const RECT& clip);
   void Park();
+  // To the container's window, if any of the control's has it.
+  void GiveFocusBack();
 
   void OnRemoveMe(std::function<void()> handler) { control_.RemoveME = std::move(handler); }
 

@@ -3,6 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+// clang-format off
+#include <windows.h>
+#include <commctrl.h>
+// clang-format on
+
 #include "tests/component/ole_test.h"
 #include "tests/component/placed_control.h"
 #include "tests/component/strict_host.h"
@@ -13,6 +18,34 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+
+// Does `act` whenever the window gets the focus, as containers do that hand it on.
+class WhenFocused {
+ public:
+  WhenFocused(HWND window, std::function<void()> act) : window_(window), act_(std::move(act)) {
+    SetWindowSubclass(window_, &Procedure, 1, reinterpret_cast<DWORD_PTR>(this));
+  }
+  WhenFocused(const WhenFocused&) = delete;
+  WhenFocused& operator=(const WhenFocused&) = delete;
+  ~WhenFocused() { RemoveWindowSubclass(window_, &Procedure, 1); }
+  int Times() const { return times_; }
+
+ private:
+  static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam,
+                                    UINT_PTR /*id*/, DWORD_PTR data) {
+    if (message == WM_SETFOCUS) {
+      auto& self = *reinterpret_cast<WhenFocused*>(data);
+      ++self.times_;
+      self.act_();
+      return 0;
+    }
+    return DefSubclassProc(window, message, wparam, lparam);
+  }
+
+  const HWND window_;
+  const std::function<void()> act_;
+  int times_ = 0;
+};
 
 class Focus : public OleTest {
  protected:
@@ -85,6 +118,132 @@ TEST_F(Focus, APressOfTheMouseOnAnyWindowInsideTakesTheKeyboardAgain) {
   }
 }
 
+// Every way out of the container's window.
+const std::pair<const char*, std::function<void(PlacedControl&)>> kWaysOut[] = {
+    {"hidden", [](PlacedControl& placed) { placed.Verb(OLEIVERB_HIDE); }},
+    {"deactivated",
+     [](PlacedControl& placed) {
+       placed.As<IOleInPlaceObject>(IID_IOleInPlaceObject)->InPlaceDeactivate();
+     }},
+    {"closed", [](PlacedControl& placed) { placed.object->Close(OLECLOSE_NOSAVE); }},
+    {"without a site", [](PlacedControl& placed) { placed.object->SetClientSite(nullptr); }}};
+
+TEST_F(Focus, GoesToTheContainersWindowWhenTheControlLeaves) {
+  for (const auto& [what, leave] : kWaysOut) {
+    PlacedControl placed;
+    HaveKeyboard(placed);
+    leave(placed);
+    EXPECT_EQ(GetFocus(), placed.container.Window()) << what;
+    PumpMessages();
+    EXPECT_EQ(GetFocus(), placed.container.Window()) << what;
+    EXPECT_THAT(placed.container.TakeCalls(), ElementsAre("SetActiveObject(null)", "OnUIDeactivate",
+                                                          "OnFocus(FALSE)", "OnInPlaceDeactivate"))
+        << what;
+  }
+}
+
+TEST_F(Focus, StaysWhereItIsWhenAControlWithoutItLeaves) {
+  for (const auto& [what, leave] : kWaysOut) {
+    PlacedControl placed;
+    const HWND other = CreateWindowExW(0, L"BUTTON", L"", WS_CHILD | WS_VISIBLE, 0, 0, 9, 9,
+                                       placed.container.Window(), nullptr, nullptr, nullptr);
+    HaveKeyboard(placed);
+    SetFocus(other);
+    PumpMessages();
+    EXPECT_THAT(placed.container.TakeCalls(), ElementsAre("OnFocus(FALSE)")) << what;
+    leave(placed);
+    PumpMessages();
+    EXPECT_EQ(GetFocus(), other) << what;
+    EXPECT_THAT(placed.container.TakeCalls(),
+                ElementsAre("SetActiveObject(null)", "OnUIDeactivate", "OnInPlaceDeactivate"))
+        << what;
+  }
+}
+
+TEST_F(Focus, IsGivenUpWhereTheContainersWindowDoesNotTakeIt) {
+  PlacedControl placed;
+  HaveKeyboard(placed);
+  const HWND form = placed.Form();
+  EnableWindow(placed.container.Window(), FALSE);
+  placed.Verb(OLEIVERB_HIDE);
+  EXPECT_FALSE(GetFocus() == form || IsChild(form, GetFocus()));
+}
+
+TEST_F(Focus, IsGivenUpWhereTheContainerHandsItBackToTheControl) {
+  PlacedControl placed;
+  HaveKeyboard(placed);
+  const HWND form = placed.Form();
+  const HWND button = placed.Child(control_id::cmdOK);
+  for (const HWND window : {form, button}) {
+    const WhenFocused container(placed.container.Window(), [window] { SetFocus(window); });
+    placed.Verb(OLEIVERB_HIDE);
+    EXPECT_EQ(container.Times(), 1);
+    EXPECT_FALSE(GetFocus() == form || IsChild(form, GetFocus()));
+    PumpMessages();
+    EXPECT_THAT(placed.container.TakeCalls(), ElementsAre("SetActiveObject(null)", "OnUIDeactivate",
+                                                          "OnFocus(FALSE)", "OnInPlaceDeactivate"));
+    HaveKeyboard(placed);
+  }
+}
+
+// The control is on its way out: it does not turn round.
+TEST_F(Focus, TheContainersAttemptToActivateTheLeavingControlIsRefused) {
+  PlacedControl placed;
+  HaveKeyboard(placed);
+  HRESULT answer = S_OK;
+  const WhenFocused container(placed.container.Window(),
+                              [&] { answer = placed.Verb(OLEIVERB_UIACTIVATE); });
+  placed.Verb(OLEIVERB_HIDE);
+  EXPECT_EQ(container.Times(), 1);
+  EXPECT_TRUE(FAILED(answer));
+  EXPECT_EQ(placed.Form(), nullptr);
+  EXPECT_EQ(placed.Verb(OLEIVERB_UIACTIVATE), S_OK);
+}
+
+TEST_F(Focus, TheContainerMayEndTheControlWhenItGetsItBack) {
+  const Library library;
+  {
+    PlacedControl placed;
+    HaveKeyboard(placed);
+    const WhenFocused container(placed.container.Window(), [&] { placed.Remove(); });
+    placed.Verb(OLEIVERB_HIDE);
+    EXPECT_EQ(container.Times(), 1);
+    EXPECT_EQ(placed.container.ReferencesLeft(), 0u);
+  }
+  {
+    PlacedControl placed;
+    HaveKeyboard(placed);
+    {
+      const WhenFocused container(placed.container.Window(),
+                                  [&] { DestroyWindow(placed.container.Window()); });
+      placed.Verb(OLEIVERB_HIDE);
+    }
+    PumpMessages();
+    EXPECT_THAT(placed.container.TakeCalls(), ElementsAre("SetActiveObject(null)", "OnUIDeactivate",
+                                                          "OnFocus(FALSE)", "OnInPlaceDeactivate"));
+  }
+  EXPECT_EQ(library.CanUnloadNow(), S_OK);
+}
+
+TEST_F(Focus, TakesTheKeyboardAgainInASecondPlace) {
+  PlacedControl placed;
+  for (const LONG leave : {OLEIVERB_HIDE, OLEIVERB_DISCARDUNDOSTATE}) {
+    HaveKeyboard(placed);
+    if (leave == OLEIVERB_HIDE) {
+      placed.Verb(OLEIVERB_HIDE);
+    } else {
+      InPlace(placed)->InPlaceDeactivate();
+    }
+    placed.Verb(OLEIVERB_SHOW);
+    // Also while what the first place left to be told is still on its way.
+    if (leave == OLEIVERB_HIDE) PumpMessages();
+    placed.container.TakeCalls();
+    EXPECT_THAT(CallsWhenFocused(placed, control_id::cmdOK),
+                ElementsAre("OnUIActivate", "SetActiveObject(object)", "OnFocus(TRUE)"));
+    placed.Verb(OLEIVERB_HIDE);
+  }
+}
+
 TEST_F(Focus, AsksAgainForTheKeyboardThatTheContainerRefused) {
   StrictHost host({.interfaces = {"IOleInPlaceSite", "IOleControlSite"}});
   int asked = 0;
@@ -105,9 +264,10 @@ TEST_F(Focus, AsksAgainForTheKeyboardThatTheContainerRefused) {
   SetFocus(host.Child(control_id::cmdOK));
   PumpMessages();
   EXPECT_EQ(asked, 2);
-  // It came once, however often the keyboard was asked for.
-  EXPECT_EQ(host.container.Count("IOleControlSite.OnFocus(TRUE)"), 1);
   host.object->Close(OLECLOSE_NOSAVE);
+  // It came and went once, however often the keyboard was asked for.
+  EXPECT_EQ(host.container.Count("IOleControlSite.OnFocus(TRUE)"), 1);
+  EXPECT_EQ(host.container.Count("IOleControlSite.OnFocus(FALSE)"), 1);
   host.object->SetClientSite(nullptr);
 }
 

@@ -81,6 +81,10 @@ void ExpectAllEnded(StrictHost& host, const std::string& what) {
   EXPECT_EQ(container.Succeeded("IOleInPlaceSite.OnUIActivate"),
             container.Count("IOleInPlaceSite.OnUIDeactivate"))
       << what;
+  // Whatever the container answered to that: it has heard it.
+  EXPECT_EQ(container.Count("IOleControlSite.OnFocus(TRUE)"),
+            container.Count("IOleControlSite.OnFocus(FALSE)"))
+      << what;
   EXPECT_EQ(container.ActiveObject(), nullptr) << what;
   EXPECT_EQ(container.ReferencesLeft(), 0u) << what;
   EXPECT_EQ(host.library.CanUnloadNow(), S_OK) << what;
@@ -132,6 +136,7 @@ TEST_F(HostileContainers, TheUsualLifeBringsEveryCallAndEndsAll) {
                            "document.SetActiveObject(object)",
                            "document.SetBorderSpace",
                            "IOleControlSite.OnFocus(TRUE)",
+                           "IOleControlSite.OnFocus(FALSE)",
                            "IOleControlSite.TranslateAccelerator",
                            "event RemoveME",
                            "frame.SetActiveObject(null)",

@@ -127,6 +127,9 @@ const std::vector<std::string> kUserInterface = {
 const std::vector<std::string> kNoUserInterface = {"frame.SetActiveObject(null)",
                                                    "document.SetActiveObject(null)",
                                                    "IOleInPlaceSite.OnUIDeactivate"};
+// With the focus inside so far.
+const std::vector<std::string> kOutOfPlace = {"IOleControlSite.OnFocus(FALSE)",
+                                              "IOleInPlaceSite.OnInPlaceDeactivate"};
 
 // Placed on a form, resized, drawn and saved; never activated.
 TEST_F(StrictContainers, ADesignerOfFormsInDesignMode) {
@@ -297,7 +300,7 @@ TEST_F(StrictContainers, ADesignerOfFormsInRunMode) {
          {}},
         {"out of place",
          [](StrictHost& at) { EXPECT_EQ(at.InPlace()->InPlaceDeactivate(), S_OK); },
-         {"IOleInPlaceSite.OnInPlaceDeactivate"},
+         kOutOfPlace,
          {}},
         {"closed", CloseUnsaved, {}, {}},
         {"let go", LetGo, {}, {}}});
@@ -361,7 +364,7 @@ TEST_F(StrictContainers, AFormOfA64BitOfficeProgram) {
          {"Ambient(UserMode)"}},
         {"hidden",
          [](StrictHost& at) { EXPECT_EQ(at.Verb(OLEIVERB_HIDE), S_OK); },
-         kNoUserInterface + std::vector<std::string>{"IOleInPlaceSite.OnInPlaceDeactivate"},
+         kNoUserInterface + kOutOfPlace,
          {}},
         {"no property sink",
          [](StrictHost& at) {
@@ -475,8 +478,8 @@ TEST_F(StrictContainers, AManagedForm) {
          {}},
         {"closed",
          CloseUnsaved,
-         {"frame.SetActiveObject(null)", "IOleInPlaceSite.OnUIDeactivate",
-          "IOleInPlaceSite.OnInPlaceDeactivate"},
+         std::vector<std::string>{"frame.SetActiveObject(null)", "IOleInPlaceSite.OnUIDeactivate"} +
+             kOutOfPlace,
          {}},
         {"let go", LetGo, {}, {}}});
   ExpectNothingHeld(host);
