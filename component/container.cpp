@@ -44,9 +44,11 @@ void Container::SetSite(IOleClientSite* site) {
 }
 
 bool Container::UserMode() const {
-  VARIANT value;
-  if (GetAmbient(DISPID_AMBIENT_USERMODE, VT_BOOL, value)) return value.boolVal != VARIANT_FALSE;
-  return quick_user_mode_.value_or(true);
+  return GetTruth(DISPID_AMBIENT_USERMODE, quick_user_mode_.value_or(true));
+}
+
+bool Container::TakesInput() const {
+  return UserMode() && !GetTruth(DISPID_AMBIENT_UIDEAD, quick_ui_dead_);
 }
 
 win32::Appearance Container::Appearance() const {
@@ -78,6 +80,7 @@ bool Container::OfferKey(MSG* message) const {
 
 void Container::SetQuickAmbients(const QACONTAINER& ambients) {
   quick_user_mode_ = (ambients.dwAmbientFlags & QACONTAINER_USERMODE) != 0;
+  quick_ui_dead_ = (ambients.dwAmbientFlags & QACONTAINER_UIDEAD) != 0;
   quick_font_ = ComPointer<IFont>(ambients.pFont);
   quick_background_ = ambients.colorBack;
   quick_text_color_ = ambients.colorFore;
@@ -103,6 +106,12 @@ bool Container::GetAmbient(DISPID property, VARTYPE type, VARIANT& value) const 
   if (said && SUCCEEDED(VariantChangeType(&value, &value, 0, type))) return true;
   VariantClear(&value);
   return false;
+}
+
+bool Container::GetTruth(DISPID property, bool otherwise) const {
+  VARIANT value;
+  if (!GetAmbient(property, VT_BOOL, value)) return otherwise;
+  return value.boolVal != VARIANT_FALSE;
 }
 
 void Container::TakeFont(IFont* font, win32::Appearance& appearance) const {

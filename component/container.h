@@ -19,6 +19,9 @@ class Container {
 
   // False in a form designer. True where the container does not say.
   bool UserMode() const;
+  // The user may act on the control: not in a form designer, and not while the container holds all
+  // controls still, as one does whose program is halted by its debugger.
+  bool TakesInput() const;
   // Font and colours that the container proposes.
   win32::Appearance Appearance() const;
 
@@ -33,6 +36,7 @@ class Container {
 
  private:
   bool GetAmbient(DISPID property, VARTYPE type, VARIANT& value) const;
+  bool GetTruth(DISPID property, bool otherwise) const;
   void TakeFont(IFont* font, win32::Appearance& appearance) const;
 
   int site_changes_ = 0;
@@ -40,6 +44,7 @@ class Container {
   ComPointer<IDispatch> ambients_;
   ComPointer<IOleControlSite> control_site_;
   std::optional<bool> quick_user_mode_;
+  bool quick_ui_dead_ = false;
   ComPointer<IFont> quick_font_;
   std::optional<OLE_COLOR> quick_background_;
   std::optional<OLE_COLOR> quick_text_color_;

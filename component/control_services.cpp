@@ -31,7 +31,7 @@ STDMETHODIMP ControlServices::GetControlInfo(CONTROLINFO* info) {
 STDMETHODIMP ControlServices::OnMnemonic(LPMSG message) {
   if (!message) return E_POINTER;
   return Guard([&] {
-    if (!object_.Activation().Placed() || !object_.Container().UserMode()) return S_OK;
+    if (!object_.Activation().Placed() || !object_.Container().TakesInput()) return S_OK;
     object_.Live()->Form().Keyboard().PressMnemonic(static_cast<wchar_t>(message->wParam));
     return S_OK;
   });

@@ -30,7 +30,7 @@ HRESULT InPlace::Activate(Activity wanted, Entry entry) {
       }
       wanted = std::max(wanted, wanted_);
     }
-    if (wanted != Activity::UserInterface || !object_.Container().UserMode()) return S_OK;
+    if (wanted != Activity::UserInterface || !object_.Container().TakesInput()) return S_OK;
     const HRESULT result = BecomeUserInterface();
     if (SUCCEEDED(result)) TakeFocus(entry);
     return result;
@@ -42,7 +42,7 @@ HRESULT InPlace::BecomeVisible() {
   if (!site) return E_FAIL;
   // Made before the container is told anything: this may fail, and asks for fonts and colours.
   const std::shared_ptr<LiveControl> live = object_.Live();
-  const bool reachable = object_.Container().UserMode();
+  const bool reachable = object_.Container().TakesInput();
   Surroundings surroundings;
   const HRESULT result = AskForPlace(*site.Get(), surroundings);
   if (FAILED(result)) return result;
@@ -141,7 +141,7 @@ bool InPlace::Placed() const {
 void InPlace::OnFocus(bool inside) {
   const KeepObject keep(outer_);
   if (!inside) return TellFocus(false);
-  if (!Placed() || !object_.Container().UserMode()) return;
+  if (!Placed() || !object_.Container().TakesInput()) return;
   // However often the container has taken the keyboard away, or refused it, before.
   BecomeUserInterface();
   if (Placed()) TellFocus(true);
@@ -198,7 +198,7 @@ STDMETHODIMP InPlace::SetObjectRects(LPCRECT place, LPCRECT clip) {
 STDMETHODIMP InPlace::TranslateAccelerator(LPMSG message) {
   if (!message) return E_POINTER;
   return Guard([&] {
-    if (!Placed() || !object_.Container().UserMode()) return S_FALSE;
+    if (!Placed() || !object_.Container().TakesInput()) return S_FALSE;
     const std::shared_ptr<LiveControl> live = object_.Live();
     if (live->Form().Keyboard().Translate(*message)) return S_OK;
     return object_.Container().OfferKey(message) ? S_OK : S_FALSE;

@@ -22,7 +22,8 @@ class InPlace final : public Part<IOleInPlaceObject, IOleInPlaceActiveObject> {
   // Which tab stop gets the focus when the keyboard comes to the control.
   enum class Entry { AtTheStart, AtTheEnd };
 
-  // Raises the activity; never lowers it. In a form designer no more than Visible is reached.
+  // Raises the activity; never lowers it. No more than Visible is reached where the
+  // container lets the user do nothing.
   HRESULT Activate(Activity wanted, Entry entry = Entry::AtTheStart);
   // Down to None, telling the container of every step.
   void Deactivate();

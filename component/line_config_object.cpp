@@ -66,7 +66,7 @@ void LineConfigObject::AmbientsChanged() {
   if (!WindowsExist()) return;
   const std::shared_ptr<LiveControl> live = live_;
   live->Form().SetAppearance(container_.Appearance());
-  EnableWindow(live->Form().Handle(), container_.UserMode());
+  live->SetReachable(container_.TakesInput());
 }
 
 STDMETHODIMP LineConfigObject::QueryInterface(REFIID iid, void** object) {

@@ -65,6 +65,12 @@ void LiveControl::Move(const RECT& place, const RECT& clip) {
   win32::MoveTo(form, place);
 }
 
+void LiveControl::SetReachable(bool reachable) {
+  EnableWindow(form_.Handle(), reachable);
+  // The keys would go on coming to whichever window has it.
+  if (!reachable) GiveFocusBack();
+}
+
 void LiveControl::GiveFocusBack() {
   const HWND form = form_.Handle();
   const auto inside = [form] { return GetFocus() == form || IsChild(form, GetFocus()); };

@@ -50,6 +50,8 @@ class LiveControl {
   void PlaceIn(HWND parent, const RECT& place, const RECT& clip, bool reachable);
   void Move(const RECT& place, const RECT& clip);
   void Park();
+  // Whether the user's keys and mouse get to the form.
+  void SetReachable(bool reachable);
   // To the container's window, if any of the control's has it.
   void GiveFocusBack();
 

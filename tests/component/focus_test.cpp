@@ -271,5 +271,83 @@ TEST_F(Focus, AsksAgainForTheKeyboardThatTheContainerRefused) {
   host.object->SetClientSite(nullptr);
 }
 
+class HeldStill : public Focus {
+ protected:
+  static void Hold(PlacedControl& placed, bool still) {
+    placed.container.ui_dead = still;
+    EXPECT_EQ(
+        placed.As<IOleControl>(IID_IOleControl)->OnAmbientPropertyChange(DISPID_AMBIENT_UIDEAD),
+        S_OK);
+    PumpMessages();
+  }
+
+  static HRESULT PressTab(PlacedControl& placed) {
+    MSG event = {};
+    event.hwnd = placed.Form();
+    event.message = WM_KEYDOWN;
+    event.wParam = VK_TAB;
+    return placed.As<IOleInPlaceActiveObject>(IID_IOleInPlaceActiveObject)
+        ->TranslateAccelerator(&event);
+  }
+
+  // The event that its mnemonic raises.
+  static int CancelledByMnemonic(PlacedControl& placed) {
+    const int before = placed.container.Events();
+    MSG event = {};
+    event.message = WM_SYSCHAR;
+    event.wParam = L'c';
+    EXPECT_EQ(placed.As<IOleControl>(IID_IOleControl)->OnMnemonic(&event), S_OK);
+    return placed.container.Events() - before;
+  }
+};
+
+TEST_F(HeldStill, TakesNoInputUntilTheContainerSaysSo) {
+  PlacedControl placed;
+  HaveKeyboard(placed);
+  ASSERT_EQ(PressTab(placed), S_OK);
+  Hold(placed, true);
+  EXPECT_TRUE(IsWindowVisible(placed.Form()));
+  EXPECT_FALSE(IsWindowEnabled(placed.Form()));
+  EXPECT_EQ(GetFocus(), placed.container.Window());
+  EXPECT_THAT(placed.container.TakeCalls(), ElementsAre("OnFocus(FALSE)"));
+  EXPECT_EQ(PressTab(placed), S_FALSE);
+  EXPECT_EQ(CancelledByMnemonic(placed), 0);
+  EXPECT_THAT(CallsWhenFocused(placed, control_id::cmdOK), IsEmpty());
+  EXPECT_FALSE(IsChild(placed.Form(), GetFocus()));
+
+  Hold(placed, false);
+  EXPECT_TRUE(IsWindowEnabled(placed.Form()));
+  EXPECT_THAT(CallsWhenFocused(placed, control_id::cmdOK), ElementsAre("OnFocus(TRUE)"));
+  EXPECT_EQ(PressTab(placed), S_OK);
+  EXPECT_EQ(CancelledByMnemonic(placed), 1);
+}
+
+TEST_F(HeldStill, IsPlacedButHasNoKeyboardWhereItStartsSo) {
+  PlacedControl placed;
+  placed.container.ui_dead = true;
+  EXPECT_EQ(placed.Verb(OLEIVERB_UIACTIVATE), S_OK);
+  PumpMessages();
+  EXPECT_THAT(placed.container.TakeCalls(), ElementsAre("CanInPlaceActivate", "OnInPlaceActivate",
+                                                        "GetWindowContext", "ShowObject"));
+  EXPECT_TRUE(IsWindowVisible(placed.Form()));
+  EXPECT_FALSE(IsWindowEnabled(placed.Form()));
+  Hold(placed, false);
+  EXPECT_THAT(CallsWhenFocused(placed, control_id::cmdOK),
+              ElementsAre("OnUIActivate", "SetActiveObject(object)", "OnFocus(TRUE)"));
+}
+
+TEST_F(HeldStill, AFlagOfQuickActivationSaysSoToo) {
+  PlacedControl placed({.ambients = false});
+  QACONTAINER given = {};
+  given.cbSize = sizeof given;
+  given.pClientSite = placed.container.Site();
+  given.dwAmbientFlags = QACONTAINER_USERMODE | QACONTAINER_UIDEAD;
+  QACONTROL answer = {};
+  answer.cbSize = sizeof answer;
+  ASSERT_EQ(placed.As<IQuickActivate>(IID_IQuickActivate)->QuickActivate(&given, &answer), S_OK);
+  EXPECT_EQ(placed.Verb(OLEIVERB_INPLACEACTIVATE), S_OK);
+  EXPECT_FALSE(IsWindowEnabled(placed.Form()));
+}
+
 }  // namespace
 }  // namespace rdv::test

@@ -146,6 +146,7 @@ TEST_F(HostileContainers, TheUsualLifeBringsEveryCallAndEndsAll) {
                            "QueryInterface(IOleControlSite)",
                            "QueryInterface(IDispatch)",
                            "Ambient(UserMode)",
+                           "Ambient(UIDead)",
                            "Ambient(Font)",
                            "IAdviseSink.OnViewChange"}) {
     EXPECT_TRUE(names_.count(name)) << name;

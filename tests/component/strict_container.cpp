@@ -36,6 +36,8 @@ std::string AmbientName(DISPID property) {
   switch (property) {
     case DISPID_AMBIENT_USERMODE:
       return "UserMode";
+    case DISPID_AMBIENT_UIDEAD:
+      return "UIDead";
     case DISPID_AMBIENT_FONT:
       return "Font";
     case DISPID_AMBIENT_BACKCOLOR:

@@ -18,6 +18,8 @@ const std::vector<std::string> kLook = {"Ambient(Font)", "Ambient(BackColor)",
                                         "Ambient(ForeColor)"};
 const std::vector<std::string> kPlaceQuestions = {"QueryInterface(IOleInPlaceSite)",
                                                   "Ambient(UserMode)"};
+// Whether the user may do anything. In design mode the first says it all.
+const std::vector<std::string> kInputQuestions = {"Ambient(UserMode)", "Ambient(UIDead)"};
 
 std::vector<std::string> operator+(std::vector<std::string> left,
                                    const std::vector<std::string>& right) {
@@ -241,11 +243,11 @@ TEST_F(StrictContainers, ADesignerOfFormsInRunMode) {
         {"size", [](StrictHost& at) { Resize(at, 24000, 10000); }, {}, {}},
         {"events", ConnectEvents, {}, {}},
         {"active", [](StrictHost& at) { EXPECT_EQ(at.Verb(OLEIVERB_INPLACEACTIVATE), S_OK); },
-         kActivation, kPlaceQuestions + kLook},
+         kActivation, kPlaceQuestions + kInputQuestions + kLook},
         {"cancelled while frozen",
          [](StrictHost& at) { SendMessageW(at.Child(control_id::cmdCancel), BM_CLICK, 0, 0); },
          kUserInterface + std::vector<std::string>{"IOleControlSite.OnFocus(TRUE)"},
-         {"Ambient(UserMode)"}},
+         kInputQuestions},
         {"thawed",
          [](StrictHost& at) { EXPECT_EQ(at.Control()->FreezeEvents(FALSE), S_OK); },
          {"event RemoveME"},
@@ -265,11 +267,17 @@ TEST_F(StrictContainers, ADesignerOfFormsInRunMode) {
            EXPECT_EQ(at.Press(VK_TAB), S_FALSE);
          },
          {"IOleControlSite.TranslateAccelerator"},
-         {"Ambient(UserMode)"}},
+         kInputQuestions},
         {"cancelled",
          [](StrictHost& at) { SendMessageW(at.Child(control_id::cmdCancel), BM_CLICK, 0, 0); },
          {"event RemoveME"},
          {}},
+        {"perhaps halted",
+         [](StrictHost& at) {
+           EXPECT_EQ(at.Control()->OnAmbientPropertyChange(DISPID_AMBIENT_UIDEAD), S_OK);
+         },
+         {},
+         kInputQuestions + kLook},
         {"an editor opens",
          [](StrictHost& at) {
            SetFocus(at.Child(control_id::LVRDVLineConfig));
@@ -283,11 +291,11 @@ TEST_F(StrictContainers, ADesignerOfFormsInRunMode) {
            EXPECT_EQ(info.dwFlags, static_cast<DWORD>(CTRLINFO_EATS_RETURN | CTRLINFO_EATS_ESCAPE));
          },
          {"IOleControlSite.OnControlInfoChanged"},
-         {"Ambient(UserMode)"}},
+         kInputQuestions},
         {"the editor closes",
          [](StrictHost& at) { EXPECT_EQ(at.Press(VK_ESCAPE), S_OK); },
          {"IOleControlSite.OnControlInfoChanged"},
-         {"Ambient(UserMode)"}},
+         kInputQuestions},
         {"no events",
          [](StrictHost& at) {
            EXPECT_EQ(at.Point(kLineConfigEventsId)->Unadvise(at.event_cookie), S_OK);
@@ -347,7 +355,7 @@ TEST_F(StrictContainers, AFormOfA64BitOfficeProgram) {
          {},
          {"QueryInterface(IPropertyNotifySink)"}},
         {"shown", [](StrictHost& at) { EXPECT_EQ(at.Verb(OLEIVERB_SHOW), S_OK); }, kActivation,
-         kPlaceQuestions + kLook},
+         kPlaceQuestions + kInputQuestions + kLook},
         {"moved",
          [](StrictHost& at) {
            const RECT place = {5, 5, 1000, 480};
@@ -358,10 +366,9 @@ TEST_F(StrictContainers, AFormOfA64BitOfficeProgram) {
          },
          {},
          {}},
-        {"interface",
-         [](StrictHost& at) { EXPECT_EQ(at.Verb(OLEIVERB_UIACTIVATE), S_OK); },
+        {"interface", [](StrictHost& at) { EXPECT_EQ(at.Verb(OLEIVERB_UIACTIVATE), S_OK); },
          kUserInterface + std::vector<std::string>{"IOleControlSite.OnFocus(TRUE)"},
-         {"Ambient(UserMode)"}},
+         kInputQuestions},
         {"hidden",
          [](StrictHost& at) { EXPECT_EQ(at.Verb(OLEIVERB_HIDE), S_OK); },
          kNoUserInterface + kOutOfPlace,

@@ -68,11 +68,11 @@ STDMETHODIMP TestContainer::Invoke(DISPID member, REFIID, LCID, WORD flags, DISP
     if (on_event) on_event();
     return S_OK;
   }
-  if (!profile_.ambients || !result || member != DISPID_AMBIENT_USERMODE) {
-    return DISP_E_MEMBERNOTFOUND;
-  }
+  const bool known = member == DISPID_AMBIENT_USERMODE || member == DISPID_AMBIENT_UIDEAD;
+  if (!profile_.ambients || !result || !known) return DISP_E_MEMBERNOTFOUND;
+  const bool answer = member == DISPID_AMBIENT_USERMODE ? profile_.user_mode : ui_dead;
   result->vt = VT_BOOL;
-  result->boolVal = profile_.user_mode ? VARIANT_TRUE : VARIANT_FALSE;
+  result->boolVal = answer ? VARIANT_TRUE : VARIANT_FALSE;
   return S_OK;
 }
 

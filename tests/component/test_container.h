@@ -33,6 +33,7 @@ class TestContainer final : public IOleClientSite,
   IDispatch* EventSink() { return this; }
   IOleInPlaceActiveObject* ActiveObject() const { return active_object_.Get(); }
   RECT place = {0, 0, 940, 400};
+  bool ui_dead = false;  // the ambient property
 
   // The calls since the last time, in their order.
   std::vector<std::string> TakeCalls() { return std::exchange(calls_, {}); }
