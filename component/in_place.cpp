@@ -44,13 +44,17 @@ HRESULT InPlace::BecomeVisible() {
   const std::shared_ptr<LiveControl> live = object_.Live();
   const bool reachable = object_.Container().TakesInput();
   Surroundings surroundings;
-  const HRESULT result = AskForPlace(*site.Get(), surroundings);
+  HRESULT result = AskForPlace(*site.Get(), surroundings);
   if (FAILED(result)) return result;
   site_ = site;
   frame_ = std::move(surroundings.frame);
   document_ = std::move(surroundings.document);
   activity_ = Activity::Visible;
-  live->PlaceIn(surroundings.parent, surroundings.place, surroundings.clip, reachable);
+  result = live->PlaceIn(surroundings.parent, surroundings.place, surroundings.clip, reachable);
+  if (FAILED(result)) {
+    Deactivate();
+    return result;
+  }
   const ComPointer<IOleClientSite> client = object_.Container().Site();
   if (client && Placed()) client->ShowObject();
   return Placed() ? S_OK : E_FAIL;

@@ -44,13 +44,18 @@ std::shared_ptr<LiveControl> LiveControl::Create() {
   return live;
 }
 
-void LiveControl::PlaceIn(HWND parent, const RECT& place, const RECT& clip, bool reachable) {
-  SetParent(form_.Handle(), parent);
+HRESULT LiveControl::PlaceIn(HWND parent, const RECT& place, const RECT& clip, bool reachable) {
+  SetLastError(ERROR_SUCCESS);
+  if (!SetParent(form_.Handle(), parent)) {
+    const DWORD error = GetLastError();
+    return error == ERROR_SUCCESS ? E_FAIL : HRESULT_FROM_WIN32(error);
+  }
   form_.FollowScreen();
   form_.FollowCues();
   Move(place, clip);
   EnableWindow(form_.Handle(), reachable);
   ShowWindow(form_.Handle(), SW_SHOWNA);
+  return S_OK;
 }
 
 void LiveControl::Move(const RECT& place, const RECT& clip) {

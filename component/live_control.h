@@ -46,8 +46,9 @@ class LiveControl {
   // False once a container has destroyed the windows together with its own.
   bool WindowsExist() const { return IsWindow(form_.Handle()) != FALSE; }
 
-  // Shows the form in a container's window, in pixels of that window.
-  void PlaceIn(HWND parent, const RECT& place, const RECT& clip, bool reachable);
+  // Shows the form in a container's window, in pixels of that window. The system may refuse to put
+  // it there: into a window of another awareness of resolutions, or one that is just going.
+  HRESULT PlaceIn(HWND parent, const RECT& place, const RECT& clip, bool reachable);
   void Move(const RECT& place, const RECT& clip);
   void Park();
   // Whether the user's keys and mouse get to the form.

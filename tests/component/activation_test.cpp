@@ -257,6 +257,30 @@ TEST_F(Activation, IsRefusedWhereTheContainerDoesNotAllowIt) {
   EXPECT_THAT(placed.container.TakeCalls(), ElementsAre("CanInPlaceActivate"));
 }
 
+TEST_F(Activation, FailsWhereTheSystemDoesNotPutTheControlIntoTheWindow) {
+  PlacedControl placed;
+  ASSERT_EQ(placed.Verb(OLEIVERB_SHOW), S_OK);
+  const HWND form = placed.Form();
+  const HWND inside = placed.Child(control_id::cmdOK);
+  ASSERT_EQ(placed.Verb(OLEIVERB_HIDE), S_OK);
+  ASSERT_EQ(SetParent(form, inside), nullptr);
+  for (const LONG verb : {OLEIVERB_SHOW, OLEIVERB_UIACTIVATE}) {
+    placed.container.TakeCalls();
+    placed.container.place_in = inside;
+    EXPECT_TRUE(FAILED(placed.Verb(verb)));
+    EXPECT_THAT(placed.container.TakeCalls(),
+                ElementsAre("CanInPlaceActivate", "OnInPlaceActivate", "GetWindowContext",
+                            "OnInPlaceDeactivate"));
+    EXPECT_EQ(placed.Form(), nullptr);
+    EXPECT_FALSE(IsWindowVisible(form));
+    placed.container.place_in = nullptr;
+    EXPECT_EQ(placed.Verb(verb), S_OK);
+    EXPECT_EQ(placed.Form(), form);
+    EXPECT_TRUE(IsWindowVisible(form));
+    placed.Verb(OLEIVERB_HIDE);
+  }
+}
+
 TEST_F(Activation, IsNotLiveInAFormDesigner) {
   PlacedControl placed({.user_mode = false});
   EXPECT_EQ(placed.Verb(OLEIVERB_UIACTIVATE), S_OK);

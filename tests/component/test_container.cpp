@@ -31,7 +31,7 @@ STDMETHODIMP TestContainer::QueryInterface(REFIID iid, void** object) {
 }
 
 STDMETHODIMP TestContainer::GetWindow(HWND* window) {
-  *window = window_;
+  *window = place_in ? place_in : window_;
   return S_OK;
 }
 

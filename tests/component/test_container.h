@@ -33,7 +33,8 @@ class TestContainer final : public IOleClientSite,
   IDispatch* EventSink() { return this; }
   IOleInPlaceActiveObject* ActiveObject() const { return active_object_.Get(); }
   RECT place = {0, 0, 940, 400};
-  bool ui_dead = false;  // the ambient property
+  bool ui_dead = false;     // the ambient property
+  HWND place_in = nullptr;  // instead of the container's window
 
   // The calls since the last time, in their order.
   std::vector<std::string> TakeCalls() { return std::exchange(calls_, {}); }
