@@ -39,9 +39,9 @@ TEST_F(Verbs, HideTakesTheControlOutOfTheContainer) {
   PumpMessages();
   placed.container.TakeCalls();
   EXPECT_EQ(placed.Verb(OLEIVERB_HIDE), S_OK);
-  EXPECT_THAT(
-      placed.container.TakeCalls(),
-      testing::ElementsAre("SetActiveObject(null)", "OnUIDeactivate", "OnInPlaceDeactivate"));
+  EXPECT_THAT(placed.container.TakeCalls(),
+              testing::ElementsAre("SetActiveObject(null)", "OnUIDeactivate", "OnFocus(FALSE)",
+                                   "OnInPlaceDeactivate"));
   EXPECT_FALSE(IsWindowVisible(form));
   EXPECT_FALSE(IsChild(placed.container.Window(), form));
   EXPECT_EQ(placed.Verb(OLEIVERB_HIDE), S_OK);
