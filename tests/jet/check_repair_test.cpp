@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 
 #include "data/jet/allocation.h"
@@ -230,8 +231,8 @@ TEST_P(RepairOfTheUnreadable, LeavesTheTablesPagesAsTheyAre) {
   EXPECT_TRUE(report.mended.empty());
   const std::vector<uint8_t> after = ReadWholeFile(path);
   ASSERT_EQ(after.size(), before.size());
-  EXPECT_TRUE(
-      std::equal(before.begin() + kJet4.page_size, before.end(), after.begin() + kJet4.page_size));
+  EXPECT_TRUE(std::ranges::equal(Bytes(before).subspan(kJet4.page_size),
+                                 Bytes(after).subspan(kJet4.page_size)));
 }
 
 INSTANTIATE_TEST_SUITE_P(Every, RepairOfTheUnreadable,
