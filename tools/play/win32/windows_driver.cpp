@@ -29,7 +29,15 @@ void WindowsDriver::UseSite(const Text& folder) {
   site_.emplace(folder);
 }
 
+// Where no width was asked for yet, the platform answers with the box's own.
+ListSeen WindowsDriver::ListState(std::string_view list) {
+  ListSeen seen = At(list).List();
+  if (!shown_) seen.drop_down_width = 0;
+  return seen;
+}
+
 void WindowsDriver::Create() {
+  shown_ = false;
   container_ = std::make_unique<Container>([this] { ++remove_me_count_; });
   windows_.emplace(container_->Window());
   HandlePendingMessages();
@@ -42,6 +50,7 @@ void WindowsDriver::Destroy() {
 }
 
 bool WindowsDriver::ShowControl(int16_t config) {
+  shown_ = true;
   const VARIANT result = container_->Call(L"ShowControl", {config});
   if (result.vt != VT_BOOL) throw std::runtime_error("ShowControl answers no Boolean");
   return Settled(result.boolVal != VARIANT_FALSE);

@@ -54,7 +54,7 @@ class WindowsDriver : public Driver {
 
   std::vector<RowSeen> Rows() override { return Grid().Rows(); }
   EditorSeen EditorState(std::string_view editor) override { return At(editor).Editor(); }
-  ListSeen ListState(std::string_view list) override { return At(list).List(); }
+  ListSeen ListState(std::string_view list) override;
   GeometrySeen Geometry() override { return Grid().Geometry(); }
 
  private:
@@ -68,6 +68,7 @@ class WindowsDriver : public Driver {
   std::unique_ptr<Container> container_;
   std::optional<ControlWindows> windows_;
   int remove_me_count_ = 0;
+  bool shown_ = false;  // ShowControl was called: it asks for the lists' widths
 };
 
 }  // namespace rdv::play
