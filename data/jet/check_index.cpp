@@ -7,9 +7,6 @@
 namespace rdv::jet {
 namespace {
 
-// Far more levels than the largest file can have; each takes a part of the stack.
-constexpr int kDeepest = 32;
-
 // Walks the tree from the root and holds it against what it has to be.
 class TreeWalk {
  public:
@@ -40,7 +37,7 @@ class TreeWalk {
 
   // Returns the depth of the tree below the page. `last`: what the page's last entry has to be.
   int Visit(uint32_t number, std::optional<EntryBytes> last, int level = 0) {
-    if (level > kDeepest) file_.DamagedPage(index_.root, u"is the root of an endless index");
+    if (level > kDeepestIndex) file_.DamagedPage(index_.root, u"is the root of an endless index");
     if (number >= visited_.size() || visited_[number]) {
       file_.DamagedPage(number, u"is met twice on the way through an index");
     }

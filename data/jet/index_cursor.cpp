@@ -5,12 +5,6 @@
 #include "data/jet/table_reader.h"
 
 namespace rdv::jet {
-namespace {
-
-// Far more levels than the largest file can have: deeper, and the nodes lead in a circle.
-constexpr int kDeepest = 32;
-
-}  // namespace
 
 IndexCursor::IndexCursor(const FileReader& file, const TableDefinition& table,
                          const RealIndex& index)
@@ -23,7 +17,7 @@ void IndexCursor::Descend(Choose choose) {
   last_.clear();
   page_.emplace(*file_, table_->Page(), index_->root);
   for (int level = 0; !page_->IsLeaf(); ++level) {
-    if (level > kDeepest) file_->DamagedPage(index_->root, u"is the root of an endless index");
+    if (level > kDeepestIndex) file_->DamagedPage(index_->root, u"is the root of an endless index");
     const std::optional<EntryBounds> entry = choose(*page_);
     const uint32_t child = entry ? page_->Child(*entry) : page_->Tail();
     page_.emplace(*file_, table_->Page(), child);

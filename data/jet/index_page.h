@@ -37,6 +37,10 @@ struct EntryBounds {
   size_t end = 0;
 };
 
+// Far more levels than an index of the largest file can have: deeper, and the nodes lead in a
+// circle, or are made to use up the stack.
+inline constexpr int kDeepestIndex = 32;
+
 // Where in a leaf an entry belongs: at this offset of its entry area.
 struct EntryPlace {
   uint32_t leaf = 0;

@@ -34,8 +34,6 @@ class IndexWriter {
 
  private:
   static constexpr size_t kTail = static_cast<size_t>(-1);
-  // Far more levels than the largest file can have: deeper, and the nodes lead in a circle.
-  static constexpr size_t kDeepest = 32;
 
   // From the root down; of the last step, the leaf, only the page counts.
   struct Step {
@@ -53,7 +51,7 @@ class IndexWriter {
     const Step& operator[](size_t depth) const { return steps_[depth]; }
 
    private:
-    std::array<Step, kDeepest> steps_;
+    std::array<Step, kDeepestIndex> steps_;
     size_t size_ = 0;
   };
 
