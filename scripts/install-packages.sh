@@ -11,6 +11,8 @@ g++                  build                compiles for Linux
 g++-mingw-w64-x86-64 build                compiles for 64-bit Windows
 g++-mingw-w64-i686   build                compiles for 32-bit Windows
 mingw-w64-tools      build                widl makes the type library
+libcli11-dev         build                reads the arguments of the tools; headers only, for every system
+nlohmann-json3-dev   build                reads and writes JSON in tools and tests; headers only likewise
 googletest           build                the sources of the test framework, built for each system
 git                  test,lint            lists the files that the checks of the tree read
 clang-format         test,lint            checks the layout of the sources

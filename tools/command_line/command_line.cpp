@@ -1,0 +1,239 @@
+#include "tools/command_line/command_line.h"
+
+#include <algorithm>
+#include <ostream>
+
+#include "tools/command_line/standard_output.h"
+#include "tools/command_line/suggestion.h"
+
+namespace rdv::tools {
+namespace {
+
+constexpr size_t kColumnOfPurposes = 30;
+
+bool IsHelp(const std::string& word) {
+  return word == "--help" || word == "-h";
+}
+
+bool IsOption(const std::string& word) {
+  return word.size() > 1 && word[0] == '-';
+}
+
+std::string MeantInstead(const std::string& word, std::span<const std::string> known) {
+  const std::string nearest = Nearest(word, known);
+  return nearest.empty() ? "" : ": did you mean '" + nearest + "'?";
+}
+
+std::string Row(const std::string& word, const std::string& purpose) {
+  std::string row = "  " + word;
+  row.resize(std::max(row.size() + 2, kColumnOfPurposes - 16), ' ');
+  return row + purpose + '\n';
+}
+
+std::vector<std::string> OptionsOf(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::Option* option : app.get_options()) {
+    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+  }
+  return names;
+}
+
+// What CLI11 found wrong, in our words where its own do not name what to do.
+std::string Explain(const CLI::ParseError& error, const CLI::App& app) {
+  if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
+    const std::vector<std::string> extras = app.remaining();
+    const std::string word = extras.empty() ? "" : extras.front();
+    if (!IsOption(word)) return "'" + word + "' is one word too many";
+    const std::string name = word.substr(0, word.find('='));
+    return "unknown option '" + name + "'" + MeantInstead(name, OptionsOf(app));
+  }
+  std::string text = error.what();
+  constexpr std::string_view kMissing = " is required";
+  if (text.ends_with(kMissing)) {
+    text.resize(text.size() - kMissing.size());
+    return text + " is missing";
+  }
+  std::replace(text.begin(), text.end(), '\n', ' ');
+  return text;
+}
+
+}  // namespace
+
+CommandLine::CommandLine(std::string program, std::string purpose)
+    : program_(std::move(program)), purpose_(std::move(purpose)) {}
+
+CLI::App& CommandLine::AddCommand(const std::string& word, const std::string& purpose, Run run) {
+  const std::string name = word.empty() ? program_ : program_ + " " + word;
+  auto app = std::make_unique<CLI::App>(purpose, name);
+  app->allow_windows_style_options(false);  // the same words on every system
+  app->set_help_flag("-h,--help", "Print this and end");
+  const auto formatter = std::make_shared<CLI::Formatter>();
+  formatter->column_width(kColumnOfPurposes);
+  for (const char* label : {"REQUIRED", "TEXT", "INT", "UINT", "FLOAT"})
+    formatter->label(label, "");
+  formatter->label("Positionals", "Words");
+  app->formatter(formatter);
+  commands_.push_back({word, purpose, std::move(app), std::move(run), nullptr});
+  return *commands_.back().app;
+}
+
+CLI::App& CommandLine::Add(const std::string& word, const std::string& purpose, Run run) {
+  return AddCommand(word, purpose, std::move(run));
+}
+
+CLI::App& CommandLine::AddOnly(Run run) {
+  has_commands_ = false;
+  return AddCommand("", purpose_, std::move(run));
+}
+
+void CommandLine::AddTopic(const std::string& word, const std::string& purpose, std::string text) {
+  topics_.push_back({word, purpose, std::move(text)});
+}
+
+void CommandLine::TakeRest(CLI::App& command, size_t operands, std::vector<std::string>& rest,
+                           const std::string& name, const std::string& description) {
+  for (Command& known : commands_) {
+    if (known.app.get() != &command) continue;
+    known.rest = std::make_unique<Rest>(Rest{operands, &rest, {}});
+    command.add_option(name, known.rest->shown, description);
+  }
+}
+
+int CommandLine::Execute(std::span<const std::string> arguments, std::ostream& out,
+                         std::ostream& errors) {
+  current_ = program_;
+  try {
+    const int code = Dispatch(arguments, out);
+    out.flush();
+    return code;
+  } catch (const UsageError& error) {
+    errors << current_ << ": " << error.what() << " (see " << program_ << " --help)\n";
+    return kUsage;
+  } catch (const Refusal& error) {
+    errors << current_ << ": " << error.what() << '\n';
+    return kFindings;
+  } catch (const OutputError& error) {
+    errors << current_ << ": the output cannot be written: " << error.what() << '\n';
+    return kUnusable;
+  } catch (const std::exception& error) {
+    errors << current_ << ": " << error.what() << '\n';
+    return kUnusable;
+  }
+}
+
+int CommandLine::Dispatch(std::span<const std::string> arguments, std::ostream& out) {
+  if (!arguments.empty() && arguments[0] == "--version") {
+    if (arguments.size() > 1) throw UsageError("'" + arguments[1] + "' is one word too many");
+    out << program_ << " " << RDV_VERSION << '\n';
+    return kDone;
+  }
+  if (!arguments.empty() && arguments[0] == "help") return Help(arguments.subspan(1), out);
+  if (!has_commands_) return RunCommand(commands_.front(), arguments, out);
+  if (arguments.empty()) {
+    std::string words;
+    for (const Command& command : commands_) words += (words.empty() ? "" : ", ") + command.word;
+    throw UsageError("a command is missing: " + words);
+  }
+  if (IsHelp(arguments[0])) return Help(arguments.subspan(1), out);
+  for (Command& command : commands_) {
+    if (command.word == arguments[0]) return RunCommand(command, arguments.subspan(1), out);
+  }
+  const std::string& word = arguments[0];
+  const char* const kind = IsOption(word) ? "unknown option '" : "unknown command '";
+  throw UsageError(kind + word + "'" + MeantInstead(word, Words()));
+}
+
+int CommandLine::RunCommand(Command& command, std::span<const std::string> arguments,
+                            std::ostream& out) {
+  current_ = command.app->get_name();
+  size_t read = arguments.size();
+  if (command.rest) {
+    size_t operands = 0;
+    size_t next = 0;
+    while (next < arguments.size() && operands < command.rest->operands &&
+           !IsHelp(arguments[next])) {
+      if (!IsOption(arguments[next++])) ++operands;
+    }
+    if (operands == command.rest->operands) {
+      // Behind the last operand an only "--help" asks for help, as everywhere.
+      const bool asks = arguments.size() == next + 1 && IsHelp(arguments[next]);
+      if (!asks) read = next;
+      command.rest->words->assign(arguments.begin() + static_cast<ptrdiff_t>(read),
+                                  arguments.end());
+    }
+  }
+  std::vector<std::string> words(arguments.begin(),
+                                 arguments.begin() + static_cast<ptrdiff_t>(read));
+  std::reverse(words.begin(), words.end());  // the order that CLI11 takes them in
+  try {
+    command.app->parse(words);
+  } catch (const CLI::CallForHelp&) {
+    out << command.app->help();
+    if (!has_commands_) out << Overview();
+    return kDone;
+  } catch (const CLI::ParseError& error) {
+    throw UsageError(Explain(error, *command.app));
+  }
+  return command.run();
+}
+
+int CommandLine::Help(std::span<const std::string> words, std::ostream& out) const {
+  if (words.size() > 1) throw UsageError("'" + words[1] + "' is one word too many");
+  if (words.empty() || IsHelp(words[0])) {
+    if (!has_commands_) out << commands_.front().app->help();
+    out << Overview();
+    return kDone;
+  }
+  for (const Topic& topic : topics_) {
+    if (topic.word != words[0]) continue;
+    out << topic.text;
+    return kDone;
+  }
+  const Command* const command = Find(words[0]);
+  if (command == nullptr) {
+    throw UsageError("no help on '" + words[0] + "'" + MeantInstead(words[0], Words()));
+  }
+  out << command->app->help();
+  return kDone;
+}
+
+const CommandLine::Command* CommandLine::Find(const std::string& word) const {
+  for (const Command& command : commands_) {
+    if (has_commands_ && command.word == word) return &command;
+  }
+  return nullptr;
+}
+
+std::vector<std::string> CommandLine::Words() const {
+  std::vector<std::string> words;
+  if (has_commands_) {
+    for (const Command& command : commands_) words.push_back(command.word);
+  }
+  for (const Topic& topic : topics_) words.push_back(topic.word);
+  words.insert(words.end(), {"help", "--help", "--version"});
+  return words;
+}
+
+// What help without a word prints; for a program without commands, what follows its options.
+std::string CommandLine::Overview() const {
+  std::string text;
+  if (has_commands_) {
+    text = program_ + " " + RDV_VERSION + ": " + purpose_ + "\n\nUsage: " + program_ +
+           " COMMAND [WORDS AND OPTIONS]\n\nCommands:\n";
+    for (const Command& command : commands_) text += Row(command.word, command.purpose);
+  }
+  text += "\nMore:\n";
+  if (has_commands_) text += Row("help COMMAND", "tells all of one command");
+  for (const Topic& topic : topics_) text += Row("help " + topic.word, topic.purpose);
+  text += Row("--version", "prints the version");
+  return text +
+         "\nExit codes: 0 done, 1 findings or refusals, 2 wrong words, 3 what was named cannot be "
+         "used.\n";
+}
+
+CLI::Validator NotEmpty() {
+  return CLI::Validator(
+      [](std::string& text) { return text.empty() ? "must not be empty" : std::string(); }, "");
+}
+
+}  // namespace rdv::tools
