@@ -36,10 +36,6 @@ class GridLoading {
   };
 
   void ShowStoredLine(const Recordset& line, Progress& progress);
-  RowCells CellsOfStoredLine(const Recordset& line, int16_t line_type) const;
-  Text StartingNodeCaption(int16_t node_type, int16_t number) const;
-  Text VolumeCaption(int16_t volume, int16_t line_type) const;
-  Text ModeCaption(int16_t mode_type, int16_t number) const;
   void CreateDefaultUnit(DataBase& database, Progress& progress);
   void ReplaceCard(DataBase& database);
   void FillWithNotInstalledLines(int LineCounter);

@@ -5,6 +5,7 @@
 
 #include "data/connection_route.h"
 #include "data/folders_and_files.h"
+#include "data/site_in_place.h"
 
 namespace rdv {
 namespace {
@@ -26,7 +27,10 @@ void DataBase::Close() {
 }
 
 CommandResult DataBase::Run(Command command, std::span<const Argument> arguments) {
-  if (!Conn) Conn = OpenConnection(connection_string_);
+  if (!Conn) {
+    const SiteInPlace* site = SiteInPlace::Current();
+    Conn = site ? site->Connect() : OpenConnection(connection_string_);
+  }
   return Conn->Execute(DefinitionOf(command).statement, arguments);
 }
 

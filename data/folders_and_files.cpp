@@ -1,5 +1,7 @@
 #include "data/folders_and_files.h"
 
+#include "data/site_in_place.h"
+
 #ifdef _WIN32
 #include <windows.h>
 // The shell's headers need the declarations before them.
@@ -99,6 +101,7 @@ Text GetCommonAppDataFolder() {
 #endif
 
 Text GetSuiteFolder() {
+  if (const SiteInPlace* site = SiteInPlace::Current()) return site->SuiteFolder();
   Text candidate = SuiteFolderIn(GetSpecialFolder(kCommonAppDataFolder));
   if (FolderExists(candidate)) return candidate;
   return SuiteFolderIn(GetCommonAppDataFolder());

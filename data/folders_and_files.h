@@ -34,7 +34,8 @@ Text GetSpecialFolder(int32_t folder);
 Text GetCommonAppDataFolder();
 
 // Both end with the separator. The suite folder is that of the first source when it exists there,
-// otherwise that of the second, whether it exists or not.
+// otherwise that of the second, whether it exists or not; that of a site in place (site_in_place.h)
+// before both.
 Text GetSuiteFolder();
 Text GetDatabaseFolder();
 
