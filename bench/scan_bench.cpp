@@ -5,7 +5,7 @@
 #include "bench/sample_files.h"
 #include "bench/sqlite_rival.h"
 #include "data/jet/engine.h"
-#include "data/jet/table_reader.h"
+#include "data/jet/rows/table_scan.h"
 
 namespace rdv::bench {
 namespace {

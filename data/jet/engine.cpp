@@ -4,11 +4,11 @@
 #include <optional>
 #include <unordered_map>
 
-#include "data/jet/catalog.h"
-#include "data/jet/creation.h"
-#include "data/jet/errors.h"
-#include "data/jet/pager.h"
-#include "data/jet/table_writer.h"
+#include "data/jet/catalog/catalog.h"
+#include "data/jet/catalog/creation.h"
+#include "data/jet/file/pager.h"
+#include "data/jet/format/errors.h"
+#include "data/jet/table/table_writer.h"
 #include "runtime/error.h"
 
 namespace rdv::jet {

@@ -18,8 +18,8 @@
 #include <span>
 #include <vector>
 
-#include "data/jet/file_reader.h"
-#include "data/jet/schema.h"
+#include "data/jet/file/file_reader.h"
+#include "data/jet/format/schema.h"
 #include "runtime/text.h"
 #include "runtime/value.h"
 

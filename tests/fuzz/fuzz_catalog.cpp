@@ -1,6 +1,6 @@
 // A file of any bytes: header, catalog, definitions, properties, relationships.
-#include "data/jet/catalog.h"
-#include "data/jet/index_key.h"
+#include "data/jet/catalog/catalog.h"
+#include "data/jet/index/index_key.h"
 #include "tests/fuzz/fuzz_support.h"
 
 namespace rdv::jet::fuzz {

@@ -3,8 +3,8 @@
 // nothing.
 #include <map>
 
-#include "data/jet/check.h"
-#include "data/jet/table_reader.h"
+#include "data/jet/check/check.h"
+#include "data/jet/rows/table_scan.h"
 #include "tests/fuzz/fuzz_support.h"
 
 namespace rdv::jet::fuzz {

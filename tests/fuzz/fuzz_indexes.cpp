@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <string>
 
-#include "data/jet/catalog.h"
-#include "data/jet/check.h"
-#include "data/jet/index_key.h"
-#include "data/jet/table_reader.h"
+#include "data/jet/catalog/catalog.h"
+#include "data/jet/check/check.h"
+#include "data/jet/index/index_key.h"
+#include "data/jet/rows/table_scan.h"
 #include "tests/fuzz/fuzz_support.h"
 
 namespace rdv::jet::fuzz {

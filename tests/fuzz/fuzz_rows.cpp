@@ -1,8 +1,8 @@
 // A row of any bytes under a definition of any columns, or the rows of a file of any bytes: both
 // ways of reading a field agree, and what was read is written the same way again.
-#include "data/jet/catalog.h"
-#include "data/jet/row_codec.h"
-#include "data/jet/table_reader.h"
+#include "data/jet/catalog/catalog.h"
+#include "data/jet/rows/row_codec.h"
+#include "data/jet/rows/table_scan.h"
 #include "tests/fuzz/fuzz_support.h"
 
 namespace rdv::jet::fuzz {

@@ -1,6 +1,6 @@
 // Statements of any text, parsed and run on the sample database: each gives rows, a number or an
 // error, and the file is sound whatever was run.
-#include "data/jet/check.h"
+#include "data/jet/check/check.h"
 #include "data/jet/sql/jet_connection.h"
 #include "data/jet/sql/statement_parser.h"
 #include "tests/fuzz/fuzz_support.h"

@@ -4,8 +4,8 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "data/jet/creation.h"
-#include "data/jet/table_reader.h"
+#include "data/jet/catalog/creation.h"
+#include "data/jet/rows/table_scan.h"
 
 namespace rdv::jet::fuzz {
 namespace {

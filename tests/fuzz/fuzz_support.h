@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <vector>
 
-#include "data/jet/bytes.h"
 #include "data/jet/engine.h"
-#include "data/jet/file_reader.h"
+#include "data/jet/file/file_reader.h"
+#include "data/jet/format/bytes.h"
 #include "runtime/error.h"
 #include "tests/fuzz/memory_files.h"
 

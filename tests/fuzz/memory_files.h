@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "data/jet/file.h"
+#include "data/jet/file/file.h"
 
 namespace rdv::jet::fuzz {
 

@@ -5,14 +5,14 @@
 #include <algorithm>
 #include <functional>
 
-#include "data/jet/allocation.h"
-#include "data/jet/catalog.h"
-#include "data/jet/check.h"
-#include "data/jet/index_page_writer.h"
-#include "data/jet/pager.h"
-#include "data/jet/repair.h"
-#include "data/jet/table_reader.h"
-#include "data/jet/usage_map.h"
+#include "data/jet/catalog/catalog.h"
+#include "data/jet/check/check.h"
+#include "data/jet/check/repair.h"
+#include "data/jet/file/pager.h"
+#include "data/jet/index/index_page_writer.h"
+#include "data/jet/rows/allocation.h"
+#include "data/jet/rows/table_scan.h"
+#include "data/jet/rows/usage_map.h"
 #include "tests/jet/write_support.h"
 
 namespace rdv::jet {

@@ -1,8 +1,8 @@
-#include "data/jet/check.h"
+#include "data/jet/check/check.h"
 
 #include <gtest/gtest.h>
 
-#include "data/jet/pager.h"
+#include "data/jet/file/pager.h"
 #include "tests/jet/write_support.h"
 
 namespace rdv::jet {

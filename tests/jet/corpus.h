@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "data/jet/catalog.h"
-#include "data/jet/file_reader.h"
-#include "data/jet/page_source.h"
+#include "data/jet/catalog/catalog.h"
+#include "data/jet/file/file_reader.h"
+#include "data/jet/file/page_source.h"
 
 namespace rdv::jet {
 

@@ -1,10 +1,10 @@
 // What is left of a creation that failed or died, and what creations do to each other.
 #include <gtest/gtest.h>
 
-#include "data/jet/check.h"
-#include "data/jet/creation.h"
+#include "data/jet/catalog/creation.h"
+#include "data/jet/check/check.h"
 #include "data/jet/engine.h"
-#include "data/jet/errors.h"
+#include "data/jet/format/errors.h"
 #include "runtime/error.h"
 #include "tests/jet/write_support.h"
 

@@ -1,4 +1,4 @@
-#include "data/jet/dump.h"
+#include "data/jet/dump/dump.h"
 
 #include <gtest/gtest.h>
 

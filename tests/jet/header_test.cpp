@@ -1,10 +1,10 @@
-#include "data/jet/header.h"
+#include "data/jet/format/header.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
-#include "data/jet/errors.h"
+#include "data/jet/format/errors.h"
 #include "runtime/error.h"
 #include "tests/jet/bytes_of.h"
 #include "tests/jet/corpus.h"

@@ -6,12 +6,12 @@
 #include <numeric>
 #include <random>
 
-#include "data/jet/check.h"
-#include "data/jet/creation.h"
+#include "data/jet/catalog/creation.h"
+#include "data/jet/check/check.h"
 #include "data/jet/engine.h"
-#include "data/jet/index_page.h"
-#include "data/jet/table_reader.h"
-#include "data/jet/usage_map.h"
+#include "data/jet/index/index_page.h"
+#include "data/jet/rows/table_scan.h"
+#include "data/jet/rows/usage_map.h"
 #include "tests/jet/write_support.h"
 
 namespace rdv::jet {

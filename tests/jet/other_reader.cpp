@@ -9,8 +9,8 @@
 #include <sstream>
 #include <vector>
 
-#include "data/jet/json_writer.h"
-#include "data/jet/table_reader.h"
+#include "data/jet/dump/json_writer.h"
+#include "data/jet/rows/table_scan.h"
 #include "tests/jet/json.h"
 
 namespace rdv::jet {

@@ -1,4 +1,4 @@
-#include "data/jet/page_source.h"
+#include "data/jet/file/page_source.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "data/jet/pager.h"
+#include "data/jet/file/pager.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <random>
 
-#include "data/jet/schema.h"
+#include "data/jet/format/schema.h"
 #include "runtime/value.h"
 
 namespace rdv::jet {

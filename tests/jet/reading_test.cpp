@@ -4,11 +4,11 @@
 #include <algorithm>
 #include <random>
 
-#include "data/jet/data_page.h"
-#include "data/jet/dump.h"
-#include "data/jet/index_key.h"
-#include "data/jet/table_reader.h"
-#include "data/jet/usage_map.h"
+#include "data/jet/dump/dump.h"
+#include "data/jet/index/index_key.h"
+#include "data/jet/rows/data_page.h"
+#include "data/jet/rows/table_scan.h"
+#include "data/jet/rows/usage_map.h"
 #include "runtime/error.h"
 #include "tests/jet/corpus.h"
 

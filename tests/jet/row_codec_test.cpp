@@ -1,9 +1,9 @@
-#include "data/jet/row_codec.h"
+#include "data/jet/rows/row_codec.h"
 
 #include <gtest/gtest.h>
 
-#include "data/jet/index_key.h"
-#include "data/jet/table_reader.h"
+#include "data/jet/index/index_key.h"
+#include "data/jet/rows/table_scan.h"
 #include "runtime/error.h"
 #include "tests/jet/bytes_of.h"
 #include "tests/jet/corpus.h"

@@ -1,10 +1,10 @@
 // Scans of tables that are larger than what is kept in memory, and what they pass over.
 #include <gtest/gtest.h>
 
-#include "data/jet/creation.h"
+#include "data/jet/catalog/creation.h"
 #include "data/jet/engine.h"
-#include "data/jet/page_cache.h"
-#include "data/jet/table_reader.h"
+#include "data/jet/file/page_cache.h"
+#include "data/jet/rows/table_scan.h"
 #include "tests/jet/write_support.h"
 
 namespace rdv::jet {

@@ -1,8 +1,8 @@
 // Keys of texts: bytes found in the indexes of files that Access wrote.
 #include <gtest/gtest.h>
 
-#include "data/jet/index_key.h"
-#include "data/jet/table_reader.h"
+#include "data/jet/index/index_key.h"
+#include "data/jet/rows/table_scan.h"
 #include "tests/jet/bytes_of.h"
 #include "tests/jet/corpus.h"
 

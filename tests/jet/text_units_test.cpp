@@ -1,5 +1,5 @@
 // Units and single bytes: every length around the steps in which they are turned into each other.
-#include "data/jet/text_units.h"
+#include "data/jet/format/text_units.h"
 
 #include <gtest/gtest.h>
 

@@ -6,11 +6,11 @@
 #include <set>
 #include <sstream>
 
-#include "data/jet/check.h"
-#include "data/jet/creation.h"
+#include "data/jet/catalog/creation.h"
+#include "data/jet/check/check.h"
 #include "data/jet/engine.h"
-#include "data/jet/index_key.h"
-#include "data/jet/table_reader.h"
+#include "data/jet/index/index_key.h"
+#include "data/jet/rows/table_scan.h"
 #include "runtime/error.h"
 #include "tests/jet/write_support.h"
 

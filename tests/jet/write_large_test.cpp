@@ -1,12 +1,12 @@
 // A file with so many pages that the map of free pages no longer fits the page that it begins on.
 #include <gtest/gtest.h>
 
-#include "data/jet/check.h"
-#include "data/jet/creation.h"
+#include "data/jet/catalog/creation.h"
+#include "data/jet/check/check.h"
 #include "data/jet/engine.h"
-#include "data/jet/format.h"
-#include "data/jet/table_reader.h"
-#include "data/jet/usage_map.h"
+#include "data/jet/format/format.h"
+#include "data/jet/rows/table_scan.h"
+#include "data/jet/rows/usage_map.h"
 #include "tests/jet/write_support.h"
 
 namespace rdv::jet {

@@ -4,11 +4,11 @@
 #include <map>
 #include <optional>
 
-#include "data/jet/check.h"
-#include "data/jet/creation.h"
+#include "data/jet/catalog/creation.h"
+#include "data/jet/check/check.h"
 #include "data/jet/engine.h"
-#include "data/jet/index_key.h"
-#include "data/jet/table_reader.h"
+#include "data/jet/index/index_key.h"
+#include "data/jet/rows/table_scan.h"
 #include "runtime/error.h"
 #include "tests/jet/other_reader.h"
 #include "tests/jet/random_values.h"

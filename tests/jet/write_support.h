@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "data/jet/file.h"
+#include "data/jet/file/file.h"
 
 namespace rdv::jet {
 

@@ -4,7 +4,7 @@
 #include <cstdio>
 
 #include "data/commands.h"
-#include "data/jet/check.h"
+#include "data/jet/check/check.h"
 #include "data/jet/engine.h"
 #include "tests/jet_sql/sample_copy.h"
 

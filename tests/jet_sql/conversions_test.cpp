@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "data/jet/errors.h"
+#include "data/jet/format/errors.h"
 #include "data/jet/sql/date_text.h"
 #include "data/jet/sql/value_order.h"
 #include "runtime/error.h"

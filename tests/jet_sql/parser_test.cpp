@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "data/commands.h"
-#include "data/jet/errors.h"
+#include "data/jet/format/errors.h"
 #include "data/jet/sql/statement_parser.h"
 #include "runtime/error.h"
 

@@ -6,7 +6,7 @@
 #include <fstream>
 #include <string_view>
 
-#include "data/jet/check.h"
+#include "data/jet/check/check.h"
 #include "data/jet/engine.h"
 #include "tests/scenarios/playing.h"
 #include "tests/scenarios/random_script.h"

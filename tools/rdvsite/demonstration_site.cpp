@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "data/folders_and_files.h"
-#include "data/jet/creation.h"
+#include "data/jet/catalog/creation.h"
 #include "data/jet/engine.h"
-#include "data/jet/file.h"
+#include "data/jet/file/file.h"
 #include "runtime/error.h"
 #include "tools/rdvsite/demonstration_tables.h"
 

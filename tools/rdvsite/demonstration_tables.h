@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "data/jet/creation.h"
+#include "data/jet/catalog/creation.h"
 #include "runtime/text.h"
 
 namespace rdv {

@@ -3,14 +3,14 @@
 #include <utility>
 #include <vector>
 
-#include "data/jet/data_page.h"
-#include "data/jet/errors.h"
+#include "data/jet/format/errors.h"
+#include "data/jet/rows/data_page.h"
+#include "data/jet/rows/table_scan.h"
 #include "data/jet/sql/conversions.h"
 #include "data/jet/sql/execution.h"
 #include "data/jet/sql/names.h"
 #include "data/jet/sql/predicate.h"
 #include "data/jet/sql/row_search.h"
-#include "data/jet/table_reader.h"
 
 namespace rdv::jet::sql {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "data/jet/errors.h"
+#include "data/jet/format/errors.h"
 #include "data/jet/sql/date_text.h"
 #include "data/jet/sql/number_text.h"
 

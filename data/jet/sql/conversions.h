@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "data/connection.h"
-#include "data/jet/schema.h"
+#include "data/jet/format/schema.h"
 #include "data/jet/sql/statement.h"
 #include "runtime/value.h"
 

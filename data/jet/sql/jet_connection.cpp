@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "data/jet/errors.h"
+#include "data/jet/format/errors.h"
 #include "data/jet/sql/execution.h"
 #include "data/jet/sql/statement_parser.h"
 #include "runtime/error.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "data/jet/errors.h"
+#include "data/jet/format/errors.h"
 
 namespace rdv::jet::sql {
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "data/connection.h"
-#include "data/jet/schema.h"
+#include "data/jet/format/schema.h"
 #include "data/jet/sql/statement.h"
 
 namespace rdv::jet::sql {

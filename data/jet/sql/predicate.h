@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "data/connection.h"
-#include "data/jet/row_codec.h"
-#include "data/jet/schema.h"
+#include "data/jet/format/schema.h"
+#include "data/jet/rows/row_codec.h"
 #include "data/jet/sql/conversions.h"
 #include "data/jet/sql/names.h"
 #include "data/jet/sql/statement.h"

@@ -4,8 +4,8 @@
 #include <optional>
 #include <utility>
 
-#include "data/jet/index_key.h"
-#include "data/jet/table_reader.h"
+#include "data/jet/index/index_key.h"
+#include "data/jet/rows/table_scan.h"
 
 namespace rdv::jet::sql {
 namespace {

@@ -4,9 +4,9 @@
 #include <functional>
 #include <vector>
 
-#include "data/jet/file_reader.h"
-#include "data/jet/row_codec.h"
-#include "data/jet/schema.h"
+#include "data/jet/file/file_reader.h"
+#include "data/jet/format/schema.h"
+#include "data/jet/rows/row_codec.h"
 #include "data/jet/sql/predicate.h"
 
 namespace rdv::jet::sql {

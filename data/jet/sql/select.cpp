@@ -2,7 +2,7 @@
 #include <numeric>
 #include <utility>
 
-#include "data/jet/errors.h"
+#include "data/jet/format/errors.h"
 #include "data/jet/sql/execution.h"
 #include "data/jet/sql/names.h"
 #include "data/jet/sql/predicate.h"

@@ -4,7 +4,7 @@
 #include <iterator>
 #include <utility>
 
-#include "data/jet/errors.h"
+#include "data/jet/format/errors.h"
 #include "data/jet/sql/tokens.h"
 
 namespace rdv::jet::sql {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "data/jet/errors.h"
+#include "data/jet/format/errors.h"
 
 namespace rdv::jet::sql {
 namespace {

@@ -3,8 +3,8 @@
 #include <compare>
 #include <optional>
 
-#include "data/jet/errors.h"
-#include "data/jet/index_key.h"
+#include "data/jet/format/errors.h"
+#include "data/jet/index/index_key.h"
 #include "data/jet/sql/number_text.h"
 
 namespace rdv::jet::sql {

@@ -1,0 +1,119 @@
+#include "data/jet/catalog/properties.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+#include "data/jet/catalog/catalog.h"
+
+namespace rdv::jet {
+namespace {
+
+constexpr std::array<uint8_t, 4> kMarkJet4 = {'M', 'R', '2', 0};
+constexpr std::array<uint8_t, 4> kMarkJet3 = {'K', 'K', 'D', 0};
+
+constexpr uint16_t kBlockNames = 0x0080;
+constexpr uint16_t kBlockObject = 0x0000;
+constexpr uint16_t kBlockColumn = 0x0001;
+constexpr size_t kBlockHeaderSize = 6;  // u32 size of the block, u16 kind
+constexpr size_t kValueHeaderSize = 8;  // u16 size, u8 schema, u8 type, u16 name, u16 value size
+
+// A block's or value's content, from the number of bytes that it says it has as a whole.
+Bytes TakeRest(ByteReader& reader, size_t size, size_t header_size) {
+  return size < header_size ? reader.Take(reader.Left() + 1)  // fails
+                            : reader.Take(size - header_size);
+}
+
+class PropertyParser {
+ public:
+  PropertyParser(const FileReader& file, Bytes bytes) : file_(file), reader_(bytes) {}
+
+  std::vector<Property> Parse() {
+    const Bytes mark = reader_.Take(kMarkJet4.size());
+    const auto& expected = file_.Layout().IsJet4() ? kMarkJet4 : kMarkJet3;
+    if (!std::equal(mark.begin(), mark.end(), expected.begin(), expected.end())) Fail();
+    while (reader_.Left() > 0 && !reader_.Failed()) ParseBlock();
+    if (reader_.Failed()) Fail();
+    return std::move(properties_);
+  }
+
+ private:
+  [[noreturn]] void Fail() const {
+    file_.Damaged(u"The stored properties of an object cannot be read");
+  }
+
+  Text Name(ByteReader& reader) {
+    const uint16_t size = reader.U16();
+    return file_.DecodeName(reader.Take(size));
+  }
+
+  void ParseBlock() {
+    const size_t size = reader_.U32();
+    const uint16_t kind = reader_.U16();
+    ByteReader block(TakeRest(reader_, size, kBlockHeaderSize));
+    if (kind == kBlockNames) {
+      while (block.Left() > 0) names_.push_back(Name(block));
+    } else if (kind == kBlockObject || kind == kBlockColumn) {
+      ParseOwner(block);
+    }
+    if (block.Failed()) Fail();
+  }
+
+  // The name of what the values belong to, then the values.
+  void ParseOwner(ByteReader& block) {
+    const size_t header_size = block.U32();
+    constexpr size_t counted = sizeof(uint32_t);
+    ByteReader header(TakeRest(block, header_size, counted));
+    const Text owner = Name(header);
+    if (header.Failed()) Fail();
+    while (block.Left() > 0) ParseValue(block, owner);
+  }
+
+  void ParseValue(ByteReader& block, const Text& owner) {
+    const size_t size = block.U16();
+    block.Skip(1);
+    Property property;
+    property.owner = owner;
+    property.type = static_cast<ColumnType>(block.U8());
+    const size_t name = block.U16();
+    const size_t value_size = block.U16();
+    const Bytes value = TakeRest(block, size, kValueHeaderSize);
+    if (block.Failed() || name >= names_.size() || value_size > value.size()) Fail();
+    property.name = names_[name];
+    property.value.assign(value.begin(), value.begin() + static_cast<std::ptrdiff_t>(value_size));
+    properties_.push_back(std::move(property));
+  }
+
+  const FileReader& file_;
+  ByteReader reader_;
+  std::vector<Text> names_;
+  std::vector<Property> properties_;
+};
+
+bool IsSet(const Property& property) {
+  return std::any_of(property.value.begin(), property.value.end(),
+                     [](uint8_t byte) { return byte != 0; });
+}
+
+}  // namespace
+
+std::vector<Property> ParseProperties(const FileReader& file, Bytes bytes) {
+  return PropertyParser(file, bytes).Parse();
+}
+
+void ApplyProperties(const FileReader& file, Bytes properties, TableDefinition& table) {
+  for (const Property& property : ParseProperties(file, properties)) {
+    const auto column =
+        std::find_if(table.columns.begin(), table.columns.end(),
+                     [&](const Column& candidate) { return candidate.name == property.owner; });
+    if (column == table.columns.end()) continue;
+    if (property.name == u"Required") column->required = IsSet(property);
+    if (property.name == u"AllowZeroLength") column->allow_zero_length = IsSet(property);
+    if (property.name == u"DefaultValue") column->default_value = file.DecodeName(property.value);
+    if (property.name == u"ValidationRule") {
+      column->validation_rule = file.DecodeName(property.value);
+    }
+  }
+}
+
+}  // namespace rdv::jet

@@ -1,0 +1,36 @@
+// A file in the making. It lies beside the name that it is to have and takes that name, never
+// another file's, when it is complete: whatever bears the name is whole, and what a dead maker left
+// behind is in nobody's way.
+#pragma once
+
+#include <memory>
+
+#include "data/jet/file/file.h"
+
+namespace rdv::jet {
+
+// Every call raises FileError.
+class Draft {
+ public:
+  // Makes an empty file, in place of what a dead maker left. InUse when another one is at work.
+  Draft(FileSystem& files, const Text& final_path);
+  Draft(const Draft&) = delete;
+  Draft& operator=(const Draft&) = delete;
+  // Removes the file unless it was published.
+  ~Draft();
+
+  const Text& Path() const { return path_; }
+  File& Content() { return *file_; }
+
+  // Gives the file its name. Nobody else may have it open.
+  void Publish();
+
+ private:
+  FileSystem& files_;
+  Text final_path_;
+  Text path_;
+  std::unique_ptr<File> file_;
+  bool published_ = false;
+};
+
+}  // namespace rdv::jet

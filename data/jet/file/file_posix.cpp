@@ -1,0 +1,146 @@
+#ifndef _WIN32
+
+#include <fcntl.h>
+#include <stdio.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "data/jet/file/file.h"
+
+namespace rdv::jet {
+namespace {
+
+[[noreturn]] void RaiseErrno(int error) {
+  FileProblem problem = FileProblem::Other;
+  if (error == ENOENT) problem = FileProblem::NotFound;
+  if (error == EEXIST) problem = FileProblem::Exists;
+  if (error == ENOTDIR) problem = FileProblem::FolderNotFound;
+  if (error == EACCES || error == EPERM || error == EROFS) problem = FileProblem::Denied;
+  if (error == ENOSPC || error == EDQUOT || error == EFBIG) problem = FileProblem::DiskFull;
+  throw FileError(problem, std::strerror(error));
+}
+
+bool FolderOfExists(const std::string& path) {
+  const size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return true;
+  struct stat status {};
+  return stat(path.substr(0, slash + 1).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+class PosixFile : public File {
+ public:
+  explicit PosixFile(int descriptor) : descriptor_(descriptor) {}
+  ~PosixFile() override { close(descriptor_); }
+
+  size_t ReadAt(uint64_t offset, std::span<uint8_t> into) override {
+    size_t done = 0;
+    while (done < into.size()) {
+      const ssize_t count = pread(descriptor_, into.data() + done, into.size() - done,
+                                  static_cast<off_t>(offset + done));
+      if (count == 0) break;
+      if (count > 0) done += static_cast<size_t>(count);
+      if (count < 0 && errno != EINTR) RaiseErrno(errno);
+    }
+    return done;
+  }
+
+  void WriteAt(uint64_t offset, Bytes from) override {
+    size_t done = 0;
+    while (done < from.size()) {
+      const ssize_t count = pwrite(descriptor_, from.data() + done, from.size() - done,
+                                   static_cast<off_t>(offset + done));
+      if (count >= 0) done += static_cast<size_t>(count);
+      if (count < 0 && errno != EINTR) RaiseErrno(errno);
+    }
+  }
+
+  FileStamp Stamp() override {
+    struct stat status {};
+    if (fstat(descriptor_, &status) != 0) RaiseErrno(errno);
+    constexpr int64_t kNanoseconds = 1'000'000'000;
+    return {.size = static_cast<uint64_t>(status.st_size),
+            .modified = int64_t{status.st_mtim.tv_sec} * kNanoseconds + status.st_mtim.tv_nsec,
+            .linked = status.st_nlink != 0};
+  }
+
+  void Resize(uint64_t size) override {
+    if (ftruncate(descriptor_, static_cast<off_t>(size)) != 0) RaiseErrno(errno);
+  }
+
+  void Flush() override {
+    if (fdatasync(descriptor_) != 0) RaiseErrno(errno);
+  }
+
+  bool TryLock(uint64_t offset, uint64_t length, LockMode mode) override {
+    return SetLock(offset, length, mode == LockMode::Shared ? F_RDLCK : F_WRLCK);
+  }
+  void Unlock(uint64_t offset, uint64_t length) override { SetLock(offset, length, F_UNLCK); }
+
+ private:
+  // Locks of the open file description: unlike a process' own, they exclude other descriptors of
+  // the same process and are not lost when one of those is closed.
+  bool SetLock(uint64_t offset, uint64_t length, short type) {
+    struct flock lock {};
+    lock.l_type = type;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = static_cast<off_t>(offset);
+    lock.l_len = static_cast<off_t>(length);
+    while (fcntl(descriptor_, F_OFD_SETLK, &lock) != 0) {
+      if (errno == EAGAIN || errno == EACCES) return false;
+      if (errno != EINTR) RaiseErrno(errno);
+    }
+    return true;
+  }
+
+  int descriptor_;
+};
+
+class PosixFileSystem : public FileSystem {
+ public:
+  std::unique_ptr<File> Open(const Text& path, FileAccess access) override {
+    int flags = O_CLOEXEC | (access == FileAccess::Read ? O_RDONLY : O_RDWR);
+    if (access == FileAccess::Create || access == FileAccess::Draft) flags |= O_CREAT;
+    const std::string name = ToUtf8(path);
+    const int descriptor = open(name.c_str(), flags, 0666);
+    if (descriptor < 0) {
+      if (errno == ENOENT && !FolderOfExists(name))
+        throw FileError(FileProblem::FolderNotFound, std::strerror(ENOENT));
+      RaiseErrno(errno);
+    }
+    auto file = std::make_unique<PosixFile>(descriptor);
+    struct stat status {};
+    if (fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode)) RaiseErrno(EISDIR);
+    return file;
+  }
+
+  bool Exists(const Text& path) override { return access(ToUtf8(path).c_str(), F_OK) == 0; }
+
+  void Remove(const Text& path) override {
+    if (unlink(ToUtf8(path).c_str()) != 0) RaiseErrno(errno);
+  }
+
+  void Rename(const Text& from, const Text& to) override {
+    const std::string old_name = ToUtf8(from);
+    const std::string new_name = ToUtf8(to);
+    if (renameat2(AT_FDCWD, old_name.c_str(), AT_FDCWD, new_name.c_str(), RENAME_NOREPLACE) == 0)
+      return;
+    if (errno != EINVAL && errno != ENOSYS) RaiseErrno(errno);
+    // Some network file systems cannot do it in one step.
+    if (link(old_name.c_str(), new_name.c_str()) != 0) RaiseErrno(errno);
+    if (unlink(old_name.c_str()) != 0) RaiseErrno(errno);
+  }
+};
+
+}  // namespace
+
+FileSystem& NativeFileSystem() {
+  static PosixFileSystem file_system;
+  return file_system;
+}
+
+}  // namespace rdv::jet
+
+#endif

@@ -1,0 +1,96 @@
+#include <algorithm>
+#include <cstring>
+
+#include "data/jet/index/index_key.h"
+#include "data/jet/rows/table_scan.h"
+
+namespace rdv::jet {
+
+IndexCursor::IndexCursor(const FileReader& file, const TableDefinition& table,
+                         const RealIndex& index)
+    : file_(&file), table_(&table), index_(&index) {}
+
+template <typename Choose>
+void IndexCursor::Descend(Choose choose) {
+  leaves_ = 0;
+  entry_.clear();
+  last_.clear();
+  page_.emplace(*file_, table_->Page(), index_->root);
+  for (int level = 0; !page_->IsLeaf(); ++level) {
+    if (level > kDeepestIndex) file_->DamagedPage(index_->root, u"is the root of an endless index");
+    const std::optional<EntryBounds> entry = choose(*page_);
+    const uint32_t child = entry ? page_->Child(*entry) : page_->Tail();
+    page_.emplace(*file_, table_->Page(), child);
+  }
+}
+
+void IndexCursor::SeekFirst() {
+  Descend([](const IndexPageView& node) { return node.EntryAt(0); });
+  StandOn(page_->EntryAt(0));
+}
+
+void IndexCursor::Seek(Bytes key) {
+  Descend([key](const IndexPageView& node) { return node.WayTo(key); });
+  const std::optional<EntryBounds> found = page_->LowerBound(key);
+  sought_.reset();
+  if (found) sought_ = {page_->Number(), found->start};
+  if (!found && page_->Next() == 0) sought_ = {page_->Number(), page_->Used()};
+  StandOn(found);
+}
+
+void IndexCursor::Next() {
+  StandOn(page_->EntryAt(bounds_.end));
+}
+
+void IndexCursor::StandOn(std::optional<EntryBounds> entry) {
+  while (!entry) {
+    const uint32_t next = page_->Next();
+    if (next == 0) {
+      page_.reset();
+      return;
+    }
+    if (++leaves_ > file_->PageCount()) {
+      file_->DamagedPage(next, u"is met twice on the way through an index");
+    }
+    std::swap(last_, entry_);
+    page_.emplace(*file_, table_->Page(), next);
+    if (!page_->IsLeaf()) file_->DamagedPage(next, u"follows a leaf of an index but is none");
+    entry = page_->EntryAt(0);
+    entry_.clear();
+    if (entry) page_->Restore(*entry, entry_);
+    if (entry && entry_ <= last_) {
+      file_->DamagedPage(next,
+                         u"holds index entries that belong before those of the page that "
+                         u"leads to it");
+    }
+    if (!entry) std::swap(last_, entry_);
+  }
+  bounds_ = *entry;
+  page_->Restore(bounds_, entry_);
+}
+
+RowId IndexCursor::Row() const {
+  return LoadEntryRow(&entry_[entry_.size() - kEntryRowSize]);
+}
+
+bool IndexCursor::KeyStartsWith(Bytes prefix) const {
+  const Bytes key = Key();
+  return key.size() >= prefix.size() && std::equal(prefix.begin(), prefix.end(), key.begin());
+}
+
+std::optional<std::vector<uint8_t>> StoredKeyOfRow(const FileReader& file,
+                                                   const TableDefinition& table,
+                                                   const RealIndex& index, const RowView& row) {
+  const std::vector<Value> values = IndexValuesOfRow(table, index, row);
+  if (!HasEntry(index, values)) return std::nullopt;
+  if (auto key = TryBuildKey(file, table, index, values)) return key;
+  IndexCursor cursor(file, table, index);
+  for (cursor.SeekFirst(); cursor.Valid(); cursor.Next()) {
+    if (cursor.Row() == row.Id()) {
+      return std::vector<uint8_t>(cursor.Key().begin(), cursor.Key().end());
+    }
+  }
+  return std::nullopt;
+}
+
+}  // namespace rdv::jet

@@ -1,0 +1,64 @@
+// Changing one page of an index: in place where that is enough, else by decoding it, changing its
+// entries and encoding it anew.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "data/jet/index/index_page.h"
+#include "data/jet/rows/data_page_writer.h"
+
+namespace rdv::jet {
+
+// Key and row; in nodes followed by the child.
+using EntryBytes = std::vector<uint8_t>;
+
+struct IndexPageImage {
+  bool leaf = true;
+  uint8_t level = 0;
+  uint32_t previous = 0;
+  uint32_t next = 0;
+  uint32_t tail = 0;
+  size_t prefix = 0;  // that the page had; one that is raised once is kept
+  std::vector<EntryBytes> entries;
+
+  size_t ChildSize() const { return leaf ? 0 : kEntryChildSize; }
+  Bytes WithoutChild(size_t entry) const {
+    return Bytes(entries[entry]).first(entries[entry].size() - ChildSize());
+  }
+  uint32_t Child(size_t entry) const {
+    return Load32BigEndian(&entries[entry].back() - (kEntryChildSize - 1));
+  }
+  void SetChild(size_t entry, uint32_t child) {
+    Store32BigEndian(&entries[entry].back() - (kEntryChildSize - 1), child);
+  }
+};
+
+// The order of entries: that of their bytes, a beginning before what goes on.
+int CompareEntries(Bytes left, Bytes right);
+
+EntryBytes MakeEntry(Bytes key, RowId row);
+// Makes the key an entry.
+void AppendRow(std::vector<uint8_t>& key, RowId row);
+EntryBytes MakeNodeEntry(Bytes key_and_row, uint32_t child);
+
+IndexPageImage LoadIndexPage(const WriteContext& context, uint32_t table_page, uint32_t number);
+
+// False, and nothing is changed, when the entries do not fit the page.
+bool StoreIndexPage(const WriteContext& context, uint32_t table_page, uint32_t number,
+                    const IndexPageImage& image);
+
+// Whether the entries from `first` up to `last` would fit a page of their own.
+bool FitsIndexPage(const Format& format, const IndexPageImage& image, size_t first, size_t last);
+
+// Where the last entry ends.
+size_t UsedEntryBytes(const Format& format, Bytes page);
+
+// Inserts a leaf's entry at an offset where an entry starts or the last one ends. False, and
+// nothing is changed, when the page has to be encoded anew for that.
+bool InsertEntryInPlace(const WriteContext& context, uint32_t number, size_t offset, Bytes entry);
+// Likewise.
+bool RemoveEntryInPlace(const WriteContext& context, uint32_t number, EntryBounds entry);
+
+}  // namespace rdv::jet
