@@ -6,7 +6,7 @@
 
 #include "bench/sample_files.h"
 #include "bench/sqlite_rival.h"
-#include "data/jet/catalog/creation.h"
+#include "data/jet/catalog/table_spec.h"
 #include "data/jet/engine.h"
 
 namespace rdv::bench {

@@ -1,10 +1,10 @@
 // The library's entry points.
 #include <new>
 
-#include "component/class_factory.h"
-#include "component/identifiers.h"
-#include "component/module.h"
-#include "component/registration.h"
+#include "component/com/identifiers.h"
+#include "component/com/module.h"
+#include "component/object/class_factory.h"
+#include "component/registration/registration.h"
 
 STDAPI DllCanUnloadNow() {
   return rdv::ModuleInUse() ? S_FALSE : S_OK;

@@ -6,7 +6,9 @@
 
 #include "data/jet/catalog/catalog.h"
 #include "data/jet/catalog/creation.h"
+#include "data/jet/catalog/table_spec.h"
 #include "data/jet/file/pager.h"
+#include "data/jet/file/write_context.h"
 #include "data/jet/format/errors.h"
 #include "data/jet/table/table_writer.h"
 #include "runtime/error.h"

@@ -26,7 +26,7 @@
 namespace rdv::jet {
 
 class FileSystem;
-struct RelationshipSpec;  // creation.h
+struct RelationshipSpec;  // catalog/table_spec.h
 struct TableSpec;
 
 struct EngineOptions {
@@ -36,13 +36,6 @@ struct EngineOptions {
   size_t cache_pages = 1024;
   // Where files come from; null for those of the operating system. Not owned.
   FileSystem* files = nullptr;
-};
-
-// A value for a column. It has the column's own type already, or is Null: numbers as
-// ColumnType says, Boolean as bool, text and memo as Text, binary and OLE as Binary.
-struct Assignment {
-  size_t column = 0;  // position in TableDefinition::columns
-  Value value;
 };
 
 // What an engine has done since it was opened, for tests and measurements.

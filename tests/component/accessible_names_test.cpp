@@ -14,8 +14,8 @@
 #include <set>
 #include <string>
 
-#include "tests/component/ole_test.h"
-#include "tests/component/placed_control.h"
+#include "tests/component/support/ole_test.h"
+#include "tests/component/support/placed_control.h"
 #include "tests/support/site_files.h"
 #include "tools/site_folder/site_folder.h"
 #include "widgets/win32/control_ids.h"

@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <memory>
 
-#include "tests/component/listener.h"
-#include "tests/component/ole_test.h"
-#include "tests/component/placed_control.h"
+#include "tests/component/support/listener.h"
+#include "tests/component/support/ole_test.h"
+#include "tests/component/support/placed_control.h"
 #include "tests/support/site_files.h"
 #include "tools/site_folder/site_folder.h"
 #include "widgets/win32/control_ids.h"

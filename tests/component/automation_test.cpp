@@ -1,9 +1,9 @@
 // The methods as scripts call them.
 #include <gtest/gtest.h>
 
-#include "component/boundary.h"
-#include "tests/component/ole_test.h"
-#include "tests/component/placed_control.h"
+#include "component/com/boundary.h"
+#include "tests/component/support/ole_test.h"
+#include "tests/component/support/placed_control.h"
 
 namespace rdv::test {
 namespace {

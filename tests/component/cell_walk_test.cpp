@@ -7,9 +7,9 @@
 // clang-format on
 
 #include "rules/grid_columns.h"
-#include "tests/component/held_key.h"
-#include "tests/component/ole_test.h"
-#include "tests/component/placed_control.h"
+#include "tests/component/support/held_key.h"
+#include "tests/component/support/ole_test.h"
+#include "tests/component/support/placed_control.h"
 #include "tests/support/site_files.h"
 #include "tools/site_folder/site_folder.h"
 #include "widgets/win32/control_ids.h"

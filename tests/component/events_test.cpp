@@ -1,8 +1,8 @@
 // The event, its sinks, and hosts that let go of the control while it comes.
 #include <gtest/gtest.h>
 
-#include "tests/component/ole_test.h"
-#include "tests/component/placed_control.h"
+#include "tests/component/support/ole_test.h"
+#include "tests/component/support/placed_control.h"
 #include "widgets/win32/control_ids.h"
 
 namespace rdv::test {

@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include "component/boundary.h"
-#include "tests/component/ole_test.h"
-#include "tests/component/placed_control.h"
+#include "component/com/boundary.h"
+#include "tests/component/support/ole_test.h"
+#include "tests/component/support/placed_control.h"
 
 namespace rdv::test {
 namespace {

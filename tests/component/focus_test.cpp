@@ -8,9 +8,9 @@
 #include <commctrl.h>
 // clang-format on
 
-#include "tests/component/ole_test.h"
-#include "tests/component/placed_control.h"
-#include "tests/component/strict_host.h"
+#include "tests/component/support/ole_test.h"
+#include "tests/component/support/placed_control.h"
+#include "tests/component/support/strict_host.h"
 #include "widgets/win32/control_ids.h"
 
 namespace rdv::test {

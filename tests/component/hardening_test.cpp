@@ -6,7 +6,7 @@
 #include <iterator>
 #include <set>
 
-#include "tests/component/library.h"
+#include "tests/component/support/library.h"
 
 namespace rdv::test {
 namespace {

@@ -3,8 +3,8 @@
 // whatever it told had begun, and must leave nothing behind.
 #include <gtest/gtest.h>
 
-#include "tests/component/ole_test.h"
-#include "tests/component/strict_host.h"
+#include "tests/component/support/ole_test.h"
+#include "tests/component/support/strict_host.h"
 #include "widgets/win32/control_ids.h"
 
 namespace rdv::test {

@@ -4,9 +4,9 @@
 #include <filesystem>
 #include <fstream>
 
-#include "component/identifiers.h"
-#include "tests/component/ole_test.h"
-#include "tests/component/test_container.h"
+#include "component/com/identifiers.h"
+#include "tests/component/support/ole_test.h"
+#include "tests/component/support/test_container.h"
 #include "tests/support/site_files.h"
 #include "tools/site_folder/site_folder.h"
 

@@ -2,10 +2,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/component/held_key.h"
-#include "tests/component/listener.h"
-#include "tests/component/ole_test.h"
-#include "tests/component/placed_control.h"
+#include "tests/component/support/held_key.h"
+#include "tests/component/support/listener.h"
+#include "tests/component/support/ole_test.h"
+#include "tests/component/support/placed_control.h"
 #include "widgets/win32/control_ids.h"
 
 namespace rdv::test {

@@ -1,11 +1,11 @@
 // Which component is asked about a label, with a stand-in for the suite's own.
-#include "component/label_validator.h"
+#include "component/object/label_validator.h"
 
 #include <gtest/gtest.h>
 
 #include "runtime/error.h"
-#include "tests/component/ole_test.h"
-#include "tests/component/stand_in_class.h"
+#include "tests/component/support/ole_test.h"
+#include "tests/component/support/stand_in_class.h"
 
 namespace rdv::test {
 namespace {

@@ -14,9 +14,9 @@
 #include <functional>
 #include <vector>
 
-#include "tests/component/bare_windows.h"
-#include "tests/component/ole_test.h"
-#include "tests/component/placed_control.h"
+#include "tests/component/support/bare_windows.h"
+#include "tests/component/support/ole_test.h"
+#include "tests/component/support/placed_control.h"
 #include "tests/support/site_files.h"
 #include "tools/site_folder/site_folder.h"
 #include "widgets/win32/control_ids.h"

@@ -3,12 +3,12 @@
 
 #include <set>
 
-#include "component/identifiers.h"
-#include "component/registry_changes.h"
-#include "tests/component/library.h"
-#include "tests/component/ole_test.h"
-#include "tests/component/patched_import.h"
-#include "tests/component/registry_text.h"
+#include "component/com/identifiers.h"
+#include "component/registration/registry_changes.h"
+#include "tests/component/support/library.h"
+#include "tests/component/support/ole_test.h"
+#include "tests/component/support/patched_import.h"
+#include "tests/component/support/registry_text.h"
 
 namespace rdv::test {
 namespace {

@@ -3,9 +3,9 @@
 
 #include <string>
 
-#include "component/identifiers.h"
-#include "tests/component/ole_test.h"
-#include "tests/component/registry_text.h"
+#include "component/com/identifiers.h"
+#include "tests/component/support/ole_test.h"
+#include "tests/component/support/registry_text.h"
 
 namespace rdv::test {
 namespace {

@@ -12,10 +12,10 @@
 #include <map>
 #include <string>
 
-#include "tests/component/listener.h"
-#include "tests/component/ole_test.h"
-#include "tests/component/placed_control.h"
-#include "tests/component/strict_host.h"
+#include "tests/component/support/listener.h"
+#include "tests/component/support/ole_test.h"
+#include "tests/component/support/placed_control.h"
+#include "tests/component/support/strict_host.h"
 #include "tests/support/site_files.h"
 #include "tools/site_folder/site_folder.h"
 #include "widgets/win32/control_ids.h"

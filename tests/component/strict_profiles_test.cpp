@@ -2,9 +2,9 @@
 // and question that the control has for its container is in these tables.
 #include <gtest/gtest.h>
 
-#include "component/com_pointer.h"
-#include "tests/component/ole_test.h"
-#include "tests/component/strict_host.h"
+#include "component/com/com_pointer.h"
+#include "tests/component/support/ole_test.h"
+#include "tests/component/support/strict_host.h"
 #include "tests/support/site_files.h"
 #include "tools/site_folder/site_folder.h"
 #include "widgets/win32/control_ids.h"

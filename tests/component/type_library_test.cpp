@@ -1,8 +1,8 @@
 // The type library as compiled hosts read it.
 #include <gtest/gtest.h>
 
-#include "component/identifiers.h"
-#include "tests/component/library.h"
+#include "component/com/identifiers.h"
+#include "tests/component/support/library.h"
 
 namespace rdv::test {
 namespace {

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/component/ole_test.h"
-#include "tests/component/placed_control.h"
+#include "tests/component/support/ole_test.h"
+#include "tests/component/support/placed_control.h"
 
 namespace rdv::test {
 namespace {

@@ -5,6 +5,7 @@
 
 #include "data/jet/catalog/catalog.h"
 #include "data/jet/check/check.h"
+#include "data/jet/index/index_cursor.h"
 #include "data/jet/index/index_key.h"
 #include "data/jet/rows/table_scan.h"
 #include "tests/fuzz/fuzz_support.h"

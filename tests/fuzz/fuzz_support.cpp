@@ -4,8 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "data/jet/catalog/creation.h"
-#include "data/jet/rows/table_scan.h"
+#include "data/jet/catalog/table_spec.h"
 
 namespace rdv::jet::fuzz {
 namespace {

@@ -9,9 +9,10 @@
 #include "data/jet/check/check.h"
 #include "data/jet/check/repair.h"
 #include "data/jet/file/pager.h"
+#include "data/jet/file/write_context.h"
 #include "data/jet/index/index_page_writer.h"
 #include "data/jet/rows/allocation.h"
-#include "data/jet/rows/table_scan.h"
+#include "data/jet/rows/data_page_writer.h"
 #include "data/jet/rows/usage_map.h"
 #include "tests/jet/write_support.h"
 

@@ -1,7 +1,7 @@
 // What is left of a creation that failed or died, and what creations do to each other.
 #include <gtest/gtest.h>
 
-#include "data/jet/catalog/creation.h"
+#include "data/jet/catalog/table_spec.h"
 #include "data/jet/check/check.h"
 #include "data/jet/engine.h"
 #include "data/jet/format/errors.h"

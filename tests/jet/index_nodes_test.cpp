@@ -5,13 +5,16 @@
 #include <functional>
 
 #include "data/jet/catalog/catalog.h"
-#include "data/jet/catalog/creation.h"
+#include "data/jet/catalog/table_spec.h"
 #include "data/jet/check/check.h"
 #include "data/jet/engine.h"
 #include "data/jet/file/pager.h"
+#include "data/jet/file/write_context.h"
+#include "data/jet/index/index_cursor.h"
+#include "data/jet/index/index_key.h"
 #include "data/jet/index/index_page_writer.h"
 #include "data/jet/rows/allocation.h"
-#include "data/jet/rows/table_scan.h"
+#include "data/jet/table/constraints.h"
 #include "runtime/error.h"
 #include "tests/jet/write_support.h"
 

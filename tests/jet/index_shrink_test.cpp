@@ -6,11 +6,11 @@
 #include <numeric>
 #include <random>
 
-#include "data/jet/catalog/creation.h"
+#include "data/jet/catalog/table_spec.h"
 #include "data/jet/check/check.h"
 #include "data/jet/engine.h"
+#include "data/jet/index/index_cursor.h"
 #include "data/jet/index/index_page.h"
-#include "data/jet/rows/table_scan.h"
 #include "data/jet/rows/usage_map.h"
 #include "tests/jet/write_support.h"
 

@@ -5,6 +5,7 @@
 #include <map>
 #include <set>
 
+#include "data/jet/index/index_cursor.h"
 #include "data/jet/index/index_key.h"
 #include "data/jet/index/index_page.h"
 #include "data/jet/rows/table_scan.h"

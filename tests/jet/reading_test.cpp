@@ -5,6 +5,7 @@
 #include <random>
 
 #include "data/jet/dump/dump.h"
+#include "data/jet/index/index_cursor.h"
 #include "data/jet/index/index_key.h"
 #include "data/jet/rows/data_page.h"
 #include "data/jet/rows/table_scan.h"

@@ -1,7 +1,7 @@
 // Scans of tables that are larger than what is kept in memory, and what they pass over.
 #include <gtest/gtest.h>
 
-#include "data/jet/catalog/creation.h"
+#include "data/jet/catalog/table_spec.h"
 #include "data/jet/engine.h"
 #include "data/jet/file/page_cache.h"
 #include "data/jet/rows/table_scan.h"

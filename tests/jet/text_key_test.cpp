@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include "data/jet/index/index_key.h"
-#include "data/jet/rows/table_scan.h"
 #include "tests/jet/bytes_of.h"
 #include "tests/jet/corpus.h"
 

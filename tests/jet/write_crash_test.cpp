@@ -6,9 +6,10 @@
 #include <set>
 #include <sstream>
 
-#include "data/jet/catalog/creation.h"
+#include "data/jet/catalog/table_spec.h"
 #include "data/jet/check/check.h"
 #include "data/jet/engine.h"
+#include "data/jet/index/index_cursor.h"
 #include "data/jet/index/index_key.h"
 #include "data/jet/rows/table_scan.h"
 #include "runtime/error.h"

@@ -8,6 +8,7 @@
 #include <set>
 
 #include "data/jet/catalog/creation.h"
+#include "data/jet/catalog/table_spec.h"
 #include "data/jet/check/check.h"
 #include "data/jet/engine.h"
 #include "data/jet/rows/table_scan.h"

@@ -1,7 +1,7 @@
 // A file with so many pages that the map of free pages no longer fits the page that it begins on.
 #include <gtest/gtest.h>
 
-#include "data/jet/catalog/creation.h"
+#include "data/jet/catalog/table_spec.h"
 #include "data/jet/check/check.h"
 #include "data/jet/engine.h"
 #include "data/jet/format/format.h"

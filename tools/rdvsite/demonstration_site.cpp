@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "data/folders_and_files.h"
-#include "data/jet/catalog/creation.h"
+#include "data/jet/catalog/table_spec.h"
 #include "data/jet/engine.h"
 #include "data/jet/file/file.h"
 #include "runtime/error.h"

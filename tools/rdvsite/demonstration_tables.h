@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "data/jet/catalog/creation.h"
+#include "data/jet/catalog/table_spec.h"
 #include "runtime/text.h"
 
 namespace rdv {

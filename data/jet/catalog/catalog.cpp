@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "data/jet/format/errors.h"
+#include "data/jet/index/index_cursor.h"
 #include "data/jet/index/index_key.h"
 #include "data/jet/rows/long_value.h"
 #include "data/jet/rows/table_scan.h"

@@ -48,11 +48,6 @@ struct LinkedTable {
   Text connect;
 };
 
-struct RelationshipColumn {
-  Text column;             // of the referencing table
-  Text referenced_column;  // of the referenced table
-};
-
 struct Relationship {
   Text name;
   Text table;  // the referencing one

@@ -7,7 +7,9 @@
 #include <vector>
 
 #include "data/jet/catalog/catalog.h"
+#include "data/jet/catalog/table_spec.h"
 #include "data/jet/file/file.h"
+#include "data/jet/file/write_context.h"
 #include "data/jet/format/schema.h"
 #include "data/jet/rows/allocation.h"
 #include "data/jet/table/table_writer.h"
@@ -29,47 +31,6 @@ CreationStamp StampOfNow();
 // raises. Raises when there is a file already.
 void CreateDatabase(FileSystem& files, const Text& path, const CreationStamp& stamp,
                     const std::function<void(const Text& draft)>& fill = {});
-
-struct ColumnSpec {
-  Text name;
-  ColumnType type = ColumnType::Long;
-  uint16_t length = 0;  // text: characters; binary: bytes; else ignored
-  bool autonumber = false;
-  bool required = false;
-  bool allow_zero_length = true;
-  uint8_t precision = 18;  // numeric only
-  uint8_t scale = 0;
-};
-
-struct IndexPartSpec {
-  Text column;
-  bool descending = false;
-};
-
-struct IndexSpec {
-  Text name;
-  std::vector<IndexPartSpec> columns;
-  bool primary = false;  // and so unique and required
-  bool unique = false;
-  bool required = false;
-  bool ignore_nulls = false;
-};
-
-struct TableSpec {
-  Text name;
-  std::vector<ColumnSpec> columns;
-  std::vector<IndexSpec> indexes;
-};
-
-// Enforced: its columns are those of a unique index of the referenced table, in that order.
-struct RelationshipSpec {
-  Text name;
-  Text table;  // the referencing one
-  Text referenced_table;
-  std::vector<RelationshipColumn> columns;
-  bool cascade_updates = false;
-  bool cascade_deletes = false;
-};
 
 // Inside a writing statement, which is to be rolled back when one of the calls raises.
 class SchemaWriter {

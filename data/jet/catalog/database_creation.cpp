@@ -6,6 +6,7 @@
 #include "data/jet/catalog/definition_writer.h"
 #include "data/jet/file/draft.h"
 #include "data/jet/file/pager.h"
+#include "data/jet/file/write_context.h"
 #include "data/jet/format/errors.h"
 #include "data/jet/format/header.h"
 #include "data/jet/rows/data_page.h"

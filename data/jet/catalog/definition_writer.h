@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <vector>
 
+#include "data/jet/file/write_context.h"
 #include "data/jet/format/schema.h"
 #include "data/jet/rows/allocation.h"
-#include "data/jet/rows/data_page_writer.h"
 
 namespace rdv::jet {
 

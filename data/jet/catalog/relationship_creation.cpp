@@ -2,6 +2,7 @@
 
 #include "data/jet/catalog/creation.h"
 #include "data/jet/catalog/definition_writer.h"
+#include "data/jet/catalog/table_spec.h"
 #include "data/jet/format/errors.h"
 #include "data/jet/index/index_writer.h"
 #include "data/jet/rows/table_scan.h"

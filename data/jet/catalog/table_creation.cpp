@@ -3,10 +3,13 @@
 
 #include "data/jet/catalog/creation.h"
 #include "data/jet/catalog/definition_writer.h"
+#include "data/jet/catalog/table_spec.h"
+#include "data/jet/file/write_context.h"
 #include "data/jet/format/errors.h"
 #include "data/jet/format/header.h"
 #include "data/jet/index/index_writer.h"
 #include "data/jet/rows/data_page.h"
+#include "data/jet/rows/data_page_writer.h"
 #include "data/jet/rows/table_scan.h"
 
 namespace rdv::jet {

@@ -7,8 +7,10 @@
 #include "data/jet/catalog/catalog.h"
 #include "data/jet/check/check_parts.h"
 #include "data/jet/file/pager.h"
+#include "data/jet/file/write_context.h"
 #include "data/jet/index/index_writer.h"
 #include "data/jet/rows/allocation.h"
+#include "data/jet/rows/data_page_writer.h"
 #include "data/jet/rows/row_store.h"
 #include "runtime/error.h"
 

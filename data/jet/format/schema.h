@@ -130,4 +130,16 @@ struct TableDefinition {
   const Column* FindColumn(TextView column_name) const;
 };
 
+// A value for a column. It has the column's own type already, or is Null: numbers as
+// ColumnType says, Boolean as bool, text and memo as Text, binary and OLE as Binary.
+struct Assignment {
+  size_t column = 0;  // position in TableDefinition::columns
+  Value value;
+};
+
+struct RelationshipColumn {
+  Text column;             // of the referencing table
+  Text referenced_column;  // of the referenced table
+};
+
 }  // namespace rdv::jet

@@ -1,5 +1,7 @@
+#include "data/jet/index/index_cursor.h"
+
 #include <algorithm>
-#include <cstring>
+#include <utility>
 
 #include "data/jet/index/index_key.h"
 #include "data/jet/rows/table_scan.h"
@@ -91,6 +93,28 @@ std::optional<std::vector<uint8_t>> StoredKeyOfRow(const FileReader& file,
     }
   }
   return std::nullopt;
+}
+
+IndexSeek::IndexSeek(const FileReader& file, const TableDefinition& table, const RealIndex& index,
+                     std::vector<uint8_t> key_prefix)
+    : file_(&file),
+      table_(&table),
+      cursor_(file, table, index),
+      prefix_(std::move(key_prefix)),
+      row_(file, table) {}
+
+bool IndexSeek::Next() {
+  if (!started_) {
+    cursor_.Seek(prefix_);
+    started_ = true;
+  } else if (cursor_.Valid()) {
+    cursor_.Next();
+  }
+  if (!cursor_.Valid() || !cursor_.KeyStartsWith(prefix_)) return false;
+  if (!FetchRow(*file_, *table_, cursor_.Row(), row_)) {
+    file_->DamagedPage(cursor_.PageNumber(), u"holds an index entry of a row that is not there");
+  }
+  return true;
 }
 
 }  // namespace rdv::jet

@@ -6,8 +6,8 @@
 #include <span>
 #include <vector>
 
+#include "data/jet/file/write_context.h"
 #include "data/jet/index/index_page.h"
-#include "data/jet/rows/data_page_writer.h"
 
 namespace rdv::jet {
 

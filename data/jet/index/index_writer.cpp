@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "data/jet/file/write_context.h"
+
 namespace rdv::jet {
 
 IndexWriter::IndexWriter(const WriteContext& context, PageAllocator& allocator, uint32_t table_page,

@@ -10,6 +10,7 @@
 #include <optional>
 #include <vector>
 
+#include "data/jet/file/write_context.h"
 #include "data/jet/format/schema.h"
 #include "data/jet/index/index_key.h"
 #include "data/jet/index/index_page_writer.h"

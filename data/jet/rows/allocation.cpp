@@ -5,6 +5,7 @@
 
 #include "data/jet/format/bits.h"
 #include "data/jet/rows/data_page.h"
+#include "data/jet/rows/data_page_writer.h"
 #include "data/jet/rows/usage_map.h"
 
 namespace rdv::jet {

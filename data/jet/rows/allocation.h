@@ -6,8 +6,8 @@
 #include <optional>
 #include <span>
 
+#include "data/jet/file/write_context.h"
 #include "data/jet/format/schema.h"
-#include "data/jet/rows/data_page_writer.h"
 
 namespace rdv::jet {
 

@@ -4,20 +4,11 @@
 #include <cstdint>
 #include <span>
 
-#include "data/jet/file/file_reader.h"
-#include "data/jet/file/pager.h"
+#include "data/jet/file/write_context.h"
 #include "data/jet/format/bytes.h"
 #include "data/jet/format/schema.h"
 
 namespace rdv::jet {
-
-// What all parts that write share. Refers to its parts, which must outlive it.
-struct WriteContext {
-  Pager& pager;
-  const FileReader& file;
-
-  const Format& Layout() const { return file.Layout(); }
-};
 
 // An editable data page. Rows lie in slot order from the end of the page downwards without gaps, so
 // a row that changes its size moves all rows of higher slots; their slot numbers stay.

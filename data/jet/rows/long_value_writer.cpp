@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "data/jet/file/write_context.h"
 #include "data/jet/format/errors.h"
 #include "data/jet/rows/data_page.h"
 #include "data/jet/rows/long_value.h"

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "data/jet/file/write_context.h"
 #include "data/jet/format/schema.h"
 #include "data/jet/rows/allocation.h"
 #include "data/jet/rows/row_store.h"

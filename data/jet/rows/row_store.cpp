@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "data/jet/rows/data_page.h"
+#include "data/jet/rows/data_page_writer.h"
 
 namespace rdv::jet {
 namespace {

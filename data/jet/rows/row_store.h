@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
+#include "data/jet/file/write_context.h"
 #include "data/jet/format/schema.h"
 #include "data/jet/rows/allocation.h"
-#include "data/jet/rows/data_page_writer.h"
 
 namespace rdv::jet {
 

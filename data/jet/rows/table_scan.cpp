@@ -1,7 +1,5 @@
 #include "data/jet/rows/table_scan.h"
 
-#include <utility>
-
 namespace rdv::jet {
 namespace {
 
@@ -71,28 +69,6 @@ bool FetchRow(const FileReader& file, const TableDefinition& table, RowId id, Ro
   const std::optional<Bytes> content = FindRow(file, table.Page(), id);
   if (content) row.Reset(id, *content);
   return content.has_value();
-}
-
-IndexSeek::IndexSeek(const FileReader& file, const TableDefinition& table, const RealIndex& index,
-                     std::vector<uint8_t> key_prefix)
-    : file_(&file),
-      table_(&table),
-      cursor_(file, table, index),
-      prefix_(std::move(key_prefix)),
-      row_(file, table) {}
-
-bool IndexSeek::Next() {
-  if (!started_) {
-    cursor_.Seek(prefix_);
-    started_ = true;
-  } else if (cursor_.Valid()) {
-    cursor_.Next();
-  }
-  if (!cursor_.Valid() || !cursor_.KeyStartsWith(prefix_)) return false;
-  if (!FetchRow(*file_, *table_, cursor_.Row(), row_)) {
-    file_->DamagedPage(cursor_.PageNumber(), u"holds an index entry of a row that is not there");
-  }
-  return true;
 }
 
 }  // namespace rdv::jet

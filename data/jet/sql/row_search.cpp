@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "data/jet/index/index_cursor.h"
 #include "data/jet/index/index_key.h"
 #include "data/jet/rows/table_scan.h"
 

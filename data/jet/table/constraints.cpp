@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "data/jet/format/errors.h"
-#include "data/jet/rows/table_scan.h"
+#include "data/jet/index/index_cursor.h"
 
 namespace rdv::jet {
 namespace {

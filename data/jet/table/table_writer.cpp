@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <random>
 
+#include "data/jet/file/write_context.h"
 #include "data/jet/format/errors.h"
+#include "data/jet/index/index_cursor.h"
 #include "data/jet/index/index_writer.h"
 #include "data/jet/rows/long_value_writer.h"
 #include "data/jet/rows/row_store.h"

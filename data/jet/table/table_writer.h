@@ -12,7 +12,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "data/jet/engine.h"
+#include "data/jet/file/write_context.h"
+#include "data/jet/format/schema.h"
 #include "data/jet/rows/allocation.h"
 #include "data/jet/rows/row_codec.h"
 #include "data/jet/table/constraints.h"
