@@ -1,0 +1,45 @@
+#include "tests/support/sites/sample_sites.h"
+
+#include <random>
+#include <system_error>
+
+#include "tests/support/sites/site_builder.h"
+
+namespace rdv::sites {
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path FolderOf(const std::string& name) {
+  return fs::path(RDV_SITE_FOLDER) / name;
+}
+
+// Beside its place first: others see all of it or nothing.
+void Make(const std::string& name) {
+  const fs::path drafts =
+      fs::path(RDV_SITE_FOLDER) / (".draft-" + std::to_string(std::random_device()()));
+  const fs::path draft = drafts / name;
+  MakeSite(ReadSite(name), draft);
+  fs::create_directories(FolderOf(name).parent_path());
+  std::error_code error;
+  fs::rename(draft, FolderOf(name), error);
+  std::error_code ignored;
+  fs::remove_all(drafts, ignored);
+  // Another process was faster.
+  if (error && !fs::exists(FolderOf(name) / "NewDB.mdb"))
+    throw SiteTextError("cannot make " + FolderOf(name).string() + ": " + error.message());
+}
+
+}  // namespace
+
+fs::path SiteFolder(const std::string& name) {
+  if (!fs::exists(FolderOf(name) / "NewDB.mdb")) Make(name);
+  return FolderOf(name);
+}
+
+void RemakeSite(const std::string& name) {
+  fs::remove_all(FolderOf(name));
+  Make(name);
+}
+
+}  // namespace rdv::sites
