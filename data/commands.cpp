@@ -5,69 +5,79 @@
 namespace rdv {
 namespace {
 
-constexpr TextView kConfigID[] = {u"Given_ConfigID"};
-constexpr TextView kCardTypeID[] = {u"Given_CardTypeID"};
-constexpr TextView kCard_Type_ID[] = {u"Given_Card_Type_ID"};
-constexpr TextView kNodeTypeOfPartition[] = {u"Given_ConfigID", u"Given_PartID",
-                                             u"Given_NodeTypeID"};
-constexpr TextView kSlot[] = {u"Given_ConfigID", u"Given_Base_Slot_No", u"Given_Slot_Offset"};
-constexpr TextView kLine[] = {u"Given_ConfigID", u"Given_Base_Slot_No", u"Given_Slot_Offset",
-                              u"Given_Line"};
+// Captions, names and the label are texts, everything else is a whole number.
+constexpr auto kText = ParameterKind::AnyText;
+constexpr auto kNumber = ParameterKind::WholeNumber;
 
-constexpr TextView kUpdatedLine[] = {u"Given_Partition_Name",
-                                     u"Given_Partition_ID",
-                                     u"Given_Starting_Node_Caption",
-                                     u"Given_Starting_Node_Type_ID",
-                                     u"Given_Starting_Node_Number",
-                                     u"Given_Volume_Name",
-                                     u"Given_Volume_ID",
-                                     u"Given_Mode_Caption",
-                                     u"Given_Mode_Type_ID",
-                                     u"Given_Mode_Ring_Number",
-                                     u"Given_Description",
-                                     u"Given_NIS_Option",
-                                     u"Given_EWT_Option",
-                                     u"Given_ACD_Option",
-                                     u"Given_LineType",
-                                     u"Given_Impedance",
-                                     u"Given_SoftStop",
-                                     u"Given_rsvd1",
-                                     u"Given_rsvd2",
-                                     u"Given_rsvd3",
-                                     u"Given_ConfigID",
-                                     u"Given_Base_Slot_No",
-                                     u"Given_SlotOffset",
-                                     u"Given_Line"};
+constexpr Parameter kConfigID[] = {{u"Given_ConfigID", kNumber}};
+constexpr Parameter kCardTypeID[] = {{u"Given_CardTypeID", kNumber}};
+constexpr Parameter kCard_Type_ID[] = {{u"Given_Card_Type_ID", kNumber}};
+constexpr Parameter kNodeTypeOfPartition[] = {
+    {u"Given_ConfigID", kNumber}, {u"Given_PartID", kNumber}, {u"Given_NodeTypeID", kNumber}};
+constexpr Parameter kSlot[] = {{u"Given_ConfigID", kNumber},
+                               {u"Given_Base_Slot_No", kNumber},
+                               {u"Given_Slot_Offset", kNumber}};
+constexpr Parameter kLine[] = {{u"Given_ConfigID", kNumber},
+                               {u"Given_Base_Slot_No", kNumber},
+                               {u"Given_Slot_Offset", kNumber},
+                               {u"Given_Line", kNumber}};
 
-constexpr TextView kInsertedLine[] = {u"Given_Partition_Name",
-                                      u"Given_Partition_ID",
-                                      u"Given_Starting_Node_Caption",
-                                      u"Given_Starting_Node_Type_ID",
-                                      u"Given_Starting_Node_Number",
-                                      u"Given_Volume_Name",
-                                      u"Given_Volume_ID",
-                                      u"Given_Mode_Caption",
-                                      u"Given_Mode_Type_ID",
-                                      u"Given_Mode_Ring_Number",
-                                      u"Given_Description",
-                                      u"Given_NIS_Option",
-                                      u"Given_RTQA_Option",
-                                      u"Given_ACD_Option",
-                                      u"Given_LineType",
-                                      u"Given_Impedance",
-                                      u"Given_SoftStop",
-                                      u"Given_rsvd1",
-                                      u"Given_rsvd2",
-                                      u"Given_rsvd3",
-                                      u"Given_Config_ID",
-                                      u"Given_Base_Slot_No",
-                                      u"Given_Slot_Offset",
-                                      u"Given_Line"};
+constexpr Parameter kUpdatedLine[] = {{u"Given_Partition_Name", kText},
+                                      {u"Given_Partition_ID", kNumber},
+                                      {u"Given_Starting_Node_Caption", kText},
+                                      {u"Given_Starting_Node_Type_ID", kNumber},
+                                      {u"Given_Starting_Node_Number", kNumber},
+                                      {u"Given_Volume_Name", kText},
+                                      {u"Given_Volume_ID", kNumber},
+                                      {u"Given_Mode_Caption", kText},
+                                      {u"Given_Mode_Type_ID", kNumber},
+                                      {u"Given_Mode_Ring_Number", kNumber},
+                                      {u"Given_Description", kText},
+                                      {u"Given_NIS_Option", kNumber},
+                                      {u"Given_EWT_Option", kNumber},
+                                      {u"Given_ACD_Option", kNumber},
+                                      {u"Given_LineType", kNumber},
+                                      {u"Given_Impedance", kNumber},
+                                      {u"Given_SoftStop", kNumber},
+                                      {u"Given_rsvd1", kNumber},
+                                      {u"Given_rsvd2", kNumber},
+                                      {u"Given_rsvd3", kNumber},
+                                      {u"Given_ConfigID", kNumber},
+                                      {u"Given_Base_Slot_No", kNumber},
+                                      {u"Given_SlotOffset", kNumber},
+                                      {u"Given_Line", kNumber}};
 
-constexpr TextView kInsertedCard[] = {
-    u"Given_Config_ID",    u"Given_Base_Slot_No",   u"Given_Slot_Offset",
-    u"Given_Slot_Caption", u"Given_Card_Type_Name", u"Given_Card_Type_No",
-    u"Given_Card_Variant", u"Given_Part_Num",       u"Given_Country_Code"};
+constexpr Parameter kInsertedLine[] = {{u"Given_Partition_Name", kText},
+                                       {u"Given_Partition_ID", kNumber},
+                                       {u"Given_Starting_Node_Caption", kText},
+                                       {u"Given_Starting_Node_Type_ID", kNumber},
+                                       {u"Given_Starting_Node_Number", kNumber},
+                                       {u"Given_Volume_Name", kText},
+                                       {u"Given_Volume_ID", kNumber},
+                                       {u"Given_Mode_Caption", kText},
+                                       {u"Given_Mode_Type_ID", kNumber},
+                                       {u"Given_Mode_Ring_Number", kNumber},
+                                       {u"Given_Description", kText},
+                                       {u"Given_NIS_Option", kNumber},
+                                       {u"Given_RTQA_Option", kNumber},
+                                       {u"Given_ACD_Option", kNumber},
+                                       {u"Given_LineType", kNumber},
+                                       {u"Given_Impedance", kNumber},
+                                       {u"Given_SoftStop", kNumber},
+                                       {u"Given_rsvd1", kNumber},
+                                       {u"Given_rsvd2", kNumber},
+                                       {u"Given_rsvd3", kNumber},
+                                       {u"Given_Config_ID", kNumber},
+                                       {u"Given_Base_Slot_No", kNumber},
+                                       {u"Given_Slot_Offset", kNumber},
+                                       {u"Given_Line", kNumber}};
+
+constexpr Parameter kInsertedCard[] = {
+    {u"Given_Config_ID", kNumber},    {u"Given_Base_Slot_No", kNumber},
+    {u"Given_Slot_Offset", kNumber},  {u"Given_Slot_Caption", kText},
+    {u"Given_Card_Type_Name", kText}, {u"Given_Card_Type_No", kNumber},
+    {u"Given_Card_Variant", kNumber}, {u"Given_Part_Num", kText},
+    {u"Given_Country_Code", kNumber}};
 
 // In the order of Command. The statements are the stored ones; their blanks, trailing ones
 // included, are part of them.

@@ -3,6 +3,7 @@
 
 #include <span>
 
+#include "data/connection.h"
 #include "runtime/text.h"
 
 namespace rdv {
@@ -27,8 +28,8 @@ enum class Command {
 struct CommandDefinition {
   Command command;
   TextView name;
-  TextView statement;                    // exactly as stored, blanks included
-  std::span<const TextView> parameters;  // in the order in which arguments are bound
+  TextView statement;                     // exactly as stored, blanks included
+  std::span<const Parameter> parameters;  // in the order in which arguments are bound
 };
 
 const CommandDefinition& DefinitionOf(Command command);

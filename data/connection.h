@@ -15,6 +15,14 @@ namespace rdv {
 // meets; nothing stands for Null.
 using Argument = std::optional<Text>;
 
+// What the columns hold that a parameter is compared with or written to.
+enum class ParameterKind { AnyText, WholeNumber };
+
+struct Parameter {
+  TextView name;
+  ParameterKind kind = ParameterKind::AnyText;
+};
+
 // The rows of a command, complete and independent of the connection that delivered them.
 struct RowTable {
   std::vector<Text> columns;
@@ -37,8 +45,13 @@ class Connection {
 
   // Runs one statement of the stored commands, its parameters bound by position to `arguments`.
   // Raises RuntimeError with the number, description and source of the data access; a statement
-  // that raises has written nothing.
-  virtual CommandResult Execute(TextView statement, std::span<const Argument> arguments) = 0;
+  // that raises has written nothing. `parameters` declares as many from the first on as it has;
+  // the rest meet texts. (A provider has to be told; the engine looks at the columns themselves.)
+  virtual CommandResult Execute(TextView statement, std::span<const Argument> arguments,
+                                std::span<const Parameter> parameters) = 0;
+  CommandResult Execute(TextView statement, std::span<const Argument> arguments) {
+    return Execute(statement, arguments, {});
+  }
 
   // The last call. Raises when what was written may not have reached the disk.
   virtual void Close() = 0;

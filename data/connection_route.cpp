@@ -1,58 +1,104 @@
 #include "data/connection_route.h"
 
 #include <cstdlib>
+#include <optional>
+#include <utility>
 
 #include "data/jet/sql/jet_connection.h"
 #include "runtime/error.h"
 
 #ifdef _WIN32
 #include "data/ado/ado_connection.h"
+#include "data/ado/provider.h"
 #endif
 
 namespace rdv {
 namespace {
 
-#ifdef _WIN32
+constexpr TextView kProvider = u"Provider=";
+constexpr TextView kDataSource = u"Data Source=";
 
-bool ProviderIsRegistered() {
-  return ado::JetProviderIsRegistered();
+// The path is the last attribute; it may hold any character.
+TextView DataSource(TextView connection_string) {
+  const size_t start = connection_string.find(kDataSource);
+  return start == TextView::npos ? TextView()
+                                 : connection_string.substr(start + kDataSource.size());
 }
 
-std::unique_ptr<Connection> OpenAdoConnection(const Text& connection_string) {
-  return ado::OpenAdoConnection(connection_string);
+std::optional<DatabaseRoute> DemandedRoute() {
+  const char* variable = std::getenv("RDV_DATABASE_ROUTE");
+  const Text demanded = variable == nullptr ? Text() : FromUtf8(variable);
+  if (EqualsIgnoringCase(demanded, u"ado")) return DatabaseRoute::Ado;
+  if (EqualsIgnoringCase(demanded, u"jet")) return DatabaseRoute::Jet;
+  return std::nullopt;
+}
+
+#ifdef _WIN32
+
+// The connection string's first attribute.
+TextView NamedProvider(TextView connection_string) {
+  if (!connection_string.starts_with(kProvider)) return {};
+  connection_string.remove_prefix(kProvider.size());
+  return connection_string.substr(0, connection_string.find(u';'));
+}
+
+Text WithProvider(TextView connection_string, TextView provider) {
+  Text changed(connection_string);
+  return changed.replace(kProvider.size(), NamedProvider(connection_string).size(), provider);
+}
+
+bool HasProvider(TextView connection_string) {
+  return ado::FindProvider(NamedProvider(connection_string)).has_value();
+}
+
+// Null when no provider is there. One that turns out not to be is not asked again.
+std::unique_ptr<Connection> TryProviders(const Text& connection_string) {
+  while (const auto provider = ado::FindProvider(NamedProvider(connection_string))) {
+    try {
+      return ado::OpenAdoConnection(WithProvider(connection_string, *provider));
+    } catch (const RuntimeError& error) {
+      if (!ado::SaysThatProviderIsMissing(error)) throw;
+      ado::SetAsideProvider(*provider);
+    }
+  }
+  return nullptr;
+}
+
+// By the provider that can be created, or, to have its error, by the named one.
+std::unique_ptr<Connection> OpenByProvider(const Text& connection_string) {
+  auto connection = TryProviders(connection_string);
+  return connection ? std::move(connection) : ado::OpenAdoConnection(connection_string);
 }
 
 #else
 
-bool ProviderIsRegistered() {
+bool HasProvider(TextView) {
   return false;
 }
 
-std::unique_ptr<Connection> OpenAdoConnection(const Text&) {
+std::unique_ptr<Connection> TryProviders(const Text&) {
+  return nullptr;
+}
+
+std::unique_ptr<Connection> OpenByProvider(const Text&) {
   throw RuntimeError(429, u"ActiveX component can't create object", Text(kProductSource));
 }
 
 #endif
 
-// The path is the last attribute; it may hold any character.
-TextView DataSource(TextView connection_string) {
-  constexpr TextView kAttribute = u"Data Source=";
-  const size_t start = connection_string.find(kAttribute);
-  return start == TextView::npos ? TextView() : connection_string.substr(start + kAttribute.size());
-}
-
 }  // namespace
 
-DatabaseRoute ChooseDatabaseRoute() {
-  const char* variable = std::getenv("RDV_DATABASE_ROUTE");
-  const Text forced = variable == nullptr ? Text() : FromUtf8(variable);
-  if (EqualsIgnoringCase(forced, u"ado")) return DatabaseRoute::Ado;
-  if (EqualsIgnoringCase(forced, u"jet")) return DatabaseRoute::Jet;
-  return ProviderIsRegistered() ? DatabaseRoute::Ado : DatabaseRoute::Jet;
+DatabaseRoute ChooseDatabaseRoute(TextView connection_string) {
+  if (const auto demanded = DemandedRoute()) return *demanded;
+  return HasProvider(connection_string) ? DatabaseRoute::Ado : DatabaseRoute::Jet;
 }
 
 std::unique_ptr<Connection> OpenConnection(const Text& connection_string) {
-  if (ChooseDatabaseRoute() == DatabaseRoute::Ado) return OpenAdoConnection(connection_string);
+  const auto demanded = DemandedRoute();
+  if (demanded == DatabaseRoute::Ado) return OpenByProvider(connection_string);
+  if (!demanded) {
+    if (auto connection = TryProviders(connection_string)) return connection;
+  }
   return jet::OpenJetConnection(Text(DataSource(connection_string)));
 }
 

@@ -31,7 +31,8 @@ CommandResult DataBase::Run(Command command, std::span<const Argument> arguments
     const SiteInPlace* site = SiteInPlace::Current();
     Conn = site ? site->Connect() : OpenConnection(connection_string_);
   }
-  return Conn->Execute(DefinitionOf(command).statement, arguments);
+  const CommandDefinition& definition = DefinitionOf(command);
+  return Conn->Execute(definition.statement, arguments, definition.parameters);
 }
 
 void DataBase::Query(Recordset& recordset, Command command,

@@ -173,6 +173,29 @@ Var earlier  ; where a version is installed already, or nothing
   ${EndIf}
 !macroend
 
+; Where the site's database lies. What an administrator makes in the common application data folder
+; only he may change, so that users could not save; a folder that is there already keeps its rights.
+!define USERS "*S-1-5-32-545"  ; the group, whatever it is called in the system's language
+!macro MakeDataFolder
+  SetShellVarContext all
+  ${IfNot} ${FileExists} "$APPDATA\Tolvane\ORVANT+\*.*"
+    CreateDirectory "$APPDATA\Tolvane\ORVANT+\Database"
+    nsExec::ExecToLog '"$SYSDIR\icacls.exe" "$APPDATA\Tolvane\ORVANT+" /grant ${USERS}:(OI)(CI)M'
+    Pop $0
+    ${If} $0 != 0
+      DetailPrint "Users have no right to change the data in $APPDATA\Tolvane\ORVANT+."
+    ${EndIf}
+  ${EndIf}
+!macroend
+
+; A folder that holds data stays.
+!macro RemoveDataFolder
+  SetShellVarContext all
+  RMDir "$APPDATA\Tolvane\ORVANT+\Database"
+  RMDir "$APPDATA\Tolvane\ORVANT+"
+  RMDir "$APPDATA\Tolvane"
+!macroend
+
 Function .onInit
   ${If} ${RunningX64}
   ${AndIf} $INSTDIR == "$PROGRAMFILES\TLV RDV Line Configuration"
@@ -212,6 +235,7 @@ Section
     RMDir "$earlier"
   ${EndIf}
 
+  !insertmacro MakeDataFolder
   SetShellVarContext all
   ${If} ${RunningX64}
     CreateShortcut "$SMPROGRAMS\${PRODUCT}.lnk" "$INSTDIR\win64\rdvhost.exe"
@@ -231,6 +255,7 @@ SectionEnd
 Section "Uninstall"
   !insertmacro UnregisterAll
   DeleteRegKey HKLM "${UNINSTALL_KEY}"
+  !insertmacro RemoveDataFolder
   SetShellVarContext all
   Delete "$SMPROGRAMS\${PRODUCT}.lnk"
   !insertmacro ForAllFiles Remove

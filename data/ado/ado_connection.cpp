@@ -1,9 +1,11 @@
 #include "data/ado/ado_connection.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "data/ado/dispatch.h"
 #include "data/ado/variant_value.h"
+#include "runtime/conversion.h"
 #include "runtime/error.h"
 
 namespace rdv::ado {
@@ -11,10 +13,12 @@ namespace {
 
 // Constants of the data access's type library.
 constexpr int32_t kCommandText = 1;            // adCmdText
+constexpr int32_t kWholeNumber = 3;            // adInteger, 32 bits
+constexpr int32_t kFloatingNumber = 5;         // adDouble
 constexpr int32_t kVariableWideText = 202;     // adVarWChar
 constexpr int32_t kInputParameter = 1;         // adParamInput
 constexpr int32_t kOpenState = 1;              // adStateOpen
-constexpr int32_t kSmallestParameterSize = 1;  // a parameter of no size is refused
+constexpr int32_t kSmallestParameterSize = 1;  // a text parameter of no size is refused
 
 int32_t ToNumber(const Variant& value) {
   return ToLong(ToValue(value.Get()));
@@ -25,16 +29,43 @@ bool BeginsWithSelect(TextView statement) {
   return EqualsIgnoringCase(Trim(statement).substr(0, kSelect.size()), kSelect);
 }
 
-void AppendParameter(const Object& command, const Object& parameters, const Argument& argument) {
+struct Declaration {
+  int32_t type = kVariableWideText;
+  int32_t size = 0;
+  Variant value;
+};
+
+Declaration DeclareText(const Argument& argument) {
+  if (!argument) return {kVariableWideText, kSmallestParameterSize, Variant::MakeNull()};
+  const auto size = static_cast<int32_t>(argument->size());
+  return {kVariableWideText, std::max(kSmallestParameterSize, size), Variant(TextView(*argument))};
+}
+
+// The provider compares a number column with numbers only. What the column cannot hold goes to it
+// as it is, a number as a number and other texts as texts: it finds no row with the one, refuses to
+// store it or to compare with the other, and does so where a row is met and not before, all with
+// its own errors.
+Declaration DeclareWholeNumber(const Argument& argument) {
+  if (!argument) return {kWholeNumber, 0, Variant::MakeNull()};
+  const std::optional<double> number = ParseNumber(*argument);
+  if (!number) return DeclareText(argument);
+  try {
+    return {kWholeNumber, 0, Variant(RoundToInt32(*number))};
+  } catch (const RuntimeError&) {
+    return {kFloatingNumber, 0, Variant(*number)};
+  }
+}
+
+void AppendParameter(const Object& command, const Object& parameters, ParameterKind kind,
+                     const Argument& argument) {
+  const Declaration declared =
+      kind == ParameterKind::WholeNumber ? DeclareWholeNumber(argument) : DeclareText(argument);
   const Variant name{TextView()};
-  const Variant type(kVariableWideText);
+  const Variant type(declared.type);
   const Variant direction(kInputParameter);
-  const Variant size(argument
-                         ? std::max(kSmallestParameterSize, static_cast<int32_t>(argument->size()))
-                         : kSmallestParameterSize);
-  const Variant value = argument ? Variant(TextView(*argument)) : Variant::MakeNull();
+  const Variant size(declared.size);
   const Variant parameter =
-      command.Call(L"CreateParameter", {&name, &type, &direction, &size, &value});
+      command.Call(L"CreateParameter", {&name, &type, &direction, &size, &declared.value});
   parameters.Call(L"Append", {&parameter});
 }
 
@@ -77,13 +108,17 @@ class AdoConnection : public Connection {
     }
   }
 
-  CommandResult Execute(TextView statement, std::span<const Argument> arguments) override {
+  CommandResult Execute(TextView statement, std::span<const Argument> arguments,
+                        std::span<const Parameter> declared) override {
     const Object command = Object::Create(L"ADODB.Command");
     command.PutReference(L"ActiveConnection", connection_);
     command.Put(L"CommandType", Variant(kCommandText));
     command.Put(L"CommandText", Variant(statement));
     const Object parameters(command.Get(L"Parameters"));
-    for (const Argument& argument : arguments) AppendParameter(command, parameters, argument);
+    for (size_t i = 0; i < arguments.size(); ++i) {
+      const ParameterKind kind = i < declared.size() ? declared[i].kind : ParameterKind::AnyText;
+      AppendParameter(command, parameters, kind, arguments[i]);
+    }
     Variant affected(int32_t{0});
     const Variant affected_reference = Variant::ReferenceTo(affected);
     const Object recordset(command.Call(L"Execute", {&affected_reference}));
@@ -101,11 +136,6 @@ class AdoConnection : public Connection {
 };
 
 }  // namespace
-
-bool JetProviderIsRegistered() {
-  CLSID class_id;
-  return SUCCEEDED(CLSIDFromProgID(L"Microsoft.Jet.OLEDB.4.0", &class_id));
-}
 
 std::unique_ptr<Connection> OpenAdoConnection(const Text& connection_string) {
   return std::make_unique<AdoConnection>(connection_string);

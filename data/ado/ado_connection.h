@@ -8,12 +8,9 @@
 
 namespace rdv::ado {
 
-// Whether the provider of the configuration database is registered for programs of this kind
-// (32-bit or 64-bit).
-bool JetProviderIsRegistered();
-
-// Opens a connection; the calling thread must have initialised COM. Errors carry the number,
-// description and source of the data access; 429 when it cannot be created.
+// Opens a connection with exactly this connection string; the calling thread must have initialised
+// COM. Errors carry the number, description and source of the data access; 429 when it cannot be
+// created.
 std::unique_ptr<Connection> OpenAdoConnection(const Text& connection_string);
 
 }  // namespace rdv::ado

@@ -57,6 +57,11 @@ Variant::Variant(int32_t number) : Variant() {
   value_.lVal = number;
 }
 
+Variant::Variant(double number) : Variant() {
+  value_.vt = VT_R8;
+  value_.dblVal = number;
+}
+
 Variant::Variant(TextView text) : Variant() {
   value_.bstrVal = SysAllocStringLen(reinterpret_cast<const wchar_t*>(text.data()),
                                      static_cast<UINT>(text.size()));

@@ -18,6 +18,7 @@ class Variant {
  public:
   Variant() { VariantInit(&value_); }
   explicit Variant(int32_t number);
+  explicit Variant(double number);
   explicit Variant(TextView text);
   explicit Variant(IDispatch* object);  // takes a reference of its own; may be null
   Variant(Variant&& other) noexcept : Variant() { std::swap(value_, other.value_); }

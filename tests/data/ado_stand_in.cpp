@@ -4,11 +4,13 @@
 
 #include <oleauto.h>
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <utility>
 
 #include "data/jet/sql/jet_connection.h"
+#include "data/jet/sql/statement_parser.h"
 #include "runtime/error.h"
 #include "runtime/value.h"
 
@@ -21,6 +23,45 @@ namespace {
 BSTR NewString(TextView text) {
   return SysAllocStringLen(reinterpret_cast<const wchar_t*>(text.data()),
                            static_cast<UINT>(text.size()));
+}
+
+// Small numbers are those of the object model, which travel in result codes of its own.
+HRESULT ResultOf(const RuntimeError& error) {
+  constexpr int32_t kLargest = 0xFFFF;
+  const int32_t number = error.Number();
+  return number > 0 && number <= kLargest ? MAKE_HRESULT(SEVERITY_ERROR, FACILITY_CONTROL, number)
+                                          : number;
+}
+
+// What the object model refuses, in its own words.
+enum class Refusal : int32_t {
+  NoCurrentRecord = 3021,
+  WrongType = 3421,
+  ObjectClosed = 3704,
+  ObjectOpen = 3705,
+  ProviderNotFound = 3706,
+  ImproperParameter = 3708,
+  InvalidConnection = 3709,
+};
+
+[[noreturn]] void Refuse(Refusal refusal, TextView source) {
+  constexpr std::pair<Refusal, TextView> kTexts[] = {
+      {Refusal::NoCurrentRecord,
+       u"Either BOF or EOF is True, or the current record has been deleted. Requested operation "
+       u"requires a current record."},
+      {Refusal::WrongType,
+       u"Application uses a value of the wrong type for the current operation."},
+      {Refusal::ObjectClosed, u"Operation is not allowed when the object is closed."},
+      {Refusal::ObjectOpen, u"Operation is not allowed when the object is open."},
+      {Refusal::ProviderNotFound, u"Provider cannot be found. It may not be properly installed."},
+      {Refusal::ImproperParameter,
+       u"Parameter object is improperly defined. Inconsistent or incomplete information was "
+       u"provided."},
+      {Refusal::InvalidConnection,
+       u"The connection cannot be used to perform this operation. It is either closed or invalid "
+       u"in this context."}};
+  const auto* text = std::ranges::find(kTexts, refusal, &std::pair<Refusal, TextView>::first);
+  throw RuntimeError(static_cast<int32_t>(refusal), Text(text->second), Text(source));
 }
 
 // In the order in which they are written, which is not that of automation.
@@ -75,7 +116,7 @@ class ScriptObject : public IDispatch {
       members_[position].run(arguments, result);
       return S_OK;
     } catch (const RuntimeError& error) {
-      exception->scode = error.Number();
+      exception->scode = ResultOf(error);
       exception->bstrDescription = NewString(error.Description());
       exception->bstrSource = NewString(error.Source());
       return DISP_E_EXCEPTION;
@@ -191,6 +232,8 @@ struct ValueGiver {
   }
 };
 
+constexpr TextView kRecordsetSource = u"ADODB.Recordset";
+
 // Rows with a position; it is closed by Close or when nothing refers to it.
 struct Cursor {
   Cursor(RowTable rows, std::shared_ptr<AdoNotes> notes_of_all)
@@ -203,6 +246,12 @@ struct Cursor {
   void Close() {
     if (open) --notes->open_recordsets;
     open = false;
+  }
+  void RequireOpen() const {
+    if (!open) Refuse(Refusal::ObjectClosed, kRecordsetSource);
+  }
+  void RequireRow() const {
+    if (row >= table.rows.size()) Refuse(Refusal::NoCurrentRecord, kRecordsetSource);
   }
 
   RowTable table;
@@ -218,6 +267,8 @@ class FieldObject : public ScriptObject {
       GiveText(result, cursor->table.columns[column]);
     });
     Getter(u"Value", [=](const CallArguments&, VARIANT* result) {
+      cursor->RequireOpen();
+      cursor->RequireRow();
       std::visit(ValueGiver{result}, cursor->table.rows.at(cursor->row).at(column));
     });
   }
@@ -239,13 +290,22 @@ class RecordsetObject : public ScriptObject {
  public:
   explicit RecordsetObject(const std::shared_ptr<Cursor>& cursor) {
     Getter(u"Fields", [=](const CallArguments&, VARIANT* result) {
+      cursor->RequireOpen();
       GiveObject(result, new FieldsObject(cursor));
     });
     Getter(u"EOF", [=](const CallArguments&, VARIANT* result) {
+      cursor->RequireOpen();
       GiveFlag(result, cursor->row >= cursor->table.rows.size());
     });
-    Method(u"MoveNext", [=](const CallArguments&, VARIANT*) { ++cursor->row; });
-    Method(u"Close", [=](const CallArguments&, VARIANT*) { cursor->Close(); });
+    Method(u"MoveNext", [=](const CallArguments&, VARIANT*) {
+      cursor->RequireOpen();
+      cursor->RequireRow();
+      ++cursor->row;
+    });
+    Method(u"Close", [=](const CallArguments&, VARIANT*) {
+      cursor->RequireOpen();
+      cursor->Close();
+    });
   }
 };
 
@@ -258,11 +318,15 @@ class ConnectionObject : public ScriptObject {
     Getter(u"State",
            [this](const CallArguments&, VARIANT* result) { GiveNumber(result, Jet ? 1 : 0); });
     Method(u"Open", [this](const CallArguments&, VARIANT*) {
+      if (Jet) Refuse(Refusal::ObjectOpen, kConnectionSource);
       notes_->connection_strings.push_back(string_);
+      if (notes_->opening_failure) throw *notes_->opening_failure;
+      if (!KnowsProvider()) Refuse(Refusal::ProviderNotFound, kConnectionSource);
       Jet = jet::OpenJetConnection(string_.substr(string_.find(u"Data Source=") + 12));
       ++notes_->open_connections;
     });
     Method(u"Close", [this](const CallArguments&, VARIANT*) {
+      if (!Jet) Refuse(Refusal::ObjectClosed, kConnectionSource);
       Jet.reset();
       --notes_->open_connections;
     });
@@ -271,9 +335,99 @@ class ConnectionObject : public ScriptObject {
   std::unique_ptr<Connection> Jet;
 
  private:
+  static constexpr TextView kConnectionSource = u"ADODB.Connection";
+
+  bool KnowsProvider() const {
+    return std::ranges::any_of(notes_->providers, [this](const Text& provider) {
+      return string_.starts_with(u"Provider=" + provider + u";");
+    });
+  }
+
   std::shared_ptr<AdoNotes> notes_;
   Text string_;
 };
+
+constexpr int32_t kWholeNumber = 3;         // adInteger
+constexpr int32_t kFloatingNumber = 5;      // adDouble
+constexpr int32_t kVariableWideText = 202;  // adVarWChar
+
+// What a parameter of the type takes of the value, as text.
+Argument ValueFor(int32_t type, VARIANT& value) {
+  if (value.vt == VT_NULL) return std::nullopt;
+  const VARTYPE wanted = type == kWholeNumber ? VT_I4 : type == kFloatingNumber ? VT_R8 : VT_BSTR;
+  VARIANT taken;
+  VariantInit(&taken);
+  VARIANT text;
+  VariantInit(&text);
+  if (FAILED(VariantChangeTypeEx(&taken, &value, LOCALE_INVARIANT, 0, wanted)) ||
+      FAILED(VariantChangeTypeEx(&text, &taken, LOCALE_INVARIANT, 0, VT_BSTR)))
+    Refuse(Refusal::WrongType, u"ADODB.Command");
+  Text result = TextOf(text);
+  VariantClear(&taken);
+  VariantClear(&text);
+  return result;
+}
+
+// Names that a condition compares with each other.
+using Compared = std::pair<Text, Text>;
+
+void CollectCompared(const jet::sql::Condition& condition, std::vector<Compared>& compared) {
+  for (const jet::sql::Condition& part : condition.parts) CollectCompared(part, compared);
+  if (condition.kind != jet::sql::ConditionKind::Compare) return;
+  const auto* left = std::get_if<jet::sql::Name>(&condition.left);
+  const auto* right = std::get_if<jet::sql::Name>(&condition.right);
+  if (left != nullptr && right != nullptr) compared.emplace_back(left->column, right->column);
+}
+
+// The table of a statement and its condition.
+struct Searched {
+  Text table;
+  std::vector<Compared> compared;
+  size_t written = 0;  // parameters that stand before the condition
+};
+
+Searched SearchedBy(TextView text) {
+  const jet::sql::Statement statement = jet::sql::ParseStatement(text);
+  Searched searched;
+  std::visit(
+      [&](const auto& parsed) {
+        searched.table = parsed.table;
+        if constexpr (requires { parsed.where; }) {
+          if (parsed.where) CollectCompared(*parsed.where, searched.compared);
+        }
+        if constexpr (requires { parsed.items[0].target; }) searched.written = parsed.items.size();
+      },
+      statement);
+  return searched;
+}
+
+bool IsText(const Value& value) {
+  return std::holds_alternative<Text>(value);
+}
+
+// The provider compares columns of numbers with numbers only, whatever the text says. Of the
+// statements here each comparison has its own parameter on the right, in their order after those
+// that are written. What the columns hold is seen in the table's rows.
+void RefuseTextsComparedWithNumbers(Connection& connection, const SentCommand& command) {
+  const Searched searched = SearchedBy(command.statement);
+  if (searched.compared.empty()) return;
+  const RowTable all = *connection.Execute(u"SELECT * FROM " + searched.table, {}).rows;
+  size_t parameter = searched.written;
+  for (const auto& [column, right] : searched.compared) {
+    if (parameter >= command.parameters.size()) return;
+    const SentParameter& sent = command.parameters[parameter++];
+    const auto place = std::ranges::find_if(
+        all.columns, [&](const Text& name) { return EqualsIgnoringCase(name, column); });
+    const auto position = static_cast<size_t>(place - all.columns.begin());
+    const bool numbers =
+        place != all.columns.end() && !all.rows.empty() && !IsText(all.rows.front()[position]);
+    if (numbers && sent.type == kVariableWideText) {
+      throw RuntimeError(static_cast<int32_t>(0x80040E07),
+                         u"Data type mismatch in criteria expression.",
+                         u"Microsoft JET Database Engine");
+    }
+  }
+}
 
 class ParameterObject : public ScriptObject {
  public:
@@ -284,7 +438,10 @@ class ParametersObject : public ScriptObject {
  public:
   ParametersObject() {
     Method(u"Append", [this](const CallArguments& arguments, VARIANT*) {
-      Sent.push_back(static_cast<ParameterObject*>(arguments.at(0)->pdispVal)->Sent);
+      const SentParameter& sent = static_cast<ParameterObject*>(arguments.at(0)->pdispVal)->Sent;
+      if (sent.type == kVariableWideText && sent.size <= 0)
+        Refuse(Refusal::ImproperParameter, u"ADODB.Parameters");
+      Sent.push_back(sent);
     });
   }
 
@@ -320,7 +477,7 @@ class CommandObject : public ScriptObject {
     parameter->Sent.type = arguments.at(1)->lVal;
     parameter->Sent.direction = arguments.at(2)->lVal;
     parameter->Sent.size = arguments.at(3)->lVal;
-    if (arguments.at(4)->vt == VT_BSTR) parameter->Sent.value = TextOf(*arguments.at(4));
+    parameter->Sent.value = ValueFor(parameter->Sent.type, *arguments.at(4));
     GiveObject(result, parameter);
   }
 
@@ -328,11 +485,15 @@ class CommandObject : public ScriptObject {
     sent_.parameters = parameters_->Sent;
     notes_->commands.push_back(sent_);
     if (notes_->failure) throw *notes_->failure;
+    if (!connection_ || !(*connection_)->Jet) Refuse(Refusal::InvalidConnection, u"ADODB.Command");
+    RefuseTextsComparedWithNumbers(*(*connection_)->Jet, sent_);
     std::vector<Argument> arguments;
     for (const SentParameter& parameter : sent_.parameters) arguments.push_back(parameter.value);
     CommandResult outcome = (*connection_)->Jet->Execute(sent_.statement, arguments);
     GiveNumber(affected.pvarVal, outcome.rows_written);
+    const bool has_rows = outcome.rows.has_value();
     auto cursor = std::make_shared<Cursor>(std::move(outcome.rows).value_or(RowTable{}), notes_);
+    if (!has_rows) cursor->Close();
     GiveObject(result, new RecordsetObject(cursor));
   }
 

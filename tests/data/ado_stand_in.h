@@ -1,5 +1,8 @@
 // A stand-in for the platform's data access: the part of its object model that the product uses, in
-// this process, on top of the product's own engine. It notes what it is sent. Windows only.
+// this process, on top of the product's own engine. It notes what it is sent and refuses what the
+// real one refuses: operations on closed objects, values of the wrong type, parameters that are not
+// fully declared, texts compared with columns of numbers, providers that are not there. Windows
+// only.
 #pragma once
 
 #ifdef _WIN32
@@ -36,8 +39,11 @@ struct AdoNotes {
   std::vector<SentCommand> commands;     // that were executed
   int open_connections = 0;
   int open_recordsets = 0;
-  // Raised, if there is one, in the place of executing a command.
+  // The only ones that are there.
+  std::vector<Text> providers = {u"Microsoft.Jet.OLEDB.4.0"};
+  // Raised, if there is one, in the place of executing a command, or of opening a connection.
   std::optional<RuntimeError> failure;
+  std::optional<RuntimeError> opening_failure;
 };
 
 // For its life the classes "ADODB.Connection" and "ADODB.Command" are those of the stand-in.
@@ -52,6 +58,8 @@ class AdoStandIn {
   bool Usable() const { return registrations_.size() == 2; }
   const AdoNotes& Notes() const { return *notes_; }
   void FailWith(const RuntimeError& error) { notes_->failure = error; }
+  void FailOpeningWith(const RuntimeError& error) { notes_->opening_failure = error; }
+  void Provide(const Text& provider) { notes_->providers.push_back(provider); }
 
  private:
   std::shared_ptr<AdoNotes> notes_;

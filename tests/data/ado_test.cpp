@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "data/ado/ado_connection.h"
 #include "data/commands.h"
 #include "data/connection_route.h"
@@ -14,6 +16,8 @@
 namespace rdv {
 namespace {
 
+constexpr int32_t kWholeNumber = 3;
+constexpr int32_t kFloatingNumber = 5;
 constexpr int32_t kVariableWideText = 202;
 constexpr int32_t kInput = 1;
 constexpr int32_t kText = 1;
@@ -45,6 +49,19 @@ class AdoRoute : public testing::Test {
     return arguments;
   }
 
+  // The description; empty when there is none.
+  std::string ErrorOf(TextView statement, const std::vector<Argument>& arguments,
+                      std::span<const Parameter> parameters) const {
+    try {
+      connection_->Execute(statement, arguments, parameters);
+    } catch (const RuntimeError& error) {
+      return ToUtf8(error.Description());
+    }
+    return {};
+  }
+
+  static constexpr Parameter kNumber[] = {{u"p", ParameterKind::WholeNumber}};
+
   test::AdoStandIn stand_in_;
   test::TemporaryFolder folder_;
   std::unique_ptr<Connection> connection_;
@@ -57,23 +74,98 @@ TEST_F(AdoRoute, OpensItsConnectionWithTheConnectionStringAndClosesIt) {
   EXPECT_EQ(stand_in_.Notes().open_connections, 0);
 }
 
-TEST_F(AdoRoute, SendsEachStoredStatementUnchangedWithTextParametersInTheirOrder) {
+TEST_F(AdoRoute, SendsEachStoredStatementUnchangedWithParametersDeclaredAfterTheirColumns) {
   for (const CommandDefinition& command : AllCommands()) {
     SCOPED_TRACE(ToUtf8(command.name));
     std::vector<Argument> arguments;
     std::vector<test::SentParameter> expected;
-    for (size_t i = 0; i < command.parameters.size(); ++i) {
-      const Text text = Decimal(static_cast<int64_t>(i + 5));
+    for (const Parameter& parameter : command.parameters) {
+      const Text text = Decimal(static_cast<int64_t>(arguments.size() + 5));
       arguments.emplace_back(text);
-      expected.push_back({kVariableWideText, kInput, static_cast<int32_t>(text.size()), text});
+      if (parameter.kind == ParameterKind::WholeNumber) {
+        expected.push_back({kWholeNumber, kInput, 0, text});
+      } else {
+        expected.push_back({kVariableWideText, kInput, static_cast<int32_t>(text.size()), text});
+      }
     }
-    connection_->Execute(command.statement, arguments);
+    connection_->Execute(command.statement, arguments, command.parameters);
     const test::SentCommand& sent = stand_in_.Notes().commands.back();
     EXPECT_EQ(sent.type, kText);
     EXPECT_EQ(sent.statement, command.statement);
     EXPECT_EQ(sent.parameters, expected);
   }
   EXPECT_EQ(stand_in_.Notes().open_recordsets, 0);
+}
+
+// What the declarations are for: the file's own columns say which are numbers.
+TEST_F(AdoRoute, DeclaresWholeNumbersExactlyForTheColumnsThatHoldNumbers) {
+  const auto engine = jet::OpenJetConnection(JetFile().u16string());
+  const std::pair<Command, TextView> inserts[] = {
+      {Command::Insert_All_Lines, u"SELECT * FROM Used_Lines"},
+      {Command::Insert_Used_Card, u"SELECT * FROM Used_Cards"}};
+  for (const auto& [command, rows] : inserts) {
+    const CommandDefinition& definition = DefinitionOf(command);
+    const RowTable table = *engine->Execute(rows, {}).rows;
+    ASSERT_FALSE(table.rows.empty());
+    const Text statement(definition.statement);
+    size_t place = statement.find(u'(');
+    for (const Parameter& parameter : definition.parameters) {
+      const size_t end = statement.find_first_of(u",)", ++place);
+      const Text column(Trim(TextView(statement).substr(place, end - place)));
+      place = end;
+      const auto found = std::ranges::find(table.columns, column);
+      ASSERT_NE(found, table.columns.end()) << ToUtf8(column);
+      const Value& value = table.rows.front()[static_cast<size_t>(found - table.columns.begin())];
+      EXPECT_EQ(std::holds_alternative<Text>(value), parameter.kind == ParameterKind::AnyText)
+          << ToUtf8(column);
+    }
+  }
+}
+
+TEST_F(AdoRoute, IsRefusedATextThatIsComparedWithAColumnOfNumbers) {
+  EXPECT_EQ(ErrorOf(u"SELECT * FROM Used_Lines WHERE Config_ID = p", {u"1"}, {}),
+            "Data type mismatch in criteria expression.");
+  EXPECT_EQ(ErrorOf(u"SELECT * FROM Used_Lines WHERE Config_ID = p", {u"1"}, kNumber), "");
+  EXPECT_EQ(ErrorOf(u"SELECT * FROM Used_Lines WHERE Description = p", {u"1"}, {}), "");
+}
+
+TEST_F(AdoRoute, SendsWholeNumbersAsNumbersWhateverTheyAreWrittenLike) {
+  const std::pair<TextView, TextView> numbers[] = {{u"1", u"1"},   {u" 1 ", u"1"}, {u"+1", u"1"},
+                                                   {u"2.5", u"2"}, {u"3.5", u"4"}, {u"1e1", u"10"}};
+  for (const auto& [text, number] : numbers) {
+    connection_->Execute(u"SELECT * FROM Used_Lines WHERE Config_ID = p",
+                         std::vector<Argument>{Text(text)}, kNumber);
+    const std::vector<test::SentParameter> expected = {{kWholeNumber, kInput, 0, Text(number)}};
+    EXPECT_EQ(stand_in_.Notes().commands.back().parameters, expected) << ToUtf8(text);
+  }
+}
+
+TEST_F(AdoRoute, FindsNoRowByANumberThatNoColumnHolds) {
+  for (const TextView number : {u"70000", u"-99999999999", u"1e300"}) {
+    const std::vector<Argument> arguments = {Text(number)};
+    const CommandResult result =
+        connection_->Execute(u"SELECT * FROM Used_Lines WHERE Config_ID = p", arguments, kNumber);
+    EXPECT_TRUE(result.rows->rows.empty()) << ToUtf8(number);
+  }
+  EXPECT_EQ(stand_in_.Notes().commands.back().parameters.front().type, kFloatingNumber);
+}
+
+TEST_F(AdoRoute, ReportsANumberThatIsNoneWhereARowIsMetAndNotBefore) {
+  constexpr TextView kStatement = u"UPDATE Used_Lines SET LineType = v WHERE Config_ID = p";
+  constexpr Parameter kBoth[] = {{u"v", ParameterKind::WholeNumber},
+                                 {u"p", ParameterKind::WholeNumber}};
+  const auto lines = [this] {
+    return connection_->Execute(u"SELECT * FROM Used_Lines", {}).rows->rows;
+  };
+  const auto before = lines();
+  EXPECT_EQ(ErrorOf(kStatement, {u"six", u"1"}, kBoth),
+            "Data type mismatch in criteria expression.");
+  EXPECT_EQ(ErrorOf(kStatement, {u"70000", u"1"}, kBoth), "Overflow");
+  EXPECT_EQ(ErrorOf(kStatement, {u"99999999999", u"1"}, kBoth), "Overflow");
+  EXPECT_EQ(ErrorOf(kStatement, {u"1", u"one"}, kBoth),
+            "Data type mismatch in criteria expression.");
+  EXPECT_EQ(lines(), before);
+  EXPECT_EQ(ErrorOf(kStatement, {u"six", u"30000"}, kBoth), "");
 }
 
 TEST_F(AdoRoute, SendsNullAndEmptyTextAsWhatTheyAre) {
@@ -94,7 +186,8 @@ TEST_F(AdoRoute, GivesTheSameRowsAndCountsAsTheEngine) {
       continue;  // the row of these arguments is there already
     const std::vector<Argument> arguments = ArgumentsFor(command);
     const CommandResult expected = engine->Execute(command.statement, arguments);
-    const CommandResult actual = connection_->Execute(command.statement, arguments);
+    const CommandResult actual =
+        connection_->Execute(command.statement, arguments, command.parameters);
     ASSERT_EQ(actual.rows.has_value(), expected.rows.has_value());
     EXPECT_EQ(actual.rows_written, expected.rows_written);
     if (!expected.rows) continue;
@@ -155,16 +248,14 @@ TEST_F(AdoRoute, RaisesWhatOpeningRaises) {
 
 TEST_F(AdoRoute, IsTakenWhenTheVariableDemandsIt) {
   test::SetEnvironment("RDV_DATABASE_ROUTE", "ado");
-  EXPECT_EQ(ChooseDatabaseRoute(), DatabaseRoute::Ado);
+  EXPECT_EQ(ChooseDatabaseRoute(ConnectionString()), DatabaseRoute::Ado);
   OpenConnection(ConnectionString())->Execute(u"SELECT * FROM orvsettings", {});
   EXPECT_EQ(stand_in_.Notes().commands.size(), 1u);
   test::SetEnvironment("RDV_DATABASE_ROUTE", "jet");
-  EXPECT_EQ(ChooseDatabaseRoute(), DatabaseRoute::Jet);
+  EXPECT_EQ(ChooseDatabaseRoute(ConnectionString()), DatabaseRoute::Jet);
   OpenConnection(ConnectionString())->Execute(u"SELECT * FROM orvsettings", {});
   EXPECT_EQ(stand_in_.Notes().commands.size(), 1u);
   test::SetEnvironment("RDV_DATABASE_ROUTE", "");
-  EXPECT_EQ(ChooseDatabaseRoute(),
-            ado::JetProviderIsRegistered() ? DatabaseRoute::Ado : DatabaseRoute::Jet);
 }
 
 }  // namespace

@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include "data/connection_route.h"
 #include "data/folders_and_files.h"
+#include "data/jet/sql/jet_connection.h"
 #include "runtime/text.h"
 #include "tests/support/site_files.h"
 #include "tools/site_folder/site_folder.h"
@@ -24,8 +24,7 @@ class Site : public SiteFiles {
 
   // Runs a statement in the form of the stored commands on the site's database.
   RowTable Execute(TextView statement, const std::vector<Argument>& arguments = {}) const {
-    const auto connection = OpenConnection(u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" +
-                                           GetDatabaseFolder() + u"NewDB.mdb");
+    const auto connection = jet::OpenJetConnection(GetDatabaseFolder() + u"NewDB.mdb");
     return connection->Execute(statement, arguments).rows.value_or(RowTable{});
   }
 

@@ -25,7 +25,8 @@ RowTable RowsOf(TextView statement, int16_t config) {
         OpenConnection(u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + GetDatabaseFolder() +
                        Text(ORVANTPlusFilesAndFolders::kDatabaseFile));
     const Argument given = Decimal(config);
-    return connection->Execute(statement, {&given, 1}).rows.value_or(RowTable{});
+    constexpr Parameter kParameter{u"Given_ConfigID", ParameterKind::WholeNumber};
+    return connection->Execute(statement, {&given, 1}, {&kParameter, 1}).rows.value_or(RowTable{});
   } catch (const RuntimeError&) {
     return {};
   }

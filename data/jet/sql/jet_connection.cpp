@@ -23,7 +23,8 @@ class JetConnection : public Connection {
   JetConnection(const Text& path, const EngineOptions& options)
       : path_(path), engine_(Engine::Open(path, options)) {}
 
-  CommandResult Execute(TextView text, std::span<const Argument> arguments) override {
+  CommandResult Execute(TextView text, std::span<const Argument> arguments,
+                        std::span<const Parameter>) override {
     const sql::Statement& statement = Parsed(text);
     CommandResult result;
     if (const auto* select = std::get_if<sql::Select>(&statement)) {
