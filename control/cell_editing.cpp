@@ -1,5 +1,6 @@
 #include "control/cell_editing.h"
 
+#include <algorithm>
 #include <map>
 #include <utility>
 
@@ -22,6 +23,17 @@ void SelectFirstIfNone(ComboBox& list) {
 bool ShowsNumber(TextView shown) {
   return IsNumeric(shown) && !EqualsIgnoringCase(shown, caption::kDisabled);
 }
+
+class OpeningByKeyboard {
+ public:
+  explicit OpeningByKeyboard(ControlState& state) : state_(state) { state_.OpensByKeyboard = true; }
+  OpeningByKeyboard(const OpeningByKeyboard&) = delete;
+  OpeningByKeyboard& operator=(const OpeningByKeyboard&) = delete;
+  ~OpeningByKeyboard() { state_.OpensByKeyboard = false; }
+
+ private:
+  ControlState& state_;
+};
 
 }  // namespace
 
@@ -213,17 +225,21 @@ void CellEditing::LoadTexts(const RowCells& cells) {
   if (form_.txtLabel.Visible()) form_.txtLabel.SetText(cells[column::kLabel]);
 }
 
+// The number half of a pair is never given it.
+void CellEditing::FocusShownEditor() {
+  const std::array<Editor*, 10> focusable = {&form_.cmbPartition, &form_.cmbStartingNodeName,
+                                             &form_.cmbVolume,    &form_.cmbModeType,
+                                             &form_.cmbNISOption, &form_.txtEWTOption,
+                                             &form_.cmbLineType,  &form_.cmbImpedance,
+                                             &form_.cmbSoftStop,  &form_.txtLabel};
+  for (Editor* editor : focusable) {
+    if (editor->Visible()) editor->SetFocus();
+  }
+}
+
 void CellEditing::LVRDVLineConfig_MouseUp(Twips x, Twips y) {
   try {
-    // The number half of a pair is never given the focus.
-    const std::array<Editor*, 10> focusable = {&form_.cmbPartition, &form_.cmbStartingNodeName,
-                                               &form_.cmbVolume,    &form_.cmbModeType,
-                                               &form_.cmbNISOption, &form_.txtEWTOption,
-                                               &form_.cmbLineType,  &form_.cmbImpedance,
-                                               &form_.cmbSoftStop,  &form_.txtLabel};
-    for (Editor* editor : focusable) {
-      if (editor->Visible()) editor->SetFocus();
-    }
+    FocusShownEditor();
     LineGrid& grid = form_.LVRDVLineConfig;
     const std::optional<int> row = grid.HitTest(x, y);
     if (!row || grid.Selected(*row)) return;
@@ -234,6 +250,24 @@ void CellEditing::LVRDVLineConfig_MouseUp(Twips x, Twips y) {
                                  Text(kLineBreak) + u"Description: " + error.Description(),
                              message_style::kExclamation, kErrorTitle);
   }
+}
+
+bool CellEditing::OpenCell(int row, int column) {
+  LineGrid& grid = form_.LVRDVLineConfig;
+  grid.ShowCell(row, column);
+  LVRDVLineConfig_MouseDown(
+      grid.RowLeft(row) + grid.ColumnLeft(column) + grid.ColumnWidth(column) / 2,
+      grid.RowTop(row) + grid.RowHeight(row) / 2);
+  const auto editors = form_.Editors();
+  if (std::none_of(editors.begin(), editors.end(),
+                   [](const Editor* editor) { return editor->Visible(); })) {
+    return false;
+  }
+  grid.GoToRow(row);
+  const OpeningByKeyboard opening(state_);
+  LVRDVLineConfig_ItemClick(row);
+  FocusShownEditor();
+  return true;
 }
 
 void CellEditing::LVRDVLineConfig_KeyPress(char16_t key) {

@@ -28,6 +28,11 @@ class CellEditing {
   // Gives the focus to the editor and makes sure that the clicked row is selected.
   void LVRDVLineConfig_MouseUp(Twips x, Twips y);
 
+  // Without the mouse: brings the cell into sight, shows its editor with the row's values and gives
+  // it the focus. Nothing is written, and rows that are selected together stay selected. False,
+  // with all editors hidden, for a cell without an editor.
+  bool OpenCell(int row, int column);
+
   void LVRDVLineConfig_KeyPress(char16_t key);
   void LVRDVLineConfig_ColumnClick(int column);
 
@@ -58,6 +63,7 @@ class CellEditing {
   void ShrinkLabel();
   Twips RightEdge() const;
 
+  void FocusShownEditor();
   void ResetPartition();
   void LoadPartition(const RowCells& cells);
   void LoadStartingNode(const RowCells& cells);

@@ -37,7 +37,7 @@ bool GridLoading::LoadData() {
     const bool nothing_is_stored = lines.EndOfFile();
     for (; !lines.EndOfFile(); lines.MoveNext()) ShowStoredLine(lines, progress);
     if (nothing_is_stored) CreateDefaultUnit(database, progress);
-    FillWithNotInstalledLines(progress.LineCounter);
+    FillWithNotInstalledLines(progress);
     lines.Close();
     database.Close();
   });
@@ -45,6 +45,7 @@ bool GridLoading::LoadData() {
 
 void GridLoading::ShowStoredLine(const Recordset& line, Progress& progress) {
   const int16_t number = ToInteger(line.Field(u"Line"));
+  progress.stored_lines.insert(number);
   const Value& acd_option = line.Field(u"ACD_Option");
   if (!IsNull(acd_option)) state_.AcdOptions[number] = ToText(acd_option);
 
@@ -94,13 +95,16 @@ void GridLoading::ReplaceCard(DataBase& database) {
   });
 }
 
-void GridLoading::FillWithNotInstalledLines(int LineCounter) {
+// A stored line that no row shows, as the second of a music-on-hold pair, must not be given one:
+// saving would overwrite it.
+void GridLoading::FillWithNotInstalledLines(const Progress& progress) {
   const auto fill = [&](int line) {
-    if (ShowsLine(form_.LVRDVLineConfig, line)) return;
-    templates_.LoadDefaultNotInstalledLine(static_cast<int16_t>(line), Target::NewRow);
+    const auto number = static_cast<int16_t>(line);
+    if (progress.stored_lines.contains(number) || ShowsLine(form_.LVRDVLineConfig, line)) return;
+    templates_.LoadDefaultNotInstalledLine(number, Target::NewRow);
   };
-  if (LineCounter >= kLastFilledLine) {
-    for (int line = LineCounter; line <= kLastFilledLine; ++line) fill(line);
+  if (progress.LineCounter >= kLastFilledLine) {
+    for (int line = progress.LineCounter; line <= kLastFilledLine; ++line) fill(line);
   } else {
     for (const int16_t line : kMusicOnHoldLines) fill(line);
   }

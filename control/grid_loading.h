@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 
 #include "rules/control_state.h"
 #include "rules/grid_rows.h"
@@ -31,14 +32,15 @@ class GridLoading {
   // How far the walk over the stored lines has come.
   struct Progress {
     int LineCounter = 1;  // number of the next row, and its key
-    int16_t line_type =
-        0;  // the one in force; a line of unknown type keeps that of the line before
+    // The one in force: a line of unknown type keeps that of the line before.
+    int16_t line_type = 0;
+    std::set<int16_t> stored_lines;  // shown or not
   };
 
   void ShowStoredLine(const Recordset& line, Progress& progress);
   void CreateDefaultUnit(DataBase& database, Progress& progress);
   void ReplaceCard(DataBase& database);
-  void FillWithNotInstalledLines(int LineCounter);
+  void FillWithNotInstalledLines(const Progress& progress);
 
   const Form& form_;
   ControlState& state_;

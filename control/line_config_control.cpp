@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "control/cell_editing.h"
+#include "control/cell_walk.h"
 #include "control/grid_loading.h"
 #include "control/saving.h"
 #include "data/settings_file.h"
@@ -61,9 +62,10 @@ class ucRDVLineConfig::Core : public std::enable_shared_from_this<Core> {
         templates_(form_, state_),
         unit_types_(form_, state_, templates_),
         choices_(form_, state_, templates_),
-        text_fields_(form_, std::move(options.make_label_validator)),
+        text_fields_(form_, state_, std::move(options.make_label_validator)),
         grid_loading_(form_, state_, templates_),
         cell_editing_(form_, state_, loaders_),
+        cell_walk_(form_, cell_editing_),
         saving_(form_, state_, [this] { RaiseRemoveME(); }) {}
 
   void BindHandlers();
@@ -106,6 +108,7 @@ class ucRDVLineConfig::Core : public std::enable_shared_from_this<Core> {
   TextFields text_fields_;
   GridLoading grid_loading_;
   CellEditing cell_editing_;
+  CellWalk cell_walk_;
   Saving saving_;
 };
 
@@ -117,6 +120,9 @@ void ucRDVLineConfig::Core::BindHandlers() {
   grid.on_key_press = Handler(cell_editing_, &CellEditing::LVRDVLineConfig_KeyPress);
   grid.on_column_click = Handler(cell_editing_, &CellEditing::LVRDVLineConfig_ColumnClick);
   grid.on_before_move = Handler(cell_editing_, &CellEditing::LVRDVLineConfig_BeforeMove);
+  grid.on_edit = Handler(cell_walk_, &CellWalk::EditCurrentCell);
+  grid.on_edit_next = Handler(cell_walk_, &CellWalk::EditNextCell);
+  grid.on_edit_end = Handler(cell_walk_, &CellWalk::StopEditing);
 
   using Choices = DependentChoices;
   form_.cmbLineType.on_click = Handler(choices_, &Choices::cmbLineType_Click);
@@ -151,6 +157,9 @@ void ucRDVLineConfig::Core::Release() {
   grid.on_key_press = nullptr;
   grid.on_column_click = nullptr;
   grid.on_before_move = nullptr;
+  grid.on_edit = nullptr;
+  grid.on_edit_next = nullptr;
+  grid.on_edit_end = nullptr;
 
   for (Editor* editor : form_.Editors()) editor->on_change = nullptr;
   for (ComboBox* list :

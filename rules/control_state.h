@@ -31,6 +31,9 @@ struct ControlState {
   // over from one "Restore Default" to the next.
   int16_t MohNodeCounter = 0;
 
+  // A cell is being opened by keyboard: the editors take the row's values, and nothing is written.
+  bool OpensByKeyboard = false;
+
   // ACD_Option as it was read, by line number: no editor shows it, so saving has to give it back.
   std::map<int32_t, Text> AcdOptions;
 };

@@ -2,21 +2,29 @@
 
 #include "data/database.h"
 #include "rules/error_report.h"
-#include "rules/grid_rows.h"
 #include "rules/line_codes.h"
 
 namespace rdv {
 namespace {
 
-struct Choice {
-  int32_t code;
-  Text caption;
-};
-
 // Raises 381 when nothing is selected.
 Choice SelectedEntry(const ComboBox& list) {
   const int index = list.ListIndex();
   return {list.ItemData(index), list.List(index)};
+}
+
+// What a line of that type shows for the volume; nothing where it does not take it. "Low" and the
+// "0" that only lines of music on hold are offered have the same code.
+std::optional<Text> AcceptedVolume(double line_type, const Choice& volume) {
+  constexpr int32_t kLastMohVolume = 9;
+  if (line_type == line_type::kHybrid || line_type == line_type::kImpedance) {
+    const bool low = volume.code == volume::kLow && volume.caption != u"0";
+    if (volume.code != volume::kHigh && !low) return std::nullopt;
+  } else if (line_type == line_type::kMusicOnHold) {
+    if (volume.code < 0 || volume.code > kLastMohVolume) return std::nullopt;
+    if (volume.code == 0) return u"0";
+  }
+  return volume.caption;
 }
 
 bool ModeIsAllowed(DataBase& database, int16_t given_line_type, int32_t mode_type) {
@@ -33,50 +41,58 @@ bool ModeIsAllowed(DataBase& database, int16_t given_line_type, int32_t mode_typ
 
 }  // namespace
 
-void DependentChoices::WriteChoice(ComboBox& editor, LineTypes refused, int code_column,
-                                   int caption_column) {
-  form_.cmdApply.SetEnabled(true);
-  LineGrid& grid = form_.LVRDVLineConfig;
-  if (!grid.SelectedItem()) return;
+template <typename Rule>
+void DependentChoices::Choose(const ComboBox& editor, LineTypes refused, Rule&& rule) {
+  MarkChanged(form_, state_);
+  if (!form_.LVRDVLineConfig.SelectedItem()) return;
   const Choice choice = SelectedEntry(editor);
-  ForEachSelectedRow(grid, refused, [&](int row) {
-    grid.SetCell(row, code_column, Decimal(choice.code));
-    grid.SetCell(row, caption_column, choice.caption);
-  });
+  ForEachWrittenRow(form_, state_, refused, [&](int row) { rule(row, choice); });
+}
+
+void DependentChoices::Write(int row, int code_column, int caption_column, const Choice& choice) {
+  form_.LVRDVLineConfig.SetCell(row, code_column, Decimal(choice.code));
+  form_.LVRDVLineConfig.SetCell(row, caption_column, choice.caption);
 }
 
 void DependentChoices::cmbPartition_Click() {
-  WriteChoice(form_.cmbPartition, kNotInstalledLines, column::kPartitionCode, column::kPartition);
+  Choose(form_.cmbPartition, kNotInstalledLines, [&](int row, const Choice& partition) {
+    Write(row, column::kPartitionCode, column::kPartition, partition);
+  });
 }
 
 void DependentChoices::cmbImpedance_Click() {
-  WriteChoice(form_.cmbImpedance, kLinesWithoutOptions, column::kImpedanceCode, column::kImpedance);
+  Choose(form_.cmbImpedance, kLinesWithoutOptions, [&](int row, const Choice& impedance) {
+    Write(row, column::kImpedanceCode, column::kImpedance, impedance);
+  });
 }
 
 void DependentChoices::cmbSoftStop_Click() {
-  WriteChoice(form_.cmbSoftStop, kLinesWithoutOptions, column::kSoftStopCode, column::kSoftStop);
+  Choose(form_.cmbSoftStop, kLinesWithoutOptions, [&](int row, const Choice& soft_stop) {
+    Write(row, column::kSoftStopCode, column::kSoftStop, soft_stop);
+  });
 }
 
 void DependentChoices::cmbNISOption_Click() {
-  form_.cmdApply.SetEnabled(true);
-  LineGrid& grid = form_.LVRDVLineConfig;
-  if (!grid.SelectedItem()) return;
-  const Choice choice = SelectedEntry(form_.cmbNISOption);
-  ForEachSelectedRow(grid, kLinesWithoutOptions,
-                     [&](int row) { grid.SetCell(row, column::kNISOption, choice.caption); });
+  Choose(form_.cmbNISOption, kLinesWithoutOptions, [&](int row, const Choice& option) {
+    form_.LVRDVLineConfig.SetCell(row, column::kNISOption, option.caption);
+  });
+}
+
+void DependentChoices::cmbVolume_Click() {
+  Choose(form_.cmbVolume, kNotInstalledLines, [&](int row, const Choice& volume) {
+    if (const auto shown = AcceptedVolume(LineTypeOf(form_.LVRDVLineConfig, row), volume)) {
+      Write(row, column::kVolumeCode, column::kVolume, {volume.code, *shown});
+    }
+  });
 }
 
 void DependentChoices::cmbLineType_Click() {
-  form_.cmdApply.SetEnabled(true);
-  LineGrid& grid = form_.LVRDVLineConfig;
-  if (!grid.SelectedItem()) return;
-  const int32_t chosen = SelectedEntry(form_.cmbLineType).code;
-  ForEachSelectedRow(grid, kNoLineTypes, [&](int row) {
-    if (LineTypeOf(grid, row) == chosen) return;
+  Choose(form_.cmbLineType, kNoLineTypes, [&](int row, const Choice& chosen) {
+    if (LineTypeOf(form_.LVRDVLineConfig, row) == chosen.code) return;
     // The templates are given the row's position, also where the line's own number is another.
     // There is none for an impedance line: such a row keeps its line type.
     const auto position = static_cast<int16_t>(row);
-    switch (chosen) {
+    switch (chosen.code) {
       case line_type::kNotInstalled:
         templates_.LoadDefaultNotInstalledLine(position, Target::ExistingRow);
         break;
@@ -87,26 +103,6 @@ void DependentChoices::cmbLineType_Click() {
         templates_.LoadDefaultMOHLine(position, Target::ExistingRow, Store::No);
         break;
     }
-  });
-}
-
-void DependentChoices::cmbVolume_Click() {
-  form_.cmdApply.SetEnabled(true);
-  LineGrid& grid = form_.LVRDVLineConfig;
-  if (!grid.SelectedItem()) return;
-  const auto [code, chosen_caption] = SelectedEntry(form_.cmbVolume);
-  ForEachSelectedRow(grid, kNotInstalledLines, [&](int row) {
-    const Text line_type = grid.Cell(row, column::kLineTypeCode);
-    TextView shown = chosen_caption;
-    if (line_type == u"6" || line_type == u"5") {
-      const bool low = code == volume::kLow && chosen_caption != u"0";
-      if (code != volume::kHigh && !low) return;
-    } else if (line_type == u"8") {
-      if (code < 0 || code > 9) return;
-      if (code == 0) shown = u"0";
-    }
-    grid.SetCell(row, column::kVolumeCode, Decimal(code));
-    grid.SetCell(row, column::kVolume, shown);
   });
 }
 
@@ -127,68 +123,61 @@ void DependentChoices::ShowModeNumberFor(int32_t mode_type) {
   }
 }
 
+// Goes on without a selected row, for the sake of the editors.
 void DependentChoices::cmbModeType_Click() {
   EndSilently([&] {
-    form_.cmdApply.SetEnabled(true);
+    MarkChanged(form_, state_);
     LineGrid& grid = form_.LVRDVLineConfig;
-    const auto [code, chosen_caption] = SelectedEntry(form_.cmbModeType);
-    ShowModeNumberFor(code);
+    const Choice mode = SelectedEntry(form_.cmbModeType);
+    ShowModeNumberFor(mode.code);
     DataBase database;
-    ForEachSelectedRow(grid, kNotInstalledLines, [&](int row) {
+    ForEachWrittenRow(form_, state_, kNotInstalledLines, [&](int row) {
       const int16_t given_line_type = CInt(grid.Cell(row, column::kLineTypeCode));
-      if (!ModeIsAllowed(database, given_line_type, code)) return;
-      grid.SetCell(row, column::kModeType, Decimal(code));
-      grid.SetCell(row, column::kMode,
-                   form_.cmbModeNumber.Visible()
-                       ? chosen_caption + u"=" + grid.Cell(row, column::kModeNumber)
-                       : chosen_caption);
+      if (!ModeIsAllowed(database, given_line_type, mode.code)) return;
+      const Text shown = form_.cmbModeNumber.Visible()
+                             ? mode.caption + u"=" + grid.Cell(row, column::kModeNumber)
+                             : mode.caption;
+      Write(row, column::kModeType, column::kMode, {mode.code, shown});
     });
   });
 }
 
 void DependentChoices::cmbModeNumber_Click() {
-  form_.cmdApply.SetEnabled(true);
   LineGrid& grid = form_.LVRDVLineConfig;
-  if (!grid.SelectedItem()) return;
-  const auto [code, chosen_caption] = SelectedEntry(form_.cmbModeNumber);
-  ForEachSelectedRow(grid, kLinesWithoutOptions, [&](int row) {
+  Choose(form_.cmbModeNumber, kLinesWithoutOptions, [&](int row, const Choice& number) {
     // Whether there is a number is asked of the editor, which mode it belongs to of the row.
     if (!Contains(ModeTypesWithNumber, SelectedEntry(form_.cmbModeType).code)) return;
-    grid.SetCell(row, column::kModeNumber, Decimal(code));
+    grid.SetCell(row, column::kModeNumber, Decimal(number.code));
     const Text& mode = state_.ModeNames.Item(grid.Cell(row, column::kModeType));
-    grid.SetCell(row, column::kMode, mode + u"=" + chosen_caption);
+    grid.SetCell(row, column::kMode, mode + u"=" + number.caption);
   });
 }
 
 void DependentChoices::cmbStartingNodeNumber_Click() {
-  form_.cmdApply.SetEnabled(true);
   LineGrid& grid = form_.LVRDVLineConfig;
-  if (!grid.SelectedItem()) return;
-  const auto [code, chosen_caption] = SelectedEntry(form_.cmbStartingNodeNumber);
-  ForEachSelectedRow(grid, kNotInstalledLines, [&](int row) {
+  Choose(form_.cmbStartingNodeNumber, kNotInstalledLines, [&](int row, const Choice& number) {
     const Text node_type = grid.Cell(row, column::kStartingNodeType);
     if (CDbl(node_type) == node_type::kNone) return;
-    grid.SetCell(row, column::kStartingNodeNumber, Decimal(code));
+    grid.SetCell(row, column::kStartingNodeNumber, Decimal(number.code));
     const Text& node = state_.NodeNames.Item(node_type);
-    grid.SetCell(row, column::kStartingNode, node + u" " + chosen_caption);
+    grid.SetCell(row, column::kStartingNode, node + u" " + number.caption);
   });
 }
 
 void DependentChoices::cmbStartingNodeName_Click() {
   EndSilently([&] {
-    form_.cmdApply.SetEnabled(true);
+    MarkChanged(form_, state_);
     LineGrid& grid = form_.LVRDVLineConfig;
     if (!grid.SelectedItem()) return;
-    const auto [code, chosen_caption] = SelectedEntry(form_.cmbStartingNodeName);
-    OfferNodeNumbersFor(code);
-    ForEachSelectedRow(grid, kNotInstalledLines, [&](int row) {
+    const Choice node = SelectedEntry(form_.cmbStartingNodeName);
+    OfferNodeNumbersFor(node.code);
+    ForEachWrittenRow(form_, state_, kNotInstalledLines, [&](int row) {
       const int16_t given_line_type = CInt(grid.Cell(row, column::kLineTypeCode));
-      if (!Contains(StartNodeTypesOf(given_line_type), code)) return;
-      grid.SetCell(row, column::kStartingNodeType, Decimal(code));
-      grid.SetCell(row, column::kStartingNode,
-                   code == node_type::kNone
-                       ? chosen_caption
-                       : chosen_caption + u" " + grid.Cell(row, column::kStartingNodeNumber));
+      if (!Contains(StartNodeTypesOf(given_line_type), node.code)) return;
+      const Text shown = node.code == node_type::kNone
+                             ? node.caption
+                             : node.caption + u" " + grid.Cell(row, column::kStartingNodeNumber);
+      Write(row, column::kStartingNodeType, column::kStartingNode, {node.code, shown});
     });
   });
 }
@@ -270,7 +259,7 @@ int64_t LeadingNumber(TextView text, const NumberRange& range) {
 }  // namespace
 
 void DependentChoices::FilterTypedNumber(ComboBox& editor) {
-  form_.cmdApply.SetEnabled(true);
+  MarkChanged(form_, state_);
   const NumberRange range = RangeOf(editor);
   const int64_t value = LeadingNumber(editor.Text(), range);
   const Text cleaned = Decimal(value);

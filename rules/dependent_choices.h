@@ -1,18 +1,24 @@
 // What a choice in an in-place editor does to the selected rows and to the other editors. Every
-// handler first marks the control as changed by enabling cmdApply. A choice that a row's line type
-// does not allow leaves that row as it was, without a word.
+// handler first marks the control as changed. A choice that a row's line type does not allow leaves
+// that row as it was, without a word.
 #pragma once
 
 #include <cstdint>
 
-#include "rules/control_state.h"
+#include "rules/grid_rows.h"
 #include "rules/line_templates.h"
 #include "widgets/form.h"
 
 namespace rdv {
 
-// The handlers run whenever the selected entry or the text changes, whoever changed it; a
-// selection made by one handler runs another's inside it. cmbModeType_Click and
+// An entry of a list: its item data and its caption.
+struct Choice {
+  int32_t code;
+  Text caption;
+};
+
+// The handlers run whenever an entry is selected or the text changes, whoever did it; a selection
+// made by one handler runs another's inside it. cmbModeType_Click and
 // cmbStartingNodeName_Click end silently on an error; the others let it out, and the row that it
 // struck keeps what was not yet written.
 class DependentChoices {
@@ -35,8 +41,11 @@ class DependentChoices {
   void cmbSoftStop_Click();
 
  private:
-  // What most editors do: write the entry's code and caption as they are.
-  void WriteChoice(ComboBox& editor, LineTypes refused, int code_column, int caption_column);
+  // The frame of most handlers: calls rule(row, choice) for every selected row whose line type is
+  // not refused. Raises 381 when nothing is selected in the editor.
+  template <typename Rule>
+  void Choose(const ComboBox& editor, LineTypes refused, Rule&& rule);
+  void Write(int row, int code_column, int caption_column, const Choice& choice);
   void FilterTypedNumber(ComboBox& editor);
   void ShowModeNumberFor(int32_t mode_type);
   void OfferNodeNumbersFor(int32_t node_type);

@@ -17,4 +17,14 @@ void SelectByCode(ComboBox& list, double code) {
   }
 }
 
+void SelectByText(ComboBox& list, TextView caption) {
+  for (int index = 0; index < list.ListCount(); ++index) {
+    if (list.List(index) == caption) {
+      list.SetListIndex(index);
+      return;
+    }
+  }
+  list.SetText(caption);
+}
+
 }  // namespace rdv

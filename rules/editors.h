@@ -12,4 +12,7 @@ void ShowEditors(const Form& form, bool Visible);
 // Selects the first entry whose item data is `code`; without one the selection stays as it is.
 void SelectByCode(ComboBox& list, double code);
 
+// The same by caption; without such an entry the text is set all the same.
+void SelectByText(ComboBox& list, TextView caption);
+
 }  // namespace rdv

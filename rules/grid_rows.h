@@ -4,10 +4,11 @@
 #include <array>
 #include <span>
 
+#include "rules/control_state.h"
 #include "rules/grid_columns.h"
 #include "rules/line_codes.h"
 #include "runtime/conversion.h"
-#include "widgets/line_grid.h"
+#include "widgets/form.h"
 
 namespace rdv {
 
@@ -49,6 +50,20 @@ void ForEachSelectedRow(const LineGrid& grid, LineTypes refused, Rule&& rule) {
   for (int row = 1; row <= grid.RowCount(); ++row) {
     if (grid.Selected(row) && !Contains(refused, LineTypeOf(grid, row))) rule(row);
   }
+}
+
+// What a change in an editor begins with: there is something to save. Not while a cell is opened by
+// keyboard, when the editors change without the user having chosen anything.
+inline void MarkChanged(const Form& form, const ControlState& state) {
+  if (!state.OpensByKeyboard) form.cmdApply.SetEnabled(true);
+}
+
+// The rows that a change in an editor goes into: the selected ones, but none while a cell is opened
+// by keyboard.
+template <typename Rule>
+void ForEachWrittenRow(const Form& form, const ControlState& state, LineTypes refused,
+                       Rule&& rule) {
+  if (!state.OpensByKeyboard) ForEachSelectedRow(form.LVRDVLineConfig, refused, rule);
 }
 
 }  // namespace rdv

@@ -120,7 +120,9 @@ bool LineTemplates::LoadDefaultLine(const LineTemplate& source, int16_t line, Ta
     const RowCells cells = CellsFrom(source, line);
     Place(form_.LVRDVLineConfig, line, target, cells);
     if (store == Store::Yes) {
-      DataBase().Insert_All_Lines(LineArgumentsOf(cells, state_.BusinessRules.ConfigID, u"0"));
+      DataBase database;
+      database.Insert_All_Lines(LineArgumentsOf(cells, state_.BusinessRules.ConfigID, u"0"));
+      database.Close();
     }
   });
 }

@@ -17,11 +17,13 @@ Text DigitsOf(TextView text) {
 
 }  // namespace
 
-TextFields::TextFields(const Form& form, LabelValidatorFactory make_label_validator)
-    : form_(form), make_label_validator_(std::move(make_label_validator)) {}
+TextFields::TextFields(const Form& form, const ControlState& state,
+                       LabelValidatorFactory make_label_validator)
+    : form_(form), state_(state), make_label_validator_(std::move(make_label_validator)) {}
 
 void TextFields::txtEWTOption_Change() {
-  form_.cmdApply.SetEnabled(true);
+  if (state_.OpensByKeyboard) return;
+  MarkChanged(form_, state_);
   LineGrid& grid = form_.LVRDVLineConfig;
   TextBox& box = form_.txtEWTOption;
   if (!grid.SelectedItem()) return;
@@ -37,12 +39,16 @@ void TextFields::txtEWTOption_Change() {
 }
 
 void TextFields::txtLabel_Change() {
+  if (state_.OpensByKeyboard) return;
   EndSilently([&] {
-    form_.cmdApply.SetEnabled(true);
+    MarkChanged(form_, state_);
     LineGrid& grid = form_.LVRDVLineConfig;
     if (!grid.SelectedItem()) return;
 
-    if (!make_label_validator_()->IsAcceptable(form_.txtLabel.Text())) RejectLabel();
+    // Kept to the end: an outside component may go with the last of its objects, in the middle of
+    // the change that rejecting the label raises.
+    const std::unique_ptr<LabelValidator> validator = make_label_validator_();
+    if (!validator->IsAcceptable(form_.txtLabel.Text())) RejectLabel();
 
     ForEachSelectedRow(grid, kNotInstalledLines,
                        [&](int row) { grid.SetCell(row, column::kLabel, form_.txtLabel.Text()); });

@@ -1,7 +1,9 @@
 // The two editors that take free text: the EWT option and the label. Each change of a text, typed
-// or set, cleans it and copies it into the selected rows.
+// or set, cleans it and copies it into the selected rows; but what a cell shows that is opened by
+// keyboard is left as it is.
 #pragma once
 
+#include "rules/control_state.h"
 #include "rules/label_validator.h"
 #include "widgets/form.h"
 
@@ -9,8 +11,9 @@ namespace rdv {
 
 class TextFields {
  public:
-  // The form outlives the rules; the factory is called for each change of the label.
-  TextFields(const Form& form, LabelValidatorFactory make_label_validator);
+  // Form and state outlive the rules; the factory is called for each change of the label.
+  TextFields(const Form& form, const ControlState& state,
+             LabelValidatorFactory make_label_validator);
 
   // Keeps the digits. Raises 6 for a number beyond 32 bits.
   void txtEWTOption_Change();
@@ -22,6 +25,7 @@ class TextFields {
   void RejectLabel();
 
   const Form& form_;
+  const ControlState& state_;
   LabelValidatorFactory make_label_validator_;
 };
 

@@ -63,11 +63,11 @@ bool UnitTypes::LoadDefaultRDVType() {
 void UnitTypes::AssignIndextoDefaultBox(int16_t Line1LineType, int16_t Line5LineType) {
   // Hybrid lines in the first half settle the unit type by themselves, impedance lines do not.
   if (Line1LineType == line_type::kImpedance && Line5LineType == line_type::kImpedance) {
-    form_.cmbRDVType.SetText(kEightImpedanceLines);
+    SelectByText(form_.cmbRDVType, kEightImpedanceLines);
   } else if (Line1LineType == line_type::kHybrid && Line5LineType == line_type::kHybrid) {
-    form_.cmbRDVType.SetText(kEightHybridLines);
+    SelectByText(form_.cmbRDVType, kEightHybridLines);
   } else if (Line1LineType == line_type::kHybrid) {
-    form_.cmbRDVType.SetText(kFourHybridLines);
+    SelectByText(form_.cmbRDVType, kFourHybridLines);
   }
 }
 

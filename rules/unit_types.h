@@ -18,8 +18,8 @@ class UnitTypes {
   // Fills cmbRDVType and selects its first entry. Reports like the list loaders.
   bool LoadDefaultRDVType();
 
-  // Sets the text of cmbRDVType from the line types of lines 1 and 5; line types that say nothing
-  // leave it as it is.
+  // Selects the entry of cmbRDVType by the line types of lines 1 and 5; before the list is filled
+  // its text is set all the same. Line types that say nothing leave it as it is.
   void AssignIndextoDefaultBox(int16_t Line1LineType, int16_t Line5LineType);
 
   // "Restore Default": throws the rows away and makes those of the chosen unit type. Nothing is

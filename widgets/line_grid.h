@@ -38,6 +38,13 @@ class LineGrid : public Widget {
   virtual Text Cell(int row, int column) const = 0;
   virtual void SetCell(int row, int column, TextView text) = 0;
 
+  // The row that the arrow keys move; it need not be selected.
+  virtual std::optional<int> FocusedRow() const = 0;
+  // Gives the row the focus within the grid and selects it, alone unless it is selected already.
+  virtual void GoToRow(int row) = 0;
+  // Scrolls a cell into sight, as far as it fits. No handler runs.
+  virtual void ShowCell(int row, int column) = 0;
+
   // Relative to the grid, with the scroll in them.
   virtual Twips RowLeft(int row) const = 0;
   virtual Twips RowTop(int row) const = 0;
@@ -57,10 +64,16 @@ class LineGrid : public Widget {
   std::function<void(Twips x, Twips y)> on_mouse_down;
   std::function<void(int row)> on_item_click;
   std::function<void(Twips x, Twips y)> on_mouse_up;
-  std::function<void(char16_t key)> on_key_press;  // ctrl+a is 1
+  std::function<void(char16_t key)> on_key_press;  // ctrl+a is 1; the list gets it afterwards
   std::function<void(int column)> on_column_click;
   // A scroll message or a press on the header, its dividers included, before the grid acts on it.
   std::function<void()> on_before_move;
+
+  // By keyboard: the current cell is to be edited, then the next or the previous one; editing is
+  // over.
+  std::function<void()> on_edit;
+  std::function<void(bool backward)> on_edit_next;
+  std::function<void()> on_edit_end;
 };
 
 }  // namespace rdv

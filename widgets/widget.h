@@ -35,6 +35,8 @@ class Widget {
   virtual void SetVisible(bool visible) = 0;
   virtual bool Enabled() const = 0;
   virtual void SetEnabled(bool enabled) = 0;
+  // The keyboard goes to the widget or to a part of it.
+  virtual bool Focused() const = 0;
   virtual void SetFocus() = 0;
 };
 
@@ -70,7 +72,8 @@ class Editor : public Widget {
 class TextBox : public Editor {};
 
 // A drop-down list. Every entry carries its code as item data beside its caption. Where it takes
-// typed text (see form.h), typed or set text leaves no entry selected.
+// typed text (see form.h), another text that is typed or set leaves no entry selected; the text
+// that is shown already changes nothing.
 class ComboBox : public Editor {
  public:
   // All entries go; nothing is selected, the shown text is empty, no handler runs.
@@ -83,14 +86,15 @@ class ComboBox : public Editor {
 
   // -1 = none.
   virtual int ListIndex() const = 0;
-  // Shows the entry's caption as the text and raises on_click, both only when the selected entry
-  // becomes another one. Raises 380 for an index outside the list; -1 selects nothing.
+  // Shows the entry's caption as the text and raises on_click, also when the entry is selected
+  // already. -1 selects nothing, empties the text and raises nothing. Raises 380 for an index
+  // outside the list.
   virtual void SetListIndex(int index) = 0;
 
   // Smallest width of the dropped-down list, in pixels.
   virtual void SetDropDownWidth(int pixels) = 0;
 
-  // The selected entry changed, or the user picked an entry (the shown one included).
+  // An entry was selected, by the user or by code, the one that was selected before included.
   std::function<void()> on_click;
 };
 

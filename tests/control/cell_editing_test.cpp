@@ -246,6 +246,32 @@ TEST_F(CellEditing, AClickMarksTheControlAsChanged) {
   EXPECT_TRUE(form().cmdApply.Enabled());
 }
 
+TEST_F(CellEditing, EveryClickMarksTheControlAsChangedAgain) {
+  for (const int row : {2, 3}) {
+    Click(row, column::kLine);
+    EXPECT_TRUE(form().cmdApply.Enabled()) << row;
+    Press(form().cmdApply);
+    ASSERT_FALSE(form().cmdApply.Enabled());
+  }
+}
+
+TEST_F(CellEditing, ASecondClickOnACellRunsItsRulesAgain) {
+  Click(6, column::kStartingNode);  // its node type has no maximum
+  EXPECT_THAT(VisibleEditors(), ElementsAre("cmbStartingNodeName"));
+  Click(6, column::kStartingNode);
+  EXPECT_THAT(VisibleEditors(), ElementsAre("cmbStartingNodeName"));
+}
+
+TEST_F(CellEditing, AClickOffersTheNumbersOfTheClickedLineAlsoWhereItsNodeIsSelectedAlready) {
+  Click(2, column::kStartingNode);  // partition 2
+  form().cmbStartingNodeName.SetListIndex(1);
+  ASSERT_EQ(form().cmbStartingNodeName.Text(), u"Menu");
+  ASSERT_EQ(form().cmbStartingNodeNumber.ListCount(), 999);
+  Click(1, column::kStartingNode);
+  ASSERT_EQ(form().cmbStartingNodeName.Text(), u"Menu");
+  EXPECT_EQ(form().cmbStartingNodeNumber.ListCount(), 10);
+}
+
 // Rows whose values are all on offer. Loading them into the editors overwrites cells on the way.
 TEST_F(CellEditing, LoadingARowIntoTheEditorsLeavesItsValuesAsTheyAre) {
   for (const int row : {2, 3, 5, 9, 10}) {
@@ -383,6 +409,7 @@ class UnfocusableTextBox : public TextBox {
   void SetVisible(bool) override {}
   bool Enabled() const override { return true; }
   void SetEnabled(bool) override {}
+  bool Focused() const override { return false; }
   void SetFocus() override { Raise(LanguageError::InvalidProcedureCall); }
   Twips Left() const override { return 0; }
   Twips Top() const override { return 0; }

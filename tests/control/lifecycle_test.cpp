@@ -186,6 +186,7 @@ class FailingFrame : public Frame {
     if (enabled) Raise(LanguageError::ObjectVariableNotSet);
     enabled_ = enabled;
   }
+  bool Focused() const override { return false; }
   void SetFocus() override {}
 
  private:
@@ -217,8 +218,10 @@ TEST_P(AssignedUnitType, FollowsTheLineTypesOfLines1And5) {
   ASSERT_TRUE(control().ShowControl(1));
   form().cmbRDVType.SetText(u"as it was");
   control().AssignIndextoDefaultBox(GetParam().line1, GetParam().line5);
-  EXPECT_EQ(form().cmbRDVType.Text(),
-            GetParam().text.empty() ? TextView(u"as it was") : GetParam().text);
+  const TextView text = GetParam().text.empty() ? TextView(u"as it was") : GetParam().text;
+  EXPECT_EQ(form().cmbRDVType.Text(), text);
+  const int index = form().cmbRDVType.ListIndex();
+  EXPECT_EQ(index >= 0 ? form().cmbRDVType.List(index) : Text(u"as it was"), text);
 }
 
 INSTANTIATE_TEST_SUITE_P(Pairs, AssignedUnitType,
@@ -236,6 +239,7 @@ TEST_F(Lifecycle, AssigningBeforeTheListsAreLoadedSetsTheTextAllTheSame) {
   Create();
   control().AssignIndextoDefaultBox(6, 1);
   EXPECT_EQ(form().cmbRDVType.Text(), u"4 Hybrid Lines 2 MOH Lines");
+  EXPECT_EQ(form().cmbRDVType.ListIndex(), -1);
 }
 
 TEST_F(Lifecycle, ShowingAllEditorsLeavesTheLineTypeInvisible) {
@@ -290,7 +294,9 @@ TEST_F(Lifecycle, ADestroyedControlNoLongerListensToItsForm) {
   const Form& f = form();
   EXPECT_FALSE(f.LVRDVLineConfig.on_mouse_down || f.LVRDVLineConfig.on_item_click ||
                f.LVRDVLineConfig.on_mouse_up || f.LVRDVLineConfig.on_key_press ||
-               f.LVRDVLineConfig.on_column_click || f.LVRDVLineConfig.on_before_move);
+               f.LVRDVLineConfig.on_column_click || f.LVRDVLineConfig.on_before_move ||
+               f.LVRDVLineConfig.on_edit || f.LVRDVLineConfig.on_edit_next ||
+               f.LVRDVLineConfig.on_edit_end);
   for (const Editor* editor : f.Editors()) EXPECT_FALSE(editor->on_change);
   for (const ComboBox* list :
        {&f.cmbLineType, &f.cmbPartition, &f.cmbStartingNodeName, &f.cmbStartingNodeNumber,

@@ -277,6 +277,17 @@ TEST_F(Loading, TheFillLeavesOutALineThatARowShowsAlready) {
   EXPECT_EQ(Cell(3, column::kLineType), u"Not Installed");
 }
 
+TEST_F(Loading, TheFillLeavesOutAStoredLineThatNoRowShows) {
+  UseSite("plain");
+  for (const TextView line : {u"11", u"12"}) DeleteLine(line);
+  const Text partner = StoredLine(3, 10);
+  Show(3);
+  EXPECT_THAT(Lines(), ElementsAre(u"1", u"2", u"3", u"4", u"5", u"6", u"7", u"8", u"9"));
+  form().cmdApply.SetEnabled(true);
+  Press(form().cmdApply);
+  EXPECT_EQ(StoredLine(3, 10), partner);
+}
+
 TEST_F(Loading, TenCountedRowsAreFilledUpToLine10) {
   UseSite("plain");
   for (const TextView line : {u"10", u"11", u"12"}) DeleteLine(line);

@@ -135,6 +135,7 @@ TEST_F(TextEditors, TheCaretOfACleanedLabelStaysWhereItWasLessWhatWasDroppedBefo
 struct ValidatorProbe {
   int made = 0;
   int alive = 0;
+  int most_alive = 0;
   bool fails = false;
 
   LabelValidatorFactory Factory() {
@@ -146,11 +147,12 @@ struct ValidatorProbe {
     explicit Validator(ValidatorProbe& probe) : probe_(probe) {
       ++probe_.made;
       ++probe_.alive;
+      probe_.most_alive = std::max(probe_.most_alive, probe_.alive);
     }
     ~Validator() override { --probe_.alive; }
     bool IsAcceptable(TextView label) override {
       if (probe_.fails) Raise(LanguageError::ObjectVariableNotSet);
-      return label != u"refused";
+      return label != u"refused" && label.find(u'"') == TextView::npos;
     }
 
    private:
@@ -167,6 +169,21 @@ TEST_F(TextEditors, AValidatorIsMadeForEachLabelChangeAndLetGoAtItsEnd) {
   Paste(form().txtLabel, u"one");
   Paste(form().txtLabel, u"two");
   EXPECT_EQ(probe.made, made + 2);
+  EXPECT_EQ(probe.alive, 0);
+}
+
+// Cleaning the label is a change of its own, with a validator of its own, in the middle of the
+// first.
+TEST_F(TextEditors, AValidatorLivesToTheEndOfItsChange) {
+  ValidatorProbe probe;
+  Create({.make_label_validator = probe.Factory()});
+  ASSERT_TRUE(control().ShowControl(1));
+  Click(1, column::kLabel);
+  Paste(form().txtLabel, u"one");
+  ASSERT_EQ(probe.most_alive, 1);
+  Paste(form().txtLabel, u"\"two\"");
+  EXPECT_EQ(form().txtLabel.Text(), u"two");
+  EXPECT_EQ(probe.most_alive, 2);
   EXPECT_EQ(probe.alive, 0);
 }
 

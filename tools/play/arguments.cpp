@@ -75,7 +75,7 @@ HeldKeys Arguments::AsHeldKeys(size_t from) const {
 Text Arguments::AsKey(size_t position) const {
   const Token& key = given_[position];
   if (key.text == u"ctrl+a") return Text(1, kCtrlA);
-  if (!IsOneCharacter(key.text)) Fail(position, "ctrl+a or one printable character");
+  if (!IsOneCharacter(key.text)) Fail(position, "ctrl+a, f2 or one printable character");
   return key.text;
 }
 

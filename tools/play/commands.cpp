@@ -121,6 +121,7 @@ void Commands::ClickAt(const Arguments& given) {
 }
 
 void Commands::Key(const Arguments& given) {
+  if (given.AsText(0) == u"f2") return Answer(driver_.PressEditKey());
   for (const char16_t unit : given.AsKey(0)) {
     if (const Refusal refused = driver_.PressKey(unit)) return Answer(refused);
   }

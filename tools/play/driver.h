@@ -58,6 +58,7 @@ class Driver {
   virtual Refusal ClickCell(int row, int column, HeldKeys held) = 0;
   virtual Refusal ClickAt(Twips x, Twips y, HeldKeys held) = 0;
   virtual Refusal PressKey(char16_t key) = 0;  // ctrl+a is 1
+  virtual Refusal PressEditKey() = 0;          // F2
   virtual Refusal ClickHeader(int column) = 0;
   virtual Refusal ResizeColumn(int column, Twips width) = 0;
   virtual Refusal ScrollHorizontally(Twips distance) = 0;

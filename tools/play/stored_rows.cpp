@@ -1,5 +1,9 @@
 #include "tools/play/stored_rows.h"
 
+#include <algorithm>
+#include <array>
+#include <span>
+
 #include "data/connection_route.h"
 #include "data/folders_and_files.h"
 #include "runtime/error.h"
@@ -7,26 +11,89 @@
 namespace rdv::play {
 namespace {
 
-constexpr TextView kLineStatement =
-    u"SELECT Config_ID, Base_Slot_No, Slot_Offset, Line, Partition_Name, Partition_ID, "
-    u"Starting_Node_Caption, Starting_Node_Type_ID, Starting_Node_Number, Volume_Name, Volume_ID, "
-    u"Mode_Caption, Mode_Type_ID, Mode_Ring_Number, Description, NIS_Option, RTQA_Option, "
-    u"ACD_Option, LineType, Impedance, SoftStop, rsvd1, rsvd2, rsvd3 FROM Used_Lines "
-    u"WHERE Config_ID = `Given_ConfigID` ORDER BY Base_Slot_No, Slot_Offset, Line";
+constexpr auto kLineColumns = std::to_array<TextView>({u"Config_ID",
+                                                       u"Base_Slot_No",
+                                                       u"Slot_Offset",
+                                                       u"Line",
+                                                       u"Partition_Name",
+                                                       u"Partition_ID",
+                                                       u"Starting_Node_Caption",
+                                                       u"Starting_Node_Type_ID",
+                                                       u"Starting_Node_Number",
+                                                       u"Volume_Name",
+                                                       u"Volume_ID",
+                                                       u"Mode_Caption",
+                                                       u"Mode_Type_ID",
+                                                       u"Mode_Ring_Number",
+                                                       u"Description",
+                                                       u"NIS_Option",
+                                                       u"RTQA_Option",
+                                                       u"ACD_Option",
+                                                       u"LineType",
+                                                       u"Impedance",
+                                                       u"SoftStop",
+                                                       u"rsvd1",
+                                                       u"rsvd2",
+                                                       u"rsvd3"});
+constexpr auto kCardColumns = std::to_array<TextView>(
+    {u"Config_ID", u"Base_Slot_No", u"Slot_Offset", u"Slot_Caption", u"Card_Type_Name",
+     u"Card_Type_No", u"Card_Variant", u"Part_Num", u"Country_Code"});
+// The first columns of each table, by which rows are told apart: the configuration, then the order.
+constexpr size_t kConfigColumn = 0;
+constexpr size_t kLineKeys = 4;
+constexpr size_t kCardKeys = 3;
 
-constexpr TextView kCardStatement =
-    u"SELECT Config_ID, Base_Slot_No, Slot_Offset, Slot_Caption, Card_Type_Name, Card_Type_No, "
-    u"Card_Variant, Part_Num, Country_Code FROM Used_Cards "
-    u"WHERE Config_ID = `Given_ConfigID` ORDER BY Base_Slot_No, Slot_Offset";
+// Everything in the table, whatever columns it has.
+RowTable WholeTable(TextView table) {
+  const auto connection =
+      OpenConnection(u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + GetDatabaseFolder() +
+                     Text(ORVANTPlusFilesAndFolders::kDatabaseFile));
+  return connection->Execute(u"SELECT * FROM " + Text(table), {}).rows.value_or(RowTable{});
+}
 
-RowTable RowsOf(TextView statement, int16_t config) {
+// The named columns in that order. One that the table lacks is Null in every row.
+RowTable Columns(const RowTable& table, std::span<const TextView> names) {
+  RowTable chosen;
+  chosen.rows.resize(table.rows.size());
+  for (const TextView name : names) {
+    const auto found =
+        std::find_if(table.columns.begin(), table.columns.end(),
+                     [&](const Text& column) { return EqualsIgnoringCase(column, name); });
+    const auto index = static_cast<size_t>(found - table.columns.begin());
+    chosen.columns.emplace_back(name);
+    for (size_t row = 0; row < table.rows.size(); ++row) {
+      chosen.rows[row].push_back(found == table.columns.end() ? Value(Null())
+                                                              : table.rows[row][index]);
+    }
+  }
+  return chosen;
+}
+
+// Nothing for a field that holds no whole number.
+std::optional<int32_t> NumberIn(const Value& field) {
+  if (IsNull(field)) return std::nullopt;
   try {
-    const auto connection =
-        OpenConnection(u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + GetDatabaseFolder() +
-                       Text(ORVANTPlusFilesAndFolders::kDatabaseFile));
-    const Argument given = Decimal(config);
-    constexpr Parameter kParameter{u"Given_ConfigID", ParameterKind::WholeNumber};
-    return connection->Execute(statement, {&given, 1}, {&kParameter, 1}).rows.value_or(RowTable{});
+    return ToLong(field);
+  } catch (const RuntimeError&) {
+    return std::nullopt;
+  }
+}
+
+RowTable RowsOf(int16_t config, TextView table, std::span<const TextView> columns, size_t keys) {
+  try {
+    RowTable chosen = Columns(WholeTable(table), columns);
+    std::erase_if(chosen.rows, [&](const std::vector<Value>& row) {
+      return NumberIn(row[kConfigColumn]) != config;
+    });
+    std::stable_sort(
+        chosen.rows.begin(), chosen.rows.end(),
+        [&](const std::vector<Value>& left, const std::vector<Value>& right) {
+          return std::lexicographical_compare(
+              left.begin(), left.begin() + static_cast<ptrdiff_t>(keys), right.begin(),
+              right.begin() + static_cast<ptrdiff_t>(keys),
+              [](const Value& one, const Value& other) { return NumberIn(one) < NumberIn(other); });
+        });
+    return chosen;
   } catch (const RuntimeError&) {
     return {};
   }
@@ -35,11 +102,11 @@ RowTable RowsOf(TextView statement, int16_t config) {
 }  // namespace
 
 RowTable StoredLines(int16_t config) {
-  return RowsOf(kLineStatement, config);
+  return RowsOf(config, u"Used_Lines", kLineColumns, kLineKeys);
 }
 
 RowTable StoredCards(int16_t config) {
-  return RowsOf(kCardStatement, config);
+  return RowsOf(config, u"Used_Cards", kCardColumns, kCardKeys);
 }
 
 }  // namespace rdv::play

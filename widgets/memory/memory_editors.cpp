@@ -35,10 +35,10 @@ void MemoryComboBox::SetText(TextView text) {
     }
     return;
   }
-  const bool changes = text != line_.Text();
+  if (text == line_.Text()) return;
   list_index_ = -1;
   line_.Set(text);
-  if (changes) Notify(on_change);
+  Notify(on_change);
 }
 
 void MemoryComboBox::Clear() {
@@ -52,9 +52,8 @@ void MemoryComboBox::AddItem(TextView caption, int32_t item_data) {
 
 void MemoryComboBox::SetListIndex(int index) {
   if (index < -1 || index >= ListCount()) Raise(LanguageError::InvalidPropertyValue);
-  if (index == list_index_) return;
   Select(index);
-  Notify(on_click);
+  if (index >= 0) Notify(on_click);
 }
 
 Refusal MemoryComboBox::UserPick(int index) {

@@ -80,6 +80,29 @@ std::optional<int> MemoryLineGrid::SelectedItem() const {
   return std::nullopt;
 }
 
+void MemoryLineGrid::GoToRow(int row) {
+  if (!Selected(row)) {
+    DeselectAll();
+    SetSelected(row, true);
+    anchor_ = row;
+  }
+  focused_row_ = row;
+}
+
+void MemoryLineGrid::ShowCell(int row, int column) {
+  RowAt(row);
+  const Twips left = ColumnLeft(column);
+  const Twips right = left + ColumnWidth(column);
+  if (left < scrolled_right_) {
+    scrolled_right_ = left;
+  } else if (right > scrolled_right_ + Width()) {
+    scrolled_right_ = right - Width();
+  }
+  const int last_above = std::max(row - WholeRowsInSight(), 0);
+  scrolled_down_ = std::clamp(scrolled_down_, last_above, row - 1);
+  HoldScrollAtTheEnds();
+}
+
 std::optional<int> MemoryLineGrid::HitTest(Twips x, Twips y) const {
   if (y < kGridHeaderHeight || x + scrolled_right_ < 0 || x + scrolled_right_ > ContentWidth()) {
     return std::nullopt;
@@ -123,6 +146,13 @@ Refusal MemoryLineGrid::UserKey(char16_t key) {
   if (const Refusal refused = WhyOutOfReach()) return refused;
   SetFocus();
   Notify(on_key_press, key);
+  return std::nullopt;
+}
+
+Refusal MemoryLineGrid::UserEditKey() {
+  if (const Refusal refused = WhyOutOfReach()) return refused;
+  SetFocus();
+  Notify(on_edit);
   return std::nullopt;
 }
 

@@ -49,6 +49,9 @@ class MemoryLineGrid : public MemoryWidget<LineGrid> {
   bool Selected(int row) const override { return RowAt(row).selected; }
   void SetSelected(int row, bool selected) override { RowAt(row).selected = selected; }
   std::optional<int> SelectedItem() const override;
+  std::optional<int> FocusedRow() const override { return focused_row_; }
+  void GoToRow(int row) override;
+  void ShowCell(int row, int column) override;
 
   std::optional<int> HitTest(Twips x, Twips y) const override;
 
@@ -59,6 +62,8 @@ class MemoryLineGrid : public MemoryWidget<LineGrid> {
   Refusal UserClickCell(int row, int column, HeldKeys held = {});
   // The key goes to the grid, which takes the focus; ctrl+a is 1.
   Refusal UserKey(char16_t key);
+  // F2 on the grid, which has or takes the focus.
+  Refusal UserEditKey();
   Refusal UserColumnClick(int column);
   // The header's divider is dragged until the column is that wide.
   Refusal UserResizeColumn(int column, Twips width);

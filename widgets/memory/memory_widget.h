@@ -43,6 +43,7 @@ class MemoryWidget : public Contract {
     enabled_ = enabled;
     if (!enabled) focus_.TakeFrom(name_);
   }
+  bool Focused() const override { return focus_.Holder() == name_; }
   // Nothing happens where the keyboard cannot go.
   void SetFocus() override {
     if (!WhyOutOfReach()) focus_.Give(name_);

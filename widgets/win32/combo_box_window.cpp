@@ -73,7 +73,7 @@ void ComboBoxWindow::SetText(TextView text) {
     }
     return;
   }
-  const bool changes = text != Text();
+  if (text == Text()) return;
   known_text_ = text;
   list_index_ = -1;
   setting_ = true;
@@ -81,7 +81,7 @@ void ComboBoxWindow::SetText(TextView text) {
   SetWindowTextW(Handle(), Wide(known_text_));
   setting_ = false;
   SetCaret(0);
-  if (changes && on_change) on_change();
+  if (on_change) on_change();
 }
 
 size_t ComboBoxWindow::Caret() const {
@@ -134,13 +134,14 @@ int32_t ComboBoxWindow::ItemData(int index) const {
 
 void ComboBoxWindow::SetListIndex(int index) {
   if (index < -1 || index >= ListCount()) Raise(LanguageError::InvalidPropertyValue);
-  if (index == list_index_) return;
   list_index_ = index;
   setting_ = true;
   SendMessageW(Handle(), CB_SETCURSEL, static_cast<WPARAM>(index), 0);
   setting_ = false;
   known_text_ = Text();
-  if (on_click) on_click();
+  // The platform highlights what it writes into the text part.
+  if (entry_ == TextEntry::Typed) SetCaret(0);
+  if (index >= 0 && on_click) on_click();
 }
 
 void ComboBoxWindow::SetDropDownWidth(int pixels) {

@@ -2,22 +2,10 @@
 
 #include <algorithm>
 
+#include "widgets/win32/window_widget.h"
+
 namespace rdv::win32 {
 namespace {
-
-// The grid's columns with an editor of their own.
-constexpr int kFirstEditedColumn = 12;
-constexpr int kLastEditedColumn = 20;
-
-bool HasFocus(HWND window) {
-  const HWND focus = GetFocus();
-  return focus && (focus == window || IsChild(window, focus));
-}
-
-HWND WindowOf(Editor* editor) {
-  if (auto* list = dynamic_cast<ComboBoxWindow*>(editor)) return list->Handle();
-  return dynamic_cast<EditorWindow<TextBox>&>(*editor).Handle();
-}
 
 // A frame is disabled while lines are loaded, the form in a form designer.
 bool CanTakeFocus(HWND window) {
@@ -61,10 +49,9 @@ bool IsDroppedDown(HWND focus) {
 
 }  // namespace
 
-KeyboardWalk::KeyboardWalk(const Form& form, LineGridWindow& grid, std::span<const Stop> stops)
-    : form_(form), grid_(grid), column_(kFirstEditedColumn) {
+KeyboardWalk::KeyboardWalk(const Form& form, const LineGrid& grid, std::span<const Stop> stops)
+    : form_(form), grid_(grid) {
   std::copy_n(stops.begin(), stops_.size(), stops_.begin());
-  grid_.on_edit_request = [this] { OpenCurrentCell(); };
 }
 
 bool KeyboardWalk::Translate(const MSG& message) {
@@ -75,7 +62,7 @@ bool KeyboardWalk::Translate(const MSG& message) {
     const bool closes = message.wParam == VK_RETURN || message.wParam == VK_ESCAPE;
     return (closes || MovesWithin(message.wParam)) && ToWindow(message);
   }
-  return FocusedEditor() ? TranslateEditorKey(message, shift) : TranslateKey(message, shift);
+  return Editing() ? TranslateEditorKey(message, shift) : TranslateKey(message, shift);
 }
 
 bool KeyboardWalk::TranslateKey(const MSG& message, bool shift) {
@@ -93,11 +80,11 @@ bool KeyboardWalk::TranslateKey(const MSG& message, bool shift) {
 bool KeyboardWalk::TranslateEditorKey(const MSG& message, bool shift) {
   switch (message.wParam) {
     case VK_TAB:
-      StepToCell(shift);
+      Notify(grid_.on_edit_next, shift);
       return true;
     case VK_RETURN:
     case VK_ESCAPE:
-      CloseEditors();
+      Notify(grid_.on_edit_end);
       return true;
     default:
       return MovesWithin(message.wParam) && ToWindow(message);
@@ -149,61 +136,10 @@ bool KeyboardWalk::StepToStop(bool backward) {
   return false;
 }
 
-void KeyboardWalk::StepToCell(bool backward) {
-  const auto halves = {std::pair{&form_.cmbStartingNodeName, &form_.cmbStartingNodeNumber},
-                       std::pair{&form_.cmbModeType, &form_.cmbModeNumber}};
-  for (const auto& [left, right] : halves) {
-    ComboBox* from = backward ? right : left;
-    ComboBox* to = backward ? left : right;
-    if (FocusedEditor() == from && to->Visible()) return to->SetFocus();
-  }
-  const int step = backward ? -1 : 1;
-  int row = grid_.SelectedItem().value_or(1);
-  int column = column_;
-  for (;;) {
-    column += step;
-    if (column < kFirstEditedColumn || column > kLastEditedColumn) {
-      row += step;
-      column = backward ? kLastEditedColumn : kFirstEditedColumn;
-    }
-    if (row < 1 || row > grid_.RowCount()) return CloseEditors();
-    if (OpenAt(row, column)) return;
-  }
-}
-
-bool KeyboardWalk::OpenAt(int row, int column) {
-  grid_.AimAtCell(row, column);
-  if (!AnyEditorVisible()) return false;
-  column_ = column;
-  grid_.OpenCell(row, column);
-  return true;
-}
-
-void KeyboardWalk::OpenCurrentCell() {
-  const auto row = grid_.SelectedItem() ? grid_.SelectedItem() : grid_.FocusedRow();
-  if (!row) return;
-  if (OpenAt(*row, column_)) return;
-  for (int column = kFirstEditedColumn; column <= kLastEditedColumn; ++column) {
-    if (OpenAt(*row, column)) return;
-  }
-}
-
-void KeyboardWalk::CloseEditors() {
-  for (Editor* editor : form_.Editors()) editor->SetVisible(false);
-  grid_.SetFocus();
-}
-
-Editor* KeyboardWalk::FocusedEditor() const {
-  for (Editor* editor : form_.Editors()) {
-    if (editor->Visible() && HasFocus(WindowOf(editor))) return editor;
-  }
-  return nullptr;
-}
-
-bool KeyboardWalk::AnyEditorVisible() const {
+bool KeyboardWalk::Editing() const {
   const auto editors = form_.Editors();
   return std::any_of(editors.begin(), editors.end(),
-                     [](const Editor* editor) { return editor->Visible(); });
+                     [](const Editor* editor) { return editor->Visible() && editor->Focused(); });
 }
 
 }  // namespace rdv::win32

@@ -1,19 +1,17 @@
-// The control by keyboard: tab stops, the way from cell to cell while editing, and mnemonics.
+// The control by keyboard: tab stops, the keys that edit, and mnemonics.
 #pragma once
 
 #include <array>
 #include <span>
 
 #include "widgets/form.h"
-#include "widgets/win32/combo_box_window.h"
-#include "widgets/win32/line_grid_window.h"
 #include "widgets/win32/platform.h"
 
 namespace rdv::win32 {
 
-// While an editor is open, Tab, Shift+Tab, Enter, Esc and the arrow keys stay in the grid: Tab goes
-// to the next cell that can be edited, Enter and Esc close the editor. Otherwise Tab walks the tab
-// stops and leaves the control at either end; F2 opens the cell.
+// While an editor is open, Tab, Shift+Tab, Enter, Esc and the arrow keys stay in the grid, which is
+// told to go on with the next cell (Tab) or to end editing (Enter and Esc). Otherwise Tab walks the
+// tab stops and leaves the control at either end.
 class KeyboardWalk {
  public:
   struct Stop {
@@ -22,7 +20,7 @@ class KeyboardWalk {
   };
 
   // `form` and `grid` outlive the walk. `stops` are the tab stops in their order.
-  KeyboardWalk(const Form& form, LineGridWindow& grid, std::span<const Stop> stops);
+  KeyboardWalk(const Form& form, const LineGrid& grid, std::span<const Stop> stops);
 
   // True when the key was for the control and has been acted on.
   bool Translate(const MSG& message);
@@ -32,7 +30,7 @@ class KeyboardWalk {
   std::span<const Stop> Stops() const { return stops_; }
 
   // An in-place editor has the keyboard: Enter and Esc are the control's then.
-  bool Editing() const { return FocusedEditor() != nullptr; }
+  bool Editing() const;
 
   // At the first tab stop, or the last.
   void Enter(bool at_the_end);
@@ -41,17 +39,10 @@ class KeyboardWalk {
   bool TranslateKey(const MSG& message, bool shift);
   bool TranslateEditorKey(const MSG& message, bool shift);
   bool StepToStop(bool backward);
-  void StepToCell(bool backward);
-  bool OpenAt(int row, int column);
-  void OpenCurrentCell();
-  void CloseEditors();
-  Editor* FocusedEditor() const;
-  bool AnyEditorVisible() const;
 
   const Form& form_;
-  LineGridWindow& grid_;
+  const LineGrid& grid_;
   std::array<Stop, 6> stops_;
-  int column_;  // of the cell opened last
 };
 
 }  // namespace rdv::win32

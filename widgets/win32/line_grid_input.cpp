@@ -1,6 +1,8 @@
 // What the user does to the grid: presses, keys, scrolling and the column headers.
 
 #include <algorithm>
+#include <array>
+#include <bit>
 
 #include "widgets/win32/form_messages.h"
 #include "widgets/win32/line_grid_window.h"
@@ -24,9 +26,46 @@ void Tell(const Handler& handler, Arguments... arguments) noexcept {
 // that of a child is its widget.
 WindowMap<const LineGridWindow> grids_of_headers;
 
+struct MouseButton {
+  UINT down;
+  UINT again;  // the second press of a double click
+  UINT up;
+  WPARAM held;  // in what mouse messages tell of the buttons
+  int key;
+};
+
+constexpr std::array<MouseButton, 5> kButtons = {{
+    {WM_LBUTTONDOWN, WM_LBUTTONDBLCLK, WM_LBUTTONUP, MK_LBUTTON, VK_LBUTTON},
+    {WM_RBUTTONDOWN, WM_RBUTTONDBLCLK, WM_RBUTTONUP, MK_RBUTTON, VK_RBUTTON},
+    {WM_MBUTTONDOWN, WM_MBUTTONDBLCLK, WM_MBUTTONUP, MK_MBUTTON, VK_MBUTTON},
+    {WM_XBUTTONDOWN, WM_XBUTTONDBLCLK, WM_XBUTTONUP, MK_XBUTTON1, VK_XBUTTON1},
+    {WM_XBUTTONDOWN, WM_XBUTTONDBLCLK, WM_XBUTTONUP, MK_XBUTTON2, VK_XBUTTON2},
+}};
+
+constexpr WPARAM kAnyButton = MK_LBUTTON | MK_RBUTTON | MK_MBUTTON | MK_XBUTTON1 | MK_XBUTTON2;
+
 bool IsPress(UINT message) {
-  return message == WM_LBUTTONDOWN || message == WM_LBUTTONDBLCLK || message == WM_RBUTTONDOWN ||
-         message == WM_RBUTTONDBLCLK;
+  return std::any_of(kButtons.begin(), kButtons.end(), [=](const MouseButton& button) {
+    return message == button.down || message == button.again;
+  });
+}
+
+bool IsRelease(UINT message) {
+  return std::any_of(kButtons.begin(), kButtons.end(),
+                     [=](const MouseButton& button) { return message == button.up; });
+}
+
+// As of the message that is being handled, or of one that a message box has handled meanwhile.
+bool IsAnyButtonDown() {
+  return std::any_of(kButtons.begin(), kButtons.end(),
+                     [](const MouseButton& button) { return GetKeyState(button.key) < 0; });
+}
+
+// What a press or a release answers.
+LRESULT Handled(UINT message) {
+  const bool further =
+      message == WM_XBUTTONDOWN || message == WM_XBUTTONDBLCLK || message == WM_XBUTTONUP;
+  return further ? TRUE : 0;
 }
 
 bool MovesGrid(UINT message) {
@@ -48,27 +87,28 @@ std::optional<LRESULT> LineGridWindow::BeforeGrid(UINT message, WPARAM wparam, L
   }
   if (IsPress(message)) {
     Press(PointOf(lparam), wparam);
-    return 0;
+    return Handled(message);
+  }
+  if (IsRelease(message)) {
+    Release(PointOf(lparam));
+    return Handled(message);
   }
   switch (message) {
-    case WM_LBUTTONUP:
-    case WM_RBUTTONUP:
-      Release(PointOf(lparam));
-      return 0;
     case WM_MOUSEMOVE:
-      // A message box during the press has swallowed the release.
-      if (pressed_ && (wparam & (MK_LBUTTON | MK_RBUTTON)) == 0) Release(PointOf(lparam));
+      if ((wparam & kAnyButton) == 0) ReleaseWherePressed();
       return std::nullopt;
     case WM_CAPTURECHANGED:
-      pressed_ = false;
+      pressed_.reset();
       return std::nullopt;
     case WM_KEYDOWN:
-      if (wparam == VK_F2) Tell(on_edit_request);
-      if (ListHandlesKey(wparam)) return std::nullopt;
-      return 0;
+      if (wparam == VK_F2) Tell(on_edit);
+      if (IsKeptFromList(wparam)) return 0;
+      return std::nullopt;
     case WM_CHAR:
       Tell(on_key_press, static_cast<char16_t>(wparam));
-      return 0;
+      // The list would search for a row by what is typed.
+      if (wparam >= L' ') return 0;
+      return std::nullopt;
     case WM_NOTIFY: {
       const auto& header = *reinterpret_cast<const NMHDR*>(lparam);
       if (header.hwndFrom != Header()) return std::nullopt;
@@ -104,7 +144,10 @@ std::optional<LRESULT> LineGridWindow::BeforeHeaderNotification(const NMHEADERW&
 void LineGridWindow::Press(POINT point, WPARAM keys) {
   const bool ctrl = (keys & MK_CONTROL) != 0;
   const bool shift = (keys & MK_SHIFT) != 0;
-  pressed_ = true;
+  const bool alone = std::popcount(keys & kAnyButton) <= 1;
+  if (alone) ReleaseWherePressed();
+  const bool is_held = IsAnyButtonDown();
+  pressed_ = point;
   Tell(on_mouse_down, scale_.ToTwips(point.x), scale_.ToTwips(point.y));
   SetFocus();
   // The system tells the parents only of presses that the mouse itself has made.
@@ -114,14 +157,21 @@ void LineGridWindow::Press(POINT point, WPARAM keys) {
   } else if (!ctrl && !shift) {
     for (int other = 1; other <= RowCount(); ++other) SetSelected(other, false);
   }
+  // Not held any more, although no release has come: a message box has swallowed it.
+  if (is_held && !IsAnyButtonDown()) ReleaseWherePressed();
   if (pressed_) SetCapture(Handle());
 }
 
 void LineGridWindow::Release(POINT point) {
   if (!pressed_) return;
-  pressed_ = false;
+  pressed_.reset();
   if (GetCapture() == Handle()) ReleaseCapture();
   Tell(on_mouse_up, scale_.ToTwips(point.x), scale_.ToTwips(point.y));
+}
+
+// For a release that never came. The pointer is elsewhere by now.
+void LineGridWindow::ReleaseWherePressed() {
+  if (pressed_) Release(*pressed_);
 }
 
 // Some list views scroll the row that gets the focus wholly into sight. The editor that the press
@@ -154,26 +204,14 @@ bool LineGridWindow::SelectPressed(int row, bool ctrl, bool shift) {
   return selected;
 }
 
-// Printable keys would search the list by typing, ctrl with plus would show the hidden columns.
-bool LineGridWindow::ListHandlesKey(WPARAM key) const {
-  switch (key) {
-    case VK_UP:
-    case VK_DOWN:
-    case VK_LEFT:
-    case VK_RIGHT:
-    case VK_PRIOR:
-    case VK_NEXT:
-    case VK_HOME:
-    case VK_END:
-      return true;
-    case VK_SPACE:
-      return GetKeyState(VK_CONTROL) < 0;
-    default:
-      return false;
-  }
+// A blank would select a row, ctrl with plus would show the hidden columns.
+bool LineGridWindow::IsKeptFromList(WPARAM key) const {
+  const bool ctrl = GetKeyState(VK_CONTROL) < 0;
+  return (key == VK_SPACE && !ctrl) || (key == VK_ADD && ctrl);
 }
 
-void LineGridWindow::AimAtCell(int row, int column) {
+void LineGridWindow::ShowCell(int row, int column) {
+  CheckRow(row);
   Send(LVM_ENSUREVISIBLE, static_cast<WPARAM>(row - 1), FALSE);
   RECT client = {};
   GetClientRect(Handle(), &client);
@@ -185,22 +223,11 @@ void LineGridWindow::AimAtCell(int row, int column) {
   } else if (right > client.right) {
     Send(LVM_SCROLL, static_cast<WPARAM>(right - client.right));
   }
-  const POINT middle = MiddleOf(row, column);
-  Tell(on_mouse_down, scale_.ToTwips(middle.x), scale_.ToTwips(middle.y));
 }
 
-void LineGridWindow::OpenCell(int row, int column) {
+void LineGridWindow::GoToRow(int row) {
   if (!Selected(row)) SelectPressed(row, false, false);
-  SetState(row, LVIS_FOCUSED, LVIS_FOCUSED);
-  Tell(on_item_click, row);
-  const POINT middle = MiddleOf(row, column);
-  Tell(on_mouse_up, scale_.ToTwips(middle.x), scale_.ToTwips(middle.y));
-}
-
-POINT LineGridWindow::MiddleOf(int row, int column) const {
-  const RECT place = RowRectangle(row);
-  const Twips middle = ColumnLeft(column) + ColumnWidth(column) / 2;
-  return {place.left + scale_.Pixels(middle), (place.top + place.bottom) / 2};
+  FocusRow(row);
 }
 
 void LineGridWindow::HookHeader() {

@@ -30,14 +30,6 @@ class LineGridWindow : public WindowWidget<LineGrid>, private GridWatcher {
   void Place(const Rectangle& place, Scale scale);
   void RefreshColors();
 
-  // For the keyboard, which opens a cell as a press and release at its middle does. Aiming scrolls
-  // the cell into view and tells of the press; opening tells of the rest, and leaves rows that are
-  // selected together selected.
-  void AimAtCell(int row, int column);
-  void OpenCell(int row, int column);
-  // From 1; the row that the arrow keys move.
-  std::optional<int> FocusedRow() const;
-
   Twips Left() const override { return place_.left; }
   Twips Top() const override { return place_.top; }
   Twips Width() const override { return place_.width; }
@@ -65,12 +57,12 @@ class LineGridWindow : public WindowWidget<LineGrid>, private GridWatcher {
   bool Selected(int row) const override;
   void SetSelected(int row, bool selected) override;
   std::optional<int> SelectedItem() const override;
+  std::optional<int> FocusedRow() const override;
+  void GoToRow(int row) override;
+  void ShowCell(int row, int column) override;
   std::optional<int> HitTest(Twips x, Twips y) const override;
 
   LRESULT OnNotify(const NMHDR& header) override;
-
-  // F2 on the grid.
-  std::function<void()> on_edit_request;
 
  private:
   struct Column {
@@ -86,7 +78,6 @@ class LineGridWindow : public WindowWidget<LineGrid>, private GridWatcher {
   int HeaderHeight() const;
   int TotalWidth() const;
   std::optional<int> RowAt(POINT point) const;
-  POINT MiddleOf(int row, int column) const;
   void SetRowHeight();
   void ApplyColumnWidths();
   void SetState(int row, UINT state, UINT mask);
@@ -96,9 +87,10 @@ class LineGridWindow : public WindowWidget<LineGrid>, private GridWatcher {
   std::optional<LRESULT> BeforeHeaderNotification(const NMHEADERW& notification);
   void Press(POINT point, WPARAM keys);
   void Release(POINT point);
+  void ReleaseWherePressed();
   void FocusRow(int row);
   bool SelectPressed(int row, bool ctrl, bool shift);
-  bool ListHandlesKey(WPARAM key) const;
+  bool IsKeptFromList(WPARAM key) const;
   void HookHeader();
   void UnhookHeader();
   static LRESULT CALLBACK HeaderProcedure(HWND header, UINT message, WPARAM wparam, LPARAM lparam);
@@ -111,7 +103,7 @@ class LineGridWindow : public WindowWidget<LineGrid>, private GridWatcher {
   std::vector<Column> columns_;
   std::vector<Text> keys_;  // of the rows, in their order
   bool resizing_columns_ = false;
-  bool pressed_ = false;
+  std::optional<POINT> pressed_;  // where a button went down that is not up again
 };
 
 }  // namespace rdv::win32

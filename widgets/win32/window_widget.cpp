@@ -65,9 +65,13 @@ void FocusTo(HWND window) {
   if (IsWindowVisible(GetAncestor(window, GA_ROOT))) ::SetFocus(window);
 }
 
-void GiveUpFocus(HWND window) {
+bool HasFocus(HWND window) {
   const HWND focus = GetFocus();
-  if (focus && (focus == window || IsChild(window, focus))) FocusTo(GetParent(window));
+  return focus && (focus == window || IsChild(window, focus));
+}
+
+void GiveUpFocus(HWND window) {
+  if (HasFocus(window)) FocusTo(GetParent(window));
 }
 
 }  // namespace rdv::win32

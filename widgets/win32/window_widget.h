@@ -42,6 +42,9 @@ void MoveTo(HWND window, const RECT& place);
 // To the window unless it lies, still unplaced, in a hidden window.
 void FocusTo(HWND window);
 
+// The window or a part of it has the keyboard.
+bool HasFocus(HWND window);
+
 // To the parent, where the window or a part of it has the keyboard: one that the user cannot reach
 // must not keep it.
 void GiveUpFocus(HWND window);
@@ -66,6 +69,7 @@ class WindowWidget : public Contract, public NotificationTarget {
     if (!enabled) GiveUpFocus(window_);
     EnableWindow(window_, enabled);
   }
+  bool Focused() const override { return HasFocus(window_); }
   void SetFocus() override { FocusTo(window_); }
 
   void OnCommand(WORD /*code*/) override {}

@@ -27,6 +27,7 @@ class MemoryDriver : public Driver {
   Refusal ClickCell(int row, int column, HeldKeys held) override;
   Refusal ClickAt(Twips x, Twips y, HeldKeys held) override;
   Refusal PressKey(char16_t key) override { return Grid().UserKey(key); }
+  Refusal PressEditKey() override { return Grid().UserEditKey(); }
   Refusal ClickHeader(int column) override { return Grid().UserColumnClick(column); }
   Refusal ResizeColumn(int column, Twips width) override {
     return Grid().UserResizeColumn(column, width);

@@ -42,6 +42,13 @@ Refusal GridUser::PressKey(char16_t key) {
   return std::nullopt;
 }
 
+Refusal GridUser::PressEditKey() {
+  if (const Refusal refused = windows_.WhyOutOfReach(grid_)) return refused;
+  SetFocus(grid_);
+  Send(WM_KEYDOWN, VK_F2, 1);
+  return std::nullopt;
+}
+
 Refusal GridUser::ClickHeader(int column) {
   if (const Refusal refused = WhyNotThatColumn(column)) return refused;
   const RECT place = HeaderItemPlace(column);

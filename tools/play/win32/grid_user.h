@@ -17,6 +17,7 @@ class GridUser {
   Refusal ClickCell(int row, int column, HeldKeys held);
   Refusal ClickAt(Twips x, Twips y, HeldKeys held);
   Refusal PressKey(char16_t key);
+  Refusal PressEditKey();
   Refusal ClickHeader(int column);
   Refusal ResizeColumn(int column, Twips width);
   Refusal ScrollHorizontally(Twips distance) { return Scroll(WM_HSCROLL, ToPixels(distance), 0); }

@@ -74,6 +74,10 @@ Refusal WindowsDriver::PressKey(char16_t key) {
   return Settled(Grid().PressKey(key));
 }
 
+Refusal WindowsDriver::PressEditKey() {
+  return Settled(Grid().PressEditKey());
+}
+
 Refusal WindowsDriver::ClickHeader(int column) {
   return Settled(Grid().ClickHeader(column));
 }

@@ -36,6 +36,7 @@ class WindowsDriver : public Driver {
   Refusal ClickCell(int row, int column, HeldKeys held) override;
   Refusal ClickAt(Twips x, Twips y, HeldKeys held) override;
   Refusal PressKey(char16_t key) override;
+  Refusal PressEditKey() override;
   Refusal ClickHeader(int column) override;
   Refusal ResizeColumn(int column, Twips width) override;
   Refusal ScrollHorizontally(Twips distance) override;
