@@ -3,7 +3,6 @@
 
 #include "data/jet/catalog/table_spec.h"
 #include "data/jet/engine.h"
-#include "data/jet/file/page_cache.h"
 #include "data/jet/rows/table_scan.h"
 #include "tests/jet/write_support.h"
 
@@ -94,39 +93,6 @@ TEST_F(ScanTest, RowsWithAnotherNumberArePassedOverAndNoOther) {
   EXPECT_EQ(count(1, int32_t{2999000}), 1);
   EXPECT_EQ(count(1, int32_t{1}), 0);
   EXPECT_EQ(count(2, Binary(480)), kRows);  // nothing is passed over
-}
-
-TEST(PageCache, KnowsWhatWasAskedForAndForgetsWhatIsCutOff) {
-  PageCache cache;
-  cache.Resize(1000);
-  EXPECT_EQ(cache.Find(500), nullptr);
-  cache.At(500).dirty = true;
-  cache.At(999).dirty = true;
-  ASSERT_NE(cache.Find(500), nullptr);
-  EXPECT_TRUE(cache.Find(500)->dirty);
-  EXPECT_EQ(cache.Find(100), nullptr);
-  EXPECT_EQ(cache.Find(1000), nullptr);
-  cache.Resize(501);
-  cache.Resize(1000);
-  EXPECT_TRUE(cache.Find(500)->dirty);
-  EXPECT_EQ(cache.Find(999), nullptr);
-  cache.Resize(500);
-  cache.Resize(1000);
-  EXPECT_FALSE(cache.At(500).dirty);
-}
-
-TEST(PageCache, GoesRoundOverThePagesThatItKnows) {
-  PageCache cache;
-  cache.Resize(100);
-  cache.At(70).used = true;
-  bool met = false;
-  uint32_t number = 0;
-  for (int i = 0; i < 100; ++i) {
-    number = cache.Next(number);
-    ASSERT_NE(cache.Find(number), nullptr);
-    met = met || number == 70;
-  }
-  EXPECT_TRUE(met);
 }
 
 }  // namespace

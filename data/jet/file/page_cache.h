@@ -1,16 +1,26 @@
-// The pages of a file that are in memory, by number.
+// The pages of a file that are in memory, by number, and the pages that the statement at work has
+// changed there.
+//
+// What holds between calls:
+//   1. A page that a statement has asked for stays where it is until Settle, Restore or Trim at the
+//      statement's end; one that was read in passing until it is given back.
+//   2. A changed page that was there before the statement is kept as it was, too, until Settle or
+//      Restore; a new one was not there.
+//   3. After Trim no more pages are held than the budget says.
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace rdv::jet {
 
 class PageCache {
  public:
-  using Buffer = std::unique_ptr<uint8_t[]>;
+  using Buffer = std::unique_ptr<uint8_t[]>;  // of a page's size
 
   // Who relies on the bytes staying where they are.
   enum class Holder : uint8_t {
@@ -27,39 +37,37 @@ class PageCache {
     Holder holder = Holder::Statement;
   };
 
-  // Pages from `count` on are forgotten.
-  void Resize(uint32_t count) {
-    for (uint32_t number = count; number < count_ && number % kGroup != 0; ++number) {
-      if (Page* page = Find(number)) *page = {};
-    }
-    count_ = count;
-    groups_.resize((count + kGroup - 1) / kGroup);
-  }
-  void Clear() { Resize(0); }
+  // `budget`: pages that are kept from one statement to the next.
+  explicit PageCache(size_t budget) : budget_(budget) {}
+
+  // Forgets everything: the file has `count` pages of `page_size` bytes now.
+  void Reset(uint32_t count, uint32_t page_size);
   uint32_t Count() const { return count_; }
 
-  // A page that Resize has made room for. It stays in its place.
-  Page& At(uint32_t number) {
-    std::unique_ptr<Group>& group = groups_[number / kGroup];
-    if (!group) group = std::make_unique<Group>();
-    return (*group)[number % kGroup];
-  }
+  // A page below Count. It stays in its place.
+  Page& At(uint32_t number);
   // Null when it was never asked for.
-  Page* Find(uint32_t number) {
-    if (number >= count_ || !groups_[number / kGroup]) return nullptr;
-    return &(*groups_[number / kGroup])[number % kGroup];
-  }
+  Page* Find(uint32_t number);
 
-  // The number of a page behind `number` of which Find may know; from the end on to the beginning.
-  // Requires that there is one.
-  uint32_t Next(uint32_t number) const {
-    do {
-      const bool skips = number < count_ && !groups_[number / kGroup];
-      number = skips ? (number / kGroup + 1) * kGroup : number + 1;
-      if (number >= count_) number = 0;
-    } while (!groups_[number / kGroup]);
-    return number;
-  }
+  Buffer NewBuffer();
+  // Takes the content of a page that is not in memory.
+  void Keep(uint32_t number, Buffer bytes);
+  void GiveBack(uint32_t number);
+
+  // Requires that it is in memory.
+  uint8_t* Change(uint32_t number);
+  // One more page, all zeros, changed.
+  uint32_t Append();
+  // In the order in which they were changed, or as sorted by whoever asked last.
+  std::vector<uint32_t>& Changed() { return changed_; }
+  // Pages when the first change was made; those from there on are new.
+  uint32_t CountBefore() const { return count_ - appended_; }
+
+  // Changed pages are from now on what they have become, or again what they were.
+  void Settle();
+  void Restore();
+
+  void Trim();
 
  private:
   // In groups, which are made when one of their pages is asked for: to open a large file costs
@@ -67,8 +75,17 @@ class PageCache {
   static constexpr uint32_t kGroup = 32;
   using Group = std::array<Page, kGroup>;
 
+  uint32_t Next(uint32_t number) const;
+
+  size_t budget_;
+  uint32_t page_size_ = 0;
   std::vector<std::unique_ptr<Group>> groups_;
   uint32_t count_ = 0;
+  uint32_t appended_ = 0;
+  size_t held_ = 0;  // pages with bytes
+  uint32_t hand_ = 0;
+  std::vector<uint32_t> changed_;
+  std::vector<Buffer> spare_;  // so that a statement like the last one asks for no memory
 };
 
 }  // namespace rdv::jet

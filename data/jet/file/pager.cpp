@@ -41,9 +41,9 @@ Pager::Pager(FileSystem& files, Text path, std::chrono::milliseconds lock_wait, 
     : files_(files),
       path_(std::move(path)),
       lock_wait_(lock_wait),
-      cache_pages_(cache_pages),
       user_file_(files, path_),
-      journal_(files, path_) {
+      journal_(files, path_),
+      cache_(cache_pages) {
   try {
     OpenFile();
     LockShared();
@@ -85,10 +85,8 @@ void Pager::ReadHeaderPage() {
     Refresh();
     RecoverAsReader();
   }
-  header_ = ReadHeader(start,
-                       page_count_ > 0 && !overlay_.empty() ? uint64_t{page_count_} * PageSize()
-                                                            : file_->Stamp().size,
-                       path_);
+  header_ = ReadHeader(
+      start, !overlay_.empty() ? uint64_t{PageCount()} * PageSize() : file_->Stamp().size, path_);
 }
 
 void Pager::LockShared() {
@@ -117,7 +115,7 @@ void Pager::BeginRead() {
 
 void Pager::EndRead() noexcept {
   if (--readers_ > 0 || writing_) return;
-  TrimCache();
+  cache_.Trim();
   Quietly([this] { lock_->Release(); });
 }
 
@@ -142,9 +140,9 @@ void Pager::Refresh() {
   if (words == commit_words_ && stamp == stamp_) return;
   commit_words_ = words;
   stamp_ = stamp;
-  DropCache();
-  page_count_ = static_cast<uint32_t>(std::min(stamp.size, kLargestFile) / PageSize());
-  cache_.Resize(page_count_);
+  ForgetPages(stamp.size);
+  overlay_.clear();
+  journal_missed_ = false;
 }
 
 bool Pager::Interrupted() const {
@@ -168,8 +166,7 @@ void Pager::RecoverAsReader() {
   if (!content) return;
   for (const PageImage& page : content->pages)
     overlay_[page.number].assign(page.bytes, page.bytes + PageSize());
-  page_count_ = static_cast<uint32_t>(content->file_size / PageSize());
-  cache_.Resize(page_count_);
+  ForgetPages(content->file_size);
 }
 
 void Pager::RecoverLocked() {
@@ -184,7 +181,7 @@ void Pager::RecoverLocked() {
 
 // The journal of the statement that the file was left in, if there is one.
 std::optional<JournalContent> Pager::LoadJournal() {
-  std::optional<JournalContent> content = journal_.Load(PageSize(), page_count_);
+  std::optional<JournalContent> content = journal_.Load(PageSize(), PageCount());
   if (!content || content->identity != identity_) return std::nullopt;
   const auto others = [](const auto& words) { return Bytes(words).subspan(sizeof(uint16_t)); };
   const bool of_this_state =
@@ -234,7 +231,6 @@ void Pager::BeginWrite(bool mending) {
     const std::optional<Text> suspect = SuspectState(commit_words_);
     if (suspect && !mending) RaiseDamaged(path_, *suspect);
     writing_ = true;
-    count_before_ = page_count_;
   } catch (const FileError& error) {
     EndWrite();
     RaiseFileError(error, path_);
@@ -261,7 +257,7 @@ void Pager::EndWrite() noexcept {
 
 void Pager::Commit() {
   try {
-    if (!dirty_.empty()) WritePages();
+    if (!cache_.Changed().empty()) WritePages();
   } catch (const FileError& error) {
     Rollback();
     RaiseFileError(error, path_);
@@ -269,55 +265,39 @@ void Pager::Commit() {
     Rollback();
     throw;
   }
-  for (const uint32_t number : dirty_) {
-    PageCache::Page& page = cache_.At(number);
-    page.dirty = false;
-    if (page.before) spare_.push_back(std::move(page.before));
-  }
-  dirty_.clear();
-  TrimCache();
+  cache_.Settle();
+  cache_.Trim();
   EndWrite();
 }
 
 void Pager::Rollback() noexcept {
-  for (const uint32_t number : dirty_) {
-    PageCache::Page& page = cache_.At(number);
-    page.dirty = false;
-    if (page.before) {
-      spare_.push_back(std::move(page.bytes));
-      page.bytes = std::move(page.before);
-    }
-  }
-  if (!dirty_.empty()) ++generation_;
-  dirty_.clear();
-  for (uint32_t number = count_before_; number < page_count_; ++number)
-    cached_ -= cache_.At(number).bytes ? size_t{1} : size_t{0};
-  page_count_ = count_before_;
-  cache_.Resize(page_count_);
-  TrimCache();
+  if (!cache_.Changed().empty()) ++generation_;
+  cache_.Restore();
+  cache_.Trim();
   EndWrite();
 }
 
 void Pager::WritePages() {
-  std::ranges::sort(dirty_);
+  std::vector<uint32_t>& changed = cache_.Changed();
+  const uint32_t count_before = cache_.CountBefore();
+  std::ranges::sort(changed);
   std::vector<PageImage> images;
-  for (const uint32_t number : dirty_) {
-    if (number < count_before_) images.push_back({number, cache_.At(number).before.get()});
+  for (const uint32_t number : changed) {
+    if (number < count_before) images.push_back({number, cache_.At(number).before.get()});
   }
   const uint16_t word_before = Load16(commit_words_.data());
   written_ = true;
-  journal_.Write(PageSize(), uint64_t{count_before_} * PageSize(), identity_, commit_words_,
-                 images);
+  journal_.Write(PageSize(), uint64_t{count_before} * PageSize(), identity_, commit_words_, images);
   try {
     WriteFirstCommitWord(kCommitWriting);
     // New pages first: until one of the others leads to them they are nobody's.
-    const auto first_new = std::ranges::lower_bound(dirty_, count_before_);
+    const auto first_new = std::ranges::lower_bound(changed, count_before);
     const auto write = [this](uint32_t number) {
       file_->WriteAt(uint64_t{number} * PageSize(),
                      Bytes(cache_.At(number).bytes.get(), PageSize()));
     };
-    std::for_each(first_new, dirty_.end(), write);
-    std::vector<uint32_t> old_pages(dirty_.begin(), first_new);
+    std::for_each(first_new, changed.end(), write);
+    std::vector<uint32_t> old_pages(changed.begin(), first_new);
     if (!order_.Empty()) {
       order_.Rank();
       std::ranges::stable_sort(old_pages, {}, [&](uint32_t page) { return order_.RankOf(page); });
@@ -328,7 +308,7 @@ void Pager::WritePages() {
     UndoWritePages(word_before);
     throw;
   }
-  counters_.pages_written += dirty_.size();
+  counters_.pages_written += changed.size();
   ++counters_.commits;
   try {
     journal_.Invalidate();
@@ -344,12 +324,12 @@ void Pager::WritePages() {
 // commit word and the journal are there for whoever begins the next statement.
 void Pager::UndoWritePages(uint16_t word_before) {
   try {
-    for (const uint32_t number : dirty_) {
-      if (number >= count_before_) break;
+    for (const uint32_t number : cache_.Changed()) {
+      if (number >= cache_.CountBefore()) break;
       file_->WriteAt(uint64_t{number} * PageSize(),
                      Bytes(cache_.At(number).before.get(), PageSize()));
     }
-    file_->Resize(uint64_t{count_before_} * PageSize());
+    file_->Resize(uint64_t{cache_.CountBefore()} * PageSize());
     WriteFirstCommitWord(word_before);
     journal_.Invalidate();
     stamp_ = file_->Stamp();
@@ -387,7 +367,7 @@ void Pager::MendCommitWords() {
 }
 
 void Pager::RequireInFile(uint32_t number) const {
-  if (number >= page_count_) RaisePageOutsideFile(path_, number, page_count_);
+  if (number >= PageCount()) RaisePageOutsideFile(path_, number, PageCount());
 }
 
 Bytes Pager::Page(uint32_t number) {
@@ -415,12 +395,7 @@ Bytes Pager::PageInPassing(uint32_t number, std::span<const uint32_t> next) {
 }
 
 void Pager::GiveBack(uint32_t number) {
-  PageCache::Page* page = cache_.Find(number);
-  if (page == nullptr || page->holder != PageCache::Holder::Passerby) return;
-  page->holder = PageCache::Holder::Nobody;
-  if (cached_ <= cache_pages_) return;
-  spare_.push_back(std::move(page->bytes));
-  --cached_;
+  cache_.GiveBack(number);
 }
 
 // The first page, and with it as many of the others as lie close enough together: to read a few
@@ -431,7 +406,7 @@ void Pager::ReadPages(uint32_t first, std::span<const uint32_t> next) {
   for (const uint32_t number : next) {
     const uint32_t span = number - first + 1;
     const bool close = span <= kLongestRead && span <= 2 * (wanted + 1);
-    if (!close || number >= page_count_ || !overlay_.empty()) break;
+    if (!close || number >= PageCount() || !overlay_.empty()) break;
     end = number + 1;
     ++wanted;
   }
@@ -443,13 +418,14 @@ void Pager::ReadPages(uint32_t first, std::span<const uint32_t> next) {
       read_ahead_size_ = size;
     }
     const size_t read = file_->ReadAt(uint64_t{first} * PageSize(), {read_ahead_.get(), size});
-    if (read < PageSize()) RaisePageOutsideFile(path_, first, page_count_);
+    if (read < PageSize()) RaisePageOutsideFile(path_, first, PageCount());
     const auto keep = [&](uint32_t number) {
       const size_t start = size_t{number - first} * PageSize();
       if (cache_.At(number).bytes || start + PageSize() > read) return;
-      Buffer bytes = NewBuffer();
+      PageCache::Buffer bytes = cache_.NewBuffer();
       std::memcpy(bytes.get(), &read_ahead_[start], PageSize());
-      Keep(number, std::move(bytes));
+      cache_.Keep(number, std::move(bytes));
+      ++counters_.pages_read;
     };
     keep(first);
     std::ranges::for_each(next.first(wanted - 1), keep);
@@ -459,80 +435,33 @@ void Pager::ReadPages(uint32_t first, std::span<const uint32_t> next) {
 }
 
 void Pager::ReadPage(uint32_t number) {
-  Buffer bytes = NewBuffer();
+  PageCache::Buffer bytes = cache_.NewBuffer();
   const auto overlaid = overlay_.find(number);
   if (overlaid != overlay_.end()) {
     std::ranges::copy(overlaid->second, bytes.get());
   } else if (file_->ReadAt(uint64_t{number} * PageSize(), {bytes.get(), PageSize()}) < PageSize()) {
-    RaisePageOutsideFile(path_, number, page_count_);
+    RaisePageOutsideFile(path_, number, PageCount());
   }
-  Keep(number, std::move(bytes));
-}
-
-void Pager::Keep(uint32_t number, Buffer bytes) {
-  PageCache::Page& page = cache_.At(number);
-  page.bytes = std::move(bytes);
-  page.holder = PageCache::Holder::Nobody;
+  cache_.Keep(number, std::move(bytes));
   ++counters_.pages_read;
-  ++cached_;
 }
 
 uint8_t* Pager::Edit(uint32_t number) {
   if (!writing_ || number == 0) Raise(LanguageError::InvalidProcedureCall);
-  PageCache::Page& page = Load(number);
-  if (!page.dirty) {
-    page.before = NewBuffer();
-    std::memcpy(page.before.get(), page.bytes.get(), PageSize());
-    page.dirty = true;
-    dirty_.push_back(number);
-  }
-  return page.bytes.get();
+  Load(number);
+  return cache_.Change(number);
 }
 
 uint32_t Pager::Append() {
   if (!writing_) Raise(LanguageError::InvalidProcedureCall);
-  if ((uint64_t{page_count_} + 1) * PageSize() > kLargestFile)
+  if ((uint64_t{PageCount()} + 1) * PageSize() > kLargestFile)
     RaiseDiskError(path_, u"A database cannot grow beyond 2 gigabytes");
-  cache_.Resize(page_count_ + 1);
-  PageCache::Page& page = cache_.At(page_count_);
-  page.bytes = NewBuffer();
-  std::memset(page.bytes.get(), 0, PageSize());
-  page.dirty = true;
-  page.used = true;
-  ++cached_;
-  dirty_.push_back(page_count_);
-  return page_count_++;
+  return cache_.Append();
 }
 
-Pager::Buffer Pager::NewBuffer() {
-  if (spare_.empty()) return std::make_unique_for_overwrite<uint8_t[]>(PageSize());
-  Buffer buffer = std::move(spare_.back());
-  spare_.pop_back();
-  return buffer;
-}
-
-void Pager::DropCache() {
-  cache_.Clear();
-  cached_ = 0;
-  overlay_.clear();
-  journal_missed_ = false;
+void Pager::ForgetPages(uint64_t file_size) {
+  cache_.Reset(static_cast<uint32_t>(std::min(file_size, kLargestFile) / PageSize()), PageSize());
   ++generation_;
-}
-
-// Gives up pages that were not used since the hand last passed, then any.
-void Pager::TrimCache() {
-  while (cached_ > cache_pages_) {
-    clock_hand_ = cache_.Next(clock_hand_);
-    PageCache::Page& page = cache_.At(clock_hand_);
-    if (!page.bytes || page.dirty) continue;
-    if (page.used) {
-      page.used = false;
-      continue;
-    }
-    page.bytes.reset();
-    --cached_;
-  }
-  if (spare_.size() > cache_pages_) spare_.resize(cache_pages_);
 }
 
 void Pager::Close() {

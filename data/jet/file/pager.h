@@ -73,7 +73,7 @@ class Pager : public PageSource {
 
   // Inside a statement.
   uint32_t PageSize() const override { return Layout().page_size; }
-  uint32_t PageCount() const override { return page_count_; }
+  uint32_t PageCount() const override { return cache_.Count(); }
   Bytes Page(uint32_t number) override;
   Bytes PageInPassing(uint32_t number, std::span<const uint32_t> next) override;
   void GiveBack(uint32_t number) override;
@@ -92,7 +92,6 @@ class Pager : public PageSource {
   void Close();
 
  private:
-  using Buffer = PageCache::Buffer;
   using CommitWords = std::array<uint8_t, kCommitWordCount * sizeof(uint16_t)>;
 
   void OpenFile();
@@ -117,16 +116,12 @@ class Pager : public PageSource {
   PageCache::Page& Load(uint32_t number);
   void ReadPages(uint32_t first, std::span<const uint32_t> next);
   void ReadPage(uint32_t number);
-  void Keep(uint32_t number, Buffer bytes);
   void RequireInFile(uint32_t number) const;
-  Buffer NewBuffer();
-  void DropCache();
-  void TrimCache();
+  void ForgetPages(uint64_t file_size);
 
   FileSystem& files_;
   Text path_;
   std::chrono::milliseconds lock_wait_;
-  size_t cache_pages_;
   std::unique_ptr<File> file_;
   std::string why_read_only_;  // empty for a file that can be written
   std::optional<FileLock> lock_;
@@ -145,14 +140,8 @@ class Pager : public PageSource {
   uint64_t generation_ = 0;
   PagerCounters counters_;
 
-  uint32_t page_count_ = 0;
-  uint32_t count_before_ = 0;  // pages when the writing statement began
   PageCache cache_;
-  size_t cached_ = 0;
-  uint32_t clock_hand_ = 0;
-  std::vector<uint32_t> dirty_;
-  std::vector<Buffer> spare_;
-  Buffer read_ahead_;
+  std::unique_ptr<uint8_t[]> read_ahead_;
   size_t read_ahead_size_ = 0;
 
   // An interrupted statement that cannot be put back, as the file cannot be written: its pages as
