@@ -13,20 +13,6 @@ Choice SelectedEntry(const ComboBox& list) {
   return {list.ItemData(index), list.List(index)};
 }
 
-// What a line of that type shows for the volume; nothing where it does not take it. "Low" and the
-// "0" that only lines of music on hold are offered have the same code.
-std::optional<Text> AcceptedVolume(double line_type, const Choice& volume) {
-  constexpr int32_t kLastMohVolume = 9;
-  if (line_type == line_type::kHybrid || line_type == line_type::kImpedance) {
-    const bool low = volume.code == volume::kLow && volume.caption != u"0";
-    if (volume.code != volume::kHigh && !low) return std::nullopt;
-  } else if (line_type == line_type::kMusicOnHold) {
-    if (volume.code < 0 || volume.code > kLastMohVolume) return std::nullopt;
-    if (volume.code == 0) return u"0";
-  }
-  return volume.caption;
-}
-
 bool ModeIsAllowed(DataBase& database, int16_t given_line_type, int32_t mode_type) {
   database.Get_Line_Type_Allowed_Modes(Decimal(CardTypeFor(given_line_type)));
   Recordset& modes = database.rsGet_Line_Type_Allowed_Modes;
@@ -40,6 +26,18 @@ bool ModeIsAllowed(DataBase& database, int16_t given_line_type, int32_t mode_typ
 }
 
 }  // namespace
+
+std::optional<Text> AcceptedVolume(double line_type, const Choice& volume) {
+  constexpr int32_t kLastMohVolume = 9;
+  if (line_type == line_type::kHybrid || line_type == line_type::kImpedance) {
+    const bool low = volume.code == volume::kLow && volume.caption != u"0";
+    if (volume.code != volume::kHigh && !low) return std::nullopt;
+  } else if (line_type == line_type::kMusicOnHold) {
+    if (volume.code < 0 || volume.code > kLastMohVolume) return std::nullopt;
+    if (volume.code == 0) return u"0";
+  }
+  return volume.caption;
+}
 
 template <typename Rule>
 void DependentChoices::Choose(const ComboBox& editor, LineTypes refused, Rule&& rule) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "rules/grid_rows.h"
 #include "rules/line_templates.h"
@@ -16,6 +17,10 @@ struct Choice {
   int32_t code;
   Text caption;
 };
+
+// What a line of that type shows for the volume; nothing where it does not take it. "Low" and the
+// "0" that only lines of music on hold are offered have the same code.
+std::optional<Text> AcceptedVolume(double line_type, const Choice& volume);
 
 // The handlers run whenever an entry is selected or the text changes, whoever did it; a selection
 // made by one handler runs another's inside it. cmbModeType_Click and

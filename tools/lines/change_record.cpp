@@ -1,0 +1,227 @@
+#include "tools/lines/change_record.h"
+
+#include <chrono>
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+#include "tools/lines/output_file.h"
+#include "tools/lines/stored_lines.h"
+
+namespace rdv::lines {
+namespace {
+
+using Json = nlohmann::ordered_json;
+using namespace std::chrono;
+
+constexpr int kVersion = 1;
+constexpr const char* kTableNames[] = {"Used_Lines", "Used_Cards"};
+
+// Without a half of a pair of units that stands alone, which no JSON text may hold.
+bool IsWellFormed(const Text& text) {
+  for (size_t i = 0; i < text.size(); ++i) {
+    const bool first = text[i] >= 0xD800 && text[i] < 0xDC00;
+    const bool second = text[i] >= 0xDC00 && text[i] < 0xE000;
+    const bool paired =
+        first && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] < 0xE000;
+    if (second || (first && !paired)) return false;
+    if (paired) ++i;
+  }
+  return true;
+}
+
+// Texts that are not well formed go by their units. Only what these tables hold; a value of another
+// type takes no part in a change.
+std::optional<Json> ToJson(const Value& value) {
+  if (IsNull(value)) return Json(nullptr);
+  if (const auto* text = std::get_if<Text>(&value)) {
+    if (IsWellFormed(*text)) return Json(ToUtf8(*text));
+    Json units = Json::array();
+    for (const char16_t unit : *text) units.push_back(static_cast<unsigned>(unit));
+    return units;
+  }
+  if (const auto* flag = std::get_if<bool>(&value)) return Json(*flag);
+  if (const auto* byte = std::get_if<uint8_t>(&value)) return Json(*byte);
+  if (const auto* number = std::get_if<int16_t>(&value)) return Json(*number);
+  if (const auto* number = std::get_if<int32_t>(&value)) return Json(*number);
+  return std::nullopt;
+}
+
+Value FromJson(const Json& json) {
+  if (json.is_null()) return Null();
+  if (json.is_string()) return FromUtf8(json.get<std::string>());
+  if (json.is_boolean()) return json.get<bool>();
+  if (json.is_array()) {
+    Text text;
+    for (const Json& unit : json) text += static_cast<char16_t>(unit.get<unsigned>());
+    return text;
+  }
+  return json.get<int32_t>();
+}
+
+// Numbers of any width are one number.
+Value Plain(const Value& value) {
+  if (const auto* byte = std::get_if<uint8_t>(&value)) return int32_t{*byte};
+  if (const auto* number = std::get_if<int16_t>(&value)) return int32_t{*number};
+  return value;
+}
+
+bool IsKept(const Value& value) {
+  return ToJson(value).has_value();
+}
+
+Json ToJson(const std::optional<Fields>& fields) {
+  if (!fields) return nullptr;
+  Json object = Json::object();
+  for (const auto& [column, value] : *fields) object[ToUtf8(column)] = *ToJson(value);
+  return object;
+}
+
+std::optional<Fields> FieldsFrom(const Json& json) {
+  if (json.is_null()) return std::nullopt;
+  Fields fields;
+  for (const auto& [column, value] : json.items()) {
+    fields.emplace_back(FromUtf8(column), FromJson(value));
+  }
+  return fields;
+}
+
+Fields AllFields(const RowTable& table, size_t row) {
+  Fields fields;
+  for (size_t column = 0; column < table.columns.size(); ++column) {
+    const Value& value = table.rows[row][column];
+    if (IsKept(value)) fields.emplace_back(table.columns[column], Plain(value));
+  }
+  return fields;
+}
+
+Json ToJson(const RowChange& row) {
+  Json json;
+  json["table"] = kTableNames[static_cast<size_t>(row.table)];
+  json["configuration"] = row.config;
+  if (row.table == ChangedTable::Lines) json["line"] = row.line;
+  json["before"] = ToJson(row.before);
+  json["after"] = ToJson(row.after);
+  json["wholeAfter"] = row.whole_after;
+  return json;
+}
+
+RowChange RowFrom(const Json& json) {
+  RowChange row;
+  const std::string table = json.at("table");
+  row.table = table == kTableNames[0] ? ChangedTable::Lines : ChangedTable::Cards;
+  row.config = json.at("configuration");
+  row.line = json.value("line", int16_t{0});
+  row.before = FieldsFrom(json.at("before"));
+  row.after = FieldsFrom(json.at("after"));
+  row.whole_after = json.at("wholeAfter");
+  return row;
+}
+
+}  // namespace
+
+std::string RecordTimeNow() {
+  const auto now = floor<seconds>(system_clock::now());
+  const auto today = floor<days>(now);
+  const year_month_day date(today);
+  const hh_mm_ss clock(now - today);
+  char text[32];
+  std::snprintf(text, sizeof text, "%04d-%02u-%02u %02d:%02d:%02d", static_cast<int>(date.year()),
+                static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
+                static_cast<int>(clock.seconds().count()));
+  return text;
+}
+
+std::string DigestOf(const RowTable& table, size_t row) {
+  // FNV-1a over columns and values, each with its end marked.
+  uint64_t hash = 0xcbf29ce484222325;
+  const auto add = [&hash](const Text& text) {
+    for (const char16_t unit : text) {
+      for (const unsigned byte : {unit & 0xFFu, unsigned{unit} >> 8}) {
+        hash = (hash ^ byte) * 0x100000001b3;
+      }
+    }
+    hash = (hash ^ 0xFF) * 0x100000001b3;
+  };
+  for (size_t column = 0; column < table.columns.size(); ++column) {
+    const Value& value = table.rows[row][column];
+    add(table.columns[column]);
+    add(IsNull(value) ? Text(u"\0", 1) : Shown(value));
+  }
+  char digits[17];
+  std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(hash));
+  return digits;
+}
+
+void CompareRows(ChangedTable kind, int16_t config, const RowTable& before, const RowTable& after,
+                 std::vector<RowChange>& to) {
+  struct Sides {
+    std::optional<size_t> before;
+    std::optional<size_t> after;
+  };
+  std::map<int16_t, Sides> by_line;
+  const auto line_of = [kind](const RowTable& table, size_t row) {
+    return kind == ChangedTable::Cards ? int16_t{0}
+                                       : ToInteger(table.rows[row][ColumnAt(table, u"Line")]);
+  };
+  for (size_t row = 0; row < before.rows.size(); ++row) by_line[line_of(before, row)].before = row;
+  for (size_t row = 0; row < after.rows.size(); ++row) by_line[line_of(after, row)].after = row;
+
+  for (const auto& [line, sides] : by_line) {
+    RowChange change{kind, config, line, {}, {}, {}};
+    if (sides.after) change.whole_after = DigestOf(after, *sides.after);
+    if (sides.before && sides.after) {
+      const std::vector<Value>& old_row = before.rows[*sides.before];
+      const std::vector<Value>& new_row = after.rows[*sides.after];
+      change.before.emplace();
+      change.after.emplace();
+      for (size_t column = 0; column < before.columns.size(); ++column) {
+        if (old_row[column] == new_row[column]) continue;
+        change.before->emplace_back(before.columns[column], Plain(old_row[column]));
+        change.after->emplace_back(before.columns[column], Plain(new_row[column]));
+      }
+      if (change.before->empty()) continue;
+    } else if (sides.before) {
+      change.before = AllFields(before, *sides.before);
+    } else {
+      change.after = AllFields(after, *sides.after);
+    }
+    to.push_back(std::move(change));
+  }
+}
+
+void WriteRecord(const std::filesystem::path& path, const ChangeRecord& record) {
+  Json json;
+  json["program"] = "rdvlines";
+  json["version"] = kVersion;
+  json["when"] = record.when;
+  json["command"] = ToUtf8(record.command);
+  json["rows"] = Json::array();
+  for (const RowChange& row : record.rows) json["rows"].push_back(ToJson(row));
+  const std::string text = json.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
+  WriteFile(path.u16string(), text);
+}
+
+ChangeRecord ReadRecord(const std::filesystem::path& path) {
+  try {
+    std::ifstream file(path, std::ios::binary);
+    const Json json = Json::parse(std::string(std::istreambuf_iterator<char>(file), {}));
+    if (json.at("program") != "rdvlines" || json.at("version") != kVersion) {
+      throw std::runtime_error("of another program or version");
+    }
+    ChangeRecord record;
+    record.when = json.at("when");
+    record.command = FromUtf8(json.at("command").get<std::string>());
+    for (const Json& row : json.at("rows")) record.rows.push_back(RowFrom(row));
+    return record;
+  } catch (const std::exception& error) {
+    throw std::runtime_error("the record of the last change cannot be read: " +
+                             ToUtf8(path.u16string()) + ": " + error.what());
+  }
+}
+
+}  // namespace rdv::lines

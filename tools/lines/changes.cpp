@@ -1,0 +1,182 @@
+#include "tools/lines/changes.h"
+
+#include <stdexcept>
+
+#include "tools/lines/dated_files.h"
+#include "tools/lines/site_copy.h"
+#include "tools/lines/stored_lines.h"
+#include "tools/lines/unit.h"
+
+namespace rdv::lines {
+namespace {
+
+// A unit that the edits change.
+struct PlannedUnit {
+  const UnitEdit* edit = nullptr;
+  RowTable read;  // its lines when the change was worked out
+  std::vector<RowCells> after;
+};
+
+std::string UnitName(int16_t config) {
+  return "configuration " + std::to_string(config);
+}
+
+void FindConflicts(int16_t config, const RowTable& read, const RowTable& now,
+                   std::vector<Conflict>& to) {
+  std::vector<RowChange> differences;
+  CompareRows(ChangedTable::Lines, config, read, now, differences);
+  for (const RowChange& row : differences) {
+    if (!row.before || !row.after) {
+      to.push_back({config, row.line, u"Line", row.before ? u"there" : u"not there",
+                    row.after ? u"there" : u"not there"});
+      continue;
+    }
+    for (size_t i = 0; i < row.before->size(); ++i) {
+      to.push_back({config, row.line, (*row.before)[i].first, Shown((*row.before)[i].second),
+                    Shown((*row.after)[i].second)});
+    }
+  }
+}
+
+class Change {
+ public:
+  Change(SiteSession& session, const std::vector<UnitEdit>& edits, const ChangeOptions& options)
+      : session_(session), edits_(edits), options_(options) {}
+
+  ChangeOutcome Run() {
+    WorkOut();
+    const bool refused = options_.all_or_nothing && !outcome_.refused.empty();
+    if (!refused && !planned_.empty()) {
+      if (options_.before_writing) options_.before_writing();
+      Write();
+    }
+    return std::move(outcome_);
+  }
+
+ private:
+  void WorkOut() {
+    if (options_.makes_units) {
+      // The control stores a new unit as soon as it shows it: here only for as long as it takes.
+      const SiteSession::Writing trial(session_);
+      PlanAll();
+      return;
+    }
+    ReadConsistently(session_, [&] {
+      outcome_ = {};
+      planned_.clear();
+      PlanAll();
+      return true;
+    });
+  }
+
+  void PlanAll() {
+    size_t worked_on = 0;
+    for (const UnitEdit& edit : edits_) {
+      Plan(edit);
+      if (options_.done) options_.done(++worked_on);
+    }
+  }
+
+  void Plan(const UnitEdit& edit) {
+    PlannedUnit unit{&edit, ReadStoredLines(session_, edit.config), {}};
+    if (unit.read.rows.empty() && !options_.makes_units) {
+      Refuse(edit.config, u"no lines are stored; restore it to a unit type to make them");
+      return;
+    }
+    const bool is_new = unit.read.rows.empty();
+    UnitEditor editor;
+    try {
+      editor.Show(edit.config);
+    } catch (const std::runtime_error& error) {
+      Refuse(edit.config, u"the control cannot show the unit: " + FromUtf8(error.what()));
+      return;
+    }
+    const std::vector<RowCells> before = is_new ? std::vector<RowCells>() : editor.Rows();
+    edit.edit(editor, outcome_.refused);
+    unit.after = editor.Rows();
+    const size_t known = outcome_.changes.size();
+    CompareCells(edit.config, before, unit.after, outcome_.changes);
+    if (outcome_.changes.size() > known) planned_.push_back(std::move(unit));
+  }
+
+  void Refuse(int16_t config, Text why) {
+    outcome_.refused.push_back({config, 0, 0, {}, std::move(why), {}});
+  }
+
+  void Write() {
+    SiteSession::Writing writing(session_);
+    for (const PlannedUnit& unit : planned_) {
+      FindConflicts(unit.edit->config, unit.read, ReadStoredLines(session_, unit.edit->config),
+                    outcome_.conflicts);
+    }
+    if (!outcome_.conflicts.empty()) return;
+
+    const std::filesystem::path database(session_.Database());
+    const std::filesystem::path stem = NextDatedStem(database);
+    if (!options_.dry_run) {
+      outcome_.copy = stem;
+      outcome_.copy += kCopyEnding;
+      CopyDatabase(session_.Database(), outcome_.copy);
+    }
+    size_t worked_on = edits_.size();
+    for (const PlannedUnit& unit : planned_) {
+      MakeChange(unit);
+      if (options_.done) options_.done(++worked_on);
+    }
+    outcome_.written = true;
+    if (options_.dry_run) return;
+
+    std::filesystem::path record = stem;
+    record += kRecordEnding;
+    WriteRecord(record, {RecordTimeNow(), options_.command, outcome_.rows});
+    try {
+      writing.Commit();
+    } catch (...) {
+      std::error_code ignored;
+      std::filesystem::remove(record, ignored);
+      throw;
+    }
+    RemoveOldest(database, kCopyEnding);
+    RemoveOldest(database, kRecordEnding);
+  }
+
+  void MakeChange(const PlannedUnit& unit) {
+    const int16_t config = unit.edit->config;
+    const RowTable card = ReadStoredCard(session_, config);
+    UnitEditor editor;
+    try {
+      editor.Show(config);
+      std::vector<RefusedChoice> refused_again;
+      unit.edit->edit(editor, refused_again);
+      std::vector<CellChange> differences;
+      CompareCells(config, unit.after, editor.Rows(), differences);
+      if (!differences.empty()) {
+        throw std::runtime_error(
+            "another program has changed what may be chosen; nothing was written, try again");
+      }
+      editor.Apply();
+    } catch (const std::exception& error) {
+      throw std::runtime_error(UnitName(config) + ": " + error.what());
+    }
+    CompareRows(ChangedTable::Lines, config, unit.read, ReadStoredLines(session_, config),
+                outcome_.rows);
+    CompareRows(ChangedTable::Cards, config, card, ReadStoredCard(session_, config), outcome_.rows);
+  }
+
+  SiteSession& session_;
+  const std::vector<UnitEdit>& edits_;
+  const ChangeOptions& options_;
+  std::vector<PlannedUnit> planned_;
+  ChangeOutcome outcome_;
+};
+
+}  // namespace
+
+ChangeOutcome ChangeUnits(SiteSession& session, const std::vector<UnitEdit>& edits,
+                          const ChangeOptions& options) {
+  ChangeOutcome outcome = Change(session, edits, options).Run();
+  if (outcome.written && !options.dry_run) session.Close();
+  return outcome;
+}
+
+}  // namespace rdv::lines

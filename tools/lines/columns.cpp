@@ -1,0 +1,26 @@
+#include "tools/lines/columns.h"
+
+namespace rdv::lines {
+
+TextView CaptionOf(int column) {
+  return kGridColumns[static_cast<size_t>(column - 1)].caption;
+}
+
+std::optional<int> ShownColumnNamed(TextView caption) {
+  for (const ShownColumn& shown : kShownColumns) {
+    if (EqualsIgnoringCase(CaptionOf(shown.column), caption)) return shown.column;
+  }
+  return std::nullopt;
+}
+
+Text CodesOf(const RowCells& row, const ShownColumn& shown) {
+  Text codes;
+  for (const CodeColumn& code : shown.codes) {
+    if (code.column == 0) break;
+    if (!codes.empty()) codes += u"/";
+    codes += row[code.column];
+  }
+  return codes;
+}
+
+}  // namespace rdv::lines

@@ -1,0 +1,147 @@
+#include "tools/lines/csv.h"
+
+#include <algorithm>
+
+namespace rdv::lines {
+namespace {
+
+// The one that the first row has most of, outside of quotes.
+char SeparatorOf(std::string_view bytes) {
+  constexpr std::string_view kSeparators = ",;\t";
+  size_t counts[kSeparators.size()] = {};
+  bool quoted = false;
+  for (const char byte : bytes) {
+    if (byte == '"') quoted = !quoted;
+    if (quoted) continue;
+    if (byte == '\n' || byte == '\r') break;
+    const size_t which = kSeparators.find(byte);
+    if (which != std::string_view::npos) ++counts[which];
+  }
+  return kSeparators[static_cast<size_t>(std::max_element(std::begin(counts), std::end(counts)) -
+                                         std::begin(counts))];
+}
+
+// Without overlong forms; a half of a pair of units that a database holds alone is let through.
+bool IsUtf8(std::string_view bytes) {
+  for (size_t i = 0; i < bytes.size();) {
+    const auto lead = static_cast<unsigned char>(bytes[i]);
+    const size_t length = lead < 0x80   ? 1
+                          : lead < 0xC2 ? 0
+                          : lead < 0xE0 ? 2
+                          : lead < 0xF0 ? 3
+                          : lead < 0xF5 ? 4
+                                        : 0;
+    if (length == 0 || i + length > bytes.size()) return false;
+    for (size_t k = 1; k < length; ++k) {
+      const auto next = static_cast<unsigned char>(bytes[i + k]);
+      if (next < 0x80 || next > 0xBF) return false;
+      if (k == 1 && ((lead == 0xE0 && next < 0xA0) || (lead == 0xF0 && next < 0x90) ||
+                     (lead == 0xF4 && next > 0x8F))) {
+        return false;
+      }
+    }
+    i += length;
+  }
+  return true;
+}
+
+}  // namespace
+
+std::string CsvField(TextView text) {
+  const std::string utf8 = ToUtf8(text);
+  // Blanks at the ends are kept by quotes only; separators of all kinds are quoted, so that the
+  // file reads the same whichever is taken for one.
+  const bool quoted = utf8.find_first_of(",;\t\"\r\n") != std::string::npos ||
+                      (!utf8.empty() && (utf8.front() == ' ' || utf8.back() == ' '));
+  if (!quoted) return utf8;
+  std::string field = "\"";
+  for (const char byte : utf8) {
+    if (byte == '"') field += '"';
+    field += byte;
+  }
+  return field + '"';
+}
+
+void AppendCsvRecord(const std::vector<Text>& fields, std::string& to) {
+  for (size_t i = 0; i < fields.size(); ++i) {
+    if (i > 0) to += ',';
+    to += CsvField(fields[i]);
+  }
+  to += "\r\n";
+}
+
+CsvError::CsvError(size_t row, size_t column, const std::string& why)
+    : std::runtime_error("row " + std::to_string(row) + ", column " + std::to_string(column) +
+                         ": " + why) {}
+
+CsvReader::CsvReader(std::string_view bytes) : bytes_(bytes) {
+  if (bytes_.starts_with(kByteOrderMark)) bytes_.remove_prefix(kByteOrderMark.size());
+  separator_ = SeparatorOf(bytes_);
+}
+
+void CsvReader::Fail(const std::string& why) const {
+  throw CsvError(row_, column_, why);
+}
+
+bool CsvReader::AtLineEnd() const {
+  return at_ < bytes_.size() && (bytes_[at_] == '\n' || bytes_[at_] == '\r');
+}
+
+void CsvReader::SkipLineEnd() {
+  if (bytes_.substr(at_).starts_with("\r\n")) ++at_;
+  ++at_;
+}
+
+bool CsvReader::Next(std::vector<Text>& fields) {
+  fields.clear();
+  while (AtLineEnd()) {
+    SkipLineEnd();
+    ++row_;
+  }
+  if (at_ >= bytes_.size()) return false;
+  ++row_;
+  for (column_ = 1;; ++column_) {
+    fields.push_back(Field());
+    if (at_ >= bytes_.size()) return true;
+    if (AtLineEnd()) {
+      SkipLineEnd();
+      return true;
+    }
+    ++at_;  // the separator
+  }
+}
+
+Text CsvReader::Field() {
+  std::string field;
+  if (at_ < bytes_.size() && bytes_[at_] == '"') {
+    field = QuotedField();
+  } else {
+    const size_t end =
+        std::min(bytes_.find_first_of(std::string{separator_, '\r', '\n'}, at_), bytes_.size());
+    field = bytes_.substr(at_, end - at_);
+    at_ = end;
+  }
+  if (!IsUtf8(field)) Fail("is not UTF-8; save the file as \"CSV UTF-8\"");
+  return FromUtf8(field);
+}
+
+std::string CsvReader::QuotedField() {
+  std::string field;
+  for (++at_;;) {
+    const size_t quote = bytes_.find('"', at_);
+    if (quote == std::string_view::npos) Fail("the quote that opens here is never closed");
+    field += bytes_.substr(at_, quote - at_);
+    at_ = quote + 1;
+    if (at_ < bytes_.size() && bytes_[at_] == '"') {
+      field += '"';
+      ++at_;
+      continue;
+    }
+    if (at_ < bytes_.size() && bytes_[at_] != separator_ && !AtLineEnd()) {
+      Fail("there is text behind the quote that closes the field");
+    }
+    return field;
+  }
+}
+
+}  // namespace rdv::lines

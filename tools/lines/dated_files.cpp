@@ -1,0 +1,106 @@
+#include "tools/lines/dated_files.h"
+
+#include <algorithm>
+#include <chrono>
+#include <string>
+
+namespace rdv::lines {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono;
+
+// Behind the name of the database.
+constexpr std::string_view kPattern = "-00000000-000000-000";
+
+std::string Digits(unsigned number, size_t count) {
+  std::string digits = std::to_string(number);
+  return std::string(count - std::min(count, digits.size()), '0') + digits;
+}
+
+std::string StampOf(sys_time<milliseconds> time) {
+  const auto day = floor<days>(time);
+  const year_month_day date(day);
+  const hh_mm_ss clock(time - day);
+  return "-" + Digits(static_cast<unsigned>(static_cast<int>(date.year())), 4) +
+         Digits(static_cast<unsigned>(date.month()), 2) +
+         Digits(static_cast<unsigned>(date.day()), 2) + "-" +
+         Digits(static_cast<unsigned>(clock.hours().count()), 2) +
+         Digits(static_cast<unsigned>(clock.minutes().count()), 2) +
+         Digits(static_cast<unsigned>(clock.seconds().count()), 2) + "-" +
+         Digits(static_cast<unsigned>(clock.subseconds().count()), 3);
+}
+
+bool IsStamp(std::string_view text) {
+  return text.size() == kPattern.size() &&
+         std::equal(text.begin(), text.end(), kPattern.begin(), [](char unit, char pattern) {
+           return pattern == '0' ? unit >= '0' && unit <= '9' : unit == pattern;
+         });
+}
+
+std::string Utf8(const fs::path& path) {
+  const std::u8string text = path.u8string();
+  return {text.begin(), text.end()};
+}
+
+// The stamp of one of the database's files; empty for any other.
+std::string StampIn(const std::string& name, const std::string& stem, std::string_view ending) {
+  if (name.size() != stem.size() + kPattern.size() + ending.size()) return {};
+  if (!name.starts_with(stem) || !name.ends_with(ending)) return {};
+  const std::string stamp = name.substr(stem.size(), kPattern.size());
+  return IsStamp(stamp) ? stamp : std::string();
+}
+
+fs::path FolderOf(const fs::path& database) {
+  return database.has_parent_path() ? database.parent_path() : fs::path(".");
+}
+
+}  // namespace
+
+std::vector<fs::path> DatedFiles(const fs::path& database, std::string_view ending) {
+  const std::string stem = Utf8(database.stem());
+  std::vector<fs::path> files;
+  std::error_code ignored;
+  for (const auto& entry : fs::directory_iterator(FolderOf(database), ignored)) {
+    if (!StampIn(Utf8(entry.path().filename()), stem, ending).empty()) {
+      files.push_back(entry.path());
+    }
+  }
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+fs::path NextDatedStem(const fs::path& database) {
+  const std::string stem = Utf8(database.stem());
+  std::string newest;
+  for (const std::string_view ending : {kCopyEnding, kRecordEnding}) {
+    const std::vector<fs::path> files = DatedFiles(database, ending);
+    if (files.empty()) continue;
+    newest = std::max(newest, StampIn(Utf8(files.back().filename()), stem, ending));
+  }
+  auto time = floor<milliseconds>(system_clock::now());
+  std::string stamp = StampOf(time);
+  if (stamp <= newest) {
+    // As far behind the newest one as a clock can tell, whatever the clock says now.
+    const auto number = [&](size_t at, size_t count) {
+      return std::stoi(newest.substr(at, count));
+    };
+    const year_month_day date{year(number(1, 4)), month(static_cast<unsigned>(number(5, 2))),
+                              day(static_cast<unsigned>(number(7, 2)))};
+    time = sys_days(date) + hours(number(10, 2)) + minutes(number(12, 2)) + seconds(number(14, 2)) +
+           milliseconds(number(17, 3) + 1);
+    stamp = StampOf(time);
+  }
+  const std::string name = stem + stamp;
+  return FolderOf(database) / fs::path(std::u8string(name.begin(), name.end()));
+}
+
+void RemoveOldest(const fs::path& database, std::string_view ending) {
+  const std::vector<fs::path> files = DatedFiles(database, ending);
+  for (size_t i = 0; i + kKeptFiles < files.size(); ++i) {
+    std::error_code ignored;
+    fs::remove(files[i], ignored);
+  }
+}
+
+}  // namespace rdv::lines

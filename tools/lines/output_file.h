@@ -1,0 +1,16 @@
+// Files that a command makes for its user.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "runtime/text.h"
+
+namespace rdv::lines {
+
+// The file is there whole or, when this throws std::runtime_error, as it was before.
+void WriteFile(const Text& path, std::string_view content);
+// Throws std::runtime_error.
+std::string ReadFile(const Text& path);
+
+}  // namespace rdv::lines

@@ -1,0 +1,133 @@
+// report: one page with every unit as it looks and what a check finds in it.
+#include <map>
+
+#include "tools/command_line/exit_codes.h"
+#include "tools/lines/columns.h"
+#include "tools/lines/commands.h"
+#include "tools/lines/html_page.h"
+#include "tools/lines/output_file.h"
+#include "tools/lines/report_summary.h"
+#include "tools/lines/site_contents.h"
+
+namespace rdv::lines {
+namespace {
+
+using UnitFindings = std::vector<const Finding*>;
+
+std::string Anchor(int16_t config) {
+  return "c" + std::to_string(config);
+}
+
+// The place of a unit's finding among them, from 1, as it stands at the cell and in the notes.
+std::string Mark(size_t number) {
+  return "<sup>" + std::to_string(number) + "</sup>";
+}
+
+std::string RowClass(const RowCells& row) {
+  const Text& type = row[column::kLineTypeCode];
+  if (type == Decimal(line_type::kNotInstalled)) return " class=none";
+  if (type == Decimal(line_type::kMusicOnHold)) return " class=moh";
+  return "";
+}
+
+// Which findings stand at a cell; those of a line as a whole stand at its number.
+std::string MarksAt(const UnitFindings& findings, int32_t line, int column) {
+  std::string marks;
+  for (size_t i = 0; i < findings.size(); ++i) {
+    const Finding& finding = *findings[i];
+    const int at = finding.column == 0 ? int{column::kLine} : finding.column;
+    if (finding.line == line && finding.line != 0 && at == column) marks += Mark(i + 1);
+  }
+  return marks;
+}
+
+void AppendRow(const RowCells& row, const UnitFindings& findings, std::string& to) {
+  to += "<tr" + RowClass(row) + ">";
+  const int32_t line = CLng(row[column::kLine]);
+  for (const ShownColumn& shown : kShownColumns) {
+    const std::string marks = findings.empty() ? "" : MarksAt(findings, line, shown.column);
+    to += marks.empty() ? "<td>" : "<td class=found>";
+    AppendHtml(row[shown.column], to);
+    to += marks;
+  }
+  to += '\n';
+}
+
+void AppendNotes(const UnitFindings& findings, std::string& to) {
+  if (findings.empty()) return;
+  to += "<ol class=notes>\n";
+  for (const Finding* finding : findings) {
+    to += "<li>";
+    if (finding->line != 0) to += "Line " + std::to_string(finding->line);
+    if (finding->column != 0) {
+      to += ", ";
+      AppendHtml(CaptionOf(finding->column), to);
+      to += " <q>";
+      AppendHtml(finding->value, to);
+      to += "</q>";
+    }
+    to += finding->line != 0 ? ": " : "";
+    AppendHtml(finding->why, to);
+    to += '\n';
+  }
+  to += "</ol>\n";
+}
+
+void AppendUnit(const Unit& unit, const UnitFindings& findings, std::string& to) {
+  to += "<section id=" + Anchor(unit.config) + ">\n<h3>Configuration " +
+        std::to_string(unit.config) + "</h3>\n";
+  if (!unit.HasLines()) {
+    to += "<p class=empty>No lines are stored.</p>\n</section>\n";
+    return;
+  }
+  if (!unit.rows.empty()) {
+    to += "<table class=unit><thead><tr>";
+    for (const ShownColumn& shown : kShownColumns) {
+      to += "<th scope=col>";
+      AppendHtml(CaptionOf(shown.column), to);
+    }
+    to += "</thead><tbody>\n";
+    for (const RowCells& row : unit.rows) AppendRow(row, findings, to);
+    to += "</tbody></table>\n";
+  }
+  AppendNotes(findings, to);
+  to += "</section>\n";
+}
+
+// Where to look first: the units with findings.
+void AppendIndex(const std::map<int16_t, UnitFindings>& findings, std::string& to) {
+  if (findings.empty()) {
+    to += "<p>Nothing was found that could not have been chosen.</p>\n";
+    return;
+  }
+  to += "<p>Marked at their cells below. Findings by configuration:</p>\n<ul class=index>\n";
+  for (const auto& [config, of_unit] : findings) {
+    to += "<li><a href=#" + Anchor(config) + ">" + std::to_string(config) + "</a>&nbsp;<small>" +
+          std::to_string(of_unit.size()) + "</small>\n";
+  }
+  to += "</ul>\n";
+}
+
+}  // namespace
+
+int Report(const Selection& selection, const Text& file, const Surroundings& around) {
+  const SiteContents contents = ReadSite(selection, WithFindings::Yes, around);
+  std::map<int16_t, UnitFindings> by_config;
+  for (const Finding& finding : contents.findings) by_config[finding.config].push_back(&finding);
+
+  std::string body;
+  body.reserve(contents.units.size() * 4000 + 10000);
+  AppendSummary(contents, body);
+  body += "<h2>Findings</h2>\n";
+  AppendIndex(by_config, body);
+  body += "<h2>Units</h2>\n";
+  const UnitFindings none;
+  for (const Unit& unit : contents.units) {
+    const auto found = by_config.find(unit.config);
+    AppendUnit(unit, found == by_config.end() ? none : found->second, body);
+  }
+  WriteFile(file, HtmlPage("Line configuration", body));
+  return contents.findings.empty() ? tools::kDone : tools::kFindings;
+}
+
+}  // namespace rdv::lines

@@ -1,0 +1,34 @@
+#include "tools/lines/site_location.h"
+
+#include <filesystem>
+
+#include "data/folders_and_files.h"
+
+namespace rdv::lines {
+namespace {
+
+namespace fs = std::filesystem;
+namespace names = ORVANTPlusFilesAndFolders;
+
+Text WithSeparator(const fs::path& folder) {
+  return folder.u16string() + Text(kPathSeparator);
+}
+
+}  // namespace
+
+SiteLocation LocateSite(const std::optional<Text>& site) {
+  if (!site) return {GetDatabaseFolder() + Text(names::kDatabaseFile), GetSuiteFolder()};
+  const fs::path path(*site);
+  std::error_code ignored;
+  if (fs::is_directory(path, ignored)) {
+    const fs::path suite = path / names::kCompanyFolder / names::kSuiteFolder;
+    return {(suite / names::kDatabaseFolder / names::kDatabaseFile).u16string(),
+            WithSeparator(suite)};
+  }
+  const fs::path folder = fs::absolute(path, ignored).parent_path();
+  const bool is_database_folder =
+      EqualsIgnoringCase(folder.filename().u16string(), names::kDatabaseFolder);
+  return {*site, WithSeparator(is_database_folder ? folder.parent_path() : folder)};
+}
+
+}  // namespace rdv::lines

@@ -1,0 +1,126 @@
+#include "tools/lines/site_session.h"
+
+#include <utility>
+
+#include "data/jet/sql/execution.h"
+#include "data/jet/sql/statement_parser.h"
+
+namespace rdv::lines {
+namespace {
+
+// A large site lies in memory as a whole.
+constexpr size_t kCachedPages = 16384;
+
+jet::EngineOptions Options() {
+  jet::EngineOptions options;
+  options.cache_pages = kCachedPages;
+  return options;
+}
+
+Text KeyOf(TextView statement, std::span<const Argument> arguments) {
+  Text key(statement);
+  for (const Argument& argument : arguments) {
+    key += u'\0';
+    key += argument ? *argument : Text(u"\1");
+  }
+  return key;
+}
+
+bool IsReferenceQuery(TextView statement) {
+  return statement.find(u"FROM SR_") != TextView::npos;
+}
+
+}  // namespace
+
+// What a DataBase gets: it opens and closes nothing.
+class SiteSession::Forwarding : public Connection {
+ public:
+  explicit Forwarding(SiteSession& session) : session_(session) {}
+
+  CommandResult Execute(TextView statement, std::span<const Argument> arguments) override {
+    return session_.Execute(statement, arguments);
+  }
+  void Close() override {}
+
+ private:
+  SiteSession& session_;
+};
+
+SiteSession::SiteSession(SiteLocation location)
+    : location_(std::move(location)), engine_(jet::Engine::Open(location_.database, Options())) {}
+
+SiteSession::~SiteSession() = default;
+
+SiteSession::Reading::Reading(SiteSession& session)
+    : session_(session),
+      scope_(*session.engine_),
+      in_place_(session.location_.suite_folder, [&session] { return session.Connect(); }) {
+  session_.ForgetRows();
+}
+
+SiteSession::Reading::~Reading() {
+  session_.ForgetRows();
+}
+
+SiteSession::Writing::Writing(SiteSession& session)
+    : session_(session),
+      scope_(*session.engine_),
+      in_place_(session.location_.suite_folder, [&session] { return session.Connect(); }) {
+  session_.ForgetRows();
+}
+
+SiteSession::Writing::~Writing() {
+  session_.ForgetRows();
+}
+
+std::unique_ptr<Connection> SiteSession::Connect() {
+  return std::make_unique<Forwarding>(*this);
+}
+
+void SiteSession::ForgetRows() {
+  reference_rows_.clear();
+  last_rows_.reset();
+}
+
+const jet::sql::Statement& SiteSession::Parsed(TextView statement) {
+  const auto known = statements_.find(statement);
+  if (known != statements_.end()) return known->second;
+  return statements_.emplace(Text(statement), jet::sql::ParseStatement(statement)).first->second;
+}
+
+CommandResult SiteSession::Execute(TextView text, std::span<const Argument> arguments) {
+  const jet::sql::Statement& statement = Parsed(text);
+  CommandResult result;
+  if (std::holds_alternative<jet::sql::Select>(statement)) {
+    result.rows = Rows(text, arguments);
+    return result;
+  }
+  ForgetRows();
+  if (const auto* update = std::get_if<jet::sql::Update>(&statement)) {
+    result.rows_written = jet::sql::RunUpdate(*engine_, *update, arguments);
+  } else if (const auto* insert = std::get_if<jet::sql::Insert>(&statement)) {
+    result.rows_written = jet::sql::RunInsert(*engine_, *insert, arguments);
+  } else {
+    result.rows_written =
+        jet::sql::RunDelete(*engine_, std::get<jet::sql::Delete>(statement), arguments);
+  }
+  return result;
+}
+
+RowTable SiteSession::Rows(TextView text, std::span<const Argument> arguments) {
+  Text key = KeyOf(text, arguments);
+  if (last_rows_ && last_rows_->first == key) return last_rows_->second;
+  const auto known = reference_rows_.find(key);
+  if (known != reference_rows_.end()) return known->second;
+  const auto& select = std::get<jet::sql::Select>(Parsed(text));
+  RowTable rows =
+      jet::sql::RunSelect(engine_->File(), engine_->Table(select.table), select, arguments);
+  if (IsReferenceQuery(text)) {
+    reference_rows_.emplace(std::move(key), rows);
+  } else {
+    last_rows_.emplace(std::move(key), rows);
+  }
+  return rows;
+}
+
+}  // namespace rdv::lines

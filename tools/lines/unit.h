@@ -1,0 +1,60 @@
+// One unit as it is stored and as the control shows it.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "control/grid_loading.h"
+#include "data/connection.h"
+#include "rules/control_state.h"
+#include "rules/grid_rows.h"
+#include "rules/line_templates.h"
+#include "rules/list_loaders.h"
+#include "tools/lines/site_session.h"
+#include "widgets/memory/memory_form.h"
+
+namespace rdv::lines {
+
+struct Unit {
+  int16_t config = 0;
+  RowTable stored;             // its lines, all columns, by line number
+  std::vector<RowCells> rows;  // as the control shows them
+  Text failure;                // why it cannot show them all; empty when it can
+
+  bool HasLines() const { return !stored.rows.empty(); }
+};
+
+// Reads units through the loaders of the control, on a form without windows, and changes nothing: a
+// unit without stored lines has no rows here, where the control would make it new ones. Inside a
+// Reading or a Writing of the session.
+class UnitReader {
+ public:
+  // Throws std::runtime_error with what keeps every unit of the site from being read.
+  explicit UnitReader(SiteSession& session);
+
+  Unit Read(int16_t config);
+
+  // The lists of the unit that was read last, and those of all units.
+  const ControlState& State() const { return state_; }
+  const memory::MemoryForm& Widgets() const { return form_; }
+  // What the grid shows for a stored volume.
+  Text StoredVolume(int16_t volume, int16_t line_type);
+  // Fills the lists of the editors for lines of a type. False when a loader failed.
+  bool LoadListsOf(int16_t line_type);
+
+ private:
+  Text TakeFailure();
+
+  SiteSession& session_;
+  memory::MemoryForm form_;
+  const Form widgets_;
+  ControlState state_;
+  ListLoaders loaders_;
+  LineTemplates templates_;
+  GridLoading grid_loading_;
+};
+
+// What a report of the control says, on one line.
+Text OnOneLine(TextView report);
+
+}  // namespace rdv::lines
