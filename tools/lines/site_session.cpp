@@ -37,7 +37,9 @@ class SiteSession::Forwarding : public Connection {
  public:
   explicit Forwarding(SiteSession& session) : session_(session) {}
 
-  CommandResult Execute(TextView statement, std::span<const Argument> arguments) override {
+  using Connection::Execute;
+  CommandResult Execute(TextView statement, std::span<const Argument> arguments,
+                        std::span<const Parameter>) override {
     return session_.Execute(statement, arguments);
   }
   void Close() override {}
