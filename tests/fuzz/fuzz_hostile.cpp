@@ -1,0 +1,225 @@
+// A sound file with some of its fields changed on purpose, and then written to: definitions, maps,
+// index pages, data pages, rows and long values, each field where it really lies. Every statement
+// ends, is done or refused, and the checker and the repair end, too.
+#include <array>
+
+#include "data/jet/catalog/table_spec.h"
+#include "data/jet/check/check.h"
+#include "data/jet/check/repair.h"
+#include "data/jet/rows/table_scan.h"
+#include "tests/fuzz/fuzz_support.h"
+#include "tests/support/jet_fields.h"
+
+namespace rdv::jet::fuzz {
+namespace {
+
+constexpr int kMostFields = 6;
+constexpr int kMostChanges = 24;
+constexpr size_t kManyRows = 90;
+constexpr size_t kLongName = 200;
+
+// Beside the sample's tables one whose indexes have nodes, and that refers to itself.
+TableSpec Trees() {
+  TableSpec spec{.name = u"Trees", .columns = {}, .indexes = {}};
+  spec.columns = {{.name = u"Id", .type = ColumnType::Long, .autonumber = true},
+                  {.name = u"Parent", .type = ColumnType::Long},
+                  {.name = u"Name", .type = ColumnType::Text, .length = 250},
+                  {.name = u"Yes", .type = ColumnType::Boolean},
+                  {.name = u"Remarks", .type = ColumnType::Memo}};
+  spec.indexes.push_back({.name = u"PrimaryKey", .columns = {{u"Id"}}, .primary = true});
+  spec.indexes.push_back({.name = u"ByName", .columns = {{u"Name"}, {u"Id"}}});
+  return spec;
+}
+
+void FillTrees(Engine& engine) {
+  const TableDefinition& table = engine.Table(u"Trees");
+  for (size_t i = 0; i < kManyRows; ++i) {
+    Text name(kLongName, static_cast<char16_t>(u'a' + i % 26));
+    name[i % kLongName] = u'z';
+    std::vector<Assignment> values = {{2, name}};
+    if (i > 0) values.push_back({1, static_cast<int32_t>(1 + (i - 1) / 3)});
+    if (i % 30 == 7) values.push_back({4, Text(6000, u'r')});
+    engine.Insert(table, values);
+  }
+}
+
+struct Sample {
+  std::vector<uint8_t> bytes;
+  std::vector<FileField> fields;
+  uint32_t pages = 0;
+};
+
+const Sample& TheSample() {
+  static const Sample sample = [] {
+    MemoryFiles files;
+    const Text path(kPath);
+    files.Put(path, SampleDatabase());
+    const auto engine = Engine::Open(path, {.files = &files});
+    {
+      Engine::WriteScope scope(*engine);
+      engine->CreateTable(Trees());
+      FillTrees(*engine);
+      engine->CreateRelationship({.name = u"TreesTrees",
+                                  .table = u"Trees",
+                                  .referenced_table = u"Trees",
+                                  .columns = {{u"Parent", u"Id"}},
+                                  .cascade_updates = true,
+                                  .cascade_deletes = true});
+      scope.Commit();
+    }
+    engine->Close();
+    Sample made{.bytes = files.Get(path), .fields = {}, .pages = 0};
+    made.fields = FieldsOf(made.bytes);
+    // The catalog's own tables have many fields, and nothing writes to them.
+    std::erase_if(made.fields,
+                  [](const FileField& field) { return field.name.starts_with("MSysA"); });
+    made.pages = static_cast<uint32_t>(made.bytes.size() / kJet4.page_size);
+    return made;
+  }();
+  return sample;
+}
+
+uint32_t NewValue(Input& input, const Sample& sample, const FileField& field) {
+  const uint32_t old = LoadField(sample.bytes, field);
+  switch (input.Byte() % 9) {
+    case 0:
+      return input.Number();
+    case 1:
+      return input.Byte() % 8u;
+    case 2:
+      return 0u - 1u - input.Byte() % 8u;
+    case 3:
+      return old + input.Byte() % 8u;
+    case 4:
+      return old - input.Byte() % 8u;
+    case 5:
+      return old ^ 1u << input.Byte() % 32u;
+    case 6:
+      return static_cast<uint32_t>(input.Below(sample.pages + 2));
+    case 7:  // also where the number is one of an index: the highest byte first
+      return __builtin_bswap32(static_cast<uint32_t>(input.Below(sample.pages))) >>
+             (field.size == 3 ? 8 : 0);
+    default:
+      return LoadField(sample.bytes, sample.fields[input.Below(sample.fields.size())]);
+  }
+}
+
+// Fields of one neighbourhood: what is damaged together meets together.
+std::vector<uint8_t> HostileFile(Input& input) {
+  const Sample& sample = TheSample();
+  std::vector<uint8_t> bytes = sample.bytes;
+  const size_t count = 1 + input.Byte() % kMostFields;
+  size_t place = input.Below(sample.fields.size());
+  for (size_t i = 0; i < count; ++i) {
+    const FileField& field = sample.fields[place];
+    StoreField(bytes, field, NewValue(input, sample, field));
+    place = input.Byte() % 2 == 0 ? input.Below(sample.fields.size())
+                                  : (place + input.Byte()) % sample.fields.size();
+  }
+  return bytes;
+}
+
+template <typename Action>
+bool Try(Action action) {
+  try {
+    action();
+    return true;
+  } catch (const RuntimeError& error) {
+    RequireGoodError(error);
+    return false;
+  }
+}
+
+class Attack {
+ public:
+  explicit Attack(Input& input) : input_(input) {}
+
+  void Run() {
+    files_.Put(path_, HostileFile(input_));
+    Try([&] {
+      engine_ = Engine::Open(path_, {.cache_pages = 16, .files = &files_});
+      for (int i = 0; i < kMostChanges && !input_.Empty(); ++i) Try([&] { Statement(); });
+      engine_->Close();
+    });
+    engine_.reset();
+    Try([&] {
+      BufferPageSource pages(files_.Get(path_), kJet4.page_size, path_);
+      CheckFile(FileReader(pages));
+      RepairDatabase(files_, path_, std::chrono::milliseconds(0));
+    });
+  }
+
+ private:
+  void Statement() {
+    static constexpr std::array<TextView, 3> kTables = {u"Things", u"Trees", u"Parts"};
+    const TextView name = kTables[input_.Byte() % kTables.size()];
+    if (input_.Byte() % 8 == 0) {
+      const Engine::ReadScope scope(*engine_);
+      ReadRows(engine_->Table(name));
+      return;
+    }
+    Engine::WriteScope scope(*engine_);
+    const TableDefinition& table = engine_->Table(name);
+    bool whole = true;
+    for (int changes = 1 + input_.Byte() % 6; changes > 0; --changes)
+      whole = Try([&] { Change(table); }) && whole;
+    if (whole) scope.Commit();
+  }
+
+  std::vector<RowId> ReadRows(const TableDefinition& table) {
+    std::vector<RowId> rows;
+    Try([&] {
+      for (TableScan scan(engine_->File(), table); scan.Next();) {
+        rows.push_back(scan.Row().Id());
+        for (const Column& column : table.columns) scan.Row().Get(column);
+      }
+    });
+    return rows;
+  }
+
+  void Change(const TableDefinition& table) {
+    const uint8_t choice = input_.Byte() % 8;
+    std::vector<RowId> rows;
+    if (choice >= 3) rows = ReadRows(table);
+    if (rows.empty()) {
+      engine_->Insert(table, Values(table, 0));
+      return;
+    }
+    const RowId row = rows[input_.Below(rows.size())];
+    if (choice >= 6) {
+      engine_->Delete(table, row);
+    } else {
+      // Numbers that others refer to change, too.
+      engine_->Update(table, row, Values(table, 0));
+    }
+  }
+
+  std::vector<Assignment> Values(const TableDefinition& table, size_t first) {
+    std::vector<Assignment> values;
+    for (size_t column = first; column < table.columns.size(); ++column) {
+      const uint8_t choice = input_.Byte();
+      if (choice % 3 == 0) continue;
+      const Column& definition = table.columns[column];
+      if (definition.type == ColumnType::Long && choice % 2 == 0) {
+        values.push_back({column, static_cast<int32_t>(input_.Byte())});
+      } else {
+        values.push_back({column, input_.ValueFor(definition)});
+      }
+    }
+    return values;
+  }
+
+  Input& input_;
+  const Text path_{kPath};
+  MemoryFiles files_;
+  std::unique_ptr<Engine> engine_;
+};
+
+}  // namespace
+}  // namespace rdv::jet::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  rdv::jet::fuzz::Input input(data, size);
+  rdv::jet::fuzz::Attack(input).Run();
+  return 0;
+}
