@@ -60,6 +60,7 @@ struct Engine::State : public TableSource {
   std::optional<Catalog> catalog;
   std::unordered_map<uint32_t, std::unique_ptr<TableDefinition>> tables;  // by page
   std::map<Text, const TableDefinition*, std::less<>> tables_by_name;     // upper case
+  std::unordered_map<uint32_t, CatalogObject> objects;  // local tables by page, once one is sought
   std::optional<PageAllocator> allocator;
   std::optional<TableWriter> writer;
   bool broken = false;
@@ -76,6 +77,7 @@ void Engine::State::Forget() {
   catalog.reset();
   tables_by_name.clear();
   tables.clear();
+  objects.clear();
   allocator.emplace(context);
   writer.emplace(context, *allocator, *this);
 }
@@ -88,12 +90,16 @@ Catalog& Engine::State::OpenCatalog() {
 const TableDefinition& Engine::State::TableAt(uint32_t page) {
   const auto known = tables.find(page);
   if (known != tables.end()) return *known->second;
-  for (const CatalogObject& object : OpenCatalog().All()) {
-    if (!object.IsLocalTable() || static_cast<uint32_t>(object.id) != page) continue;
-    auto table = std::make_unique<TableDefinition>(OpenCatalog().Table(object));
-    return *tables.emplace(page, std::move(table)).first->second;
+  if (objects.empty()) {
+    for (CatalogObject& object : OpenCatalog().All()) {
+      const uint32_t its_page = static_cast<uint32_t>(object.id);
+      if (object.IsLocalTable()) objects.try_emplace(its_page, std::move(object));
+    }
   }
-  file.DamagedPage(page, u"is no table of the catalog");
+  const auto object = objects.find(page);
+  if (object == objects.end()) file.DamagedPage(page, u"is no table of the catalog");
+  auto table = std::make_unique<TableDefinition>(OpenCatalog().Table(object->second));
+  return *tables.emplace(page, std::move(table)).first->second;
 }
 
 // The engine's own tables change by their own rules; keys of texts are known for one order only.

@@ -4,7 +4,14 @@
 //   --databases FOLDER...        the databases in folders as they are, and with single bytes
 //   changed
 //   --seeds INTO FOLDER...       runs nothing; writes those databases as inputs into a folder
+//   --minutes N SEED LAST        made-up inputs for so long, other ones for each number SEED; the
+//   last
+//                                one lies in the file LAST, also when the program dies of it. One
+//                                that takes longer than 20 seconds ends the program
+#include <unistd.h>
+
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
@@ -27,6 +34,7 @@ using Bytes = std::vector<uint8_t>;
 constexpr int kChangesOfEach = 40;
 constexpr int kMadeUp = 200;
 constexpr size_t kLongestMadeUp = 600;
+constexpr unsigned kLongestRun = 20;  // seconds
 // Of each database: so many changed ones, and fewer of a large one.
 constexpr size_t kChangesOfDatabase = 12;
 constexpr size_t kBytesOfDatabase = size_t{2} << 20;
@@ -55,6 +63,9 @@ Bytes ReadFile(const fs::path& path) {
 
 class Changes {
  public:
+  Changes() = default;
+  explicit Changes(unsigned seed) : random_(seed) {}
+
   // Not the first one, which says what the others are.
   void ChangeByteOfFile(Bytes& input) {
     if (input.size() > 1) input[1 + Below(input.size() - 1)] = Byte();
@@ -146,6 +157,26 @@ int RunDatabases(std::span<char*> folders) {
   return databases.empty() ? kSkipped : 0;
 }
 
+int RunForMinutes(int minutes, unsigned seed, const fs::path& last) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(minutes);
+  Changes changes(seed);
+  size_t runs = 0;
+  std::ofstream stream(last, std::ios::binary);
+  for (; std::chrono::steady_clock::now() < end; ++runs) {
+    const Bytes input = changes.MakeUp();
+    fs::resize_file(last, 0);
+    stream.seekp(0);
+    stream.write(reinterpret_cast<const char*>(input.data()),
+                 static_cast<std::streamsize>(input.size()));
+    stream.flush();
+    alarm(kLongestRun);
+    Run(input);
+    alarm(0);
+  }
+  std::printf("%zu inputs, nothing found\n", runs);
+  return 0;
+}
+
 int WriteSeeds(const fs::path& into, std::span<char*> folders) {
   fs::create_directories(into);
   size_t count = 0;
@@ -173,5 +204,9 @@ int main(int argc, char** argv) {
   if (option == "--databases") return RunDatabases(arguments.subspan(1));
   if (option == "--seeds" && arguments.size() > 2)
     return WriteSeeds(arguments[1], arguments.subspan(2));
+  if (option == "--minutes" && arguments.size() == 4) {
+    return RunForMinutes(std::stoi(arguments[1]), static_cast<unsigned>(std::stoul(arguments[2])),
+                         arguments[3]);
+  }
   return RunInputs(arguments);
 }

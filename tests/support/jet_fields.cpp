@@ -234,8 +234,8 @@ class Finder {
     for (size_t row = 0; row < page.SlotCount(); ++row) {
       const Slot slot = page.At(row);
       if (slot.Deleted()) continue;
-      const std::string name = table_name + ".page " + std::to_string(number) + ".row " +
-                               std::to_string(row);
+      const std::string name =
+          table_name + ".page " + std::to_string(number) + ".row " + std::to_string(row);
       const size_t at = PageAt(number) + slot.start;
       if (slot.Pointer()) {
         Add(name + ".pointer.row", at, 1);

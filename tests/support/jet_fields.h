@@ -18,8 +18,8 @@ struct FileField {
   size_t size = 0;
 };
 
-// Every field of the file's definitions, maps, index pages, data pages, rows and long values, in the
-// order in which a reader meets them. The file is a sound one of Jet 4; raises for others.
+// Every field of the file's definitions, maps, index pages, data pages, rows and long values, in
+// the order in which a reader meets them. The file is a sound one of Jet 4; raises for others.
 std::vector<FileField> FieldsOf(Bytes file);
 
 // The field of that name; ends the program where there is none.

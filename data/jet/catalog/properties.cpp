@@ -44,6 +44,7 @@ class PropertyParser {
 
   Text Name(ByteReader& reader) {
     const uint16_t size = reader.U16();
+    if (size > kMaxNameUnits * file_.Layout().UnitSize()) Fail();
     return file_.DecodeName(reader.Take(size));
   }
 

@@ -16,9 +16,6 @@ namespace rdv::jet {
 namespace {
 
 constexpr const Format& kFormat = kJet4;
-constexpr size_t kLongestName = 64;
-constexpr size_t kMostColumns = 255;
-constexpr size_t kMostIndexes = 32;
 
 // Columns of MSysObjects and MSysACEs, by number.
 constexpr size_t kObjectProperties = 14;
@@ -58,7 +55,7 @@ uint16_t LengthInBytes(const ColumnSpec& spec, const Column& column) {
 }
 
 void RequireName(TextView name) {
-  if (name.empty() || name.size() > kLongestName)
+  if (name.empty() || name.size() > kMaxNameUnits)
     RaiseInvalidDefinition(u"the name '" + Text(name) + u"' is empty or too long");
 }
 
@@ -150,7 +147,7 @@ void SchemaWriter::CreateTable(const TableSpec& spec) {
 }
 
 TableDefinition SchemaWriter::DefineTable(const TableSpec& spec) const {
-  if (spec.columns.empty() || spec.columns.size() > kMostColumns)
+  if (spec.columns.empty() || spec.columns.size() > kMaxColumns)
     RaiseInvalidDefinition(u"a table has 1 to 255 fields");
   TableDefinition table;
   table.name = spec.name;
@@ -185,7 +182,7 @@ TableDefinition SchemaWriter::DefineTable(const TableSpec& spec) const {
 }
 
 void SchemaWriter::DefineIndexes(const TableSpec& spec, TableDefinition& table) const {
-  if (spec.indexes.size() > kMostIndexes) RaiseInvalidDefinition(u"a table has up to 32 indexes");
+  if (spec.indexes.size() > kMaxIndexes) RaiseInvalidDefinition(u"a table has up to 32 indexes");
   for (const IndexSpec& index_spec : spec.indexes) {
     RequireName(index_spec.name);
     if (index_spec.columns.empty() || index_spec.columns.size() > kIndexMaxColumns)

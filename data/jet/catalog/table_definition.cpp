@@ -8,7 +8,18 @@
 namespace rdv::jet {
 namespace {
 
-// Reads one definition from its bytes, front to back.
+// Of a table with everything that the format allows.
+size_t LongestDefinition(const Format& format) {
+  const size_t name = format.definition.name_length_size + kMaxNameUnits * format.UnitSize();
+  return format.definition.statistics +
+         kMaxColumns * (format.column.size + name + kLongValueMapSize) +
+         kMaxIndexes * (format.definition.statistics_size + format.real_index.size +
+                        format.logical_index.size + name) +
+         sizeof kDefinitionEnd;
+}
+
+// Reads one definition from its bytes, front to back. A definition that it lets pass is one that
+// rows can be written by: each column has a place of its own in the row, of the size of its type.
 class DefinitionParser {
  public:
   DefinitionParser(const FileReader& file, uint32_t page, Bytes bytes, TableDefinition& table)
@@ -33,6 +44,10 @@ class DefinitionParser {
     const size_t column_count = Load16(&bytes_[layout.column_count]);
     const size_t real_count = U32(layout.real_index_count);
     const size_t logical_count = U32(layout.logical_index_count);
+    const bool too_many = table_.max_columns > kMaxColumns || column_count > kMaxColumns ||
+                          table_.variable_columns > kMaxColumns || real_count > kMaxIndexes ||
+                          logical_count > kMaxIndexes;
+    if (too_many) Fail();
 
     Array(real_count, layout.statistics_size);  // the statistics
     ParseColumns(column_count);
@@ -58,6 +73,7 @@ class DefinitionParser {
   Text Name() {
     const size_t size =
         format_.definition.name_length_size == 1 ? size_t{reader_.U8()} : size_t{reader_.U16()};
+    if (size > kMaxNameUnits * format_.UnitSize()) Fail();
     return file_.DecodeName(reader_.Take(size));
   }
 
@@ -79,6 +95,26 @@ class DefinitionParser {
     };
     const auto twice = std::adjacent_find(table_.columns.begin(), table_.columns.end(), same);
     if (twice != table_.columns.end()) Fail();
+    RequireOwnPlaces();
+  }
+
+  // No two columns share bytes of the fixed area or a place among the variable ones.
+  void RequireOwnPlaces() const {
+    std::vector<bool> fixed_bytes(format_.row.max_size, false);
+    std::vector<bool> variable_places(table_.variable_columns, false);
+    const auto take = [this](std::vector<bool>& places, size_t first, size_t count) {
+      for (size_t i = first; i < first + count; ++i) {
+        if (places[i]) Fail();
+        places[i] = true;
+      }
+    };
+    for (const Column& column : table_.columns) {
+      if (column.fixed) {
+        take(fixed_bytes, column.fixed_offset, FixedSize(column));
+      } else {
+        take(variable_places, column.variable_index, 1);
+      }
+    }
   }
 
   Column ParseColumn(Bytes descriptor) const {
@@ -103,10 +139,10 @@ class DefinitionParser {
     if (format_.IsJet4()) {
       column.compressible = (descriptor[layout.extended_flags] & kColumnExtendedCompressible) != 0;
     }
-    if (column.fixed) {
-      column.fixed_offset = Load16(&descriptor[layout.fixed_offset]);
-    } else {
+    if (!column.fixed) {
       column.variable_index = Load16(&descriptor[layout.variable_index]);
+    } else if (column.type != ColumnType::Boolean) {  // which takes no bytes, wherever it says
+      column.fixed_offset = Load16(&descriptor[layout.fixed_offset]);
     }
     CheckPlace(column);
     return column;
@@ -116,8 +152,11 @@ class DefinitionParser {
     const bool in_row = column.fixed
                             ? column.fixed_offset + FixedSize(column) < format_.row.max_size
                             : column.variable_index < table_.variable_columns;
-    const bool is_boolean = column.type == ColumnType::Boolean;
-    if (column.number >= table_.max_columns || (!in_row && !is_boolean)) Fail();
+    const size_t longest = kMaxTextUnits * format_.UnitSize();
+    const bool bounded = column.type == ColumnType::Text || column.type == ColumnType::Binary;
+    if (column.number >= table_.max_columns || !in_row) Fail();
+    if (column.fixed && column.IsLongValue()) Fail();
+    if (bounded && column.length > longest) Fail();
   }
 
   void ParseRealIndexes(size_t count) {
@@ -179,6 +218,8 @@ class DefinitionParser {
       key.other_table = Load32(&block[layout.other_table]);
       key.cascade_updates = block[layout.cascade_updates] == 1;
       key.cascade_deletes = block[layout.cascade_deletes] == 1;
+      // What depends on a row is found by a key that no other row has.
+      if (key.referenced_side && !table_.indexes[index.real_index].unique) Fail();
       index.foreign_key = key;
     }
     return index;
@@ -214,11 +255,13 @@ std::vector<uint8_t> ReadDefinitionBytes(const FileReader& file, uint32_t page,
   const auto& layout = file.Layout().definition;
   const Bytes first = file.Page(page, PageType::Definition);
   const size_t length = Load32(&first[layout.length]);
+  if (length > LongestDefinition(file.Layout()))
+    file.DamagedPage(page, u"starts a longer definition than a table can have");
   std::vector<uint8_t> bytes(first.begin(), first.end());
   pages.assign(1, page);
   uint32_t next = Load32(&first[layout.next_page]);
   while (bytes.size() < length) {
-    if (next == 0 || pages.size() >= file.PageCount()) {
+    if (next == 0 || std::ranges::find(pages, next) != pages.end()) {
       file.DamagedPage(page, u"starts the definition of a table that has no end");
     }
     const Bytes more = file.Page(next, PageType::Definition);

@@ -15,14 +15,15 @@ class TreeWalk {
 
   // What is wrong, if anything.
   std::optional<Text> Run(const TableContents& contents) {
+    if (!contents.keyless[index_.position]) expected_ = &contents.keys[index_.position];
     Visit(index_.root, std::nullopt);
     for (size_t i = 0; i < leaves_.size() && !wrong_; ++i) CheckLinks(i);
     CheckMap();
-    if (!contents.keyless[index_.position]) Compare(contents.keys[index_.position]);
+    if (expected_ != nullptr && count_ != expected_->size()) NotThoseOfTheRows();
     return wrong_;
   }
 
-  size_t EntryCount() const { return entries_.size(); }
+  size_t EntryCount() const { return count_; }
 
  private:
   struct Leaf {
@@ -43,7 +44,7 @@ class TreeWalk {
     }
     visited_[number] = true;
     const IndexPageView page(file_, table_.Page(), number);
-    CheckFreeBytes(number);
+    CheckFreeBytes(page);
     return page.IsLeaf() ? VisitLeaf(page, last) : VisitNode(page, last, level);
   }
 
@@ -52,15 +53,32 @@ class TreeWalk {
     EntryBytes entry;
     for (auto bounds = page.EntryAt(0); bounds; bounds = page.EntryAt(bounds->end)) {
       page.Restore(*bounds, entry);
-      if (!entries_.empty() && CompareEntries(entries_.back(), entry) >= 0)
-        Wrong(page.Number(), u"has entries out of order");
-      entries_.push_back(entry);
+      VisitEntry(page.Number(), entry);
     }
     if (last && entry != *last)
       Wrong(page.Number(), u"ends with another entry than the node above says");
     if (entry.empty() && page.Number() != index_.root) Wrong(page.Number(), u"is an empty leaf");
     if (page.Level() != 0) Wrong(page.Number(), u"is a leaf of a level above 0");
     return 0;
+  }
+
+  // Only the entry before is kept: what entries share is stored once, so all of them may be
+  // hundreds of times the file.
+  void VisitEntry(uint32_t page, const EntryBytes& entry) {
+    const bool first = count_ == 0;
+    if (!first && CompareEntries(before_, entry) >= 0) Wrong(page, u"has entries out of order");
+    const bool same =
+        expected_ == nullptr || (count_ < expected_->size() && (*expected_)[count_] == entry);
+    if (!same) NotThoseOfTheRows();
+    const bool equal = !first && std::ranges::equal(KeyOf(before_), KeyOf(entry));
+    if (equal && index_.unique && !AllNulls(KeyOf(entry)))
+      Wrong(index_.root, u"is the root of a unique index with equal keys");
+    before_ = entry;
+    ++count_;
+  }
+
+  void NotThoseOfTheRows() {
+    if (!wrong_) wrong_ = Text(u"it does not have the entries of the rows");
   }
 
   int VisitNode(const IndexPageView& page, const std::optional<EntryBytes>& last, int level) {
@@ -81,11 +99,11 @@ class TreeWalk {
     return depth.value_or(0) + 1;
   }
 
-  void CheckFreeBytes(uint32_t number) {
+  void CheckFreeBytes(const IndexPageView& page) {
+    const uint32_t number = page.Number();
     const Format& format = file_.Layout();
-    const Bytes page = file_.RawPage(number);
-    const size_t free = format.page_size - format.index.entries - UsedEntryBytes(format, page);
-    if (Load16(&page[kPageFreeBytes]) != free)
+    const size_t free = format.page_size - format.index.entries - page.Used();
+    if (Load16(&file_.RawPage(number)[kPageFreeBytes]) != free)
       Wrong(number, u"has another number of free bytes than it says");
   }
 
@@ -106,20 +124,6 @@ class TreeWalk {
     }
   }
 
-  void Compare(const std::vector<EntryBytes>& expected) {
-    const auto [entry, key] = std::ranges::mismatch(entries_, expected);
-    if (entry != entries_.end() || key != expected.end()) {
-      if (!wrong_) wrong_ = Text(u"it does not have the entries of the rows");
-      return;
-    }
-    if (!index_.unique) return;
-    for (size_t i = 1; i < entries_.size(); ++i) {
-      const Bytes before = KeyOf(entries_[i - 1]);
-      if (std::ranges::equal(before, KeyOf(entries_[i])) && !AllNulls(before))
-        Wrong(index_.root, u"is the root of a unique index with equal keys");
-    }
-  }
-
   static Bytes KeyOf(const EntryBytes& entry) {
     return Bytes(entry).first(entry.size() - kEntryRowSize);
   }
@@ -131,7 +135,9 @@ class TreeWalk {
   const RealIndex& index_;
   std::vector<bool> visited_;
   std::vector<Leaf> leaves_;
-  std::vector<EntryBytes> entries_;
+  const std::vector<EntryBytes>* expected_ = nullptr;  // null: not known
+  EntryBytes before_;
+  size_t count_ = 0;
   std::optional<Text> wrong_;
 };
 

@@ -22,12 +22,12 @@ constexpr size_t kCachedPages = 1024;
 using Kinds = std::initializer_list<FindingKind>;
 
 // What is mended in one go. Each stage may bring to light, or settle, what a later one is about, so
-// the file is checked before each.
+// the file is checked before each. Pages are taken only when those in use are marked so.
 const std::vector<std::vector<FindingKind>>& Stages() {
   using enum FindingKind;
   static const std::vector<std::vector<FindingKind>> stages = {
-      {CommitWords, WrongPage, FreeBytes}, {OrphanRow, LostRow}, {LeakedLongValue},
-      {Index, RowCount, Autonumber},       {OwnedPageFree},      {LeakedPage},
+      {CommitWords, WrongPage, FreeBytes}, {OwnedPageFree}, {OrphanRow, LostRow}, {LeakedLongValue},
+      {Index, RowCount, Autonumber},       {LeakedPage},
   };
   return stages;
 }

@@ -35,6 +35,7 @@ class PageCache {
     bool dirty = false;
     bool used = false;  // since the cache last looked for pages to give up
     Holder holder = Holder::Statement;
+    uint32_t statement = 0;  // the last writing one that asked for it; 0 for none
   };
 
   // `budget`: pages that are kept from one statement to the next.

@@ -9,7 +9,6 @@
 namespace rdv::jet {
 namespace {
 
-constexpr uint64_t kLargestFile = uint64_t{1} << 31;
 // The beginning of the header page, which stays as it is as long as the file does: kind, version,
 // the time of its creation.
 constexpr size_t kIdentitySize = 0x98;
@@ -231,6 +230,7 @@ void Pager::BeginWrite(bool mending) {
     const std::optional<Text> suspect = SuspectState(commit_words_);
     if (suspect && !mending) RaiseDamaged(path_, *suspect);
     writing_ = true;
+    ++statement_;
   } catch (const FileError& error) {
     EndWrite();
     RaiseFileError(error, path_);
@@ -381,7 +381,17 @@ PageCache::Page& Pager::Load(uint32_t number) {
   if (!page.bytes) ReadPages(number, {});
   page.used = true;
   page.holder = PageCache::Holder::Statement;
+  if (writing_) page.statement = statement_;
   return page;
+}
+
+bool Pager::AskedFor(uint32_t number) {
+  const PageCache::Page* page = cache_.Find(number);
+  return page != nullptr && page->statement == statement_;
+}
+
+void Pager::GiveUp(uint32_t number) {
+  if (PageCache::Page* page = cache_.Find(number)) page->statement = 0;
 }
 
 Bytes Pager::PageInPassing(uint32_t number, std::span<const uint32_t> next) {
@@ -389,6 +399,7 @@ Bytes Pager::PageInPassing(uint32_t number, std::span<const uint32_t> next) {
   PageCache::Page& page = cache_.At(number);
   if (!page.bytes) ReadPages(number, next);
   page.used = true;
+  if (writing_) page.statement = statement_;
   const bool alone = page.holder == PageCache::Holder::Nobody;
   page.holder = alone ? PageCache::Holder::Passerby : PageCache::Holder::Statement;
   return Bytes(page.bytes.get(), PageSize());

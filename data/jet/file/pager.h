@@ -81,6 +81,11 @@ class Pager : public PageSource {
 
   // Inside a writing statement. The bytes stay where they are until its end; page 0 is not edited.
   uint8_t* Edit(uint32_t number);
+  // Whether the statement has asked for the page and not given it up: then somebody relies on what
+  // it holds, and it is not free whatever a map says.
+  bool AskedFor(uint32_t number);
+  // Nobody relies on the page's bytes any more.
+  void GiveUp(uint32_t number);
   // What pages wait for when they are written; forgotten at the end of the statement.
   PageOrder& Order() { return order_; }
   // A new page behind the last one, all zeros.
@@ -134,7 +139,8 @@ class Pager : public PageSource {
   PageOrder order_;
   bool began_writing_ = false;  // at least once, whatever became of it
   bool writing_ = false;
-  bool written_ = false;  // since the file was opened
+  uint32_t statement_ = 0;  // the number of the last writing one
+  bool written_ = false;    // since the file was opened
   CommitWords commit_words_{};
   FileStamp stamp_;
   uint64_t generation_ = 0;

@@ -130,6 +130,12 @@ inline constexpr uint8_t kNumericNegative = 0x80;
 inline constexpr size_t kGuidSize = 16;
 inline constexpr size_t kMaxTextUnits = 255;
 
+// What the format allows at most; whoever reads relies on it as well as whoever writes.
+inline constexpr uint64_t kLargestFile = uint64_t{1} << 31;
+inline constexpr size_t kMaxColumns = 255;  // ever created in a table
+inline constexpr size_t kMaxIndexes = 32;   // of a table, those of relationships included
+inline constexpr size_t kMaxNameUnits = 64;
+
 // Header page, at the same place in both versions; kHeaderMaskStart on masked.
 inline constexpr std::array<uint8_t, 4> kHeaderMark = {0x00, 0x01, 0x00, 0x00};
 inline constexpr size_t kHeaderEngineName = 0x04;
@@ -333,6 +339,8 @@ struct Format {
 
   bool IsJet4() const { return version == Version::Jet4; }
   uint32_t PagesPerMapPage() const { return static_cast<uint32_t>((page_size - kMapPageBits) * 8); }
+  uint32_t PagesOfLargestFile() const { return static_cast<uint32_t>(kLargestFile / page_size); }
+  size_t UnitSize() const { return IsJet4() ? sizeof(char16_t) : 1; }  // of names and plain texts
 };
 
 extern const Format kJet3;

@@ -34,6 +34,7 @@ IndexPageView::IndexPageView(const FileReader& file, uint32_t table_page, uint32
   mask_ = page_.subspan(layout.mask, layout.mask_size);
   entries_ = page_.subspan(layout.entries);
   child_size_ = IsLeaf() ? 0 : kEntryChildSize;
+  if (Used() > entries_.size()) file.DamagedPage(number, u"marks index entries behind its end");
   const auto first = EntryAt(0);
   if (!first) return;
   first_ = *first;
@@ -72,6 +73,10 @@ std::optional<EntryBounds> IndexPageView::EntryAt(size_t start) const {
 
 size_t IndexPageView::Used() const {
   return HighestBit(mask_, mask_.size() * 8).value_or(0);
+}
+
+bool IndexPageView::IsBoundary(size_t offset) const {
+  return offset == 0 || (offset <= Used() && (mask_[offset / 8] >> (offset % 8) & 1) != 0);
 }
 
 std::optional<EntryBounds> IndexPageView::WayTo(Bytes key) const {

@@ -68,6 +68,8 @@ class IndexPageView {
 
   // Where the last entry ends.
   size_t Used() const;
+  // Whether an entry starts there, or the last one ends.
+  bool IsBoundary(size_t offset) const;
   // Of a node: the entry that leads on to `key`; nothing when the tail does. A node without a tail
   // leads everything beyond its entries to its last child.
   std::optional<EntryBounds> WayTo(Bytes key) const;

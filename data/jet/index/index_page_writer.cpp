@@ -105,12 +105,17 @@ size_t EntryAreaSize(const Format& format) {
   return format.page_size - format.index.entries;
 }
 
-Bytes MaskOf(const Format& format, Bytes page) {
-  return page.subspan(format.index.mask, format.index.mask_size);
-}
-
 void StoreFreeBytes(const Format& format, uint8_t* page, size_t used) {
   Store16(page + kPageFreeBytes, static_cast<uint16_t>(EntryAreaSize(format) - used));
+}
+
+// What all that divides and encodes entries relies on: that the first and the last one decide what
+// those between them share.
+void RequireOrder(const WriteContext& context, uint32_t number, const IndexPageImage& image) {
+  for (size_t i = 1; i < image.entries.size(); ++i) {
+    if (CompareEntries(image.WithoutChild(i - 1), image.WithoutChild(i)) >= 0)
+      context.file.DamagedPage(number, u"has index entries out of order");
+  }
 }
 
 }  // namespace
@@ -156,11 +161,13 @@ IndexPageImage LoadIndexPage(const WriteContext& context, uint32_t table_page, u
   image.entries.reserve(kTypicalEntries);
   for (auto bounds = view.EntryAt(0); bounds; bounds = view.EntryAt(bounds->end))
     view.Restore(*bounds, image.entries.emplace_back());
+  RequireOrder(context, number, image);
   return image;
 }
 
 bool StoreIndexPage(const WriteContext& context, uint32_t table_page, uint32_t number,
                     const IndexPageImage& image) {
+  RequireOrder(context, number, image);
   const Format& format = context.Layout();
   const size_t count = image.entries.size();
   const size_t area = EntryAreaSize(format);
@@ -198,17 +205,16 @@ bool FitsIndexPage(const Format& format, const IndexPageImage& image, size_t fir
   return StoredSize(image, first, last, prefix) <= EntryAreaSize(format);
 }
 
-size_t UsedEntryBytes(const Format& format, Bytes page) {
-  const Bytes mask = MaskOf(format, page);
-  return HighestBit(mask, mask.size() * 8).value_or(0);
-}
-
-bool InsertEntryInPlace(const WriteContext& context, uint32_t number, size_t offset, Bytes entry) {
+bool InsertEntryInPlace(const WriteContext& context, uint32_t table_page, uint32_t number,
+                        size_t offset, Bytes entry) {
   const Format& format = context.Layout();
+  const IndexPageView view(context.file, table_page, number);
+  if (!view.IsLeaf() || !view.IsBoundary(offset))
+    context.file.DamagedPage(number, u"has no place for an index entry where one was found");
+  const size_t used = view.Used();
+  const size_t prefix = view.Prefix();
   uint8_t* page = context.pager.Edit(number);
   uint8_t* const entries = page + format.index.entries;
-  const size_t used = UsedEntryBytes(format, Bytes(page, format.page_size));
-  const size_t prefix = used == 0 ? 0 : Load16(page + format.index.prefix);
   const bool shares = prefix <= entry.size() - kEntryRowSize &&
                       std::equal(entries, entries + prefix, entry.begin());
   if (!shares || (offset == 0 && prefix > 0)) return false;
@@ -232,13 +238,15 @@ bool InsertEntryInPlace(const WriteContext& context, uint32_t number, size_t off
   return true;
 }
 
-bool RemoveEntryInPlace(const WriteContext& context, uint32_t number, EntryBounds entry) {
+bool RemoveEntryInPlace(const WriteContext& context, uint32_t table_page, uint32_t number,
+                        EntryBounds entry) {
   const Format& format = context.Layout();
+  const IndexPageView view(context.file, table_page, number);
+  const size_t used = view.Used();
+  // The entry that comes first next would have to be completed.
+  if (entry.start == 0 && entry.end < used && view.Prefix() > 0) return false;
   uint8_t* page = context.pager.Edit(number);
   uint8_t* const entries = page + format.index.entries;
-  const size_t used = UsedEntryBytes(format, Bytes(page, format.page_size));
-  // The entry that comes first next would have to be completed.
-  if (entry.start == 0 && entry.end < used && Load16(page + format.index.prefix) > 0) return false;
   const size_t size = entry.end - entry.start;
   std::memmove(entries + entry.start, entries + entry.end, used - entry.end);
   const std::span<uint8_t> mask(page + format.index.mask, format.index.mask_size);

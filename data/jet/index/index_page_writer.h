@@ -43,22 +43,23 @@ EntryBytes MakeEntry(Bytes key, RowId row);
 void AppendRow(std::vector<uint8_t>& key, RowId row);
 EntryBytes MakeNodeEntry(Bytes key_and_row, uint32_t child);
 
+// Raises the damaged file's error for entries out of order.
 IndexPageImage LoadIndexPage(const WriteContext& context, uint32_t table_page, uint32_t number);
 
-// False, and nothing is changed, when the entries do not fit the page.
+// False, and nothing is changed, when the entries do not fit the page. Raises the damaged file's
+// error for entries out of order.
 bool StoreIndexPage(const WriteContext& context, uint32_t table_page, uint32_t number,
                     const IndexPageImage& image);
 
 // Whether the entries from `first` up to `last` would fit a page of their own.
 bool FitsIndexPage(const Format& format, const IndexPageImage& image, size_t first, size_t last);
 
-// Where the last entry ends.
-size_t UsedEntryBytes(const Format& format, Bytes page);
-
 // Inserts a leaf's entry at an offset where an entry starts or the last one ends. False, and
 // nothing is changed, when the page has to be encoded anew for that.
-bool InsertEntryInPlace(const WriteContext& context, uint32_t number, size_t offset, Bytes entry);
-// Likewise.
-bool RemoveEntryInPlace(const WriteContext& context, uint32_t number, EntryBounds entry);
+bool InsertEntryInPlace(const WriteContext& context, uint32_t table_page, uint32_t number,
+                        size_t offset, Bytes entry);
+// Likewise, for one of the page's entries.
+bool RemoveEntryInPlace(const WriteContext& context, uint32_t table_page, uint32_t number,
+                        EntryBounds entry);
 
 }  // namespace rdv::jet

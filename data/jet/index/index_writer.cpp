@@ -20,6 +20,12 @@ IndexPageImage IndexWriter::Load(uint32_t page) const {
   return LoadIndexPage(context_, table_page_, page);
 }
 
+IndexPageImage IndexWriter::LoadNode(uint32_t page) const {
+  IndexPageImage image = Load(page);
+  if (image.leaf) context_.file.DamagedPage(page, u"is a leaf of an index among nodes");
+  return image;
+}
+
 // What was divided so that it fits, does fit.
 void IndexWriter::Store(uint32_t page, const IndexPageImage& image) {
   if (!StoreIndexPage(context_, table_page_, page, image))
@@ -66,13 +72,13 @@ size_t IndexWriter::EntryNumber(const IndexPageImage& image, const Step& step) c
 void IndexWriter::Insert(Key key, RowId row, std::optional<EntryPlace> place) {
   AppendRow(key, row);
   const EntryBytes& entry = key;
-  if (place && InsertEntryInPlace(context_, place->leaf, place->offset, entry)) return;
+  if (place && InsertEntryInPlace(context_, table_page_, place->leaf, place->offset, entry)) return;
   const Path path = Descend(entry);
   const uint32_t leaf = path.back().page;
   const IndexPageView view(context_.file, table_page_, leaf);
   const auto behind = view.LowerBound(entry);
   const size_t offset = behind ? behind->start : view.Used();
-  if (InsertEntryInPlace(context_, leaf, offset, entry)) return;
+  if (InsertEntryInPlace(context_, table_page_, leaf, offset, entry)) return;
   IndexPageImage image = Load(leaf);
   const auto next = std::ranges::lower_bound(image.entries, entry,
                                              [](const EntryBytes& left, const EntryBytes& right) {
@@ -234,7 +240,7 @@ void IndexWriter::Remove(Bytes key, RowId row) {
   if (bounds) view.Restore(*bounds, found);
   if (found != entry) context_.file.DamagedPage(leaf, u"lacks the index entry of a row");
 
-  const size_t used = UsedEntryBytes(format_, context_.file.RawPage(leaf));
+  const size_t used = view.Used();
   const bool only = bounds->start == 0 && bounds->end == used;
   if (only && leaf != root_) {
     Unlink(Load(leaf));
@@ -243,7 +249,7 @@ void IndexWriter::Remove(Bytes key, RowId row) {
     return;
   }
   const bool last = bounds->end == used;
-  if (!RemoveEntryInPlace(context_, leaf, *bounds)) {
+  if (!RemoveEntryInPlace(context_, table_page_, leaf, *bounds)) {
     IndexPageImage image = Load(leaf);
     std::erase(image.entries, entry);
     Save(path, path.size() - 1, image);
@@ -312,10 +318,13 @@ void IndexWriter::Shrink(const Path& path, size_t depth, const IndexPageImage& i
   if (!MergeLeft(path, depth, image.tail)) MergeRight(path, depth, image.tail);
 }
 
+// Each step takes a level away.
 void IndexWriter::CollapseRoot() {
-  for (;;) {
+  for (int level = 0;; ++level) {
     const IndexPageImage root = Load(root_);
     if (root.leaf || !root.entries.empty()) return;
+    if (root.tail == root_ || level > kDeepestIndex)
+      context_.file.DamagedPage(root_, u"is the root of an endless index");
     IndexPageImage child = Load(root.tail);
     child.previous = 0;
     child.next = 0;
@@ -346,7 +355,7 @@ bool IndexWriter::MergeLeft(const Path& path, size_t depth, uint32_t child) {
   const size_t place = PlaceOfChild(parent, page);
   if (place == 0) return false;
   const uint32_t left_page = parent.Child(place - 1);
-  IndexPageImage left = Load(left_page);
+  IndexPageImage left = LoadNode(left_page);
   left.entries.push_back(MakeNodeEntry(parent.WithoutChild(place - 1), left.tail));
   left.tail = child;
   if (!StoreIndexPage(context_, table_page_, left_page, left)) return false;
@@ -369,7 +378,7 @@ bool IndexWriter::MergeRight(const Path& path, size_t depth, uint32_t child) {
   const size_t place = PlaceOfChild(parent, page);
   if (place == parent.entries.size()) return false;
   const uint32_t right_page = ChildAt(parent, place + 1);
-  IndexPageImage right = Load(right_page);
+  IndexPageImage right = LoadNode(right_page);
   right.entries.insert(right.entries.begin(), MakeNodeEntry(parent.WithoutChild(place), child));
   if (!StoreIndexPage(context_, table_page_, right_page, right)) return false;
   parent.entries.erase(parent.entries.begin() + static_cast<ptrdiff_t>(place));
@@ -393,7 +402,9 @@ void IndexWriter::Unlink(const IndexPageImage& image) {
 // --- Rebuilding ---
 
 void IndexWriter::Rebuild(const std::vector<EntryBytes>& entries) {
-  while (const auto page = pages_.HighestBelow(context_.pager.PageCount())) {
+  uint32_t limit = context_.pager.PageCount();
+  while (const auto page = pages_.HighestBelow(limit)) {
+    limit = *page;
     pages_.Remove(*page);
     if (*page != root_) allocator_.Free(*page);
   }

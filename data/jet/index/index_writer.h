@@ -82,6 +82,7 @@ class IndexWriter {
   bool MergeRight(const Path& path, size_t depth, uint32_t child);
 
   IndexPageImage Load(uint32_t page) const;
+  IndexPageImage LoadNode(uint32_t page) const;
   void Store(uint32_t page, const IndexPageImage& image);
   uint32_t AllocatePage();
   void FreePage(uint32_t page);

@@ -24,25 +24,10 @@ void ClearBit(std::span<uint8_t> bits, size_t bit) {
 }
 
 bool IsInline(Bytes row) {
-  return row[0] == kMapInline && row.size() > kMapInlineBits;
-}
-size_t ReferenceCount(Bytes row) {
-  return (row.size() - kMapReferences) / kMapReferenceSize;
-}
-uint32_t Reference(Bytes row, size_t position) {
-  return Load32(row.data() + kMapReferences + position * kMapReferenceSize);
+  return row[0] == kMapInline;
 }
 void SetReference(std::span<uint8_t> row, size_t position, uint32_t page) {
   Store32(row.data() + kMapReferences + position * kMapReferenceSize, page);
-}
-
-// A row of a map, checked to be one of the two kinds.
-Bytes MapRow(const WriteContext& context, RowId map, uint32_t owner) {
-  const Bytes row = RequireRow(context.file, owner, map);
-  const bool known =
-      row.size() > kMapInlineBits && (row[0] == kMapInline || row[0] == kMapReference);
-  if (!known) context.file.DamagedPage(map.page, u"it has a map of pages of an unknown kind");
-  return row;
 }
 
 Bytes MapPageBits(const WriteContext& context, uint32_t page) {
@@ -75,6 +60,8 @@ std::vector<uint8_t> EmptyMap(const Format& format) {
 
 uint32_t PageAllocator::Allocate() {
   if (const std::optional<uint32_t> free = FindFree()) {
+    if (context_.pager.AskedFor(*free))
+      context_.file.DamagedPage(*free, u"is in use, but the map says that it is free");
     MarkUsed(*free);
     lowest_ = *free + 1;
     std::memset(context_.pager.Edit(*free), 0, context_.Layout().page_size);
@@ -88,13 +75,13 @@ uint32_t PageAllocator::Allocate() {
 
 std::optional<uint32_t> PageAllocator::FindFree() {
   if (lowest_ >= context_.pager.PageCount()) return std::nullopt;
-  const Bytes row = MapRow(context_, kFreePages, kOwnerGlobalMaps);
+  const Bytes row = RequireMap(context_.file, kFreePages, kOwnerGlobalMaps);
   if (IsInline(row))
     return FindFreeIn(row.subspan(kMapInlineBits), Load32(row.data() + kMapFirstPage));
   const uint64_t pages_per_map = context_.Layout().PagesPerMapPage();
-  for (size_t i = 0; i < ReferenceCount(row); ++i) {
-    if (Reference(row, i) == 0) continue;
-    const auto free = FindFreeIn(MapPageBits(context_, Reference(row, i)), i * pages_per_map);
+  for (size_t i = 0; i < MapReferenceCount(context_.Layout(), row); ++i) {
+    if (MapReference(row, i) == 0) continue;
+    const auto free = FindFreeIn(MapPageBits(context_, MapReference(row, i)), i * pages_per_map);
     if (free) return free;
   }
   return std::nullopt;
@@ -116,9 +103,9 @@ std::optional<uint32_t> PageAllocator::FindFreeIn(Bytes bits, uint64_t first_pag
 }
 
 void PageAllocator::MarkUsed(uint32_t page) {
-  if (IsInline(MapRow(context_, kFreePages, kOwnerGlobalMaps)) && !CoverInline(page))
+  if (IsInline(RequireMap(context_.file, kFreePages, kOwnerGlobalMaps)) && !CoverInline(page))
     ConvertToReferences();
-  const Bytes row = MapRow(context_, kFreePages, kOwnerGlobalMaps);
+  const Bytes row = RequireMap(context_.file, kFreePages, kOwnerGlobalMaps);
   if (IsInline(row)) {
     DataPageWriter maps(context_, kGlobalMapPage, kOwnerGlobalMaps);
     const std::span<uint8_t> bits = maps.EditRow(kFreePagesRow).subspan(kMapInlineBits);
@@ -128,15 +115,16 @@ void PageAllocator::MarkUsed(uint32_t page) {
   CoverByReference(page);
   const uint32_t pages_per_map = context_.Layout().PagesPerMapPage();
   const uint32_t map_page =
-      Reference(MapRow(context_, kFreePages, kOwnerGlobalMaps), page / pages_per_map);
+      MapReference(RequireMap(context_.file, kFreePages, kOwnerGlobalMaps), page / pages_per_map);
   ClearBit(EditMapPageBits(context_, map_page), page % pages_per_map);
 }
 
 // Lets the row grow until it has a bit for the page; false when its page has no room for that.
 bool PageAllocator::CoverInline(uint32_t page) {
-  const Bytes row = MapRow(context_, kFreePages, kOwnerGlobalMaps);
+  const Bytes row = RequireMap(context_.file, kFreePages, kOwnerGlobalMaps);
   const uint32_t first = Load32(row.data() + kMapFirstPage);
-  if (page < first) context_.file.DamagedPage(kGlobalMapPage, u"its map starts too late");
+  if (page < first)
+    context_.file.DamagedPage(kGlobalMapPage, u"has a map of free pages that starts too late");
   const size_t needed = (page - first) / 8 + 1;
   const size_t present = row.size() - kMapInlineBits;
   if (needed <= present) return true;
@@ -149,31 +137,33 @@ bool PageAllocator::CoverInline(uint32_t page) {
 
 // The bits move to pages of their own; the row, whose length stays, then leads to those.
 void PageAllocator::ConvertToReferences() {
-  const Bytes old_row = MapRow(context_, kFreePages, kOwnerGlobalMaps);
+  const Bytes old_row = RequireMap(context_.file, kFreePages, kOwnerGlobalMaps);
   const std::vector<uint8_t> old(old_row.begin(), old_row.end());
   const Bytes bits = Bytes(old).subspan(kMapInlineBits);
   const uint32_t first = Load32(old.data() + kMapFirstPage);
   const uint32_t pages_per_map = context_.Layout().PagesPerMapPage();
   const size_t maps = (first + bits.size() * 8 + pages_per_map - 1) / pages_per_map;
+  if (maps > MapReferenceCount(context_.Layout(), old))
+    context_.file.DamagedPage(kGlobalMapPage, u"has a map of free pages that is too short");
   std::vector<uint8_t> row(old.size(), 0);
   row[0] = kMapReference;
   for (size_t i = 0; i < maps; ++i) SetReference(row, i, AppendMapPage());
   for (size_t bit = 0; bit < bits.size() * 8; ++bit) {
     const size_t page = first + bit;
     if (TestBit(bits, bit)) continue;
-    const uint32_t map_page = Reference(row, page / pages_per_map);
+    const uint32_t map_page = MapReference(row, page / pages_per_map);
     ClearBit(EditMapPageBits(context_, map_page), page % pages_per_map);
   }
   DataPageWriter(context_, kGlobalMapPage, kOwnerGlobalMaps).Replace(kFreePagesRow, row);
-  for (size_t i = 0; i < maps; ++i) MarkUsed(Reference(row, i));
+  for (size_t i = 0; i < maps; ++i) MarkUsed(MapReference(row, i));
 }
 
 void PageAllocator::CoverByReference(uint32_t page) {
   const size_t position = page / context_.Layout().PagesPerMapPage();
-  const Bytes row = MapRow(context_, kFreePages, kOwnerGlobalMaps);
-  if (position >= ReferenceCount(row))
-    context_.file.DamagedPage(kGlobalMapPage, u"its map is too short");
-  if (Reference(row, position) != 0) return;
+  const Bytes row = RequireMap(context_.file, kFreePages, kOwnerGlobalMaps);
+  if (position >= MapReferenceCount(context_.Layout(), row))
+    context_.file.DamagedPage(kGlobalMapPage, u"has a map of free pages that is too short");
+  if (MapReference(row, position) != 0) return;
   const uint32_t map_page = AppendMapPage();
   DataPageWriter maps(context_, kGlobalMapPage, kOwnerGlobalMaps);
   SetReference(maps.EditRow(kFreePagesRow), position, map_page);
@@ -188,7 +178,7 @@ uint32_t PageAllocator::AppendMapPage() {
 }
 
 void PageAllocator::Free(uint32_t page) {
-  const Bytes row = MapRow(context_, kFreePages, kOwnerGlobalMaps);
+  const Bytes row = RequireMap(context_.file, kFreePages, kOwnerGlobalMaps);
   if (IsInline(row)) {
     const uint32_t first = Load32(row.data() + kMapFirstPage);
     if (page < first || (page - first) / 8 >= row.size() - kMapInlineBits) return;
@@ -197,16 +187,18 @@ void PageAllocator::Free(uint32_t page) {
   } else {
     const uint32_t pages_per_map = context_.Layout().PagesPerMapPage();
     const size_t position = page / pages_per_map;
-    if (position >= ReferenceCount(row) || Reference(row, position) == 0) return;
-    SetBit(EditMapPageBits(context_, Reference(row, position)), page % pages_per_map);
+    if (position >= MapReferenceCount(context_.Layout(), row) || MapReference(row, position) == 0)
+      return;
+    SetBit(EditMapPageBits(context_, MapReference(row, position)), page % pages_per_map);
   }
   lowest_ = std::min(lowest_, page);
+  context_.pager.GiveUp(page);
 }
 
 // --- Owners' maps: a bit that is set says "mine" ---
 
 Bytes PageSetWriter::Row() const {
-  return MapRow(context_, map_, kOwnerUsageMaps);
+  return RequireMap(context_.file, map_);
 }
 
 std::span<uint8_t> PageSetWriter::EditRow() {
@@ -256,14 +248,14 @@ void PageSetWriter::ConvertToReferences() {
 void PageSetWriter::AddByReference(uint32_t page) {
   const uint32_t pages_per_map = context_.Layout().PagesPerMapPage();
   const size_t position = page / pages_per_map;
-  if (position >= ReferenceCount(Row()))
-    context_.file.DamagedPage(map_.page, u"a map of pages is too short");
-  if (Reference(Row(), position) == 0) {
+  if (position >= MapReferenceCount(context_.Layout(), Row()))
+    context_.file.DamagedPage(map_.page, u"holds a map of pages that is too short");
+  if (MapReference(Row(), position) == 0) {
     const uint32_t map_page = allocator_.Allocate();
     InitializeMapPage(context_, map_page, 0);
     SetReference(EditRow(), position, map_page);
   }
-  SetBit(EditMapPageBits(context_, Reference(Row(), position)), page % pages_per_map);
+  SetBit(EditMapPageBits(context_, MapReference(Row(), position)), page % pages_per_map);
 }
 
 void PageSetWriter::Remove(uint32_t page) {
@@ -275,7 +267,8 @@ void PageSetWriter::Remove(uint32_t page) {
     return;
   }
   const uint32_t pages_per_map = context_.Layout().PagesPerMapPage();
-  ClearBit(EditMapPageBits(context_, Reference(row, page / pages_per_map)), page % pages_per_map);
+  ClearBit(EditMapPageBits(context_, MapReference(row, page / pages_per_map)),
+           page % pages_per_map);
 }
 
 bool PageSetWriter::Contains(uint32_t page) const {
@@ -293,10 +286,11 @@ std::optional<uint32_t> PageSetWriter::HighestBelow(uint32_t limit) const {
     return static_cast<uint32_t>(first + *bit);
   }
   const size_t pages_per_map = context_.Layout().PagesPerMapPage();
-  for (size_t i = std::min(ReferenceCount(row), limit / pages_per_map + 1); i-- > 0;) {
-    if (Reference(row, i) == 0) continue;
+  for (size_t i = std::min(MapReferenceCount(context_.Layout(), row), limit / pages_per_map + 1);
+       i-- > 0;) {
+    if (MapReference(row, i) == 0) continue;
     const size_t limit_here = std::min(pages_per_map, limit - i * pages_per_map);
-    const auto bit = HighestBit(MapPageBits(context_, Reference(row, i)), limit_here);
+    const auto bit = HighestBit(MapPageBits(context_, MapReference(row, i)), limit_here);
     if (bit) return static_cast<uint32_t>(i * pages_per_map + *bit);
   }
   return std::nullopt;

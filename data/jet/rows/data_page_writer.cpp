@@ -71,11 +71,17 @@ uint16_t DataPageWriter::Flags(uint8_t row) const {
   return Load16(page_ + format_.data.slots + row * kSlotSize) & kSlotDeleted;
 }
 
+void DataPageWriter::RequireSlot(uint8_t row) const {
+  if (row >= SlotCount()) context_.file.DamagedPage(number_, u"has fewer rows than is pointed to");
+}
+
 Bytes DataPageWriter::Row(uint8_t row) const {
+  RequireSlot(row);
   return Bytes(page_ + Start(row), End(row) - Start(row));
 }
 
 bool DataPageWriter::CanResize(uint8_t row, size_t size) const {
+  RequireSlot(row);
   const size_t old_size = End(row) - Start(row);
   return size <= old_size || size - old_size <= FreeBytes();
 }
@@ -107,6 +113,7 @@ uint8_t DataPageWriter::Insert(Bytes content, uint16_t flags) {
 
 // The row's bytes are to be written afterwards.
 void DataPageWriter::Resize(uint8_t row, size_t size, uint16_t flags) {
+  RequireSlot(row);
   uint8_t* page = Edit();
   const size_t old_start = Start(row);
   const size_t new_start = End(row) - size;
@@ -134,6 +141,7 @@ void DataPageWriter::Grow(uint8_t row, size_t extra, uint8_t fill) {
 }
 
 std::span<uint8_t> DataPageWriter::EditRow(uint8_t row) {
+  RequireSlot(row);
   return {Edit() + Start(row), End(row) - Start(row)};
 }
 

@@ -26,7 +26,8 @@ class DataPageWriter {
   bool HasRoomFor(size_t row_size) const;
   bool HasLiveRows() const;
 
-  // The slot's flags; kSlotDeleted for a slot that does not exist.
+  // The slot's flags; kSlotDeleted for a slot that does not exist. All others that take a row raise
+  // the damaged file's error for one that does not exist.
   uint16_t Flags(uint8_t row) const;
   Bytes Row(uint8_t row) const;
   bool CanResize(uint8_t row, size_t size) const;
@@ -51,6 +52,7 @@ class DataPageWriter {
   void Resize(uint8_t row, size_t size, uint16_t flags);
   void StoreFreeBytes();
   void RequireOrder() const;
+  void RequireSlot(uint8_t row) const;
 
   const WriteContext& context_;
   const Format& format_;

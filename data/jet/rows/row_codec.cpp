@@ -14,6 +14,14 @@ constexpr uint8_t kNoJump = 0xFF;
 constexpr size_t kJumpDistance = 256;  // what a jump adds to the offsets behind it
 constexpr size_t kBitsPerByte = 8;
 constexpr size_t kNumericWords = 4;
+// What one walk may read, in sizes of the file: it may grow meanwhile, and a condition and an order
+// may read each value again.
+constexpr uint64_t kRowsOfWalk = 2;
+constexpr uint64_t kValuesOfWalk = 8;
+
+uint64_t SizeOf(const FileReader& file) {
+  return uint64_t{file.PageCount()} * file.Layout().page_size;
+}
 
 size_t MaskSize(size_t column_count) {
   return (column_count + kBitsPerByte - 1) / kBitsPerByte;
@@ -98,13 +106,19 @@ size_t FixedSize(const Column& column) {
 }
 
 RowView::RowView(const FileReader& file, const TableDefinition& table)
-    : file_(&file), format_(&file.Layout()), first_variable_(std::numeric_limits<size_t>::max()) {
+    : file_(&file),
+      format_(&file.Layout()),
+      rows_left_(kRowsOfWalk * SizeOf(file)),
+      values_left_(kValuesOfWalk * SizeOf(file)),
+      first_variable_(std::numeric_limits<size_t>::max()) {
   for (const Column& column : table.columns) {
     if (!column.fixed) first_variable_ = std::min<size_t>(first_variable_, column.number);
   }
 }
 
 void RowView::Reset(RowId id, Bytes row) {
+  if (row.size() > rows_left_) file_->Damaged(u"More rows are led to than the file has");
+  rows_left_ -= row.size();
   id_ = id;
   row_ = row;
   const size_t count_size = format_->row.count_size;
@@ -183,6 +197,14 @@ bool RowView::IsNull(const Column& column) const {
   return column.type != ColumnType::Boolean && !Field(column);
 }
 
+// The field, paid for before its value is fetched.
+Bytes RowView::LongField(Bytes field) const {
+  const uint64_t size = ParseLongValue(*file_, field).length;
+  if (size > values_left_) file_->Damaged(u"More long values are led to than the file has");
+  values_left_ -= size;
+  return field;
+}
+
 const uint8_t* RowView::Require(const Column& column, Bytes field) const {
   if (field.size() != FixedSize(column)) DamagedField(column);
   return field.data();
@@ -214,9 +236,9 @@ Value RowView::Get(const Column& column) const {
     case ColumnType::Text:
       return file_->DecodeText(*field);
     case ColumnType::Memo:
-      return ReadMemo(*file_, *field);
+      return ReadMemo(*file_, LongField(*field));
     case ColumnType::Ole:
-      return ReadLongValue(*file_, *field);
+      return ReadLongValue(*file_, LongField(*field));
     default:
       return Binary(field->begin(), field->end());
   }

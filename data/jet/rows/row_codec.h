@@ -14,7 +14,9 @@
 namespace rdv::jet {
 
 // A view of a row's bytes, checked as a whole when it is made and cheap to point at the next row.
-// Lives as long as the page.
+// Lives as long as the page. It is for a walk that meets each row of a table once: the rows and the
+// long values of a sound file are not more than the file, so a view that is led to more of them, by
+// pointers to one and the same, raises the damaged file's error.
 class RowView {
  public:
   // `table` must outlive the view.
@@ -51,9 +53,12 @@ class RowView {
   int32_t FixedNumber(const Column& column) const;  // of a fixed Integer or Long column
   void AppendOtherText(const Column& column, Text& to) const;
   const uint8_t* Require(const Column& column, Bytes field) const;
+  Bytes LongField(Bytes field) const;
 
   const FileReader* file_;
   const Format* format_;
+  uint64_t rows_left_;            // bytes of rows that the walk may still meet
+  mutable uint64_t values_left_;  // and of long values
   size_t first_variable_;  // lowest number of a variable column: rows with fewer have no such part
   RowId id_;
   Bytes row_;

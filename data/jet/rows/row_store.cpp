@@ -46,7 +46,8 @@ RowId RowStore::Insert(Bytes content, uint16_t flags) {
   }
   const uint32_t page = NewPage();
   free_.Add(page);
-  InsertInPage(page, content, flags, row);
+  if (!InsertInPage(page, content, flags, row))
+    context_.file.DamagedPage(page, u"does not stay in the map of its owner's pages");
   return row;
 }
 
@@ -60,6 +61,7 @@ bool RowStore::InsertInPage(uint32_t page, Bytes content, uint16_t flags, RowId&
 }
 
 uint32_t RowStore::NewPage() {
+  if (!owned_) context_.file.Damaged(u"What is to take a page has no map of its pages");
   const uint32_t page = allocator_.Allocate();
   DataPageWriter::Initialize(context_, page, owner_);
   owned_.Add(page);
@@ -118,6 +120,8 @@ void RowStore::RemoveSlot(RowId row) {
 }
 
 void RowStore::RemoveWithPage(RowId row) {
+  if (owned_ && !owned_.Contains(row.page))
+    context_.file.DamagedPage(row.page, u"holds a value of a column that it does not belong to");
   DataPageWriter page(context_, row.page, owner_);
   if (page.Flags(row.row) == kSlotDeleted)
     context_.file.DamagedPage(row.page, u"holds no row where one is pointed to");

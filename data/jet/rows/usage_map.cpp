@@ -7,22 +7,47 @@
 
 namespace rdv::jet {
 
-UsageMap::UsageMap(const FileReader& file, RowId row, uint32_t owner) : file_(&file) {
-  if (!row) return;
-  row_ = RequireRow(file, owner, row);
-  const bool is_inline = row_.size() >= kMapInlineBits && row_[0] == kMapInline;
-  const bool is_reference = !row_.empty() && row_[0] == kMapReference;
-  if (!is_inline && !is_reference) {
-    file.DamagedPage(row.page, u"holds a map of pages of an unknown kind");
+size_t MapReferenceCount(const Format& format, Bytes row) {
+  const size_t covered = format.PagesPerMapPage();
+  const size_t most = (format.PagesOfLargestFile() + covered - 1) / covered;
+  return std::min(most, (row.size() - kMapReferences) / kMapReferenceSize);
+}
+
+uint32_t MapReference(Bytes row, size_t position) {
+  return Load32(&row[kMapReferences + position * kMapReferenceSize]);
+}
+
+Bytes RequireMap(const FileReader& file, RowId map, uint32_t owner) {
+  const Bytes row = RequireRow(file, owner, map);
+  const auto fail = [&](TextView what) { file.DamagedPage(map.page, what); };
+  if (row.size() <= kMapInlineBits || (row[0] != kMapInline && row[0] != kMapReference))
+    fail(u"holds a map of pages of an unknown kind");
+  if (row[0] == kMapInline) {
+    if (Load32(&row[kMapFirstPage]) > file.Layout().PagesOfLargestFile())
+      fail(u"holds a map of pages that no file has");
+    return row;
   }
+  for (size_t i = 0; i < MapReferenceCount(file.Layout(), row); ++i) {
+    const uint32_t page = MapReference(row, i);
+    if (page == 0) continue;
+    if (page >= file.PageCount()) fail(u"holds a map whose pages are outside of the file");
+    for (size_t before = 0; before < i; ++before) {
+      if (MapReference(row, before) == page) fail(u"holds a map with one page in two places");
+    }
+  }
+  return row;
+}
+
+UsageMap::UsageMap(const FileReader& file, RowId row, uint32_t owner) : file_(&file) {
+  if (row) row_ = RequireMap(file, row, owner);
 }
 
 size_t UsageMap::ReferenceCount() const {
-  return (row_.size() - kMapReferences) / kMapReferenceSize;
+  return MapReferenceCount(file_->Layout(), row_);
 }
 
 uint32_t UsageMap::Reference(size_t position) const {
-  return Load32(&row_[kMapReferences + position * kMapReferenceSize]);
+  return MapReference(row_, position);
 }
 
 std::optional<uint32_t> UsageMap::NextIn(Bytes bits, uint32_t first_page, uint32_t from) const {

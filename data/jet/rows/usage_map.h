@@ -11,6 +11,14 @@
 
 namespace rdv::jet {
 
+// The row of a map, judged: what readers and writers rely on holds. Raises the damaged file's error
+// for others. `owner` is that of the page the row lies on.
+Bytes RequireMap(const FileReader& file, RowId map, uint32_t owner = kOwnerUsageMaps);
+
+// Of a row with references: how many matter, and one of them.
+size_t MapReferenceCount(const Format& format, Bytes row);
+uint32_t MapReference(Bytes row, size_t position);
+
 // A view of a map's row; read page by page as it is asked. Holds for the statement, as pages do.
 class UsageMap {
  public:

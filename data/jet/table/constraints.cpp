@@ -32,6 +32,7 @@ Relations RelationsOf(TableSource& tables, const TableDefinition& table) {
     const TableDefinition& other = tables.TableAt(key.other_table);
     const LogicalIndex* counterpart = FindLogicalIndex(other, key.other_index);
     if (!counterpart || !counterpart->foreign_key) continue;
+    if (counterpart->foreign_key->referenced_side == key.referenced_side) continue;
     const RealIndex& own_index = table.indexes[logical.real_index];
     const RealIndex& other_index = other.indexes[counterpart->real_index];
     if (own_index.columns.size() != other_index.columns.size()) continue;

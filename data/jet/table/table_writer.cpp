@@ -91,18 +91,18 @@ void TableWriter::Update(const TableDefinition& table, RowId row,
                          std::span<const Assignment> assignments) {
   Plan plan;
   PlanUpdate(plan, table, row, {assignments.begin(), assignments.end()}, {});
-  for (size_t i = 0; i < plan.size(); ++i) FollowUpdate(plan, i);
+  for (size_t i = 0; i < plan.Size(); ++i) FollowUpdate(plan, i);
   changing_ = true;
-  for (RowChange& change : plan) Apply(change);
+  for (size_t i = 0; i < plan.Size(); ++i) Apply(plan[i]);
   changing_ = false;
 }
 
 void TableWriter::Delete(const TableDefinition& table, RowId row) {
   Plan plan;
-  plan.push_back(PrepareDelete(table, row));
-  for (size_t i = 0; i < plan.size(); ++i) FollowDelete(plan, i);
+  plan.Add(PrepareDelete(table, row));
+  for (size_t i = 0; i < plan.Size(); ++i) FollowDelete(plan, i);
   changing_ = true;
-  for (RowChange& change : plan) Apply(change);
+  for (size_t i = 0; i < plan.Size(); ++i) Apply(plan[i]);
   changing_ = false;
 }
 
@@ -277,20 +277,48 @@ void TableWriter::CheckReferences(const RowChange& change, ValueOf value, IsChan
 
 // --- What relationships make follow ---
 
+size_t TableWriter::Plan::HashOfRow::operator()(
+    const std::pair<const TableDefinition*, RowId>& row) const {
+  return std::hash<uint64_t>()(uint64_t{row.first->Page()} << 32 | row.second.page << 8 |
+                               row.second.row);
+}
+
+TableWriter::RowChange* TableWriter::Plan::Find(const TableDefinition& table, RowId row) {
+  const auto found = by_row_.find({&table, row});
+  return found == by_row_.end() ? nullptr : &changes_[found->second];
+}
+
+void TableWriter::Plan::Add(RowChange change) {
+  by_row_.emplace(std::pair(change.table, change.row), changes_.size());
+  changes_.push_back(std::move(change));
+}
+
+void TableWriter::Plan::CountFollowed(const FileReader& file, size_t rows) {
+  followed_ += rows;
+  if (followed_ > uint64_t{file.PageCount()} * file.Layout().page_size)
+    file.Damaged(u"Relationships lead to more rows than the file has");
+}
+
 void TableWriter::PlanUpdate(Plan& plan, const TableDefinition& table, RowId row,
                              std::vector<Assignment> assignments, Followed followed) {
   std::vector<Followed> all_followed;
   if (followed.index) all_followed.push_back(followed);
-  const auto planned = std::ranges::find_if(
-      plan, [&](const RowChange& change) { return change.table == &table && change.row == row; });
-  if (planned == plan.end()) {
+  RowChange* planned = plan.Find(table, row);
+  if (planned == nullptr) {
     auto change = PrepareUpdate(table, row, std::move(assignments), std::move(all_followed));
-    if (change) plan.push_back(std::move(*change));
+    if (change) plan.Add(std::move(*change));
     return;
   }
-  // The row changes for more than one reason: once, with all the values.
-  assignments.insert(assignments.begin(), planned->assignments.begin(), planned->assignments.end());
-  all_followed.insert(all_followed.end(), planned->followed.begin(), planned->followed.end());
+  // The row changes for more than one reason: once, with all the values, the latest of each column.
+  for (const Assignment& before : planned->assignments) {
+    const bool again =
+        std::ranges::find(assignments, before.column, &Assignment::column) != assignments.end();
+    if (!again) assignments.push_back(before);
+  }
+  for (const Followed& before : planned->followed) {
+    if (std::ranges::find(all_followed, before) == all_followed.end())
+      all_followed.push_back(before);
+  }
   auto change = PrepareUpdate(table, row, std::move(assignments), std::move(all_followed));
   if (change) *planned = std::move(*change);
 }
@@ -314,6 +342,7 @@ void TableWriter::FollowUpdate(Plan& plan, size_t number) {
     };
     const std::vector<Value> old_values = IndexValues(*relation.own_index, old_value);
     const std::vector<RowId> rows = RowsReferringTo(context_.file, relation, old_values);
+    plan.CountFollowed(context_.file, rows.size());
     if (rows.empty()) continue;
     if (!relation.cascade_updates) RaiseRelatedRecordsExist(relation.other->name);
     std::vector<Assignment> assignments;
@@ -332,13 +361,12 @@ void TableWriter::FollowDelete(Plan& plan, size_t number) {
     const RowView view = RequireRowOf(table, plan[number].row);
     const std::vector<Value> values = IndexValues(
         *relation.own_index, [&](size_t column) { return view.Get(table.columns[column]); });
-    for (const RowId row : RowsReferringTo(context_.file, relation, values)) {
-      const bool planned = std::ranges::any_of(plan, [&](const RowChange& change) {
-        return change.table == relation.other && change.row == row;
-      });
-      if (planned) continue;
+    const std::vector<RowId> rows = RowsReferringTo(context_.file, relation, values);
+    plan.CountFollowed(context_.file, rows.size());
+    for (const RowId row : rows) {
+      if (plan.Find(*relation.other, row)) continue;
       if (!relation.cascade_deletes) RaiseRelatedRecordsExist(relation.other->name);
-      plan.push_back(PrepareDelete(*relation.other, row));
+      plan.Add(PrepareDelete(*relation.other, row));
     }
   }
 }
@@ -395,6 +423,7 @@ void TableWriter::UpdateIndexes(RowChange& change, RowId row) {
 void TableWriter::UpdateCounters(const RowChange& change) {
   if (change.kind == RowChange::Kind::Update && change.autonumber == 0) return;
   const auto& layout = context_.Layout().definition;
+  context_.file.Page(change.table->Page(), PageType::Definition);
   uint8_t* page = context_.pager.Edit(change.table->Page());
   const uint32_t count = Load32(page + layout.row_count);
   if (change.kind == RowChange::Kind::Insert) Store32(page + layout.row_count, count + 1);

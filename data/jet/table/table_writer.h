@@ -10,6 +10,7 @@
 #include <optional>
 #include <span>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "data/jet/file/write_context.h"
@@ -48,6 +49,8 @@ class TableWriter {
   struct Followed {
     const RealIndex* index = nullptr;
     const TableDefinition* other = nullptr;
+
+    bool operator==(const Followed&) const = default;
   };
   struct RowChange {
     enum class Kind { Insert, Update, Delete };
@@ -66,7 +69,26 @@ class TableWriter {
     // As if made anew for a new row, but with the room that there is.
     void BeginInsert(const TableDefinition& into);
   };
-  using Plan = std::vector<RowChange>;
+  // All changes of a statement's one: in their order, and by the row.
+  class Plan {
+   public:
+    size_t Size() const { return changes_.size(); }
+    RowChange& operator[](size_t number) { return changes_[number]; }
+    RowChange* Find(const TableDefinition& table, RowId row);
+    void Add(RowChange change);
+    // Counts rows that relationships have led to. In a sound file each one leads to a row once, and
+    // takes some bytes of it to say so.
+    void CountFollowed(const FileReader& file, size_t rows);
+
+   private:
+    struct HashOfRow {
+      size_t operator()(const std::pair<const TableDefinition*, RowId>& row) const;
+    };
+
+    std::vector<RowChange> changes_;
+    std::unordered_map<std::pair<const TableDefinition*, RowId>, size_t, HashOfRow> by_row_;
+    uint64_t followed_ = 0;
+  };
   // What the columns of a new row get: the caller's values and others.
   struct InsertedValues {
     std::vector<const Value*> by_column;
