@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -10,16 +11,17 @@
 #include "data/jet/dump/json_writer.h"
 #include "data/jet/format/errors.h"
 #include "data/jet/rows/table_scan.h"
+#include "runtime/error.h"
 
 namespace rdv::jet {
 namespace {
 
-struct TypeName {
+struct NamedType {
   ColumnType type;
   std::string_view name;
 };
 
-constexpr std::array<TypeName, 14> kTypeNames = {{
+constexpr std::array<NamedType, 14> kTypeNames = {{
     {ColumnType::Boolean, "BOOLEAN"},
     {ColumnType::Byte, "BYTE"},
     {ColumnType::Integer, "INT"},
@@ -35,13 +37,6 @@ constexpr std::array<TypeName, 14> kTypeNames = {{
     {ColumnType::Guid, "GUID"},
     {ColumnType::Numeric, "NUMERIC"},
 }};
-
-std::string NameOf(ColumnType type) {
-  const auto entry = std::find_if(kTypeNames.begin(), kTypeNames.end(),
-                                  [type](const TypeName& name) { return name.type == type; });
-  if (entry != kTypeNames.end()) return std::string(entry->name);
-  return "UNKNOWN_" + std::to_string(static_cast<int>(type));
-}
 
 // Which Access made the file, by the version it leaves in the properties of the database object.
 struct AccessVersion {
@@ -116,16 +111,19 @@ class List {
 
 class DatabaseDump {
  public:
-  DatabaseDump(const FileReader& file, const std::function<void(std::string_view)>& write)
-      : file_(file), catalog_(file), json_(write) {}
+  DatabaseDump(const FileReader& file, const DumpOptions& options,
+               const std::function<void(std::string_view)>& write)
+      : file_(file), options_(options), catalog_(file), json_(write) {}
 
-  void Write(const DumpOptions& options) {
-    const std::vector<CatalogObject> tables = ChooseTables(options.tables);
+  void Write() {
+    const std::vector<CatalogObject> tables = ChooseTables(options_.tables);
     json_.Raw("{\n\"file\":");
-    json_.String(options.file_name);
+    json_.String(options_.file_name);
     json_.Raw(file_.Layout().IsJet4() ? ",\n\"format\":\"JET4\"" : ",\n\"format\":\"JET3\"");
     json_.Raw(",\n\"version\":\"");
-    json_.Raw(VersionName(file_, catalog_));
+    std::string_view version = kVersionUnknown;
+    Tolerating(u"properties of the database", [&] { version = VersionName(file_, catalog_); });
+    json_.Raw(version);
     json_.Raw("\",\n\"charset\":\"");
     json_.Raw(file_.Layout().IsJet4() ? "UTF-16LE"
                                       : "windows-" + std::to_string(file_.FileHeader().code_page));
@@ -135,15 +133,48 @@ class DatabaseDump {
     json_.Raw("\"tables\":[");
     List list(json_, ",");
     for (const CatalogObject& object : tables) {
+      std::optional<TableDefinition> table;
+      Tolerating(u"table " + object.name, [&] { table = catalog_.Table(object); });
+      if (!table) continue;
       list.Next();
       json_.Raw("\n");
-      WriteTable(catalog_.Table(object));
+      WriteTable(*table);
     }
-    json_.Raw(tables.empty() ? "]\n}\n" : "\n]\n}\n");
+    json_.Raw(tables.empty() ? "]" : "\n]");
+    WriteDamage();
+    json_.Raw("\n}\n");
     json_.Flush();
   }
 
  private:
+  // False when reading raised and that is to be told at the end.
+  template <typename Read>
+  bool Tolerating(const Text& what, Read read) {
+    if (options_.damage == nullptr) {
+      read();
+      return true;
+    }
+    try {
+      read();
+      return true;
+    } catch (const RuntimeError& error) {
+      options_.damage->push_back(what + u": " + error.Description());
+      return false;
+    }
+  }
+
+  void WriteDamage() {
+    if (options_.damage == nullptr || options_.damage->empty()) return;
+    json_.Raw(",\n\"damage\":[");
+    List list(json_, ",");
+    for (const Text& what : *options_.damage) {
+      list.Next();
+      json_.Raw("\n");
+      json_.String(what);
+    }
+    json_.Raw("\n]");
+  }
+
   std::vector<CatalogObject> ChooseTables(std::span<const Text> names) {
     std::vector<CatalogObject> tables = catalog_.UserTables();
     for (const Text& name : names) {
@@ -185,7 +216,9 @@ class DatabaseDump {
   void WriteLinkedTables() {
     json_.Raw("\"linkedTables\":[");
     List list(json_, ",");
-    for (const LinkedTable& table : catalog_.LinkedTables()) {
+    std::vector<LinkedTable> tables;
+    Tolerating(u"linked tables", [&] { tables = catalog_.LinkedTables(); });
+    for (const LinkedTable& table : tables) {
       list.Next();
       json_.Raw("\n{");
       Pair("name", table.name);
@@ -203,9 +236,12 @@ class DatabaseDump {
   // The referenced table first, the referencing one as the foreign one; those of Access itself are
   // left out like its tables.
   void WriteRelationships() {
-    std::vector<Relationship> relationships = catalog_.Relationships();
-    std::erase_if(relationships, [this](const Relationship& relationship) {
-      return IsSystemTable(relationship.table) || IsSystemTable(relationship.referenced_table);
+    std::vector<Relationship> relationships;
+    Tolerating(u"relationships", [&] {
+      relationships = catalog_.Relationships();
+      std::erase_if(relationships, [this](const Relationship& relationship) {
+        return IsSystemTable(relationship.table) || IsSystemTable(relationship.referenced_table);
+      });
     });
     json_.Raw("\"relationships\":[");
     List list(json_, ",");
@@ -265,7 +301,7 @@ class DatabaseDump {
   void WriteColumn(const Column& column) {
     json_.Raw("\n  {");
     Pair("name", column.name);
-    json_.Raw(",\"type\":\"" + NameOf(column.type) + "\"");
+    json_.Raw(",\"type\":\"" + TypeName(column.type) + "\"");
     Count("length", column.length);
     Flag("autonumber", column.autonumber);
     if (column.type == ColumnType::Numeric) {
@@ -313,28 +349,53 @@ class DatabaseDump {
   void WriteRows(const TableDefinition& table) {
     Text scratch;
     List rows(json_, ",");
-    for (TableScan scan(file_, table); scan.Next();) {
+    const Text what = u"rows of table " + table.name;
+    std::optional<TableScan> scan;
+    if (!Tolerating(what, [&] { scan.emplace(file_, table); })) return;
+    while (NextRow(*scan, what)) {
       rows.Next();
       json_.Raw("\n  [");
       List fields(json_, ",");
       for (const Column& column : table.columns) {
         fields.Next();
-        WriteField(scan.Row(), column, scratch, json_);
+        const auto write = [&] { WriteField(scan->Row(), column, scratch, json_); };
+        if (!Tolerating(what + u", column " + column.name, write)) json_.Raw("null");
       }
       json_.Raw("]");
     }
   }
 
+  // A scan goes on behind the page or the row that it stumbled over. One that stumbles on and on
+  // does not get any further: it cannot read where the table's pages are listed.
+  bool NextRow(TableScan& scan, const Text& what) {
+    constexpr int kMaxStumbles = 100'000;
+    for (int stumbles = 0; stumbles < kMaxStumbles; ++stumbles) {
+      bool found = false;
+      if (Tolerating(what, [&] { found = scan.Next(); })) return found;
+      std::vector<Text>& damage = *options_.damage;
+      if (damage.size() > 1 && damage.back() == damage[damage.size() - 2]) damage.pop_back();
+    }
+    return false;
+  }
+
   const FileReader& file_;
+  const DumpOptions& options_;
   Catalog catalog_;
   JsonWriter json_;
 };
 
 }  // namespace
 
+std::string TypeName(ColumnType type) {
+  const auto entry = std::find_if(kTypeNames.begin(), kTypeNames.end(),
+                                  [type](const NamedType& name) { return name.type == type; });
+  if (entry != kTypeNames.end()) return std::string(entry->name);
+  return "UNKNOWN_" + std::to_string(static_cast<int>(type));
+}
+
 void DumpDatabase(const FileReader& file, const DumpOptions& options,
                   const std::function<void(std::string_view)>& write) {
-  DatabaseDump(file, write).Write(options);
+  DatabaseDump(file, options, write).Write();
 }
 
 }  // namespace rdv::jet

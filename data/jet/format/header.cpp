@@ -29,34 +29,57 @@ bool IsAce(std::string_view name, uint32_t version) {
   return name == kNameAce || version == 2 || version == 3 || version == 5 || version == 6;
 }
 
-// The fixed part of the header that needs no uncovering: what tells a database of this engine from
-// everything else.
-Version CheckFileKind(Bytes start, uint64_t file_size, TextView path) {
-  const uint32_t smallest_page = kJet3.page_size;
-  if (file_size < 2 * uint64_t{smallest_page} || start.size() < kHeaderSize) {
-    RaiseUnrecognizedFormat(path);
-  }
+// Why a file is refused. What is certainly a database of another kind says so in its error, too.
+struct Mismatch {
+  Text reason;
+  bool is_database = false;
+};
+
+const Format& FormatOf(uint32_t version) {
+  return version == static_cast<uint32_t>(Version::Jet4) ? kJet4 : kJet3;
+}
+
+std::optional<Mismatch> TooShort(uint64_t file_size, const Format& format) {
+  const uint64_t least = 2 * uint64_t{format.page_size};
+  if (file_size >= least) return std::nullopt;
+  if (file_size == 0) return Mismatch{u"The file is empty"};
+  return Mismatch{u"The file is cut off at " + Decimal(static_cast<int64_t>(file_size)) +
+                  u" bytes; the smallest database has " + Decimal(static_cast<int64_t>(least))};
+}
+
+// By the fixed part of the header that needs no uncovering: what tells a database of this engine
+// from everything else.
+std::optional<Mismatch> MismatchOf(Bytes start, uint64_t file_size) {
+  if (file_size == 0) return TooShort(file_size, kJet3);
   const char* engine = reinterpret_cast<const char*>(start.data() + kHeaderEngineName);
-  const std::string_view name(engine, strnlen(engine, kHeaderEngineNameSize));
-  if (!std::equal(kHeaderMark.begin(), kHeaderMark.end(), start.begin()) ||
+  const bool has_name = start.size() >= kHeaderEngineName + kHeaderEngineNameSize;
+  const std::string_view name(engine, has_name ? strnlen(engine, kHeaderEngineNameSize) : 0);
+  if (!has_name || !std::equal(kHeaderMark.begin(), kHeaderMark.end(), start.begin()) ||
       (name != kNameJet && name != kNameAce && name != kNameMoney)) {
-    RaiseUnrecognizedFormat(path);
+    return Mismatch{u"The file has no such signature: it does not begin as a Jet database does"};
   }
-  if (name == kNameMoney) {
-    RaiseUnsupportedFormat(path, u"Files of Microsoft Money are not supported");
-  }
+  if (const auto too_short = TooShort(file_size, kJet3)) return too_short;
+  if (start.size() < kHeaderSize) return Mismatch{u"Its first page is cut off"};
+  if (name == kNameMoney) return Mismatch{u"Files of Microsoft Money are not supported", true};
   const uint32_t version = Load32(start.data() + kHeaderVersion);
   if (IsAce(name, version)) {
-    RaiseUnsupportedFormat(
-        path, u"It was made by Access 2007 or later; save it in the Access 2000-2003 format");
+    return Mismatch{u"It was made by Access 2007 or later; save it in the Access 2000-2003 format",
+                    true};
   }
   if (version > static_cast<uint32_t>(Version::Jet4)) {
-    RaiseUnsupportedFormat(path, u"Version " + Decimal(version) + u" of the format is not known");
+    return Mismatch{u"Version " + Decimal(version) + u" of the format is not known", true};
   }
-  if (file_size % smallest_page != 0) {
-    RaiseUnrecognizedFormat(path);
+  if (const auto too_short = TooShort(file_size, FormatOf(version))) return too_short;
+  if (file_size % kJet3.page_size != 0) {
+    return Mismatch{u"The file is cut off in the middle of a page, at " +
+                    Decimal(static_cast<int64_t>(file_size)) + u" bytes"};
   }
-  return static_cast<Version>(version);
+  std::array<uint8_t, kHeaderSize> page;
+  std::copy_n(start.begin(), page.size(), page.begin());
+  ApplyHeaderMask(page, FormatOf(version));
+  if (Load32(&page[kHeaderDatabaseKey]) != 0)
+    return Mismatch{u"The database is encoded; save it without encoding", true};
+  return std::nullopt;
 }
 
 Text ReadPassword(Bytes page, const Format& format, double creation_date) {
@@ -96,20 +119,22 @@ Header ParseFields(Bytes page, Version version) {
 }  // namespace
 
 Header ReadHeader(Bytes start, uint64_t file_size, TextView path, TextView password) {
-  const Version version = CheckFileKind(start, file_size, path);
-  std::array<uint8_t, kHeaderSize> page;
-  std::copy_n(start.begin(), page.size(), page.begin());
-  const Format& format = version == Version::Jet4 ? kJet4 : kJet3;
-  if (file_size < 2 * uint64_t{format.page_size}) {
+  if (const std::optional<Mismatch> mismatch = MismatchOf(start, file_size)) {
+    if (mismatch->is_database) RaiseUnsupportedFormat(path, mismatch->reason);
     RaiseUnrecognizedFormat(path);
   }
-  ApplyHeaderMask(page, format);
-  if (Load32(&page[kHeaderDatabaseKey]) != 0) {
-    RaiseUnsupportedFormat(path, u"The database is encoded; save it without encoding");
-  }
+  const auto version = static_cast<Version>(Load32(start.data() + kHeaderVersion));
+  std::array<uint8_t, kHeaderSize> page;
+  std::copy_n(start.begin(), page.size(), page.begin());
+  ApplyHeaderMask(page, version == Version::Jet4 ? kJet4 : kJet3);
   Header header = ParseFields(page, version);
   if (!header.password.empty() && header.password != password) RaiseWrongPassword();
   return header;
+}
+
+std::optional<Text> WhyNotRecognized(Bytes start, uint64_t file_size) {
+  const std::optional<Mismatch> mismatch = MismatchOf(start, file_size);
+  return mismatch ? std::optional<Text>(mismatch->reason) : std::nullopt;
 }
 
 void ApplyHeaderMask(std::span<uint8_t> page, const Format& format) {

@@ -33,6 +33,11 @@ struct Header {
 // that is cut off, "Not a valid password." for a password other than the file's.
 Header ReadHeader(Bytes start, uint64_t file_size, TextView path, TextView password = {});
 
+// Why a file with this beginning is not read here, a sentence without its stop; nothing for one
+// that is. A password is no reason. For programs that explain: of the engine's errors, that of a
+// file which is no database at all does not tell it.
+std::optional<Text> WhyNotRecognized(Bytes start, uint64_t file_size);
+
 // Covers or uncovers the masked part of a header page, which holds at least kHeaderSize bytes.
 void ApplyHeaderMask(std::span<uint8_t> page, const Format& format);
 

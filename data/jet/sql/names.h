@@ -34,6 +34,9 @@ class Names {
   // Raises "No value given ..." when there are fewer arguments than parameters.
   void RequireArguments(std::span<const Argument> arguments) const;
 
+  // The parameters that were met, in the order in which arguments are bound to them.
+  const std::vector<Text>& Parameters() const { return parameters_; }
+
  private:
   const Column* FindColumn(const Name& name) const;
 

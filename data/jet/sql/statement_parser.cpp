@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "data/jet/format/errors.h"
+#include "data/jet/sql/syntax_error.h"
 #include "data/jet/sql/tokens.h"
 
 namespace rdv::jet::sql {
@@ -42,7 +43,7 @@ constexpr Operator kOperators[] = {
 // Each clause sets the error that everything unexpected in it raises.
 class Parser {
  public:
-  explicit Parser(TextView text) : tokens_(Tokenize(text)) {}
+  explicit Parser(TextView text) : text_(text), tokens_(Tokenize(text)) {}
 
   Statement Parse() {
     Statement statement = ParseAny();
@@ -279,8 +280,12 @@ class Parser {
     if (!TakeSymbol(symbol)) Fail();
   }
 
-  [[noreturn]] void Fail() const { RaiseSyntaxError(error_); }
+  [[noreturn]] void Fail() const {
+    const Token& token = Current();
+    throw SyntaxError(Text(error_), Text(text_.substr(token.position, token.size)), token.position);
+  }
 
+  TextView text_;
   std::vector<Token> tokens_;
   size_t position_ = 0;
   TextView error_ = kUnknownStatement;

@@ -22,7 +22,7 @@ namespace rdv::jet::sql {
 inline constexpr size_t kMaxStatementLength = 64000;
 inline constexpr int kMaxConditionDepth = 50;
 
-// Raises the syntax errors of the engine.
+// Raises SyntaxError, and the engine's error for what is too complex.
 Statement ParseStatement(TextView text);
 
 }  // namespace rdv::jet::sql

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "data/jet/format/errors.h"
+#include "data/jet/sql/syntax_error.h"
 
 namespace rdv::jet::sql {
 namespace {
@@ -26,7 +26,15 @@ class Tokenizer {
 
   Token Next() {
     while (IsBlank(Peek())) ++position_;
-    if (AtEnd()) return {};
+    start_ = position_;
+    Token token = AtEnd() ? Token() : Take();
+    token.position = start_;
+    token.size = position_ - start_;
+    return token;
+  }
+
+ private:
+  Token Take() {
     const char16_t unit = Peek();
     if (BeginsName(unit)) return {TokenKind::Word, TakeWhile(ContinuesName)};
     if (IsDigit(unit) || (unit == u'.' && IsDigit(Peek(1)))) return {TokenKind::Number, Number()};
@@ -45,7 +53,6 @@ class Tokenizer {
     }
   }
 
- private:
   bool AtEnd() const { return position_ >= statement_.size(); }
 
   char16_t Peek(size_t ahead = 0) const {
@@ -80,7 +87,7 @@ class Tokenizer {
       }
       content += Peek();
     }
-    RaiseSyntaxError(error);
+    Fail(error);
   }
 
   Text Symbol() {
@@ -91,12 +98,20 @@ class Tokenizer {
       position_ += 2;
       return Text(pair);
     }
-    if (kSingles.find(Peek()) == TextView::npos)
-      RaiseSyntaxError(u"Syntax error in query expression.");
+    if (kSingles.find(Peek()) == TextView::npos) {
+      ++position_;
+      Fail(u"Syntax error in query expression.");
+    }
     return Text(1, statement_[position_++]);
   }
 
+  // What has been read of the token that begins at start_ makes none.
+  [[noreturn]] void Fail(TextView error) const {
+    throw SyntaxError(Text(error), Text(statement_.substr(start_, position_ - start_)), start_);
+  }
+
   TextView statement_;
+  size_t start_ = 0;
   size_t position_ = 0;
 };
 

@@ -1,6 +1,7 @@
 // The words and signs of a statement.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -20,10 +21,12 @@ enum class TokenKind : uint8_t {
 
 struct Token {
   TokenKind kind = TokenKind::End;
-  Text text;  // without quotes
+  Text text;            // without quotes
+  size_t position = 0;  // of its first unit in the statement
+  size_t size = 0;      // with quotes
 };
 
-// The last token is always End. Raises a syntax error for a quote that is not closed and for
+// The last token is always End. Raises a SyntaxError for a quote that is not closed and for
 // characters that begin no token.
 std::vector<Token> Tokenize(TextView statement);
 
