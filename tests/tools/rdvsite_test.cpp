@@ -6,7 +6,14 @@
 #include <iterator>
 #include <sstream>
 
-#include "tests/support/site_fixture.h"
+#include "data/commands.h"
+#include "data/jet/engine.h"
+#include "data/jet/sql/parameters.h"
+#include "data/jet/sql/statement_parser.h"
+#include "data/needed_tables.h"
+#include "tests/support/site_files.h"
+#include "tools/command_line/exit_codes.h"
+#include "tools/rdvsite/demonstration_tables.h"
 #include "tools/rdvsite/tool.h"
 
 #ifndef _WIN32
@@ -24,7 +31,12 @@ struct Outcome {
   std::string errors;
 };
 
-Outcome RunTool(const std::vector<Text>& arguments) {
+using tools::kDone;
+using tools::kFindings;
+using tools::kUnusable;
+using tools::kUsage;
+
+Outcome RunTool(const std::vector<std::string>& arguments) {
   std::ostringstream out;
   std::ostringstream errors;
   Outcome outcome;
@@ -36,17 +48,17 @@ Outcome RunTool(const std::vector<Text>& arguments) {
 
 class SiteTool : public testing::Test {
  protected:
-  void Create(const std::vector<Text>& options = {}) {
-    std::vector<Text> arguments = {u"create", folder_.Path().u16string()};
+  void Create(const std::vector<std::string>& options = {}) {
+    std::vector<std::string> arguments = {"create", folder_.Path().string()};
     arguments.insert(arguments.end(), options.begin(), options.end());
     const Outcome outcome = RunTool(arguments);
     ASSERT_EQ(outcome.code, kDone) << outcome.errors;
   }
-  Text Database() const { return (Suite() / "Database" / "NewDB.mdb").u16string(); }
+  std::string Database() const { return (Suite() / "Database" / "NewDB.mdb").string(); }
   std::filesystem::path Suite() const { return folder_.Path() / "Tolvane" / "ORVANT+"; }
 
-  Outcome Sql(const Text& statement, std::vector<Text> arguments = {}) const {
-    arguments.insert(arguments.begin(), {u"sql", Database(), statement});
+  Outcome Sql(const std::string& statement, std::vector<std::string> arguments = {}) const {
+    arguments.insert(arguments.begin(), {"sql", Database(), statement});
     return RunTool(arguments);
   }
 
@@ -77,32 +89,33 @@ class SiteTool : public testing::Test {
 TEST_F(SiteTool, CreatesASoundSiteOfThreeConfigurationsInItsFolders) {
   Create();
   EXPECT_TRUE(std::filesystem::exists(Suite() / "ORVANTPlus.ini"));
-  const Outcome check = RunTool({u"check", Database()});
+  const Outcome check = RunTool({"check", Database()});
   EXPECT_EQ(check.code, kDone) << check.out;
   EXPECT_EQ(check.out.substr(0, 6), "sound:");
-  const Text unit = u"SELECT LineType FROM Used_Lines WHERE Config_ID = c AND Base_Slot_No = 1";
-  EXPECT_EQ(Lines(Sql(unit, {u"1"}).out), 12u);
-  EXPECT_EQ(Lines(Sql(unit, {u"2"}).out), 0u);
-  EXPECT_EQ(Lines(Sql(unit + u" AND LineType = 6", {u"3"}).out), 4u);
-  EXPECT_EQ(Lines(Sql(u"SELECT * FROM orvsettings").out), 3u);
+  const std::string unit =
+      "SELECT LineType FROM Used_Lines WHERE Config_ID = c AND Base_Slot_No = 1";
+  EXPECT_EQ(Lines(Sql(unit, {"1"}).out), 12u);
+  EXPECT_EQ(Lines(Sql(unit, {"2"}).out), 0u);
+  EXPECT_EQ(Lines(Sql(unit + " AND LineType = 6", {"3"}).out), 4u);
+  EXPECT_EQ(Lines(Sql("SELECT * FROM orvsettings").out), 3u);
 }
 
 TEST_F(SiteTool, CreatesAsManyConfigurationsAsItIsTold) {
-  Create({u"--configurations", u"12"});
-  EXPECT_EQ(Lines(Sql(u"SELECT * FROM orvsettings").out), 12u);
-  const Text unit = u"SELECT * FROM Used_Lines WHERE Config_ID = 12";
-  EXPECT_EQ(Lines(Sql(unit + u" AND Base_Slot_No = 1 AND LineType = 6").out), 8u);
+  Create({"--configurations", "12"});
+  EXPECT_EQ(Lines(Sql("SELECT * FROM orvsettings").out), 12u);
+  const std::string unit = "SELECT * FROM Used_Lines WHERE Config_ID = 12";
+  EXPECT_EQ(Lines(Sql(unit + " AND Base_Slot_No = 1 AND LineType = 6").out), 8u);
   EXPECT_EQ(Lines(Sql(unit).out), 16u);
-  EXPECT_EQ(RunTool({u"check", Database()}).code, kDone);
+  EXPECT_EQ(RunTool({"check", Database()}).code, kDone);
 }
 
 TEST_F(SiteTool, LeavesASiteAloneThatIsThere) {
   Create();
-  Sql(u"DELETE FROM Used_Lines");
-  const Outcome again = RunTool({u"create", folder_.Path().u16string()});
-  EXPECT_EQ(again.code, kFailed);
+  Sql("DELETE FROM Used_Lines");
+  const Outcome again = RunTool({"create", folder_.Path().string()});
+  EXPECT_EQ(again.code, kUnusable);
   EXPECT_NE(again.errors.find("already exists"), std::string::npos) << again.errors;
-  EXPECT_EQ(Sql(u"SELECT * FROM Used_Lines").out, "");
+  EXPECT_EQ(Sql("SELECT * FROM Used_Lines").out, "");
 }
 
 TEST_F(SiteTool, KeepsSettingsThatAreThereWithoutADatabase) {
@@ -110,23 +123,23 @@ TEST_F(SiteTool, KeepsSettingsThatAreThereWithoutADatabase) {
   WriteFile(Suite() / "ORVANTPlus.ini", "[MINE]\r\n1=a\r\n");
   Create();
   EXPECT_EQ(ReadFile(Suite() / "ORVANTPlus.ini"), "[MINE]\r\n1=a\r\n");
-  EXPECT_EQ(RunTool({u"check", Database()}).code, kDone);
+  EXPECT_EQ(RunTool({"check", Database()}).code, kDone);
 }
 
 TEST_F(SiteTool, MakesTheSiteThatAnEarlierCallDidNotFinish) {
   std::filesystem::create_directories(Suite() / "Database");
-  WriteFile(Database() + u".new", std::string(70000, 'x'));
+  WriteFile(Database() + ".new", std::string(70000, 'x'));
   WriteFile(Suite() / "ORVANTPlus.ini.new", "; Sett");
   Create();
-  EXPECT_EQ(RunTool({u"check", Database()}).code, kDone);
+  EXPECT_EQ(RunTool({"check", Database()}).code, kDone);
   EXPECT_EQ(Files(), (std::vector<std::string>{"NewDB.mdb", "ORVANTPlus.ini"}));
 }
 
 TEST_F(SiteTool, LeavesNothingButFoldersOfASiteThatItCannotFinish) {
   // In the way of the settings, which come after the tables.
   std::filesystem::create_directories(Suite() / "ORVANTPlus.ini.new" / "in use");
-  const Outcome outcome = RunTool({u"create", folder_.Path().u16string()});
-  EXPECT_EQ(outcome.code, kFailed);
+  const Outcome outcome = RunTool({"create", folder_.Path().string()});
+  EXPECT_EQ(outcome.code, kUnusable);
   EXPECT_NE(outcome.errors.find("ORVANTPlus.ini"), std::string::npos) << outcome.errors;
   EXPECT_EQ(Files(), std::vector<std::string>());
   std::filesystem::remove_all(Suite() / "ORVANTPlus.ini.new");
@@ -137,10 +150,10 @@ TEST_F(SiteTool, LeavesNothingButFoldersOfASiteThatItCannotFinish) {
 #ifndef _WIN32
 
 TEST_F(SiteTool, BeingKilledLeavesNoDatabaseAndNothingInTheWay) {
-  const std::filesystem::path draft = Database() + u".new";
+  const std::filesystem::path draft = Database() + ".new";
   const pid_t child = fork();
   if (child == 0) {
-    RunTool({u"create", folder_.Path().u16string(), u"--configurations", u"32767"});
+    RunTool({"create", folder_.Path().string(), "--configurations", "32767"});
     _exit(0);
   }
   // Late enough to be among the configurations.
@@ -154,7 +167,7 @@ TEST_F(SiteTool, BeingKilledLeavesNoDatabaseAndNothingInTheWay) {
   waitpid(child, nullptr, 0);
   EXPECT_FALSE(std::filesystem::exists(Database()));
   Create();
-  EXPECT_EQ(RunTool({u"check", Database()}).code, kDone);
+  EXPECT_EQ(RunTool({"check", Database()}).code, kDone);
   EXPECT_EQ(Files(), (std::vector<std::string>{"NewDB.mdb", "ORVANTPlus.ini"}));
 }
 
@@ -162,19 +175,19 @@ TEST_F(SiteTool, BeingKilledLeavesNoDatabaseAndNothingInTheWay) {
 
 TEST_F(SiteTool, PrintsRowsAsLinesOfJsonAndWritesAsTheirNumber) {
   Create();
-  EXPECT_EQ(Sql(u"SELECT Line, Volume_Name, rsvd1 FROM Used_Lines WHERE Config_ID = 1 AND "
-                u"Base_Slot_No = 1 AND Line < 3")
+  EXPECT_EQ(Sql("SELECT Line, Volume_Name, rsvd1 FROM Used_Lines WHERE Config_ID = 1 AND "
+                "Base_Slot_No = 1 AND Line < 3")
                 .out,
             "{\"Line\":1,\"Volume_Name\":\"High\",\"rsvd1\":0}\n"
             "{\"Line\":2,\"Volume_Name\":\"Low\",\"rsvd1\":0}\n");
-  EXPECT_EQ(Sql(u"DELETE FROM Used_Lines WHERE Config_ID = c", {u"3"}).out, "12\n");
+  EXPECT_EQ(Sql("DELETE FROM Used_Lines WHERE Config_ID = c", {"3"}).out, "12\n");
 }
 
 TEST_F(SiteTool, PrintsEveryKindOfValueInTheFormOfADump) {
   Create();
-  Sql(u"UPDATE orvsettings SET Remarks = a, Saved_On = b, Config_Caption = c WHERE ConfigID = 1",
-      {u"say \"é\"\r\n\t\\", u"2011-03-14 15:09:26", u"\\N"});
-  EXPECT_EQ(Sql(u"SELECT * FROM orvsettings WHERE ConfigID = 1").out,
+  Sql("UPDATE orvsettings SET Remarks = a, Saved_On = b, Config_Caption = c WHERE ConfigID = 1",
+      {"say \"é\"\r\n\t\\", "2011-03-14 15:09:26", "\\N"});
+  EXPECT_EQ(Sql("SELECT * FROM orvsettings WHERE ConfigID = 1").out,
             "{\"ConfigID\":1,\"PartitionEnabled\":true,\"Config_Caption\":null,\"Revision\":10,"
             "\"Saved_On\":\"2011-03-14T15:09:26\",\"Idle_Factor\":0.25,"
             "\"Upkeep_Cost\":\"125.0100\",\"Remarks\":\"say \\\"é\\\"\\r\\n\\t\\\\\"}\n");
@@ -182,67 +195,377 @@ TEST_F(SiteTool, PrintsEveryKindOfValueInTheFormOfADump) {
 
 TEST_F(SiteTool, TellsNullFromEmptyTextInArguments) {
   Create();
-  EXPECT_EQ(Sql(u"UPDATE Used_Lines SET Description = d WHERE Config_ID = 1", {u""}).out, "16\n");
-  EXPECT_EQ(Lines(Sql(u"SELECT * FROM Used_Lines WHERE Description IS NULL").out), 0u);
-  EXPECT_EQ(Sql(u"UPDATE Used_Lines SET Description = d WHERE Config_ID = 1", {u"\\N"}).out,
-            "16\n");
-  EXPECT_EQ(Lines(Sql(u"SELECT * FROM Used_Lines WHERE Description IS NULL").out), 16u);
+  EXPECT_EQ(Sql("UPDATE Used_Lines SET Description = d WHERE Config_ID = 1", {""}).out, "16\n");
+  EXPECT_EQ(Lines(Sql("SELECT * FROM Used_Lines WHERE Description IS NULL").out), 0u);
+  EXPECT_EQ(Sql("UPDATE Used_Lines SET Description = d WHERE Config_ID = 1", {"\\N"}).out, "16\n");
+  EXPECT_EQ(Lines(Sql("SELECT * FROM Used_Lines WHERE Description IS NULL").out), 16u);
 }
 
 TEST_F(SiteTool, DumpsAllTablesOrThoseThatAreNamed) {
   Create();
-  const std::string all = RunTool({u"dump", Database()}).out;
+  const std::string all = RunTool({"dump", Database()}).out;
   EXPECT_EQ(all.substr(0, 22), "{\n\"file\":\"NewDB.mdb\",\n");
   EXPECT_NE(all.find("\"name\":\"Node_Type_Max\""), std::string::npos);
-  const std::string one = RunTool({u"dump", Database(), u"used_cards"}).out;
+  const std::string one = RunTool({"dump", Database(), "used_cards"}).out;
   EXPECT_NE(one.find("\"name\":\"Used_Cards\""), std::string::npos);
   EXPECT_EQ(one.find("\"name\":\"Node_Type_Max\""), std::string::npos);
-  EXPECT_EQ(RunTool({u"dump", Database(), u"Nowhere"}).code, kFailed);
+  const Outcome nowhere = RunTool({"dump", Database(), "UsedCards"});
+  EXPECT_EQ(nowhere.code, kUsage);
+  EXPECT_EQ(nowhere.out, "");
+  EXPECT_EQ(nowhere.errors,
+            "rdvsite dump: there is no table 'UsedCards': did you mean 'Used_Cards'? (see rdvsite "
+            "--help)\n");
 }
 
-TEST_F(SiteTool, MendsWhatACheckFinds) {
-  const auto sample = test::SharedSites() / "broken" / "08-cyclic-index" / "NewDB.mdb";
-  if (!std::filesystem::exists(sample)) GTEST_SKIP() << "the sample is not at hand: " << sample;
-  const auto copy = folder_.Path() / "copy.mdb";
-  std::filesystem::copy_file(sample, copy);
-  std::filesystem::permissions(copy, std::filesystem::perms::owner_write,
-                               std::filesystem::perm_options::add);
-  EXPECT_EQ(RunTool({u"check", copy.u16string()}).code, kFailed);
-  const Outcome repair = RunTool({u"repair", copy.u16string()});
-  EXPECT_EQ(repair.code, kDone) << repair.out << repair.errors;
-  EXPECT_EQ(repair.out.substr(0, 7), "mended:");
-  EXPECT_EQ(RunTool({u"check", copy.u16string()}).code, kDone);
-}
-
-TEST_F(SiteTool, ReportsErrorsWithNumberDescriptionAndSource) {
+TEST_F(SiteTool, TakesTheFolderOfASiteForItsDatabase) {
   Create();
-  const Outcome outcome = Sql(u"SELECT * FROM Nowhere");
-  EXPECT_EQ(outcome.code, kFailed);
+  EXPECT_EQ(RunTool({"check", folder_.Path().string()}).code, kDone);
+  const Outcome elsewhere = RunTool({"check", Suite().string()});
+  EXPECT_EQ(elsewhere.code, kUnusable);
+  EXPECT_NE(elsewhere.errors.find("is a folder, and no site"), std::string::npos);
+}
+
+TEST_F(SiteTool, ListsTheTablesAndWhatTheyAreMadeOf) {
+  Create();
+  const std::string tables = RunTool({"tables", Database()}).out;
+  EXPECT_EQ(Lines(tables), 10u);
+  EXPECT_NE(tables.find("orvsettings                      3 rows, 8 columns\n"), std::string::npos)
+      << tables;
+  const Outcome schema = RunTool({"schema", Database(), "used_cards"});
+  EXPECT_EQ(schema.code, kDone) << schema.errors;
+  for (const char* line : {"Used_Cards (7 rows)\n", "\n  Slot_Caption                   TEXT(50)\n",
+                           "\n  Config_ID                      INT\n",
+                           "\n  primary key PrimaryKey: Config_ID, Base_Slot_No, Slot_Offset\n"}) {
+    EXPECT_NE(schema.out.find(line), std::string::npos) << line << schema.out;
+  }
+  const Outcome all = RunTool({"schema", Database()});
+  for (const NeededTable& table : NeededTables())
+    EXPECT_NE(all.out.find(ToUtf8(table.name) + " ("), std::string::npos);
+  EXPECT_EQ(RunTool({"schema", Database(), "Nowhere"}).code, kUsage);
+}
+
+TEST_F(SiteTool, NamesEachColumnThatIsUnknown) {
+  Create();
+  const Outcome outcome =
+      Sql("SELECT Line, Volum_ID FROM Used_Lines WHERE Config = 1 ORDER BY Line");
+  EXPECT_EQ(outcome.code, kFindings);
   EXPECT_EQ(outcome.out, "");
   EXPECT_EQ(outcome.errors,
-            "-2147217865: The Microsoft Jet database engine cannot find the input table or query "
-            "'Nowhere'. Make sure it exists and that its name is spelled correctly. (Microsoft JET "
-            "Database Engine)\n");
+            "rdvsite sql: 'Volum_ID' is no column of Used_Lines and has no value; did you mean "
+            "'Volume_ID'?; 'Config' is no column of Used_Lines and has no value; did you mean "
+            "'Config_ID'?. No value given for one or more required parameters. (error -2147217904, "
+            "Microsoft JET Database Engine)\n");
 }
 
-TEST_F(SiteTool, ShowsItsUsageForArgumentsThatMakeNoCommand) {
-  const std::vector<std::vector<Text>> wrong = {{},
-                                                {u"make"},
-                                                {u"create"},
-                                                {u"create", u"x", u"y"},
-                                                {u"create", u"x", u"--configurations"},
-                                                {u"create", u"x", u"--configurations", u"many"},
-                                                {u"create", u"x", u"--configurations", u"0"},
-                                                {u"create", u"x", u"--configurations", u"32768"},
-                                                {u"dump"},
-                                                {u"sql", u"x"},
-                                                {u"check"},
-                                                {u"check", u"x", u"y"},
-                                                {u"repair"}};
-  for (const std::vector<Text>& arguments : wrong) {
-    const Outcome outcome = RunTool(arguments);
+TEST_F(SiteTool, RefusesMoreArgumentsThanTheStatementTakesAndWritesNothing) {
+  Create();
+  const Outcome outcome =
+      Sql("UPDATE Used_Lines SET Description = d WHERE Config_ID = 1", {"Gate", "2"});
+  EXPECT_EQ(outcome.code, kUsage);
+  EXPECT_EQ(outcome.errors.substr(0, 78),
+            "rdvsite sql: '2' is one argument too many: the statement takes 'd' (see rdvsit");
+  EXPECT_EQ(Sql("SELECT * FROM Used_Lines WHERE Description = d", {"Gate"}).out, "");
+  EXPECT_EQ(Sql("SELECT * FROM Used_Lines", {"-1"}).code, kUsage);
+}
+
+TEST_F(SiteTool, TakesArgumentsThatBeginWithADash) {
+  Create();
+  EXPECT_EQ(Sql("SELECT Line FROM Used_Lines WHERE Starting_Node_Number = n AND Config_ID = c",
+                {"-1", "1"})
+                .out,
+            "{\"Line\":7}\n{\"Line\":8}\n");
+}
+
+TEST_F(SiteTool, ShowsWhereAStatementIsWrong) {
+  Create();
+  const Outcome word = Sql("SELECT Line FORM Used_Lines");
+  EXPECT_EQ(word.code, kFindings);
+  EXPECT_EQ(word.errors.substr(0, 55), "rdvsite sql: 'FORM' was not expected at character 13 of");
+  EXPECT_EQ(Sql("SELECT * FROM Used_Lines WHERE").errors.substr(0, 67),
+            "rdvsite sql: the statement ends too early, after character 30 of \"S");
+  EXPECT_EQ(Sql("DELETE FROM Used_Lines WHERE Line ! 3").errors.substr(0, 52),
+            "rdvsite sql: '!' was not expected at character 35 of");
+  EXPECT_EQ(Sql("DELETE FROM Used_Lines WHERE Description = 'Gate").errors.substr(0, 56),
+            "rdvsite sql: ''Gate' was not expected at character 44 of");
+}
+
+TEST_F(SiteTool, TellsEngineErrorsWithNumberDescriptionAndSource) {
+  Create();
+  const Outcome outcome = Sql("SELECT * FROM Nowhere");
+  EXPECT_EQ(outcome.code, kFindings);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_EQ(outcome.errors,
+            "rdvsite sql: The Microsoft Jet database engine cannot find the input table or query "
+            "'Nowhere'. Make sure it exists and that its name is spelled correctly. (error "
+            "-2147217865, Microsoft JET Database Engine)\n");
+}
+
+// A file that is refused, and what is said of it.
+struct Refused {
+  std::string content;
+  std::string words;
+};
+
+TEST_F(SiteTool, SaysWhyAFileIsNoDatabase) {
+  Create();
+  const std::string sound = ReadFile(Database());
+  std::string newer = sound;
+  newer.replace(4, 15, "Standard ACE DB");
+  newer[0x14] = 2;
+  const Refused files[] = {
+      {"", "The file is empty"},
+      {"no database", "The file has no such signature"},
+      {std::string(100'000, '\0'), "The file has no such signature"},
+      {sound.substr(0, 6000), "The file is cut off at 6000 bytes"},
+      {sound.substr(0, sound.size() - 1000), "The file is cut off in the middle of a page, at "},
+      {newer, "It was made by Access 2007 or later"}};
+  const std::string path = (folder_.Path() / "other.mdb").string();
+  for (const Refused& file : files) {
+    std::filesystem::remove(path);
+    WriteFile(path, file.content);
+    for (const char* command : {"check", "dump", "repair", "tables"}) {
+      const Outcome outcome = RunTool({command, path});
+      EXPECT_EQ(outcome.code, kUnusable);
+      EXPECT_NE(outcome.errors.find(file.words), std::string::npos) << outcome.errors;
+      EXPECT_EQ(Lines(outcome.errors), 1u);
+      EXPECT_EQ(outcome.out, "");
+    }
+    EXPECT_EQ(ReadFile(path), file.content);
+  }
+  const Outcome missing = RunTool({"check", (folder_.Path() / "none.mdb").string()});
+  EXPECT_EQ(missing.code, kUnusable);
+  EXPECT_NE(missing.errors.find("Could not find file"), std::string::npos) << missing.errors;
+}
+
+TEST_F(SiteTool, FindsWhatTheControlNeedsAndTheDatabaseLacks) {
+  // Each table without its last needed column, and one table not at all.
+  const std::string path = (folder_.Path() / "lacking.mdb").string();
+  std::vector<std::string> lacking;
+  jet::Engine::Create(FromUtf8(path), {}, [&](jet::Engine& engine) {
+    jet::Engine::WriteScope scope(engine);
+    for (jet::TableSpec table : ConfigurationTables()) {
+      if (table.name == u"Used_Cards") continue;
+      const auto needed = std::ranges::find_if(NeededTables(), [&](const NeededTable& candidate) {
+        return EqualsIgnoringCase(candidate.name, table.name);
+      });
+      ASSERT_NE(needed, NeededTables().end());
+      const Text column(needed->columns.back());
+      std::erase_if(table.columns,
+                    [&](const jet::ColumnSpec& spec) { return spec.name == column; });
+      std::erase_if(table.indexes, [&](const jet::IndexSpec& index) {
+        return std::ranges::any_of(
+            index.columns, [&](const jet::IndexPartSpec& part) { return part.column == column; });
+      });
+      lacking.push_back("the control needs more: column " + ToUtf8(column) + " of table " +
+                        ToUtf8(table.name) + " is missing\n");
+      engine.CreateTable(table);
+    }
+    scope.Commit();
+  });
+  lacking.emplace_back("the control needs more: table Used_Cards is missing\n");
+  const Outcome outcome = RunTool({"check", path});
+  EXPECT_EQ(outcome.code, kFindings) << outcome.errors;
+  EXPECT_EQ(Lines(outcome.out), lacking.size() + 1);
+  for (const std::string& line : lacking)
+    EXPECT_NE(outcome.out.find(line), std::string::npos) << line << outcome.out;
+  EXPECT_NE(outcome.out.find("\nsound: "), std::string::npos) << outcome.out;
+  EXPECT_EQ(RunTool({"check", "--file-only", path}).code, kDone);
+}
+
+TEST_F(SiteTool, SaysThatADatabaseIsNotThatOfASite) {
+  const std::string path = (folder_.Path() / "blank.mdb").string();
+  jet::Engine::Create(FromUtf8(path));
+  const Outcome outcome = RunTool({"check", path});
+  EXPECT_EQ(outcome.code, kFindings);
+  EXPECT_EQ(outcome.out.substr(0, 61),
+            "the control needs more: this is no database of a site: it has");
+}
+
+// So that no command of the control names a column that a check would not miss.
+TEST_F(SiteTool, NeedsEveryColumnThatTheCommandsOfTheControlName) {
+  Create();
+  const auto engine = jet::Engine::Open(FromUtf8(Database()));
+  const jet::Engine::ReadScope scope(*engine);
+  for (const CommandDefinition& command : AllCommands()) {
+    const jet::sql::Statement statement = jet::sql::ParseStatement(command.statement);
+    const auto needed = std::ranges::find_if(NeededTables(), [&](const NeededTable& table) {
+      return EqualsIgnoringCase(table.name, jet::sql::TableOf(statement));
+    });
+    ASSERT_NE(needed, NeededTables().end()) << ToUtf8(command.name);
+    // Without any column all names are parameters: what remains are those that are columns.
+    jet::TableDefinition nothing;
+    nothing.name = needed->name;
+    std::vector<Text> expected;
+    for (const Parameter& parameter : command.parameters) expected.emplace_back(parameter.name);
+    for (const Text& name : jet::sql::ParametersOf(statement, nothing)) {
+      if (std::ranges::find(expected, name) != expected.end()) continue;
+      EXPECT_TRUE(std::ranges::any_of(
+          needed->columns, [&](TextView column) { return EqualsIgnoringCase(column, name); }))
+          << ToUtf8(command.name) << ": " << ToUtf8(name);
+    }
+    // And with them the parameters are those of the definition, in its order.
+    const std::vector<Text> parameters =
+        jet::sql::ParametersOf(statement, engine->Table(needed->name));
+    EXPECT_EQ(parameters, expected) << ToUtf8(command.name);
+  }
+}
+
+// Damages the demonstration site as a bad disk does.
+class DamagedSite : public SiteTool {
+ protected:
+  void SetUp() override {
+    Create();
+    sound_ = ReadFile(Database());
+  }
+
+  static constexpr size_t kPage = 4096;
+
+  // The pages that hold rows of the table, by the page of its definition.
+  std::vector<size_t> DataPagesOf(TextView table) const {
+    const auto engine = jet::Engine::Open(FromUtf8(Database()));
+    const jet::Engine::ReadScope scope(*engine);
+    const uint32_t owner = engine->Table(table).Page();
+    std::vector<size_t> pages;
+    for (size_t page = 1; page < sound_.size() / kPage; ++page) {
+      const auto byte = [&](size_t at) {
+        return static_cast<uint32_t>(static_cast<uint8_t>(sound_[page * kPage + at]));
+      };
+      const uint32_t page_owner = byte(4) | byte(5) << 8 | byte(6) << 16 | byte(7) << 24;
+      if (byte(0) == 1 && page_owner == owner) pages.push_back(page);
+    }
+    return pages;
+  }
+  void Overwrite(size_t at, const std::string& bytes) const {
+    std::string damaged = sound_;
+    damaged.replace(at, bytes.size(), bytes);
+    WriteFile(Database(), damaged);
+  }
+  // A row count that no table has, in the definition: mended from the rows.
+  void SpoilARowCount() const {
+    uint32_t definition = 0;
+    {
+      const auto engine = jet::Engine::Open(FromUtf8(Database()));
+      const jet::Engine::ReadScope scope(*engine);
+      definition = engine->Table(u"Used_Cards").Page();
+    }
+    Overwrite(definition * kPage + 16, std::string("\x63\0\0\0", 4));
+  }
+
+  std::string sound_;
+};
+
+TEST_F(DamagedSite, IsMendedInPlaceWithACopyOfWhatItWas) {
+  SpoilARowCount();
+  const std::string damaged = ReadFile(Database());
+  EXPECT_EQ(RunTool({"check", Database()}).code, kFindings);
+  const Outcome repair = RunTool({"repair", Database()});
+  EXPECT_EQ(repair.code, kDone) << repair.out << repair.errors;
+  EXPECT_EQ(repair.out.substr(0, 20), "the file as it was: ");
+  EXPECT_NE(repair.out.find("\nmended: "), std::string::npos) << repair.out;
+  EXPECT_EQ(RunTool({"check", Database()}).code, kDone);
+  const std::string copy = repair.out.substr(20, repair.out.find('\n') - 20);
+  EXPECT_EQ(ReadFile(copy), damaged);
+  EXPECT_EQ(std::filesystem::path(copy).parent_path(), Suite() / "Database");
+}
+
+TEST_F(DamagedSite, IsLeftAloneByARepairOfACopyAndByADryRun) {
+  SpoilARowCount();
+  const std::string damaged = ReadFile(Database());
+  const std::string copy = (folder_.Path() / "mended.mdb").string();
+  const Outcome repair = RunTool({"repair", Database(), "--to", copy});
+  EXPECT_EQ(repair.code, kDone) << repair.out << repair.errors;
+  EXPECT_EQ(RunTool({"check", copy}).code, kDone);
+  EXPECT_EQ(RunTool({"repair", Database(), "--to", copy}).code, kUnusable);
+  const Outcome dry = RunTool({"repair", "--dry-run", Database()});
+  EXPECT_EQ(dry.code, kDone) << dry.errors;
+  EXPECT_NE(dry.out.find("\nwould be mended: "), std::string::npos) << dry.out;
+  EXPECT_EQ(RunTool({"repair", "--dry-run", "--to", copy, Database()}).code, kUsage);
+  EXPECT_EQ(ReadFile(Database()), damaged);
+  EXPECT_EQ(Files(), (std::vector<std::string>{"NewDB.mdb", "ORVANTPlus.ini"}));
+}
+
+TEST_F(DamagedSite, ThatIsSoundIsNotRepairedAndNotCopied) {
+  const Outcome repair = RunTool({"repair", Database()});
+  EXPECT_EQ(repair.code, kDone);
+  EXPECT_EQ(repair.out.substr(0, 16), "nothing to mend\n");
+  EXPECT_EQ(ReadFile(Database()), sound_);
+  EXPECT_EQ(Files(), (std::vector<std::string>{"NewDB.mdb", "ORVANTPlus.ini"}));
+}
+
+TEST_F(DamagedSite, IsDumpedPastTheDamageWhichIsNamedAtTheEnd) {
+  const std::string whole = RunTool({"dump", Database()}).out;
+  const std::vector<size_t> pages = DataPagesOf(u"Used_Lines");
+  ASSERT_FALSE(pages.empty());
+  Overwrite(pages.front() * kPage, std::string(kPage, '\xFF'));
+  const Outcome dump = RunTool({"dump", Database()});
+  EXPECT_EQ(dump.code, kFindings);
+  EXPECT_NE(dump.errors.find("rdvsite dump: left out: rows of table Used_Lines: "),
+            std::string::npos)
+      << dump.errors;
+  EXPECT_NE(dump.out.find("\n\"damage\":[\n\"rows of table Used_Lines: "), std::string::npos);
+  EXPECT_EQ(dump.out.substr(dump.out.size() - 5), "\n]\n}\n");
+  // All other tables are there as before.
+  const auto table = [](const std::string& text, const std::string& name) {
+    const size_t at = text.find("{\"name\":\"" + name + "\",\n");
+    return at == std::string::npos ? "" : text.substr(at, text.find("]}", at) - at);
+  };
+  for (const NeededTable& needed : NeededTables()) {
+    const std::string name = ToUtf8(needed.name);
+    ASSERT_NE(table(whole, name), "") << name;
+    if (name == "Used_Lines") continue;
+    EXPECT_EQ(table(dump.out, name), table(whole, name)) << name;
+  }
+}
+
+TEST_F(SiteTool, HelpOnStatementsHasTheGrammarAndExamples) {
+  const Outcome help = RunTool({"help", "sql"});
+  EXPECT_EQ(help.code, kDone);
+  for (const char* part : {"SELECT item", "INSERT INTO", "ORDER BY", "IS [NOT] NULL", "\\N is Null",
+                           "rdvsite sql NewDB.mdb \"UPDATE"}) {
+    EXPECT_NE(help.out.find(part), std::string::npos) << part;
+  }
+}
+
+TEST_F(SiteTool, HelpIsAskedForAndNotMade) {
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(folder_.Path());
+  for (const char* word : {"--help", "-h"}) {
+    EXPECT_EQ(RunTool({"create", word}).code, kDone);
+  }
+  EXPECT_EQ(RunTool({"create", ""}).code, kUsage);
+  EXPECT_EQ(RunTool({"create", "--site"}).code, kUsage);
+  std::filesystem::current_path(before);
+  EXPECT_TRUE(std::filesystem::is_empty(folder_.Path()));
+}
+
+// Words that make no command, and what is said of them.
+struct Wrong {
+  std::vector<std::string> words;
+  std::string answer;
+};
+
+TEST_F(SiteTool, NamesTheWordThatMakesNoCommand) {
+  const Wrong wrong[] = {
+      {{}, "rdvsite: a command is missing: create, tables"},
+      {{"crate"}, "rdvsite: unknown command 'crate': did you mean 'create'?"},
+      {{"create"}, "rdvsite create: FOLDER is missing"},
+      {{"create", "x", "y"}, "rdvsite create: 'y' is one word too many"},
+      {{"create", "x", "--configuration", "3"},
+       "rdvsite create: unknown option '--configuration': did you mean '--configurations'?"},
+      {{"create", "x", "--configurations"}, "rdvsite create: --configurations"},
+      {{"create", "x", "--configurations", "many"}, "rdvsite create: --configurations"},
+      {{"create", "x", "--configurations", "0"}, "rdvsite create: --configurations"},
+      {{"create", "x", "--configurations", "32768"}, "rdvsite create: --configurations"},
+      {{"dump"}, "rdvsite dump: FILE is missing"},
+      {{"sql", "x"}, "rdvsite sql: STATEMENT is missing"},
+      {{"check"}, "rdvsite check: FILE is missing"},
+      {{"check", "x", "y"}, "rdvsite check: 'y' is one word too many"},
+      {{"repair", "x", "--dryrun"}, "rdvsite repair: unknown option '--dryrun': did you mean"}};
+  for (const Wrong& each : wrong) {
+    const Outcome outcome = RunTool(each.words);
     EXPECT_EQ(outcome.code, kUsage);
-    EXPECT_EQ(outcome.errors.substr(0, 15), "usage: rdvsite ");
+    EXPECT_EQ(outcome.errors.substr(0, each.answer.size()), each.answer);
+    EXPECT_EQ(Lines(outcome.errors), 1u) << outcome.errors;
     EXPECT_EQ(outcome.out, "");
   }
   EXPECT_FALSE(std::filesystem::exists("x"));

@@ -10,6 +10,7 @@ namespace rdv::tools {
 namespace {
 
 constexpr size_t kColumnOfPurposes = 30;
+constexpr size_t kWidthOfWords = 18;
 
 bool IsHelp(const std::string& word) {
   return word == "--help" || word == "-h";
@@ -26,7 +27,7 @@ std::string MeantInstead(const std::string& word, std::span<const std::string> k
 
 std::string Row(const std::string& word, const std::string& purpose) {
   std::string row = "  " + word;
-  row.resize(std::max(row.size() + 2, kColumnOfPurposes - 16), ' ');
+  row.resize(std::max(row.size() + 2, kWidthOfWords), ' ');
   return row + purpose + '\n';
 }
 
@@ -40,13 +41,14 @@ std::vector<std::string> OptionsOf(const CLI::App& app) {
 
 // What CLI11 found wrong, in our words where its own do not name what to do.
 std::string Explain(const CLI::ParseError& error, const CLI::App& app) {
-  if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
-    const std::vector<std::string> extras = app.remaining();
-    const std::string word = extras.empty() ? "" : extras.front();
-    if (!IsOption(word)) return "'" + word + "' is one word too many";
+  // What nothing has taken. A misspelt option is the cause when a word seems to be missing, too.
+  for (const std::string& word : app.remaining()) {
+    if (!IsOption(word)) continue;
     const std::string name = word.substr(0, word.find('='));
     return "unknown option '" + name + "'" + MeantInstead(name, OptionsOf(app));
   }
+  if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr && app.remaining_size() > 0)
+    return "'" + app.remaining().front() + "' is one word too many";
   std::string text = error.what();
   constexpr std::string_view kMissing = " is required";
   if (text.ends_with(kMissing)) {
@@ -106,6 +108,8 @@ int CommandLine::Execute(std::span<const std::string> arguments, std::ostream& o
     const int code = Dispatch(arguments, out);
     out.flush();
     return code;
+  } catch (const ReaderGone&) {
+    return kDone;
   } catch (const UsageError& error) {
     errors << current_ << ": " << error.what() << " (see " << program_ << " --help)\n";
     return kUsage;

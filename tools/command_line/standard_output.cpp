@@ -118,4 +118,9 @@ StandardOutput::~StandardOutput() {
   }
 }
 
+void StopWithoutReader(const std::ostream& out) {
+  const auto* const standard = dynamic_cast<const StandardOutput*>(&out);
+  if (standard != nullptr && standard->ReaderGone()) throw rdv::tools::ReaderGone();
+}
+
 }  // namespace rdv::tools

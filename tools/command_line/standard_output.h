@@ -47,4 +47,11 @@ class StandardOutput : public std::ostream {
   Buffer buffer_;
 };
 
+// Raised by StopWithoutReader.
+struct ReaderGone {};
+
+// For work that only prints: ends it, with exit code 0, when `out` is a StandardOutput whose reader
+// has gone.
+void StopWithoutReader(const std::ostream& out);
+
 }  // namespace rdv::tools

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "rules/grid_columns.h"
+#include "tools/command_line/suggestion.h"
 #include "tools/play/arguments.h"
 #include "tools/play/stored_rows.h"
 
@@ -37,41 +38,82 @@ std::vector<std::string_view> AllLists() {
 
 struct Commands::Rule {
   std::string_view name;
-  size_t least;  // number of arguments
+  std::string_view arguments;  // as help shows them
+  size_t least;                // number of arguments
   size_t most;
   Needs needs;
   void (Commands::*run)(const Arguments&);
+  std::string_view does;
 };
 
-const Commands::Rule& Commands::RuleOf(const Token& command) {
+std::span<const Commands::Rule> Commands::Rules() {
+  using enum Needs;
   static constexpr Rule kRules[] = {
-      {"site", 1, 1, Needs::NoControl, &Commands::Site},
-      {"create", 0, 0, Needs::NoControl, &Commands::Create},
-      {"show", 1, 1, Needs::Control, &Commands::Show},
-      {"assign", 2, 2, Needs::Control, &Commands::Assign},
-      {"click", 2, 4, Needs::Control, &Commands::Click},
-      {"clickat", 2, 4, Needs::Control, &Commands::ClickAt},
-      {"key", 1, 1, Needs::Control, &Commands::Key},
-      {"columnclick", 1, 1, Needs::Control, &Commands::ColumnClick},
-      {"columnwidth", 2, 2, Needs::Control, &Commands::ColumnWidth},
-      {"scroll", 2, 2, Needs::Control, &Commands::Scroll},
-      {"pick", 2, 2, Needs::Control, &Commands::Pick},
-      {"type", 2, 2, Needs::Control, &Commands::Type},
-      {"paste", 2, 2, Needs::Control, &Commands::Paste},
-      {"press", 1, 1, Needs::Control, &Commands::Press},
-      {"answer", 1, 1, Needs::Nothing, &Commands::QueueAnswer},
-      {"dump", 0, kAnyNumber, Needs::Control, &Commands::Dump},
-      {"lines", 1, 1, Needs::Nothing, &Commands::Lines},
-      {"cards", 1, 1, Needs::Nothing, &Commands::Cards},
-      {"destroy", 0, 0, Needs::Control, &Commands::Destroy},
+      {"site", "DIR", 1, 1, NoControl, &Commands::Site,
+       "DIR plays the common application data folder; before create"},
+      {"create", "", 0, 0, NoControl, &Commands::Create, "makes and places the control"},
+      {"show", "CONFIG", 1, 1, Control, &Commands::Show, "ShowControl; answers what it returns"},
+      {"assign", "TYPE1 TYPE5", 2, 2, Control, &Commands::Assign, "AssignIndextoDefaultBox"},
+      {"click", "ROW COLUMN [ctrl] [shift]", 2, 4, Control, &Commands::Click,
+       "a click into the middle of a cell; rows and columns count from 1"},
+      {"clickat", "X Y [ctrl] [shift]", 2, 4, Control, &Commands::ClickAt,
+       "a click at a point of the grid, in twips"},
+      {"key", "KEY", 1, 1, Control, &Commands::Key,
+       "a key to the grid: ctrl+a or one printable character"},
+      {"columnclick", "COLUMN", 1, 1, Control, &Commands::ColumnClick, "a click on a header"},
+      {"columnwidth", "COLUMN WIDTH", 2, 2, Control, &Commands::ColumnWidth,
+       "drags a header's divider until the column is so many twips wide"},
+      {"scroll", "h|v DISTANCE", 2, 2, Control, &Commands::Scroll,
+       "scrolls the grid by so many twips, back for a negative number"},
+      {"pick", "EDITOR ENTRY", 2, 2, Control, &Commands::Pick,
+       "picks from a list: #INDEX from 0, =ITEMDATA, or the text of the entry"},
+      {"type", "EDITOR TEXT", 2, 2, Control, &Commands::Type,
+       "selects the editor's text and types over it, a character at a time"},
+      {"paste", "EDITOR TEXT", 2, 2, Control, &Commands::Paste,
+       "replaces the editor's text at once"},
+      {"press", "BUTTON", 1, 1, Control, &Commands::Press,
+       "cmdApply, cmdOK, cmdCancel or cmdShowDefaults"},
+      {"answer", "BUTTON", 1, 1, Nothing, &Commands::QueueAnswer,
+       "the next message box gets ok, yes, no or cancel"},
+      {"dump", "[state|rows|editors|lists|geometry...]", 0, kAnyNumber, Control, &Commands::Dump,
+       "what can be seen; state, rows and editors when nothing is named"},
+      {"lines", "CONFIG", 1, 1, Nothing, &Commands::Lines, "the stored lines of a configuration"},
+      {"cards", "CONFIG", 1, 1, Nothing, &Commands::Cards, "its stored cards"},
+      {"destroy", "", 0, 0, Control, &Commands::Destroy, "takes the control away"},
   };
+  return kRules;
+}
+
+const Commands::Rule& Commands::RuleOf(const Token& command) {
   const std::string name = ToUtf8(command.text);
-  const auto found = std::find_if(std::begin(kRules), std::end(kRules),
-                                  [&](const Rule& rule) { return rule.name == name; });
-  if (found == std::end(kRules)) {
-    throw ScriptError("unknown command '" + name + "'");
+  const std::span<const Rule> rules = Rules();
+  const auto found =
+      std::find_if(rules.begin(), rules.end(), [&](const Rule& rule) { return rule.name == name; });
+  if (found != rules.end()) return *found;
+  std::vector<std::string> names;
+  for (const Rule& rule : rules) names.emplace_back(rule.name);
+  const std::string nearest = tools::Nearest(name, names);
+  throw ScriptError("unknown command '" + name + "'" +
+                    (nearest.empty() ? "" : ": did you mean '" + nearest + "'?"));
+}
+
+std::string Commands::Help() {
+  std::string help;
+  for (const Rule& rule : Rules()) {
+    help += std::string(rule.name) + (rule.arguments.empty() ? "" : " ") +
+            std::string(rule.arguments) + "\n    " + std::string(rule.does) + "\n";
   }
-  return *found;
+  help += "\nEDITOR is one of";
+  for (const std::string_view editor : AllEditors()) help += " " + std::string(editor);
+  return help + ".\n";
+}
+
+std::string ScriptHelp() {
+  return "A script is text in UTF-8, a command a line; blank lines and lines that begin with # "
+         "are\n"
+         "skipped. Words are parted by blanks; a text with blanks is written as a JSON "
+         "string.\n\n" +
+         Commands::Help();
 }
 
 void Commands::Run(const std::vector<Token>& line) {

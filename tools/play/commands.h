@@ -1,6 +1,9 @@
 // The commands of a script: what each takes, does and answers.
 #pragma once
 
+#include <span>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "tools/play/answers.h"
@@ -11,6 +14,9 @@ namespace rdv::play {
 
 class Arguments;
 
+// All commands, what they take and what they do, for people.
+std::string ScriptHelp();
+
 class Commands {
  public:
   // Both outlive the object.
@@ -20,8 +26,12 @@ class Commands {
   // does not exist; nothing has been done then.
   void Run(const std::vector<Token>& line);
 
+  // The table of commands as a text.
+  static std::string Help();
+
  private:
   struct Rule;
+  static std::span<const Rule> Rules();
   static const Rule& RuleOf(const Token& command);
   void Answer(const Refusal& refused);
 

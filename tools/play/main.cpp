@@ -1,39 +1,29 @@
 // rdvplay: plays scenario scripts on a control and prints what its host and its user see.
-#ifdef _WIN32
-#include <fcntl.h>
-#include <io.h>
-#endif
-
-#include <cstdio>
-#include <exception>
 #include <iostream>
 
+#include "tools/command_line/command_line.h"
+#include "tools/command_line/program.h"
+#include "tools/play/commands.h"
 #include "tools/play/player.h"
 
-namespace {
-
-constexpr std::string_view kUsage =
-    "usage: rdvplay [--site DIR] SCRIPT...\n"
-    "  --site DIR   the common application data folder of every script\n"
-    "  -            as SCRIPT: standard input\n";
-
-constexpr int kFailed = 1;
-
-}  // namespace
-
-int main(int count, char** words) {
-  using namespace rdv::play;
-#ifdef _WIN32
-  _setmode(_fileno(stdout), _O_BINARY);  // answers end in a line feed, here too
-#endif
-  try {
-    const Options options = ParseOptions({words + 1, words + count});
-    return static_cast<int>(PlayAll(options, std::cin, std::cout, std::cerr));
-  } catch (const UsageError& error) {
-    std::cerr << "rdvplay: " << error.what() << '\n' << kUsage;
-    return static_cast<int>(ExitStatus::ScriptError);
-  } catch (const std::exception& error) {
-    std::cerr << "rdvplay: " << error.what() << '\n';
-    return kFailed;
-  }
+int rdv::tools::Program(std::span<const std::string> arguments, std::ostream& out,
+                        std::ostream& errors) {
+  play::Options options;
+  CommandLine line("rdvplay", "plays scripts of what a user does and prints what he would see");
+  CLI::App& program =
+      line.AddOnly([&] { return static_cast<int>(play::PlayAll(options, std::cin, out, errors)); });
+  program.add_option("SCRIPT", options.scripts, "A file with commands; - is standard input")
+      ->required()
+      ->check(NotEmpty());
+  program
+      .add_option("--site", options.site,
+                  "The folder that plays the common application data folder in every script")
+      ->type_name("DIR")
+      ->check(NotEmpty());
+  program.footer(
+      "Each answer is a line of JSON. Exit code 0: played to the end, whatever it showed; 2: a "
+      "script "
+      "has a\nline that makes no command (SCRIPT:LINE: reason), or the words above make none.");
+  line.AddTopic("script", "the commands that a script is made of", play::ScriptHelp());
+  return line.Execute(arguments, out, errors);
 }

@@ -47,23 +47,6 @@ bool PlayFile(const std::string& name, const Options& options, std::istream& in,
 
 }  // namespace
 
-Options ParseOptions(const std::vector<std::string_view>& arguments) {
-  Options options;
-  for (size_t position = 0; position < arguments.size(); ++position) {
-    const std::string_view argument = arguments[position];
-    if (argument == "--site") {
-      if (++position == arguments.size()) throw UsageError("--site needs a folder");
-      options.site = arguments[position];
-    } else if (argument.starts_with("--")) {
-      throw UsageError("unknown option " + std::string(argument));
-    } else {
-      options.scripts.emplace_back(argument);
-    }
-  }
-  if (options.scripts.empty()) throw UsageError("no script given");
-  return options;
-}
-
 ExitStatus PlayAll(const Options& options, std::istream& in, std::ostream& out, std::ostream& err) {
   for (const std::string& script : options.scripts) {
     if (!PlayFile(script, options, in, out, err)) return ExitStatus::ScriptError;

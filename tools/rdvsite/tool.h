@@ -1,20 +1,14 @@
-// rdvsite: makes, shows and checks site databases from the command line.
+// rdvsite: makes, shows, checks and repairs the databases of sites from the command line.
 #pragma once
 
 #include <iosfwd>
 #include <span>
-
-#include "runtime/text.h"
+#include <string>
 
 namespace rdv {
 
-// Exit codes.
-inline constexpr int kDone = 0;
-inline constexpr int kFailed = 1;  // an error, or a file that is not sound
-inline constexpr int kUsage = 2;
-
-// Runs the command that the arguments name. Results go to `out`, errors to `errors` as
-// "number: description (source)"; both in UTF-8.
-int RunSiteTool(std::span<const Text> arguments, std::ostream& out, std::ostream& errors);
+// Runs the command that the arguments (UTF-8) name. Results go to `out`, what is wrong to `errors`.
+// Gives one of tools::ExitCode.
+int RunSiteTool(std::span<const std::string> arguments, std::ostream& out, std::ostream& errors);
 
 }  // namespace rdv

@@ -1,0 +1,15 @@
+// What the control needs and a database lacks.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "data/jet/engine.h"
+
+namespace rdv {
+
+// Sentences for people, "table Used_Cards is missing", and none for a database that has it all. The
+// engine is in a scope.
+std::vector<std::string> MissingParts(jet::Engine& engine);
+
+}  // namespace rdv
