@@ -39,3 +39,35 @@ quietly() {
     return "$result"
   fi
 }
+
+# Runs a build, shows how far it is (a line that changes on a terminal, a line for each tenth elsewhere),
+# and its output only when it fails or RDV_VERBOSE is set.
+progressing() {
+  if [ -n "${RDV_VERBOSE:-}" ]; then
+    "$@"
+    return
+  fi
+  local log result=0
+  log=$(mktemp)
+  NINJA_STATUS='[%f/%t] ' "$@" 2>&1 | tee "$log" | show_steps || result=$?
+  [ "$result" -eq 0 ] || cat "$log" >&2
+  rm -f "$log"
+  return "$result"
+}
+
+# Reads what ninja prints and shows the steps.
+show_steps() {
+  local line done_ total tenth=0
+  while IFS= read -r line; do
+    [[ $line =~ ^\[([0-9]+)/([0-9]+)\] ]] || continue
+    done_=${BASH_REMATCH[1]}
+    total=${BASH_REMATCH[2]}
+    if [ -t 1 ]; then
+      printf '\r   %s of %s ' "$done_" "$total"
+    elif [ "$total" -ge 20 ] && [ $((10 * done_ / total)) -gt "$tenth" ]; then
+      tenth=$((10 * done_ / total))
+      printf '   %s of %s\n' "$done_" "$total"
+    fi
+  done
+  [ ! -t 1 ] || printf '\r\033[K'
+}
