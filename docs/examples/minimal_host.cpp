@@ -1,9 +1,17 @@
-// The smallest host: a window that is the container itself, through the system's atl.dll.
-// Build: x86_64-w64-mingw32-g++ (for 32 bits i686-w64-mingw32-g++) -std=c++20 -municode -mwindows
-// -static minimal_host.cpp -lole32 -loleaut32 -luuid
+// The smallest host: a window that is the container itself, through the system's atl.dll. It needs
+// the registered control and nothing else.
+//
+// With mingw (for 32 bits i686-w64-mingw32-g++), on one line:
+//   x86_64-w64-mingw32-g++ -std=c++20 -municode -mwindows -static minimal_host.cpp
+//       -o minimal_host.exe -lole32 -loleaut32 -luuid
+// With MSVC, in the command prompt of the word size wanted, on one line:
+//   cl /std:c++20 /EHsc minimal_host.cpp
+//       /link /SUBSYSTEM:WINDOWS user32.lib ole32.lib oleaut32.lib uuid.lib
 #include <windows.h>
 // windows.h comes first.
 #include <ocidl.h>
+
+#include <cstdio>
 
 namespace {
 
@@ -43,6 +51,30 @@ class Events final : public IDispatch {
   HWND window_;
 };
 
+// Tells why the program ends, with the result code and the system's text for it.
+int EndWith(const wchar_t* what, HRESULT result) {
+  wchar_t reason[256] = L"";
+  FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                 static_cast<DWORD>(result), 0, reason, 256, nullptr);
+  wchar_t text[512];
+  swprintf(text, 512, L"%ls\n\nResult code %08lX: %ls", what, static_cast<unsigned long>(result),
+           reason);
+  MessageBoxW(nullptr, text, L"Minimal host", MB_ICONERROR);
+  return 1;
+}
+
+// Whether the control can be made in this process at all: a window that is its container does not
+// say why it cannot.
+HRESULT TryToCreate() {
+  CLSID id = {};
+  HRESULT result = CLSIDFromProgID(kControl, &id);
+  IUnknown* control = nullptr;
+  if (SUCCEEDED(result))
+    result = CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&control));
+  if (control) control->Release();
+  return result;
+}
+
 // Calls ShowControl(configuration): True when the lines are shown. The control itself has told the
 // user of a failure.
 bool ShowControl(IDispatch* control, SHORT configuration) {
@@ -80,24 +112,38 @@ Function FunctionOf(HMODULE library, const char* name) {
 }  // namespace
 
 int WINAPI wWinMain(HINSTANCE module, HINSTANCE, PWSTR, int) {
-  OleInitialize(nullptr);
+  // A thread that is a single-threaded apartment: the control refuses every other.
+  HRESULT result = OleInitialize(nullptr);
+  if (FAILED(result)) return EndWith(L"COM cannot be initialised.", result);
+  result = TryToCreate();
+  if (FAILED(result)) {
+    return EndWith(
+        L"The control cannot be created. Register TLV_RDV_Line_Config.dll of this program's word "
+        L"size: regsvr32 TLV_RDV_Line_Config.dll",
+        result);
+  }
   const HMODULE atl = LoadLibraryExW(L"atl.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+  if (!atl) return EndWith(L"The system has no atl.dll.", HRESULT_FROM_WIN32(GetLastError()));
   const auto initialize = FunctionOf<BOOL(WINAPI*)()>(atl, "AtlAxWinInit");
   const auto control_of = FunctionOf<HRESULT(WINAPI*)(HWND, IUnknown**)>(atl, "AtlAxGetControl");
-  if (!initialize || !control_of || !initialize()) return 1;
+  if (!initialize || !control_of || !initialize())
+    return EndWith(L"The system's atl.dll offers no container.", E_FAIL);
 
   // The text of such a window names the control that it holds.
   const HWND window =
       CreateWindowExW(0, L"AtlAxWin", kControl, WS_OVERLAPPEDWINDOW | WS_VISIBLE | WS_CLIPCHILDREN,
                       CW_USEDEFAULT, CW_USEDEFAULT, 960, 440, nullptr, nullptr, module, nullptr);
+  if (!window) return EndWith(L"The window was not made.", HRESULT_FROM_WIN32(GetLastError()));
   IUnknown* control = nullptr;
-  if (!window || FAILED(control_of(window, &control))) return 2;
+  result = control_of(window, &control);
+  if (FAILED(result)) return EndWith(L"The window holds no control.", result);
   SetWindowTextW(window, L"Lines of configuration 1");
 
   Events events(window);
   Connect(control, &events);
   IDispatch* methods = nullptr;
   control->QueryInterface(IID_PPV_ARGS(&methods));
+  // Of a failure the control itself has told the user.
   const bool shown = methods && ShowControl(methods, 1);
   if (methods) methods->Release();
   control->Release();
@@ -109,6 +155,7 @@ int WINAPI wWinMain(HINSTANCE module, HINSTANCE, PWSTR, int) {
     TranslateMessage(&message);
     DispatchMessageW(&message);
   }
+  if (IsWindow(window)) DestroyWindow(window);
   OleUninitialize();
   return shown ? 0 : 3;
 }

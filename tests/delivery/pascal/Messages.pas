@@ -1,0 +1,5 @@
+unit Messages;
+interface
+const WM_CLOSE = $0010;
+implementation
+end.
