@@ -24,6 +24,7 @@ fonts-liberation     test,run             the letters on it
 mdbtools             test,run             reads the database files with a reader that is not ours
 xdotool              test,run             a real mouse and keyboard
 x11-utils            run                  tells where the windows lie
+chromium-headless-shell test          looks at the page of rdvlines report
 imagemagick          test,run             takes the pictures and measures them
 nsis                 test,package         makes the Windows installer
 zip                  package              makes the archive

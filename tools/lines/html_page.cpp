@@ -7,10 +7,10 @@ constexpr const char* kStyle = R"(
 :root { --ink: #1b1f24; --soft: #5b6570; --rule: #d5dae0; --head: #eef1f4; --bar: #2f6f9f;
   --warn: #fff1cf; --warn-ink: #8a4b00; }
 * { box-sizing: border-box; }
-body { margin: 2rem auto; max-width: 78rem; padding: 0 1.5rem; color: var(--ink);
+body { margin: 2rem auto; max-width: 84rem; padding: 0 1.5rem; color: var(--ink);
   font: 14px/1.45 "Segoe UI", "Liberation Sans", Arial, sans-serif; }
 h1 { font-size: 1.7rem; margin: 0 0 1rem; }
-h2 { font-size: 1.2rem; margin: 2.2rem 0 .6rem; padding-top: .8rem; border-top: 2px solid var(--ink); }
+h2 { font-size: 1.2rem; margin: 2rem 0 .6rem; padding-top: .8rem; border-top: 2px solid var(--ink); }
 h3 { font-size: 1rem; margin: 0 0 .4rem; }
 ul.figures { list-style: none; display: flex; gap: 2.5rem; padding: 0; margin: 0 0 1.2rem; color: var(--soft); }
 ul.figures b { font-size: 1.7rem; color: var(--ink); margin-right: .2rem; }
@@ -26,14 +26,24 @@ table { border-collapse: collapse; }
 .bars td:last-child { width: 4.5rem; text-align: right; font-variant-numeric: tabular-nums; }
 .bars svg { display: block; width: 100%; height: .75rem; }
 .bars rect { fill: var(--bar); }
-ul.index { columns: 9rem; padding: 0; list-style: none; margin: 0; }
+ul.index { display: grid; grid-template-columns: repeat(auto-fill, minmax(6.5rem, 1fr)); gap: .1rem 1rem;
+  padding: 0; list-style: none; margin: 0; font-variant-numeric: tabular-nums; }
 ul.index small { color: var(--soft); }
 a { color: #1a5a8a; }
 section { margin: 0 0 1.6rem; break-inside: avoid; }
-.unit { width: 100%; font-size: .86rem; }
+p { margin: 0 0 .5rem; }
+.unit { width: 100%; font-size: .86rem; table-layout: fixed; }
+.unit th:nth-child(1) { width: 4%; }
+.unit th:nth-child(2) { width: 9.5%; }
+.unit th:nth-child(3), .unit th:nth-child(4) { width: 10.5%; }
+.unit th:nth-child(5) { width: 8%; }
+.unit th:nth-child(6) { width: 11%; }
+.unit th:nth-child(7), .unit th:nth-child(8) { width: 7.5%; }
+.unit th:nth-child(9) { width: 10.5%; }
+.unit th:nth-child(10) { width: 7.5%; }
 .unit th { background: var(--head); text-align: left; font-weight: 600; }
 .unit th, .unit td { border: 1px solid var(--rule); padding: .18rem .45rem; vertical-align: top; }
-.unit td:last-child { overflow-wrap: anywhere; min-width: 9rem; max-width: 22rem; }
+.unit td { overflow-wrap: break-word; }
 .unit td:first-child { text-align: right; font-variant-numeric: tabular-nums; }
 .unit .none td { color: #8b949e; }
 .unit .moh td:first-child { border-left: 3px solid var(--bar); }
@@ -49,6 +59,12 @@ sup { color: var(--warn-ink); font-weight: 700; margin-left: .2rem; line-height:
   body { margin: 0; padding: 0; max-width: none; font-size: 9pt; }
   a { color: inherit; text-decoration: none; }
   thead { display: table-header-group; }
+  h2, h3 { break-after: avoid; }
+  h2 { margin-top: 1rem; }
+  section { margin-bottom: 1rem; }
+  .unit { font-size: 7.5pt; line-height: 1.25; }
+  .unit th, .unit td { padding: .1rem .3rem; }
+  .notes { font-size: 7.5pt; line-height: 1.25; }
   .unit th, .unit td.found { print-color-adjust: exact; -webkit-print-color-adjust: exact; }
 }
 )";

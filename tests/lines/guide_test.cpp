@@ -1,0 +1,86 @@
+// The examples of the guide, run as they stand there.
+#include <gtest/gtest.h>
+
+#include <regex>
+
+#include "tests/lines/lines_site.h"
+#include "tools/rdvsite/demonstration_site.h"
+
+namespace rdv::lines::test {
+namespace {
+
+struct Example {
+  std::vector<std::string> words;
+  std::string output;
+  std::string command;
+};
+
+// A command line as a shell takes it apart, as far as the guide uses it.
+std::vector<std::string> Words(const std::string& line) {
+  std::vector<std::string> words(1);
+  bool quoted = false;
+  for (const char unit : line) {
+    if (unit == '"') {
+      quoted = !quoted;
+    } else if (unit == ' ' && !quoted) {
+      words.emplace_back();
+    } else {
+      words.back() += unit;
+    }
+  }
+  return words;
+}
+
+std::vector<Example> ExamplesIn(const std::string& guide) {
+  const std::string prompt = "$ rdvlines ";
+  std::vector<Example> examples;
+  bool inside = false;
+  for (const std::string& line : LinesOf(guide)) {
+    if (line.starts_with("```")) {
+      inside = line == "```console";
+    } else if (inside && line.starts_with(prompt)) {
+      examples.push_back({Words(line.substr(prompt.size())), "", line});
+    } else if (inside) {
+      examples.back().output += line + "\n";
+    }
+  }
+  return examples;
+}
+
+// Without what tells the time.
+std::string Timeless(const std::string& output) {
+  const std::string copies =
+      std::regex_replace(output, std::regex("NewDB-[0-9]{8}-[0-9]{6}-[0-9]{3}"), "NewDB-TIME");
+  return std::regex_replace(copies, std::regex("[0-9-]{10} [0-9:]{8} UTC"), "TIME");
+}
+
+class InFolder {
+ public:
+  explicit InFolder(const std::filesystem::path& folder)
+      : before_(std::filesystem::current_path()) {
+    std::filesystem::current_path(folder);
+  }
+  InFolder(const InFolder&) = delete;
+  InFolder& operator=(const InFolder&) = delete;
+  ~InFolder() { std::filesystem::current_path(before_); }
+
+ private:
+  const std::filesystem::path before_;
+};
+
+TEST(Guide, ShowsWhatTheProgramPrints) {
+  const std::vector<Example> examples = ExamplesIn(ReadBytes(RDV_GUIDE));
+  ASSERT_GE(examples.size(), 9u);
+  const rdv::test::TemporaryFolder folder;
+  const InFolder inside(folder.Path());
+  CreateDemonstrationSite(u"site", 3);
+  for (const Example& example : examples) {
+    const Outcome outcome = RunWords(example.words);
+    EXPECT_LE(outcome.code, 1) << example.command;
+    EXPECT_EQ(Timeless(outcome.out + outcome.errors), Timeless(example.output)) << example.command;
+  }
+  EXPECT_TRUE(std::filesystem::exists("report.html"));
+}
+
+}  // namespace
+}  // namespace rdv::lines::test

@@ -1,0 +1,130 @@
+// The page for the file cabinet: its text here, its looks in a real browser.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "tests/lines/lines_site.h"
+
+namespace rdv::lines::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+size_t Count(const std::string& text, const std::string& part) {
+  size_t count = 0;
+  for (size_t at = 0; (at = text.find(part, at)) != std::string::npos; at += part.size()) ++count;
+  return count;
+}
+
+TEST(Report, HoldsEveryUnitItsFindingsAndTheCounts) {
+  const LinesSite site;
+  const std::filesystem::path page = site.Scratch("page.html");
+  const Outcome reported = site.Run("report", {"-o", page.string()});
+  EXPECT_EQ(reported.code, 1) << reported.errors;  // there are findings
+  const std::string html = ReadBytes(page);
+  EXPECT_THAT(html, StartsWith("<!DOCTYPE html>"));
+  EXPECT_EQ(Count(html, "<section "), 3u);
+  EXPECT_EQ(Count(html, "<li>Line "), 18u);
+  EXPECT_EQ(Count(html, "<sup>"), 17u);  // one line has no row to be marked in
+  EXPECT_THAT(html, HasSubstr("<li><b>3</b> units"));
+  EXPECT_THAT(html, HasSubstr("Линия 7 – γραμμή – 受付"));
+  EXPECT_THAT(html, HasSubstr("O'Brien &quot;direct&quot;"));
+}
+
+TEST(Report, NeedsNothingBesidesItself) {
+  const LinesSite site;
+  site.Execute(u"UPDATE Used_Lines SET Description = '<script src=http://x>' WHERE Line = 1");
+  const std::filesystem::path page = site.Scratch("page.html");
+  site.Run("report", {"-o", page.string()});
+  const std::string html = ReadBytes(page);
+  EXPECT_THAT(html, HasSubstr("&lt;script src=http://x&gt;"));
+  EXPECT_THAT(html, Not(HasSubstr("<script")));
+  EXPECT_THAT(html, Not(HasSubstr("<link")));
+  EXPECT_THAT(html, Not(HasSubstr("url(")));
+}
+
+TEST(Report, IsTheSameEachTime) {
+  const LinesSite site;
+  site.Run("report", {"-o", site.Scratch("one.html").string()});
+  site.Run("report", {"-o", site.Scratch("two.html").string()});
+  EXPECT_EQ(ReadBytes(site.Scratch("one.html")), ReadBytes(site.Scratch("two.html")));
+}
+
+#ifndef _WIN32
+
+// The first browser that is there and takes pictures without a display; "" without one.
+std::string Browser() {
+  for (const char* name : {"chromium-headless-shell", "chromium"}) {
+    if (std::system((std::string("command -v ") + name + " > /dev/null").c_str()) == 0) return name;
+  }
+  return "";
+}
+
+std::string OutputOf(const std::string& command) {
+  std::string output;
+  FILE* const pipe = popen(command.c_str(), "r");
+  char piece[4096];
+  for (size_t size; (size = fread(piece, 1, sizeof piece, pipe)) > 0;) output.append(piece, size);
+  EXPECT_EQ(pclose(pipe), 0) << command;
+  return output;
+}
+
+class ReportInABrowser : public testing::Test {
+ protected:
+  void SetUp() override {
+    browser_ = Browser();
+    if (browser_.empty()) GTEST_SKIP() << "there is no chromium-headless-shell to look at it with";
+    page_ = site_.Scratch("page.html");
+    site_.Run("report", {"-o", page_.string()});
+  }
+
+  // Runs the browser on the page; gives what it prints.
+  std::string Look(const std::string& options) const {
+    return OutputOf(browser_ + " --no-sandbox --disable-gpu --hide-scrollbars --user-data-dir='" +
+                    site_.Scratch("browser").string() + "' " + options + " 'file://" +
+                    page_.string() + "' 2>/dev/null");
+  }
+
+  const LinesSite site_;
+  std::filesystem::path page_;
+  std::string browser_;
+};
+
+TEST_F(ReportInABrowser, HasEveryLineInItsTable) {
+  const std::string dom = Look("--dump-dom");
+  EXPECT_EQ(Count(dom, "<section id="), 3u);
+  // Each cell in a row of its own table: nothing was moved out of one as misplaced.
+  EXPECT_EQ(Count(dom, "<th scope=\"col\">"), 3u * 11u);
+  EXPECT_EQ(Count(dom, "class=\"found\""), 17u);
+  EXPECT_THAT(dom, HasSubstr("<q>O'Brien \"direct\"</q>"));
+}
+
+TEST_F(ReportInABrowser, ShowsItsBarsAndItsMarks) {
+  if (std::system("command -v convert > /dev/null") != 0) GTEST_SKIP() << "there is no convert";
+  const std::string picture = site_.Scratch("page.png").string();
+  Look("--window-size=1280,1800 --screenshot='" + picture + "'");
+  const std::string colors =
+      OutputOf("convert '" + picture + "' -format %c histogram:info:- | tr -d ' '");
+  for (const char* color : {"#2F6F9F", "#FFF1CF", "#EEF1F4"}) {
+    EXPECT_THAT(colors, HasSubstr(color));
+  }
+}
+
+TEST_F(ReportInABrowser, PrintsOnPages) {
+  const std::string pages = site_.Scratch("page.pdf").string();
+  Look("--no-pdf-header-footer --print-to-pdf='" + pages + "'");
+  const std::string pdf = ReadBytes(pages);
+  EXPECT_THAT(pdf, StartsWith("%PDF-"));
+  const size_t sheets = Count(pdf, "/Type /Page\n");
+  EXPECT_GE(sheets, 2u);
+  EXPECT_LE(sheets, 4u);
+}
+
+#endif
+
+}  // namespace
+}  // namespace rdv::lines::test
