@@ -242,9 +242,11 @@ void CellEditing::LVRDVLineConfig_MouseUp(Twips x, Twips y) {
     FocusShownEditor();
     LineGrid& grid = form_.LVRDVLineConfig;
     const std::optional<int> row = grid.HitTest(x, y);
-    if (!row || grid.Selected(*row)) return;
-    grid.SetSelected(*row, true);
-    LVRDVLineConfig_ItemClick(*row);
+    if (row && !grid.Selected(*row)) {
+      grid.SetSelected(*row, true);
+      LVRDVLineConfig_ItemClick(*row);
+    }
+    RememberCells();
   } catch (const RuntimeError& error) {
     form_.screen.ShowMessage(u"Source: " + error.Source() + u" - LVRDVLineConfig_MouseUp " +
                                  Text(kLineBreak) + u"Description: " + error.Description(),
@@ -267,7 +269,24 @@ bool CellEditing::OpenCell(int row, int column) {
   const OpeningByKeyboard opening(state_);
   LVRDVLineConfig_ItemClick(row);
   FocusShownEditor();
+  RememberCells();
   return true;
+}
+
+void CellEditing::RememberCells() {
+  const LineGrid& grid = form_.LVRDVLineConfig;
+  cells_at_opening_.clear();
+  for (int row = 1; row <= grid.RowCount(); ++row) {
+    if (grid.Selected(row)) cells_at_opening_.emplace(grid.Key(row), CellsOf(grid, row));
+  }
+}
+
+void CellEditing::RestoreCells() {
+  LineGrid& grid = form_.LVRDVLineConfig;
+  for (const auto& [key, cells] : cells_at_opening_) {
+    if (const std::optional<int> row = grid.FindRow(key)) OverwriteRow(grid, *row, cells);
+  }
+  cells_at_opening_.clear();
 }
 
 void CellEditing::LVRDVLineConfig_KeyPress(char16_t key) {

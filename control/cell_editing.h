@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 
 #include "rules/control_state.h"
 #include "rules/grid_rows.h"
@@ -39,6 +40,12 @@ class CellEditing {
   // The grid is about to scroll or its header is pressed: no editor may float over another cell.
   void LVRDVLineConfig_BeforeMove();
 
+  // Puts the cells of the rows that were selected when the last editor was opened back to what they
+  // were then.
+  void RestoreCells();
+  // The rows are about to become those of other lines.
+  void ForgetCells() { cells_at_opening_.clear(); }
+
  private:
   enum class Fit {
     ShowWhole,   // shown unless it would stick out of the grid
@@ -72,6 +79,10 @@ class CellEditing {
   void LoadNISOption(const RowCells& cells);
   void LoadTexts(const RowCells& cells);
 
+  void RememberCells();
+
+  // Of the rows that were selected when an editor was opened, by their keys.
+  std::map<Text, RowCells> cells_at_opening_;
   const Form& form_;
   ControlState& state_;
   ListLoaders& loaders_;

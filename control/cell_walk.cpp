@@ -44,6 +44,11 @@ void CellWalk::StopEditing() {
   form_.LVRDVLineConfig.SetFocus();
 }
 
+void CellWalk::CancelEditing() {
+  StopEditing();
+  editing_.RestoreCells();
+}
+
 bool CellWalk::Open(int row, int column) {
   if (!editing_.OpenCell(row, column)) return false;
   column_ = column;

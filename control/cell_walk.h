@@ -25,6 +25,8 @@ class CellWalk {
 
   // Hides the editors and gives the focus back to the grid.
   void StopEditing();
+  // The same, and the cells are again what they were when the editor was opened.
+  void CancelEditing();
 
  private:
   bool Open(int row, int column);

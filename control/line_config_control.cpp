@@ -92,6 +92,7 @@ class ucRDVLineConfig::Core : public std::enable_shared_from_this<Core> {
     };
   }
 
+  void ShowDefaults();
   bool LoadAllLists();
   void ShowCriticalError(TextView text) {
     form_.screen.ShowMessage(text, message_style::kCritical, kErrorTitle);
@@ -123,6 +124,7 @@ void ucRDVLineConfig::Core::BindHandlers() {
   grid.on_edit = Handler(cell_walk_, &CellWalk::EditCurrentCell);
   grid.on_edit_next = Handler(cell_walk_, &CellWalk::EditNextCell);
   grid.on_edit_end = Handler(cell_walk_, &CellWalk::StopEditing);
+  grid.on_edit_cancel = Handler(cell_walk_, &CellWalk::CancelEditing);
 
   using Choices = DependentChoices;
   form_.cmbLineType.on_click = Handler(choices_, &Choices::cmbLineType_Click);
@@ -141,7 +143,7 @@ void ucRDVLineConfig::Core::BindHandlers() {
   form_.txtEWTOption.on_change = Handler(text_fields_, &TextFields::txtEWTOption_Change);
   form_.txtLabel.on_change = Handler(text_fields_, &TextFields::txtLabel_Change);
 
-  form_.cmdShowDefaults.on_click = Handler(unit_types_, &UnitTypes::cmdShowDefaults_Click);
+  form_.cmdShowDefaults.on_click = Handler(*this, &Core::ShowDefaults);
   form_.cmdApply.on_click = Handler(saving_, &Saving::cmdApply_Click);
   form_.cmdOK.on_click = Handler(saving_, &Saving::cmdOK_Click);
   form_.cmdCancel.on_click = Handler(saving_, &Saving::cmdCancel_Click);
@@ -160,6 +162,7 @@ void ucRDVLineConfig::Core::Release() {
   grid.on_edit = nullptr;
   grid.on_edit_next = nullptr;
   grid.on_edit_end = nullptr;
+  grid.on_edit_cancel = nullptr;
 
   for (Editor* editor : form_.Editors()) editor->on_change = nullptr;
   for (ComboBox* list :
@@ -179,6 +182,7 @@ bool ucRDVLineConfig::Core::ShowControl(int16_t Given_ConfigID) {
     form_.fraConfiguration.SetEnabled(false);
     // Lines of one configuration must not take what is selected while another's lists are loaded.
     form_.LVRDVLineConfig.RemoveRows();
+    cell_editing_.ForgetCells();
     state_.AcdOptions.clear();
     state_.BusinessRules.ConfigID = Given_ConfigID;
     state_.ChinaImpedanceImplemented =
@@ -193,6 +197,11 @@ bool ucRDVLineConfig::Core::ShowControl(int16_t Given_ConfigID) {
     form_.cmdApply.SetEnabled(had_changes);
     return false;  // with fraConfiguration as it is by now
   }
+}
+
+void ucRDVLineConfig::Core::ShowDefaults() {
+  cell_editing_.ForgetCells();
+  unit_types_.cmdShowDefaults_Click();
 }
 
 // Goes on past every failure; those of the loaders are on record in LoadErrorText.

@@ -82,6 +82,19 @@ LRESULT MainWindow::Handle(UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_SIZE:
       LayOut();
       return 0;
+    case WM_ACTIVATE:
+      // The system would give the keyboard to this window, which has no use for it.
+      if (LOWORD(wparam) == WA_INACTIVE) {
+        focus_ = GetFocus();
+        return 0;
+      }
+      if (!focus_ || !IsChild(window_, focus_))
+        return DefWindowProcW(window_, message, wparam, lparam);
+      SetFocus(focus_);
+      return 0;
+    case WM_SETFOCUS:
+      if (focus_ && IsChild(window_, focus_)) SetFocus(focus_);
+      return 0;
     case WM_COMMAND:
       if (LOWORD(wparam) == kShow) ShowConfiguration();
       return 0;

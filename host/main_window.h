@@ -46,6 +46,7 @@ class MainWindow {
   HWND number_ = nullptr;
   HWND show_ = nullptr;
   HWND panel_ = nullptr;  // the control's place
+  HWND focus_ = nullptr;  // had the keyboard when another program got it
   int dots_per_inch_ = 96;
   HFONT font_ = nullptr;
   std::unique_ptr<LineControl> control_;

@@ -70,10 +70,11 @@ class LineGrid : public Widget {
   std::function<void()> on_before_move;
 
   // By keyboard: the current cell is to be edited, then the next or the previous one; editing is
-  // over.
+  // over; editing is over and what it has changed since the cell was opened is to be undone.
   std::function<void()> on_edit;
   std::function<void(bool backward)> on_edit_next;
   std::function<void()> on_edit_end;
+  std::function<void()> on_edit_cancel;
 };
 
 }  // namespace rdv

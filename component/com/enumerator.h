@@ -77,6 +77,7 @@ class Enumerator final : public Interface {
   static void Drop(CONNECTDATA& item) { item.pUnk->Release(); }
   static void Drop(IConnectionPoint*& item) { item->Release(); }
   static void Drop(OLEVERB& item) { CoTaskMemFree(item.lpszVerbName); }
+  static void Drop(FORMATETC& /*item*/) {}
 
   ULONG references_ = 1;
   const IID iid_;

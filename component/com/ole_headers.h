@@ -6,6 +6,7 @@
 #include <ole2.h>
 #include <olectl.h>
 #include <ocidl.h>
+#include <objsafe.h>
 // clang-format on
 
 // The platform's interfaces are released, never deleted: none of them has a virtual destructor.

@@ -121,8 +121,9 @@ void ConnectionPoints::RaiseRemoveMe() {
   }
   const KeepObject keep(outer_);
   for (const auto& sink : events_.Sinks()) {
-    const auto dispatch = ComPointer<IDispatch>::From(sink.Get(), IID_IDispatch);
-    if (!dispatch) continue;
+    // What Advise was given an interface of: the events', which is one of dispatch, or dispatch.
+    // Asked for dispatch once more, a sink may answer with that of another object.
+    auto* dispatch = static_cast<IDispatch*>(sink.Get());
     DISPPARAMS none = {};
     dispatch->Invoke(kRemoveMeEvent, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &none, nullptr,
                      nullptr, nullptr);

@@ -1,5 +1,8 @@
 #include "component/object/control_services.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
 #include <vector>
 
 #include "component/com/identifiers.h"
@@ -54,12 +57,14 @@ STDMETHODIMP ControlServices::FreezeEvents(BOOL freeze) {
 
 STDMETHODIMP ControlServices::QuickActivate(QACONTAINER* container, QACONTROL* control) {
   if (!container || !control) return E_POINTER;
-  if (container->cbSize < sizeof(QACONTAINER) || control->cbSize < sizeof(QACONTROL)) {
-    return E_INVALIDARG;
-  }
+  // Older frameworks pass what the two had at first.
+  constexpr ULONG kLeastContainer = offsetof(QACONTAINER, pBindHost) + sizeof container->pBindHost;
+  constexpr ULONG kLeastControl =
+      offsetof(QACONTROL, dwPropNotifyCookie) + sizeof control->dwPropNotifyCookie;
+  if (container->cbSize < kLeastContainer || control->cbSize < kLeastControl) return E_INVALIDARG;
   return Guard([&] {
     const ULONG size = control->cbSize;
-    *control = {};
+    memset(control, 0, std::min<size_t>(size, sizeof *control));
     control->cbSize = size;
     object_.Container().SetQuickAmbients(*container);
     object_.Ole().SetClientSite(container->pClientSite);
@@ -77,6 +82,12 @@ STDMETHODIMP ControlServices::QuickActivate(QACONTAINER* container, QACONTROL* c
     control->dwViewStatus = VIEWSTATUS_OPAQUE;
     return S_OK;
   });
+}
+
+STDMETHODIMP ControlServices::GetPages(CAUUID* pages) {
+  if (!pages) return E_POINTER;
+  *pages = {};
+  return S_OK;
 }
 
 STDMETHODIMP ControlServices::SetContentExtent(LPSIZEL size) {

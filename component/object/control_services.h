@@ -9,7 +9,7 @@
 
 namespace rdv {
 
-class ControlServices final : public Part<IOleControl, IQuickActivate> {
+class ControlServices final : public Part<IOleControl, IQuickActivate, ISpecifyPropertyPages> {
  public:
   using Part::Part;
 
@@ -19,6 +19,9 @@ class ControlServices final : public Part<IOleControl, IQuickActivate> {
   STDMETHODIMP FreezeEvents(BOOL freeze) override;
 
   STDMETHODIMP QuickActivate(QACONTAINER* container, QACONTROL* control) override;
+  // There are no properties that a page could show.
+  STDMETHODIMP GetPages(CAUUID* pages) override;
+
   STDMETHODIMP SetContentExtent(LPSIZEL size) override;
   STDMETHODIMP GetContentExtent(LPSIZEL size) override;
 

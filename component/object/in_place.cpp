@@ -30,6 +30,7 @@ HRESULT InPlace::Activate(Activity wanted, Entry entry) {
       }
       wanted = std::max(wanted, wanted_);
     }
+    if (Placed()) object_.Live()->Show();
     if (wanted != Activity::UserInterface || !object_.Container().TakesInput()) return S_OK;
     const HRESULT result = BecomeUserInterface();
     if (SUCCEEDED(result)) TakeFocus(entry);
@@ -113,6 +114,21 @@ void InPlace::TakeFocus(Entry entry) {
   live->Form().Keyboard().Enter(entry == Entry::AtTheEnd);
 }
 
+HRESULT InPlace::Hide() {
+  return Guard([&] {
+    const bool left_already = std::exchange(leaving_, true);
+    UIDeactivate();
+    if (Placed()) {
+      const std::shared_ptr<LiveControl> live = object_.Live();
+      live->Hide();
+    }
+    TellFocus(false);
+    leaving_ = left_already;
+    LeaveDestroyedWindows();
+    return S_OK;
+  });
+}
+
 void InPlace::Deactivate() {
   const KeepObject keep(outer_);
   if (activity_ == Activity::Activating) {
@@ -144,11 +160,22 @@ bool InPlace::Placed() const {
 
 void InPlace::OnFocus(bool inside) {
   const KeepObject keep(outer_);
-  if (!inside) return TellFocus(false);
+  if (!inside) {
+    TellFocus(false);
+    // Another program, or a message box, only borrows the keyboard; the host's own windows keep it.
+    if (Placed() && HostHasFocus()) UIDeactivate();
+    return;
+  }
   if (!Placed() || !object_.Container().TakesInput()) return;
   // However often the container has taken the keyboard away, or refused it, before.
   BecomeUserInterface();
   if (Placed()) TellFocus(true);
+}
+
+bool InPlace::HostHasFocus() const {
+  const HWND focus = GetFocus();
+  const HWND host = GetAncestor(object_.Live()->Form().Handle(), GA_ROOT);
+  return focus && focus != host && IsChild(host, focus);
 }
 
 void InPlace::TellFocus(bool inside) {

@@ -25,6 +25,8 @@ class InPlace final : public Part<IOleInPlaceObject, IOleInPlaceActiveObject> {
   // Raises the activity; never lowers it. No more than Visible is reached where the
   // container lets the user do nothing.
   HRESULT Activate(Activity wanted, Entry entry = Entry::AtTheStart);
+  // Down to Visible, and out of sight: the window stays, and the next activation shows it.
+  HRESULT Hide();
   // Down to None, telling the container of every step.
   void Deactivate();
   // When the container has destroyed its window, and ours in it, without a word.
@@ -67,6 +69,8 @@ class InPlace final : public Part<IOleInPlaceObject, IOleInPlaceActiveObject> {
   HRESULT AskForPlace(IOleInPlaceSite& site, Surroundings& surroundings);
   HRESULT BecomeUserInterface();
   void TakeFocus(Entry entry);
+  // In a window of the same top-level window that is not the control's.
+  bool HostHasFocus() const;
   void TellFocus(bool inside);
   void TellWindows(IOleInPlaceActiveObject* active_object, Activity meanwhile);
 

@@ -16,6 +16,7 @@ LineConfigObject::LineConfigObject(IUnknown* outer)
       in_place_(*this, outer_),
       services_(*this, outer_),
       view_(*this, outer_),
+      data_(*this, outer_),
       persistence_(*this, outer_),
       connections_(*this, outer_) {}
 
@@ -28,8 +29,10 @@ std::shared_ptr<LiveControl> LineConfigObject::Live() {
     in_place_.LeaveDestroyedWindows();
   }
   if (live_ && !live_->WindowsExist()) {
-    Disconnect(*live_);
-    live_.reset();
+    const std::shared_ptr<LiveControl> live = live_;
+    live->MakeWindows();
+    live->Form().SetAppearance(container_.Appearance());
+    return live;
   }
   if (!live_) {
     const std::shared_ptr<LiveControl> live = LiveControl::Create();
@@ -60,6 +63,12 @@ void LineConfigObject::Park() {
   if (!WindowsExist()) return;
   const std::shared_ptr<LiveControl> live = live_;
   live->Park();
+}
+
+void LineConfigObject::DestroyWindows() {
+  if (!WindowsExist()) return;
+  const std::shared_ptr<LiveControl> live = live_;
+  live->DestroyWindows();
 }
 
 void LineConfigObject::AmbientsChanged() {
@@ -111,11 +120,16 @@ IUnknown* LineConfigObject::Find(REFIID iid) {
       {IID_IOleInPlaceActiveObject, static_cast<IOleInPlaceActiveObject*>(&in_place_)},
       {IID_IOleControl, static_cast<IOleControl*>(&services_)},
       {IID_IQuickActivate, static_cast<IQuickActivate*>(&services_)},
+      {IID_ISpecifyPropertyPages, static_cast<ISpecifyPropertyPages*>(&services_)},
       {IID_IViewObject, &view_},
       {IID_IViewObject2, &view_},
+      {IID_IViewObjectEx, &view_},
+      {IID_IDataObject, &data_},
       {IID_IPersist, static_cast<IPersistStreamInit*>(&persistence_)},
       {IID_IPersistStreamInit, static_cast<IPersistStreamInit*>(&persistence_)},
+      {IID_IPersistStorage, static_cast<IPersistStorage*>(&persistence_)},
       {IID_IPersistPropertyBag, static_cast<IPersistPropertyBag*>(&persistence_)},
+      {IID_IObjectSafety, static_cast<IObjectSafety*>(&persistence_)},
       {IID_IConnectionPointContainer, &connections_},
   };
   for (const auto& each : interfaces) {

@@ -9,6 +9,7 @@
 #include "component/object/connection_points.h"
 #include "component/object/container.h"
 #include "component/object/control_services.h"
+#include "component/object/data_transfer.h"
 #include "component/object/in_place.h"
 #include "component/object/live_control.h"
 #include "component/object/ole_object.h"
@@ -29,17 +30,21 @@ class LineConfigObject final : private IUnknown {
   OleObject& Ole() { return ole_; }
   InPlace& Activation() { return in_place_; }
   View& Drawing() { return view_; }
+  DataTransfer& Data() { return data_; }
   ConnectionPoints& Connections() { return connections_; }
 
   // Made when first needed: a control in a designer's palette or a reader of its type information
-  // needs no windows. Made anew when a container has destroyed the windows.
-  // Held by the caller for as long as it works with the windows.
+  // needs no windows. The windows are made anew where a container has destroyed them. Held by the
+  // caller for as long as it works with the windows.
   std::shared_ptr<LiveControl> Live();
   // There are windows, in a container's or not.
   bool WindowsExist() const { return live_ && live_->WindowsExist(); }
 
   // Takes the windows, where there are any, out of the container's.
   void Park();
+  // For containers that are done with the control: some leave procedures of their own in its
+  // windows. What the user has done to the lines stays.
+  void DestroyWindows();
 
   // The container has other fonts, colours or another mode than before.
   void AmbientsChanged();
@@ -66,6 +71,7 @@ class LineConfigObject final : private IUnknown {
   InPlace in_place_;
   ControlServices services_;
   View view_;
+  DataTransfer data_;
   Persistence persistence_;
   ConnectionPoints connections_;
   std::shared_ptr<LiveControl> live_;

@@ -1,43 +1,30 @@
 #include "component/object/live_control.h"
 
+#include "component/com/boundary.h"
 #include "component/com/module.h"
+#include "component/object/current_controls.h"
 #include "component/object/label_validator.h"
 
 namespace rdv {
 
-namespace {
-
-constexpr UINT_PTR kSubclass = 1;
-
-}  // namespace
-
-ParkingWindow::ParkingWindow()
-    : window_(win32::MakeWindow(ModuleInstance(), nullptr,
-                                {.window_class = L"STATIC", .style = WS_POPUP})) {
-  SetWindowSubclass(window_, &Procedure, kSubclass, 0);
-}
-
-ParkingWindow::~ParkingWindow() {
-  RemoveWindowSubclass(window_, &Procedure, kSubclass);
-  DestroyWindow(window_);
-}
-
-LRESULT CALLBACK ParkingWindow::Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam,
-                                          UINT_PTR /*id*/, DWORD_PTR /*unused*/) {
-  if (message == WM_SYSCOLORCHANGE || message == WM_SETTINGCHANGE) {
-    const auto form = reinterpret_cast<HWND>(GetWindowLongPtrW(window, GWLP_USERDATA));
-    if (form) SendMessageW(form, message, wparam, lparam);
-  }
-  return DefSubclassProc(window, message, wparam, lparam);
-}
-
 LiveControl::LiveControl()
-    : form_(ModuleInstance(), parking_.Handle()),
+    : parking_(ModuleInstance()),
+      form_(ModuleInstance(), parking_.Handle()),
       control_(form_.Widgets(), ControlOptions{.make_label_validator = MakeLabelValidator}) {
-  parking_.TellOfChanges(form_.Handle());
+  parking_.TellOfChanges(form_);
+}
+
+void LiveControl::MakeWindows() {
+  const CurrentControls controls;
+  if (!WindowsExist()) form_.PutInto(parking_.Handle());
+}
+
+void LiveControl::DestroyWindows() {
+  if (WindowsExist()) form_.DestroyWindows();
 }
 
 std::shared_ptr<LiveControl> LiveControl::Create() {
+  const CurrentControls controls;
   const std::shared_ptr<LiveControl> live(new LiveControl);
   // A container may let go of the control while its windows are at work.
   live->form_.KeepAlive(live);
@@ -45,17 +32,18 @@ std::shared_ptr<LiveControl> LiveControl::Create() {
 }
 
 HRESULT LiveControl::PlaceIn(HWND parent, const RECT& place, const RECT& clip, bool reachable) {
-  SetLastError(ERROR_SUCCESS);
-  if (!SetParent(form_.Handle(), parent)) {
-    const DWORD error = GetLastError();
-    return error == ERROR_SUCCESS ? E_FAIL : HRESULT_FROM_WIN32(error);
-  }
-  form_.FollowScreen();
-  form_.FollowCues();
-  Move(place, clip);
-  EnableWindow(form_.Handle(), reachable);
-  ShowWindow(form_.Handle(), SW_SHOWNA);
-  return S_OK;
+  return AtBoundary([&] {
+    {
+      const CurrentControls controls;
+      form_.PutInto(parent);
+    }
+    form_.FollowScreen();
+    form_.FollowCues();
+    Move(place, clip);
+    EnableWindow(form_.Handle(), reachable);
+    ShowWindow(form_.Handle(), SW_SHOWNA);
+    return S_OK;
+  });
 }
 
 void LiveControl::Move(const RECT& place, const RECT& clip) {
@@ -84,10 +72,15 @@ void LiveControl::GiveFocusBack() {
   if (inside()) SetFocus(nullptr);
 }
 
-void LiveControl::Park() {
+void LiveControl::Hide() {
   GiveFocusBack();
   ShowWindow(form_.Handle(), SW_HIDE);
-  SetParent(form_.Handle(), parking_.Handle());
+}
+
+void LiveControl::Park() {
+  Hide();
+  // The parking window keeps the awareness of resolutions that it was made with.
+  if (!form_.TryPutInto(parking_.Handle())) DestroyWindows();
 }
 
 }  // namespace rdv

@@ -45,7 +45,10 @@ OleObject::OleObject(LineConfigObject& object, IUnknown& outer)
 STDMETHODIMP OleObject::SetClientSite(IOleClientSite* site) {
   return Guard([&] {
     // It cannot stay in the window of a container that has let go of it.
-    if (site != object_.Container().Site().Get()) object_.Activation().Deactivate();
+    if (site != object_.Container().Site().Get()) {
+      object_.Activation().Deactivate();
+      if (!site) object_.DestroyWindows();
+    }
     object_.Container().SetSite(site);
     object_.AmbientsChanged();
     return S_OK;
@@ -65,6 +68,7 @@ STDMETHODIMP OleObject::SetHostNames(LPCOLESTR /*application*/, LPCOLESTR /*docu
 STDMETHODIMP OleObject::Close(DWORD /*save_option*/) {
   return Guard([&] {
     object_.Activation().Deactivate();
+    object_.DestroyWindows();
     if (const ComPointer<IOleAdviseHolder> holder = advise_holder_) holder->SendOnClose();
     return S_OK;
   });
@@ -101,8 +105,7 @@ STDMETHODIMP OleObject::DoVerb(LONG verb, LPMSG message, IOleClientSite* /*site*
     case OLEIVERB_INPLACEACTIVATE:
       return object_.Activation().Activate(InPlace::Activity::Visible);
     case OLEIVERB_HIDE:
-      object_.Activation().Deactivate();
-      return S_OK;
+      return object_.Activation().Hide();
     case OLEIVERB_OPEN:
     case OLEIVERB_DISCARDUNDOSTATE:
       return E_NOTIMPL;

@@ -6,9 +6,14 @@
 namespace rdv {
 
 // The control has no properties that a form keeps: its state is empty in every format, is never
-// dirty, and any state that once was saved loads. Both protocols may be used, in any order with
+// dirty, and any state that once was saved loads. All protocols may be used, in any order with
 // the client site, and more than once.
-class Persistence final : public Part<IPersistStreamInit, IPersistPropertyBag> {
+//
+// Of the "safe" promises that browsers and office programs ask about, one is true: data from an
+// unknown source does no harm, because none is read. Scripts may not have the control: its methods
+// write to the site's database.
+class Persistence final
+    : public Part<IPersistStreamInit, IPersistPropertyBag, IPersistStorage, IObjectSafety> {
  public:
   using Part::Part;
 
@@ -21,6 +26,18 @@ class Persistence final : public Part<IPersistStreamInit, IPersistPropertyBag> {
     return stream ? S_OK : E_POINTER;
   }
   STDMETHODIMP GetSizeMax(ULARGE_INTEGER* size) override;
+
+  // Documents give the control a storage of its own; nothing is kept in it.
+  STDMETHODIMP InitNew(IStorage* storage) override { return storage ? S_OK : E_POINTER; }
+  STDMETHODIMP Load(IStorage* storage) override { return storage ? S_OK : E_POINTER; }
+  STDMETHODIMP Save(IStorage* storage, BOOL /*same_as_loaded*/) override {
+    return storage ? S_OK : E_POINTER;
+  }
+  STDMETHODIMP SaveCompleted(IStorage* /*storage*/) override { return S_OK; }
+  STDMETHODIMP HandsOffStorage() override { return S_OK; }
+
+  STDMETHODIMP GetInterfaceSafetyOptions(REFIID iid, DWORD* supported, DWORD* enabled) override;
+  STDMETHODIMP SetInterfaceSafetyOptions(REFIID iid, DWORD mask, DWORD options) override;
 
   STDMETHODIMP Load(IPropertyBag* bag, IErrorLog* /*errors*/) override {
     return bag ? S_OK : E_POINTER;

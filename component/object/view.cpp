@@ -49,6 +49,7 @@ STDMETHODIMP View::SetAdvise(DWORD aspects, DWORD flags, IAdviseSink* sink) {
 }
 
 void View::Changed() {
+  object_.Data().Changed();
   const ComPointer<IAdviseSink> sink = advise_sink_;
   if (!sink || (advise_aspects_ & DVASPECT_CONTENT) == 0) return;
   if ((advise_flags_ & ADVF_ONLYONCE) != 0) advise_sink_.Reset();
@@ -63,6 +64,43 @@ STDMETHODIMP View::GetAdvise(DWORD* aspects, DWORD* flags, IAdviseSink** sink) {
     if (*sink) (*sink)->AddRef();
   }
   return S_OK;
+}
+
+STDMETHODIMP View::GetRect(DWORD aspect, LPRECTL rectangle) {
+  if (!rectangle) return E_POINTER;
+  if (aspect != DVASPECT_CONTENT && aspect != DVASPECT_OPAQUE) return DV_E_DVASPECT;
+  const SIZEL size = object_.Ole().Extent();
+  *rectangle = {0, 0, size.cx, size.cy};
+  return S_OK;
+}
+
+STDMETHODIMP View::GetViewStatus(DWORD* status) {
+  if (!status) return E_POINTER;
+  *status = VIEWSTATUS_OPAQUE;
+  return S_OK;
+}
+
+STDMETHODIMP View::QueryHitPoint(DWORD aspect, LPCRECT bounds, POINT point, LONG /*close*/,
+                                 DWORD* result) {
+  if (!bounds || !result) return E_POINTER;
+  if (aspect != DVASPECT_CONTENT) return DV_E_DVASPECT;
+  *result = static_cast<DWORD>(PtInRect(bounds, point) ? HITRESULT_HIT : HITRESULT_OUTSIDE);
+  return S_OK;
+}
+
+STDMETHODIMP View::QueryHitRect(DWORD aspect, LPCRECT bounds, LPCRECT area, LONG /*close*/,
+                                DWORD* result) {
+  if (!bounds || !area || !result) return E_POINTER;
+  if (aspect != DVASPECT_CONTENT) return DV_E_DVASPECT;
+  RECT common = {};
+  *result =
+      static_cast<DWORD>(IntersectRect(&common, bounds, area) ? HITRESULT_HIT : HITRESULT_OUTSIDE);
+  return S_OK;
+}
+
+STDMETHODIMP View::GetNaturalExtent(DWORD aspect, LONG /*index*/, DVTARGETDEVICE* /*target*/,
+                                    HDC /*context*/, DVEXTENTINFO* /*information*/, LPSIZEL size) {
+  return object_.Ole().GetExtent(aspect, size);
 }
 
 STDMETHODIMP View::GetExtent(DWORD aspect, LONG /*index*/, DVTARGETDEVICE* /*target*/,

@@ -6,7 +6,7 @@
 
 namespace rdv {
 
-class View final : public Part<IViewObject2> {
+class View final : public Part<IViewObjectEx> {
  public:
   using Part::Part;
 
@@ -21,6 +21,15 @@ class View final : public Part<IViewObject2> {
   STDMETHODIMP GetAdvise(DWORD* aspects, DWORD* flags, IAdviseSink** sink) override;
   // The picture is another one now.
   void Changed();
+
+  STDMETHODIMP GetRect(DWORD aspect, LPRECTL rectangle) override;
+  STDMETHODIMP GetViewStatus(DWORD* status) override;
+  STDMETHODIMP QueryHitPoint(DWORD aspect, LPCRECT bounds, POINT point, LONG close,
+                             DWORD* result) override;
+  STDMETHODIMP QueryHitRect(DWORD aspect, LPCRECT bounds, LPCRECT area, LONG close,
+                            DWORD* result) override;
+  STDMETHODIMP GetNaturalExtent(DWORD aspect, LONG index, DVTARGETDEVICE* target, HDC context,
+                                DVEXTENTINFO* information, LPSIZEL size) override;
 
   STDMETHODIMP GetExtent(DWORD aspect, LONG index, DVTARGETDEVICE* target, LPSIZEL size) override;
 

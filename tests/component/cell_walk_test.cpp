@@ -147,10 +147,12 @@ TEST_F(CellWalk, EnterAndEscapeCloseTheEditor) {
   }
 }
 
-TEST_F(CellWalk, ArrowsStayInTheEditor) {
+TEST_F(CellWalk, ArrowsToTheSidesGoFromAClosedListToItsNeighbours) {
   Press(VK_DOWN);
   Press(VK_F2);
   ASSERT_EQ(Focus(), control_id::cmbPartition);
+  EXPECT_EQ(Press(VK_RIGHT), S_OK);
+  EXPECT_EQ(Focus(), control_id::cmbStartingNodeName);
   EXPECT_EQ(Press(VK_LEFT), S_OK);
   EXPECT_EQ(Focus(), control_id::cmbPartition);
   EXPECT_EQ(SelectedRow(), 1);

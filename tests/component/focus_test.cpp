@@ -135,6 +135,10 @@ const std::pair<const char*, std::function<void(PlacedControl&)>> kWaysOut[] = {
     {"closed", [](PlacedControl& placed) { placed.object->Close(OLECLOSE_NOSAVE); }},
     {"without a site", [](PlacedControl& placed) { placed.object->SetClientSite(nullptr); }}};
 
+bool StaysInPlace(const char* way) {
+  return std::string(way) == "hidden";
+}
+
 TEST_F(Focus, GoesToTheContainersWindowWhenTheControlLeaves) {
   for (const auto& [what, leave] : kWaysOut) {
     PlacedControl placed;
@@ -143,9 +147,9 @@ TEST_F(Focus, GoesToTheContainersWindowWhenTheControlLeaves) {
     EXPECT_EQ(GetFocus(), placed.container.Window()) << what;
     PumpMessages();
     EXPECT_EQ(GetFocus(), placed.container.Window()) << what;
-    EXPECT_THAT(placed.container.TakeCalls(), ElementsAre("SetActiveObject(null)", "OnUIDeactivate",
-                                                          "OnFocus(FALSE)", "OnInPlaceDeactivate"))
-        << what;
+    std::vector<std::string> calls = {"SetActiveObject(null)", "OnUIDeactivate", "OnFocus(FALSE)"};
+    if (!StaysInPlace(what)) calls.push_back("OnInPlaceDeactivate");
+    EXPECT_EQ(placed.container.TakeCalls(), calls) << what;
   }
 }
 
@@ -157,13 +161,15 @@ TEST_F(Focus, StaysWhereItIsWhenAControlWithoutItLeaves) {
     HaveKeyboard(placed);
     SetFocus(other);
     PumpMessages();
-    EXPECT_THAT(placed.container.TakeCalls(), ElementsAre("OnFocus(FALSE)")) << what;
+    EXPECT_THAT(placed.container.TakeCalls(),
+                ElementsAre("OnFocus(FALSE)", "SetActiveObject(null)", "OnUIDeactivate"))
+        << what;
     leave(placed);
     PumpMessages();
     EXPECT_EQ(GetFocus(), other) << what;
-    EXPECT_THAT(placed.container.TakeCalls(),
-                ElementsAre("SetActiveObject(null)", "OnUIDeactivate", "OnInPlaceDeactivate"))
-        << what;
+    std::vector<std::string> calls;
+    if (!StaysInPlace(what)) calls.push_back("OnInPlaceDeactivate");
+    EXPECT_EQ(placed.container.TakeCalls(), calls) << what;
   }
 }
 
@@ -187,8 +193,8 @@ TEST_F(Focus, IsGivenUpWhereTheContainerHandsItBackToTheControl) {
     EXPECT_EQ(container.Times(), 1);
     EXPECT_FALSE(GetFocus() == form || IsChild(form, GetFocus()));
     PumpMessages();
-    EXPECT_THAT(placed.container.TakeCalls(), ElementsAre("SetActiveObject(null)", "OnUIDeactivate",
-                                                          "OnFocus(FALSE)", "OnInPlaceDeactivate"));
+    EXPECT_THAT(placed.container.TakeCalls(),
+                ElementsAre("SetActiveObject(null)", "OnUIDeactivate", "OnFocus(FALSE)"));
     HaveKeyboard(placed);
   }
 }
@@ -203,7 +209,7 @@ TEST_F(Focus, TheContainersAttemptToActivateTheLeavingControlIsRefused) {
   placed.Verb(OLEIVERB_HIDE);
   EXPECT_EQ(container.Times(), 1);
   EXPECT_TRUE(FAILED(answer));
-  EXPECT_EQ(placed.Form(), nullptr);
+  EXPECT_FALSE(IsWindowVisible(placed.Form()));
   EXPECT_EQ(placed.Verb(OLEIVERB_UIACTIVATE), S_OK);
 }
 

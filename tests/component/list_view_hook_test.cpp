@@ -101,5 +101,47 @@ TEST_F(ListView, TwoHooksKeepToTheirOwnGrids) {
   EXPECT_EQ(SendMessageW(grid_, kAnswered, 7, 0), 8);
 }
 
+WNDPROC under_taker = nullptr;
+int seen_by_taker = 0;
+
+LRESULT CALLBACK TakeOver(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+  ++seen_by_taker;
+  return CallWindowProcW(under_taker, window, message, wparam, lparam);
+}
+
+// A program that follows all windows (a speech program, a theme) puts its procedure on top.
+TEST_F(ListView, KeepsTheProcedureOfWhoeverCameLater) {
+  seen_by_taker = 0;
+  {
+    const ListViewHook hook(grid_, watcher_);
+    under_taker = reinterpret_cast<WNDPROC>(
+        SetWindowLongPtrW(grid_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&TakeOver)));
+    ASSERT_EQ(under_taker, &ListViewWindowProc);
+  }
+  EXPECT_EQ(Procedure(grid_), &TakeOver);
+  EXPECT_EQ(SendMessageW(grid_, LVM_SETBKCOLOR, 0, RGB(1, 2, 3)), TRUE);
+  EXPECT_EQ(SendMessageW(grid_, LVM_GETBKCOLOR, 0, 0), static_cast<LRESULT>(RGB(1, 2, 3)));
+  EXPECT_EQ(seen_by_taker, 2);
+  EXPECT_TRUE(watcher_.seen.empty());
+}
+
+// The list view frees what it holds at the last message.
+TEST_F(ListView, AlwaysGetsItsLastMessage) {
+  struct Swallower final : win32::GridWatcher {
+    std::optional<LRESULT> BeforeGrid(UINT message, WPARAM, LPARAM) override {
+      if (message == WM_NCDESTROY) swallowed = true;
+      return std::nullopt;
+    }
+    bool swallowed = false;
+  } watcher;
+  const ListViewHook hook(grid_, watcher);
+  under_taker = reinterpret_cast<WNDPROC>(
+      SetWindowLongPtrW(grid_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&TakeOver)));
+  DestroyWindow(grid_);
+  EXPECT_FALSE(IsWindow(grid_));
+  EXPECT_FALSE(watcher.swallowed);
+  EXPECT_EQ(ListViewWindowProc(grid_, kAnswered, 7, 0), 0);
+}
+
 }  // namespace
 }  // namespace rdv::test

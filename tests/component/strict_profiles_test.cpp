@@ -371,7 +371,7 @@ TEST_F(StrictContainers, AFormOfA64BitOfficeProgram) {
          kInputQuestions},
         {"hidden",
          [](StrictHost& at) { EXPECT_EQ(at.Verb(OLEIVERB_HIDE), S_OK); },
-         kNoUserInterface + kOutOfPlace,
+         kNoUserInterface + std::vector<std::string>{"IOleControlSite.OnFocus(FALSE)"},
          {}},
         {"no property sink",
          [](StrictHost& at) {
@@ -379,7 +379,7 @@ TEST_F(StrictContainers, AFormOfA64BitOfficeProgram) {
          },
          {},
          {}},
-        {"closed", CloseUnsaved, {}, {}},
+        {"closed", CloseUnsaved, {"IOleInPlaceSite.OnInPlaceDeactivate"}, {}},
         {"let go", LetGo, {}, {}}});
   ExpectNothingHeld(host);
 }

@@ -181,6 +181,35 @@ TEST_F(CellWalkTest, TheColumnOpenedLastIsOpenedInTheNextRowToo) {
   EXPECT_THAT(SelectedRows(), ElementsAre(2));
 }
 
+TEST_F(CellWalkTest, CancellingBringsBackTheCellsOfAllSelectedRowsAsTheyWereWhenTheCellWasOpened) {
+  grid().GoToRow(1);
+  grid().SetSelected(2, true);
+  Edit();
+  for (int step = 0; step < 3; ++step) EditNext();
+  ASSERT_EQ(Focus(), "cmbVolume");
+  const auto before = [&] {
+    std::vector<Text> cells;
+    for (int row = 1; row <= grid().RowCount(); ++row) {
+      for (int column = 1; column <= grid().ColumnCount(); ++column)
+        cells.push_back(grid().Cell(row, column));
+    }
+    return cells;
+  };
+  const auto cells = before();
+  ComboBox& list = form().cmbVolume;
+  list.SetListIndex(list.ListIndex() == 0 ? 1 : 0);
+  ASSERT_NE(before(), cells);
+  grid().on_edit_cancel();
+  EXPECT_EQ(before(), cells);
+  EXPECT_EQ(Focus(), "LVRDVLineConfig");
+  // Once only, and not into the lines of another configuration.
+  list.SetListIndex(list.ListIndex() == 0 ? 1 : 0);
+  const auto changed = before();
+  ASSERT_NE(changed, cells);
+  grid().on_edit_cancel();
+  EXPECT_EQ(before(), changed);
+}
+
 TEST_F(CellWalkTest, ACellOutOfSightIsBroughtIntoSight) {
   ChangeColumnWidth(column::kLineType, 9000);
   ScrollRight(-20000);

@@ -296,7 +296,7 @@ TEST_F(Lifecycle, ADestroyedControlNoLongerListensToItsForm) {
                f.LVRDVLineConfig.on_mouse_up || f.LVRDVLineConfig.on_key_press ||
                f.LVRDVLineConfig.on_column_click || f.LVRDVLineConfig.on_before_move ||
                f.LVRDVLineConfig.on_edit || f.LVRDVLineConfig.on_edit_next ||
-               f.LVRDVLineConfig.on_edit_end);
+               f.LVRDVLineConfig.on_edit_end || f.LVRDVLineConfig.on_edit_cancel);
   for (const Editor* editor : f.Editors()) EXPECT_FALSE(editor->on_change);
   for (const ComboBox* list :
        {&f.cmbLineType, &f.cmbPartition, &f.cmbStartingNodeName, &f.cmbStartingNodeNumber,

@@ -59,6 +59,12 @@ ButtonWindow::ButtonWindow(HWND parent, int id, const wchar_t* caption)
   if (const size_t mark = text_.find(L'&'); mark != std::wstring::npos) {
     text_.erase(mark, 1);
     mnemonic_ = static_cast<wchar_t>(UpperCase(static_cast<char16_t>(text_[mark])));
+  }
+  ButtonWindow::OnMade();
+}
+
+void ButtonWindow::OnMade() {
+  if (mnemonic_ != 0) {
     SetAccessibleShortcut(Handle(), (L"Alt+" + std::wstring(1, mnemonic_)).c_str());
   }
   platform_procedure_ = reinterpret_cast<WNDPROC>(

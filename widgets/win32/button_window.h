@@ -22,6 +22,7 @@ class ButtonWindow : public WindowWidget<Button> {
   }
 
  private:
+  void OnMade() override;
   static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 
   const std::wstring caption_;

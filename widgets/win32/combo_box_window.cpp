@@ -1,6 +1,7 @@
 #include "widgets/win32/combo_box_window.h"
 
 #include "runtime/error.h"
+#include "widgets/win32/form_messages.h"
 #include "widgets/win32/wide.h"
 
 namespace rdv::win32 {
@@ -32,6 +33,7 @@ LRESULT CALLBACK ComboBoxWindow::Procedure(HWND window, UINT message, WPARAM wpa
                                            LPARAM lparam) {
   auto* list = static_cast<ComboBoxWindow*>(TargetOf(window));
   if (message == CB_GETDROPPEDWIDTH && list->drop_down_width_) return *list->drop_down_width_;
+  if (const auto answer = list->BeforeList(message, wparam, lparam)) return *answer;
   const LRESULT result =
       CallWindowProcW(list->platform_procedure_, window, message, wparam, lparam);
   // The platform takes no more.
@@ -41,9 +43,51 @@ LRESULT CALLBACK ComboBoxWindow::Procedure(HWND window, UINT message, WPARAM wpa
   return result;
 }
 
+// Only a choice changes data: the wheel over a closed list scrolls what lies under it, and the
+// arrows to the sides lead to the neighbouring cells.
+std::optional<LRESULT> ComboBoxWindow::BeforeList(UINT message, WPARAM wparam, LPARAM lparam) {
+  switch (message) {
+    case WM_MOUSEWHEEL:
+      if (DroppedDown()) return std::nullopt;
+      return SendMessageW(GetParent(Handle()), message, wparam, lparam);
+    case WM_KEYDOWN: {
+      const bool to_a_side = wparam == VK_LEFT || wparam == VK_RIGHT;
+      if (!to_a_side || entry_ == TextEntry::Typed || DroppedDown()) return std::nullopt;
+      // It may hide the list, and end the form.
+      const auto hold = HoldForm(Handle());
+      if (on_step) on_step(wparam == VK_LEFT);
+      return 0;
+    }
+    case WM_PAINT:
+      FillAroundText();
+      return std::nullopt;
+    default:
+      return std::nullopt;
+  }
+}
+
+// The text part is only as high as its text, and the older common controls paint nothing above and
+// below it.
+void ComboBoxWindow::FillAroundText() const {
+  COMBOBOXINFO parts = {};
+  parts.cbSize = sizeof parts;
+  if (entry_ != TextEntry::Typed || !GetComboBoxInfo(Handle(), &parts)) return;
+  const HDC context = GetDC(Handle());
+  RECT text = {};
+  GetWindowRect(parts.hwndItem, &text);
+  MapWindowPoints(nullptr, Handle(), reinterpret_cast<POINT*>(&text), 2);
+  ExcludeClipRect(context, text.left, text.top, text.right, text.bottom);
+  FillRect(context, &parts.rcItem, GetSysColorBrush(Enabled() ? COLOR_WINDOW : COLOR_BTNFACE));
+  ReleaseDC(Handle(), context);
+}
+
 ComboBoxWindow::ComboBoxWindow(HWND parent, int id, TextEntry entry) : entry_(entry) {
   const DWORD kind = entry == TextEntry::Typed ? CBS_DROPDOWN | CBS_AUTOHSCROLL : CBS_DROPDOWNLIST;
   Create(parent, {.window_class = L"COMBOBOX", .style = WS_TABSTOP | WS_VSCROLL | kind, .id = id});
+  ComboBoxWindow::OnMade();
+}
+
+void ComboBoxWindow::OnMade() {
   platform_procedure_ = reinterpret_cast<WNDPROC>(
       SetWindowLongPtrW(Handle(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&Procedure)));
 }
@@ -59,6 +103,13 @@ bool ComboBoxWindow::DroppedDown() const {
 void ComboBoxWindow::SetVisible(bool visible) {
   if (!visible && DroppedDown()) SendMessageW(Handle(), CB_SHOWDROPDOWN, FALSE, 0);
   EditorWindow::SetVisible(visible);
+}
+
+// The width of the open list is in pixels of the window's resolution.
+void ComboBoxWindow::SetScale(Scale scale) {
+  const bool changes = scale != CurrentScale();
+  EditorWindow::SetScale(scale);
+  if (changes && wished_width_ != 0) ApplyDropDownWidth();
 }
 
 rdv::Text ComboBoxWindow::Text() const {
@@ -109,6 +160,7 @@ void ComboBoxWindow::AddItem(TextView caption, int32_t item_data) {
   const rdv::Text text(caption);
   const LRESULT index =
       SendMessageW(Handle(), CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text.c_str()));
+  if (index == CB_ERR || index == CB_ERRSPACE) RaiseOutOfMemory();
   SendMessageW(Handle(), CB_SETITEMDATA, static_cast<WPARAM>(index), item_data);
 }
 
@@ -145,7 +197,21 @@ void ComboBoxWindow::SetListIndex(int index) {
 }
 
 void ComboBoxWindow::SetDropDownWidth(int pixels) {
-  SendMessageW(Handle(), CB_SETDROPPEDWIDTH, static_cast<WPARAM>(pixels), 0);
+  wished_width_ = pixels;
+  ApplyDropDownWidth();
+}
+
+void ComboBoxWindow::ApplyDropDownWidth() {
+  constexpr int kUsualDotsPerInch = 96;
+  const int width = MulDiv(wished_width_, CurrentScale().DotsPerInch(), kUsualDotsPerInch);
+  SendMessageW(Handle(), CB_SETDROPPEDWIDTH, static_cast<WPARAM>(width), 0);
+}
+
+// What is typed replaces the old text.
+void ComboBoxWindow::SetFocus() {
+  EditorWindow::SetFocus();
+  if (entry_ == TextEntry::Typed && Focused())
+    SendMessageW(Handle(), CB_SETEDITSEL, 0, MAKELPARAM(0, -1));
 }
 
 void ComboBoxWindow::OnCommand(WORD code) {
@@ -174,6 +240,25 @@ void ComboBoxWindow::OnCommand(WORD code) {
     default:
       break;
   }
+}
+
+void ComboBoxWindow::Remember() {
+  EditorWindow::Remember();
+  kept_text_ = Text();
+  kept_entries_.clear();
+  for (int index = 0; index < ListCount(); ++index)
+    kept_entries_.push_back({List(index), ItemData(index)});
+}
+
+void ComboBoxWindow::MakeAnew(HWND parent) {
+  dropped_ = false;
+  EditorWindow::MakeAnew(parent);
+  setting_ = true;
+  for (const Entry& entry : kept_entries_) AddItem(entry.caption, entry.item_data);
+  SendMessageW(Handle(), CB_SETCURSEL, static_cast<WPARAM>(list_index_), 0);
+  if (list_index_ < 0) SetWindowTextW(Handle(), Wide(kept_text_));
+  setting_ = false;
+  if (wished_width_ != 0) ApplyDropDownWidth();
 }
 
 void ComboBoxWindow::PlaceAt(const RECT& place) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <vector>
 
 #include "widgets/win32/editor_window.h"
 
@@ -19,6 +20,7 @@ class ComboBoxWindow : public EditorWindow<ComboBox> {
   bool DroppedDown() const;
 
   void SetVisible(bool visible) override;
+  void SetScale(Scale scale);
 
   rdv::Text Text() const override;
   // Where no text is typed, selects the entry of that text; without one nothing changes.
@@ -34,26 +36,45 @@ class ComboBoxWindow : public EditorWindow<ComboBox> {
   int ListIndex() const override { return list_index_; }
   void SetListIndex(int index) override;
   void SetDropDownWidth(int pixels) override;
+  void SetFocus() override;
 
   void OnCommand(WORD code) override;
 
+  // Left or Right in a closed list whose text is not typed: they choose nothing.
+  std::function<void(bool backward)> on_step;
+
+  void Remember() override;
+  void MakeAnew(HWND parent) override;
+
  protected:
+  void OnMade() override;
+  std::optional<LRESULT> BeforeList(UINT message, WPARAM wparam, LPARAM lparam);
   void PlaceAt(const RECT& place) override;
 
  private:
   static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+  void ApplyDropDownWidth();
   void CenterText() const;
+  void FillAroundText() const;
   void CheckIndex(int index) const;
   int PlatformIndex() const;
   void OnPicked();
   void OnTyped();
 
+  struct Entry {
+    rdv::Text caption;
+    int32_t item_data;
+  };
+
   const TextEntry entry_;
   WNDPROC platform_procedure_ = nullptr;
   int list_index_ = -1;
   rdv::Text known_text_;  // shown text that the last on_change or selection told of
-  std::optional<LRESULT> drop_down_width_;  // pixels
+  std::optional<LRESULT> drop_down_width_;  // pixels, as last set by whomever
+  int wished_width_ = 0;                    // at 96 dots per inch; 0 before any was set
   bool dropped_ = false;
+  std::vector<Entry> kept_entries_;
+  rdv::Text kept_text_;
   bool setting_ = false;  // messages now come from a setter, which tells of its change itself
 };
 

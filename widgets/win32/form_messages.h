@@ -16,6 +16,9 @@ HFONT FormFont(HWND form);
 // container may let go meanwhile. `window` is the form or lies in it, at any depth.
 std::shared_ptr<void> HoldForm(HWND window);
 
+// The form's window that `window` is or lies in; null where there is none.
+HWND FormAround(HWND window);
+
 // Lets the form know when `message` tells that a child gained or lost the focus.
 void ReflectFocus(HWND form, UINT message, WPARAM wparam, LPARAM lparam);
 

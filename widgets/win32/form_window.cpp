@@ -7,8 +7,10 @@
 
 #include "widgets/layout.h"
 #include "widgets/win32/accessible_name.h"
+#include "widgets/win32/awareness.h"
 #include "widgets/win32/control_ids.h"
 #include "widgets/win32/form_captions.h"
+#include "widgets/win32/parking_window.h"
 #include "widgets/win32/platform.h"
 #include "widgets/win32/wide.h"
 
@@ -115,19 +117,23 @@ void ReflectPress(HWND window) {
 void UnregisterFormClasses(HINSTANCE module) {
   UnregisterClassW(kFormClass, module);
   UnregisterClassW(FrameWindow::kClass, module);
+  UnregisterClassW(ParkingWindow::kClass, module);
 }
 
-FormWindowHandle::FormWindowHandle(HINSTANCE module, HWND parent, void* form) {
+FormWindowHandle::FormWindowHandle(HINSTANCE module, HWND parent) : module_(module) {
   RegisterClasses(module, &FormWindow::Procedure);
-  window_ = MakeWindow(module, parent,
+  MakeAnew(parent);
+}
+
+void FormWindowHandle::MakeAnew(HWND parent) {
+  window_ = MakeWindow(module_, parent,
                        {.window_class = kFormClass,
                         .style = WS_CHILD | WS_CLIPCHILDREN | WS_CLIPSIBLINGS,
                         .extended_style = WS_EX_CONTROLPARENT});
-  SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(form));
 }
 
 FormWindow::FormWindow(HINSTANCE module, HWND parent)
-    : window_(module, parent, nullptr),
+    : window_(module, parent),
       scale_(Scale::Of(window_)),
       fraConfiguration_(window_, control_id::fraConfiguration, caption::kConfigurationFrame),
       cmbPartition_(fraConfiguration_.Handle(), control_id::cmbPartition, TextEntry::FromListOnly),
@@ -173,21 +179,100 @@ FormWindow::FormWindow(HINSTANCE module, HWND parent)
             cmdCancel_,
             cmdApply_,
             screen_},
-      keyboard_(form_, LVRDVLineConfig_,
-                std::array<KeyboardWalk::Stop, 6>{
-                    {{LVRDVLineConfig_.Handle(), 0},
-                     {cmbRDVType_.Handle(), 0},
-                     {cmdShowDefaults_.Handle(), cmdShowDefaults_.Mnemonic()},
-                     {cmdOK_.Handle(), cmdOK_.Mnemonic()},
-                     {cmdCancel_.Handle(), cmdCancel_.Mnemonic()},
-                     {cmdApply_.Handle(), cmdApply_.Mnemonic()}}}) {
-  SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
-  fraConfiguration_.SetMainChild(LVRDVLineConfig_.Handle());
+      keyboard_(form_, LVRDVLineConfig_) {
   cmbRDVType_.SetVisible(true);
   cmdApply_.SetEnabled(false);
+  screen_.on_opening = [this] { focus_before_box_ = HasFocus(window_) ? GetFocus() : nullptr; };
+  screen_.on_closed = [this] {
+    const HWND before = std::exchange(focus_before_box_, nullptr);
+    // The system gives it to the host's window.
+    if (before && !HasFocus(window_) && !keyboard_.GoTo(before)) FocusTo(window_);
+  };
+  for (Editor* editor : form_.Editors()) {
+    if (auto* list = dynamic_cast<ComboBoxWindow*>(editor)) {
+      list->on_step = [this](bool backward) { Notify(LVRDVLineConfig_.on_edit_next, backward); };
+    }
+  }
+  Finish();
+}
+
+// What belongs to the windows of now.
+void FormWindow::Finish() {
+  SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+  screen_.SetForm(window_);
+  fraConfiguration_.SetMainChild(LVRDVLineConfig_.Handle());
+  keyboard_.SetStops({{{LVRDVLineConfig_.Handle(), 0},
+                       {cmbRDVType_.Handle(), 0},
+                       {cmdShowDefaults_.Handle(), cmdShowDefaults_.Mnemonic()},
+                       {cmdOK_.Handle(), cmdOK_.Mnemonic()},
+                       {cmdCancel_.Handle(), cmdCancel_.Mnemonic()},
+                       {cmdApply_.Handle(), cmdApply_.Mnemonic()}}});
   NameWidgets();
   ApplyFont();
   Layout();
+}
+
+// In the order in which they are made: what comes first lies above what comes later.
+std::vector<FormWindow::PlacedWidget> FormWindow::AllWidgets() {
+  return {{&fraConfiguration_, nullptr},
+          {&cmbPartition_, &fraConfiguration_},
+          {&cmbStartingNodeName_, &fraConfiguration_},
+          {&cmbStartingNodeNumber_, &fraConfiguration_},
+          {&cmbVolume_, &fraConfiguration_},
+          {&cmbModeType_, &fraConfiguration_},
+          {&cmbModeNumber_, &fraConfiguration_},
+          {&cmbNISOption_, &fraConfiguration_},
+          {&txtEWTOption_, &fraConfiguration_},
+          {&cmbLineType_, &fraConfiguration_},
+          {&cmbImpedance_, &fraConfiguration_},
+          {&cmbSoftStop_, &fraConfiguration_},
+          {&txtLabel_, &fraConfiguration_},
+          {&LVRDVLineConfig_, &fraConfiguration_},
+          {&fraDefault_, nullptr},
+          {&cmbRDVType_, &fraDefault_},
+          {&cmdShowDefaults_, &fraDefault_},
+          {&cmdOK_, nullptr},
+          {&cmdCancel_, nullptr},
+          {&cmdApply_, nullptr}};
+}
+
+void FormWindow::Remember() {
+  if (making_) return;
+  for (const PlacedWidget& each : AllWidgets()) each.widget->Remember();
+}
+
+bool FormWindow::TryPutInto(HWND parent) {
+  return WindowsExist() && ShareAwareness(window_, parent) && SetParent(window_, parent) != nullptr;
+}
+
+void FormWindow::PutInto(HWND parent) {
+  if (TryPutInto(parent)) return;
+  DestroyWindows();
+  MakeAnew(parent);
+}
+
+void FormWindow::DestroyWindows() {
+  DestroyWindow(window_);
+}
+
+void FormWindow::MakeAnew(HWND parent) {
+  const AwarenessOf like_the_parent(parent);
+  making_ = true;
+  try {
+    window_.MakeAnew(parent);
+    for (const PlacedWidget& each : AllWidgets())
+      each.widget->MakeAnew(each.frame ? each.frame->Handle() : HWND{window_});
+  } catch (...) {
+    DestroyWindow(window_);
+    making_ = false;
+    throw;
+  }
+  making_ = false;
+  scale_ = Scale::Of(window_);
+  editing_ = false;
+  Finish();
+  // The new grid is scrolled to its start: an editor would lie over another cell.
+  for (Editor* editor : form_.Editors()) editor->SetVisible(false);
 }
 
 FormWindow::~FormWindow() {
@@ -232,7 +317,7 @@ void FormWindow::NameWidgets() {
   const auto name_editor = [this](auto& editor, const wchar_t* name) {
     NameWithParts(editor.Handle(), name);
     editor.on_showing = [this, &editor, name] {
-      NameWithParts(editor.Handle(), NameOverCell(name).c_str());
+      NameWithParts(editor.Handle(), NameOverCell(editor, name).c_str());
     };
   };
   name_editor(cmbPartition_, L"Partition");
@@ -249,10 +334,11 @@ void FormWindow::NameWidgets() {
   name_editor(txtLabel_, L"Label");
 }
 
-std::wstring FormWindow::NameOverCell(const wchar_t* name) const {
-  const std::optional<int> row = LVRDVLineConfig_.SelectedItem();
-  const bool there = row && *row <= LVRDVLineConfig_.RowCount();
-  if (!there || LVRDVLineConfig_.ColumnCount() < kLineColumn) return name;
+std::wstring FormWindow::NameOverCell(const Editor& editor, const wchar_t* name) const {
+  // The row that it has been placed over need not be selected yet.
+  const std::optional<int> row = LVRDVLineConfig_.HitTest(editor.Left() - LVRDVLineConfig_.Left(),
+                                                          editor.Top() - LVRDVLineConfig_.Top());
+  if (!row || LVRDVLineConfig_.ColumnCount() < kLineColumn) return name;
   const Text line = LVRDVLineConfig_.Cell(*row, kLineColumn);
   return L"Line " + std::wstring(Wide(line)) + L", " + name;
 }
@@ -294,6 +380,17 @@ void FormWindow::ApplyFont() {
   font_ = std::move(font);
 }
 
+// Of the many settings only the font matters here; an open editor is left alone by the others.
+void FormWindow::FollowSystemFont() {
+  if (appearance_.font) return;
+  LOGFONTW before = {};
+  LOGFONTW now = {};
+  const Font font = MakeSystemFont(scale_);
+  GetObjectW(font_.get(), sizeof before, &before);
+  GetObjectW(font.get(), sizeof now, &now);
+  if (memcmp(&before, &now, sizeof now) != 0) Refresh();
+}
+
 void FormWindow::RefreshColors() {
   LVRDVLineConfig_.RefreshColors();
   RedrawWindow(window_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
@@ -302,6 +399,7 @@ void FormWindow::RefreshColors() {
 void FormWindow::CheckFocus(bool gained) {
   const HWND focus = GetFocus();
   const bool inside = focus == window_ || IsChild(window_, focus);
+  if (inside && focus != window_ && focus != fraConfiguration_.Handle()) keyboard_.Note(focus);
   // What one window inside lost, another has gained, and tells of it.
   if (on_focus && (gained || !inside)) on_focus(inside);
   const bool editing = keyboard_.Editing();
@@ -340,6 +438,9 @@ std::optional<LRESULT> FormWindow::OnMessage(UINT message, WPARAM wparam, LPARAM
       if (IsMousePress(LOWORD(wparam))) ReflectPress(window_);
       return std::nullopt;
     case WM_SETFOCUS:
+      // The window itself has no use for the keyboard; a container gives it what it gives the
+      // control.
+      keyboard_.Resume();
       CheckFocus(true);
       return 0;
     case kCheckFocus:
@@ -362,12 +463,13 @@ std::optional<LRESULT> FormWindow::OnMessage(UINT message, WPARAM wparam, LPARAM
       return std::nullopt;
     case WM_SETTINGCHANGE:
       TellCommonControls(message, wparam, lparam);
-      Refresh();
+      FollowSystemFont();
       return std::nullopt;
     case WM_DPICHANGED_AFTERPARENT:
       FollowScreen();
       return 0;
     case WM_DESTROY:
+      Remember();
       ForgetNames();
       LVRDVLineConfig_.Unhook();
       return 0;

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "widgets/form.h"
 #include "widgets/win32/button_window.h"
@@ -32,13 +33,17 @@ struct Appearance {
 
 class FormWindowHandle {
  public:
-  FormWindowHandle(HINSTANCE module, HWND parent, void* form);
+  FormWindowHandle(HINSTANCE module, HWND parent);
   FormWindowHandle(const FormWindowHandle&) = delete;
   FormWindowHandle& operator=(const FormWindowHandle&) = delete;
   ~FormWindowHandle() { DestroyWindow(window_); }
   operator HWND() const { return window_; }
 
+  // Where there is none.
+  void MakeAnew(HWND parent);
+
  private:
+  const HINSTANCE module_;
   HWND window_;
 };
 
@@ -46,7 +51,8 @@ class FormWindowHandle {
 void UnregisterFormClasses(HINSTANCE module);
 
 // One thread. The window is created hidden and without a size; move it as any window. It follows
-// the resolution, the colours and the theme of its screen by itself.
+// the resolution, the colours and the theme of its screen by itself. What the widgets hold outlives
+// the windows, by whomever they are destroyed.
 class FormWindow {
  public:
   // Needs the common controls' list view classes, which it asks the system to register.
@@ -57,6 +63,15 @@ class FormWindow {
   const Form& Widgets() const { return form_; }
   KeyboardWalk& Keyboard() { return keyboard_; }
   WindowScreen& Screen() { return screen_; }
+
+  bool WindowsExist() const { return IsWindow(window_) != FALSE; }
+  // Into `parent`, as it is or, where the system does not allow that, made anew: the system puts no
+  // window into one of another awareness of resolutions, and the awareness of a window never
+  // changes. Raises RuntimeError when it cannot be made; without windows then.
+  void PutInto(HWND parent);
+  // The same, but nothing is made: false where the windows cannot be put there.
+  bool TryPutInto(HWND parent);
+  void DestroyWindows();
 
   // What is to live on, with the form in it, while one of the form's windows is at work.
   void KeepAlive(std::weak_ptr<void> owner) { owner_ = std::move(owner); }
@@ -84,13 +99,22 @@ class FormWindow {
 
   static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
   std::optional<LRESULT> OnMessage(UINT message, WPARAM wparam, LPARAM lparam);
+  void Remember();
+  void MakeAnew(HWND parent);
+  void Finish();
+  struct PlacedWidget {
+    Lasting* widget;
+    const FrameWindow* frame;  // null: in the form itself
+  };
+  std::vector<PlacedWidget> AllWidgets();
   void NameWidgets();
   // Of an editor that is about to be seen over a cell of the grid.
-  std::wstring NameOverCell(const wchar_t* name) const;
+  std::wstring NameOverCell(const Editor& editor, const wchar_t* name) const;
   void ForgetNames() const;
   void Refresh();
   void Layout();
   void ApplyFont();
+  void FollowSystemFont();
   void RefreshColors();
   void TellCommonControls(UINT message, WPARAM wparam, LPARAM lparam) const;
   void CheckFocus(bool gained);
@@ -101,6 +125,8 @@ class FormWindow {
   Appearance appearance_;
   HBRUSH background_ = nullptr;  // of the appearance; null = one of the system's
   bool editing_ = false;
+  HWND focus_before_box_ = nullptr;  // where it was when the message box came up, if inside
+  bool making_ = false;              // windows that go now hold nothing yet
   std::weak_ptr<void> owner_;
 
   // The editors come before the grid, which makes them lie above it.

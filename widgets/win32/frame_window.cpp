@@ -1,5 +1,7 @@
 #include "widgets/win32/frame_window.h"
 
+#include <utility>
+
 #include "widgets/win32/editor_window.h"
 #include "widgets/win32/form_messages.h"
 #include "widgets/win32/platform.h"
@@ -10,6 +12,9 @@ namespace {
 
 constexpr Twips kCaptionIndent = 120;
 constexpr Twips kCaptionMargin = 30;
+
+// Of this thread: a wheel message that a frame has passed on is under way.
+thread_local bool passing_wheel = false;
 
 }  // namespace
 
@@ -38,6 +43,8 @@ void FrameWindow::SetEnabled(bool enabled) {
   if (!enabled && Enabled()) {
     const HWND focus = GetFocus();
     focus_before_ = IsChild(Handle(), focus) ? focus : nullptr;
+    // First: the form hands the focus on to whatever can take it.
+    EnableWindow(Handle(), FALSE);
     if (focus == Handle() || focus_before_) FocusTo(form);
   }
   WindowWidget::SetEnabled(enabled);
@@ -57,6 +64,18 @@ LRESULT CALLBACK FrameWindow::Procedure(HWND window, UINT message, WPARAM wparam
     case WM_NOTIFY:
       ReflectFocus(GetParent(window), message, wparam, lparam);
       return ReflectNotification(message, wparam, lparam);
+    case WM_SETFOCUS:
+      // From an editor that is hidden: the keyboard is never left with a frame.
+      if (frame && frame->main_child_ && frame->Enabled()) FocusTo(frame->main_child_);
+      return 0;
+    case WM_MOUSEWHEEL:
+      // From a closed list that lies over the grid. What the grid does not want comes back here.
+      if (frame && frame->main_child_ && !std::exchange(passing_wheel, true)) {
+        const LRESULT result = SendMessageW(frame->main_child_, message, wparam, lparam);
+        passing_wheel = false;
+        return result;
+      }
+      return DefWindowProcW(window, message, wparam, lparam);
     case WM_KEYDOWN:
       if (frame && frame->main_child_) {
         FocusTo(frame->main_child_);

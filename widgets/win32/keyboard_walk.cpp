@@ -1,7 +1,9 @@
 #include "widgets/win32/keyboard_walk.h"
 
 #include <algorithm>
+#include <iterator>
 
+#include "widgets/win32/form_messages.h"
 #include "widgets/win32/window_widget.h"
 
 namespace rdv::win32 {
@@ -47,27 +49,52 @@ bool IsDroppedDown(HWND focus) {
          SendMessageW(list, CB_GETDROPPEDSTATE, 0, 0) != 0;
 }
 
-}  // namespace
-
-KeyboardWalk::KeyboardWalk(const Form& form, const LineGrid& grid, std::span<const Stop> stops)
-    : form_(form), grid_(grid) {
-  std::copy_n(stops.begin(), stops_.size(), stops_.begin());
+bool IsHeld(int key) {
+  return GetKeyState(key) < 0;
 }
 
+// A text box, or the text part of a list.
+bool IsTextPart(HWND window) {
+  wchar_t name[16] = L"";
+  return GetClassNameW(window, name, static_cast<int>(std::size(name))) > 0 &&
+         lstrcmpiW(name, L"EDIT") == 0;
+}
+
+// A host with such accelerators would take them from whoever types.
+bool EditsText(WPARAM key) {
+  if (key == VK_DELETE || key == VK_BACK || key == VK_INSERT) return true;
+  return IsHeld(VK_CONTROL) && (key == 'A' || key == 'C' || key == 'V' || key == 'X' || key == 'Z');
+}
+
+// With Ctrl: through the host's documents and pages.
+bool WalksHost(WPARAM key) {
+  return IsHeld(VK_CONTROL) && (key == VK_TAB || key == VK_F4 || key == VK_PRIOR || key == VK_NEXT);
+}
+
+}  // namespace
+
+KeyboardWalk::KeyboardWalk(const Form& form, const LineGrid& grid) : form_(form), grid_(grid) {}
+
 bool KeyboardWalk::Translate(const MSG& message) {
+  const HWND form = FormAround(stops_.front().window);
+  if (message.hwnd && message.hwnd != form && !IsChild(form, message.hwnd)) return false;
   if (message.message == WM_SYSCHAR) return PressMnemonic(static_cast<wchar_t>(message.wParam));
-  if (message.message != WM_KEYDOWN) return false;
-  const bool shift = GetKeyState(VK_SHIFT) < 0;
-  if (IsDroppedDown(message.hwnd) && message.wParam != VK_TAB) {
+  if (message.message != WM_KEYDOWN || WalksHost(message.wParam)) return false;
+  const bool shift = IsHeld(VK_SHIFT);
+  if (IsTextPart(message.hwnd) && EditsText(message.wParam)) return ToWindow(message);
+  if (IsDroppedDown(message.hwnd)) {
     const bool closes = message.wParam == VK_RETURN || message.wParam == VK_ESCAPE;
-    return (closes || MovesWithin(message.wParam)) && ToWindow(message);
+    if (message.wParam != VK_TAB)
+      return (closes || MovesWithin(message.wParam)) && ToWindow(message);
+    SendMessageW(message.hwnd, WM_KEYDOWN, VK_RETURN, 0);
   }
   return Editing() ? TranslateEditorKey(message, shift) : TranslateKey(message, shift);
 }
 
 bool KeyboardWalk::TranslateKey(const MSG& message, bool shift) {
-  if (message.wParam == VK_TAB) return GetKeyState(VK_CONTROL) >= 0 && StepToStop(shift);
+  if (message.wParam == VK_TAB) return StepToStop(shift);
   if (message.wParam == VK_RETURN) {
+    if (grid_.Focused()) return ToWindow(message);
     const auto stop = std::find_if(stops_.begin(), stops_.end(),
                                    [](const Stop& each) { return HasFocus(each.window); });
     if (stop == stops_.end() || stop->mnemonic == 0) return false;
@@ -83,8 +110,10 @@ bool KeyboardWalk::TranslateEditorKey(const MSG& message, bool shift) {
       Notify(grid_.on_edit_next, shift);
       return true;
     case VK_RETURN:
-    case VK_ESCAPE:
       Notify(grid_.on_edit_end);
+      return true;
+    case VK_ESCAPE:
+      Notify(grid_.on_edit_cancel);
       return true;
     default:
       return MovesWithin(message.wParam) && ToWindow(message);
@@ -99,6 +128,18 @@ bool KeyboardWalk::PressMnemonic(wchar_t key) {
     return true;
   }
   return false;
+}
+
+void KeyboardWalk::Resume() {
+  if (!form_.fraConfiguration.Enabled()) return;
+  if (!GoTo(last_focus_)) Enter(false);
+}
+
+bool KeyboardWalk::GoTo(HWND window) {
+  const HWND form = FormAround(stops_.front().window);
+  if (!window || !IsChild(form, window) || !CanTakeFocus(window)) return false;
+  ::SetFocus(window);
+  return true;
 }
 
 void KeyboardWalk::Enter(bool at_the_end) {

@@ -10,8 +10,10 @@
 namespace rdv::win32 {
 
 // While an editor is open, Tab, Shift+Tab, Enter, Esc and the arrow keys stay in the grid, which is
-// told to go on with the next cell (Tab) or to end editing (Enter and Esc). Otherwise Tab walks the
-// tab stops and leaves the control at either end.
+// told to go on with the next cell (Tab) or to end editing (Enter, and Esc, which undoes it); so do
+// the keys that edit a text. Otherwise Tab walks the tab stops and leaves the control at either
+// end, and Enter opens a cell of the grid. Tab takes the entry that an open list highlights. Keys
+// of other windows, and those that with Ctrl walk through a host's own windows, are left alone.
 class KeyboardWalk {
  public:
   struct Stop {
@@ -19,8 +21,11 @@ class KeyboardWalk {
     wchar_t mnemonic;  // with Alt: presses a button; 0 for none
   };
 
-  // `form` and `grid` outlive the walk. `stops` are the tab stops in their order.
-  KeyboardWalk(const Form& form, const LineGrid& grid, std::span<const Stop> stops);
+  // `form` and `grid` outlive the walk.
+  KeyboardWalk(const Form& form, const LineGrid& grid);
+
+  // The tab stops in their order.
+  void SetStops(const std::array<Stop, 6>& stops) { stops_ = stops; }
 
   // True when the key was for the control and has been acted on.
   bool Translate(const MSG& message);
@@ -34,6 +39,13 @@ class KeyboardWalk {
 
   // At the first tab stop, or the last.
   void Enter(bool at_the_end);
+  // At the window of the form that had the focus last, else at the first tab stop; nowhere while
+  // the lines are being loaded.
+  void Resume();
+  // False where the window is none of the form's, or cannot take the focus.
+  bool GoTo(HWND window);
+  // The focus is in this window of the form now.
+  void Note(HWND focus) { last_focus_ = focus; }
 
  private:
   bool TranslateKey(const MSG& message, bool shift);
@@ -42,7 +54,8 @@ class KeyboardWalk {
 
   const Form& form_;
   const LineGrid& grid_;
-  std::array<Stop, 6> stops_;
+  std::array<Stop, 6> stops_ = {};
+  HWND last_focus_ = nullptr;
 };
 
 }  // namespace rdv::win32

@@ -101,7 +101,10 @@ std::optional<LRESULT> LineGridWindow::BeforeGrid(UINT message, WPARAM wparam, L
       pressed_.reset();
       return std::nullopt;
     case WM_KEYDOWN:
-      if (wparam == VK_F2) Tell(on_edit);
+      if (wparam == VK_F2 || wparam == VK_RETURN) {
+        Tell(on_edit);
+        return 0;
+      }
       if (IsKeptFromList(wparam)) return 0;
       return std::nullopt;
     case WM_CHAR:

@@ -12,8 +12,36 @@ LineGridWindow::LineGridWindow(HWND parent, int id) {
   Create(parent, {.window_class = WC_LISTVIEWW,
                   .style = WS_VISIBLE | WS_TABSTOP | LVS_REPORT | LVS_SHOWSELALWAYS,
                   .id = id});
+  LineGridWindow::OnMade();
+}
+
+void LineGridWindow::OnMade() {
   hook_ = std::make_unique<ListViewHook>(Handle(), static_cast<GridWatcher&>(*this));
   SetReportView();
+}
+
+void LineGridWindow::Remember() {
+  WindowWidget::Remember();
+  kept_rows_.clear();
+  kept_focus_ = FocusedRow();
+  for (int row = 1; row <= RowCount(); ++row) {
+    KeptRow& kept = kept_rows_.emplace_back(std::vector<Text>(), Selected(row));
+    for (int column = 1; column <= ColumnCount(); ++column) kept.cells.push_back(Cell(row, column));
+  }
+}
+
+void LineGridWindow::MakeAnew(HWND parent) {
+  WindowWidget::MakeAnew(parent);
+  pressed_.reset();
+  for (int column = 1; column <= ColumnCount(); ++column) InsertColumn(column);
+  int row = 0;
+  for (const KeptRow& kept : kept_rows_) {
+    InsertRow(++row, {});
+    for (size_t i = 0; i < kept.cells.size(); ++i)
+      SetCell(row, static_cast<int>(i) + 1, kept.cells[i]);
+    SetSelected(row, kept.selected);
+  }
+  if (kept_focus_) SetState(*kept_focus_, LVIS_FOCUSED, LVIS_FOCUSED);
 }
 
 void LineGridWindow::Place(const Rectangle& place, Scale scale) {
@@ -44,18 +72,24 @@ void LineGridWindow::RemoveColumns() {
 }
 
 void LineGridWindow::AddColumn(TextView caption, Twips width) {
-  Text text(caption);
-  const int left = TotalWidth();
-  columns_.push_back({width, width == 0});
-  LVCOLUMNW column = {};
-  column.mask = LVCF_FMT | LVCF_TEXT | LVCF_WIDTH | LVCF_SUBITEM;
-  column.fmt = LVCFMT_LEFT;
-  column.cx = TotalWidth() - left;
-  column.pszText = reinterpret_cast<wchar_t*>(text.data());
-  column.iSubItem = ColumnCount() - 1;
+  columns_.push_back({Text(caption), width, width == 0});
+  InsertColumn(ColumnCount());
+}
+
+void LineGridWindow::InsertColumn(int column) {
+  Text text = columns_[static_cast<size_t>(column - 1)].caption;
+  LVCOLUMNW inserted = {};
+  inserted.mask = LVCF_FMT | LVCF_TEXT | LVCF_WIDTH | LVCF_SUBITEM;
+  inserted.fmt = LVCFMT_LEFT;
+  inserted.cx =
+      scale_.Pixels(ColumnLeft(column) + ColumnWidth(column)) - scale_.Pixels(ColumnLeft(column));
+  inserted.pszText = reinterpret_cast<wchar_t*>(text.data());
+  inserted.iSubItem = column - 1;
   resizing_columns_ = true;
-  Send(LVM_INSERTCOLUMNW, columns_.size() - 1, reinterpret_cast<LPARAM>(&column));
+  const LRESULT index =
+      Send(LVM_INSERTCOLUMNW, static_cast<WPARAM>(column - 1), reinterpret_cast<LPARAM>(&inserted));
   resizing_columns_ = false;
+  if (index < 0) RaiseOutOfMemory();
 }
 
 Twips LineGridWindow::ColumnLeft(int column) const {
@@ -82,13 +116,18 @@ void LineGridWindow::RemoveRows() {
 
 void LineGridWindow::AddRow(TextView key, TextView text) {
   if (FindRow(key)) Raise(LanguageError::KeyNotUnique);
+  keys_.reserve(keys_.size() + 1);
+  InsertRow(RowCount() + 1, text);
+  keys_.emplace_back(key);
+}
+
+void LineGridWindow::InsertRow(int row, TextView text) {
   Text copy(text);
   LVITEMW item = {};
   item.mask = LVIF_TEXT;
-  item.iItem = RowCount();
+  item.iItem = row - 1;
   item.pszText = reinterpret_cast<wchar_t*>(copy.data());
-  Send(LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
-  keys_.emplace_back(key);
+  if (Send(LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item)) < 0) RaiseOutOfMemory();
 }
 
 Text LineGridWindow::Key(int row) const {
@@ -127,7 +166,8 @@ void LineGridWindow::SetCell(int row, int column, TextView text) {
   LVITEMW item = {};
   item.iSubItem = column - 1;
   item.pszText = reinterpret_cast<wchar_t*>(copy.data());
-  Send(LVM_SETITEMTEXTW, static_cast<WPARAM>(row - 1), reinterpret_cast<LPARAM>(&item));
+  if (!Send(LVM_SETITEMTEXTW, static_cast<WPARAM>(row - 1), reinterpret_cast<LPARAM>(&item)))
+    RaiseOutOfMemory();
 }
 
 Twips LineGridWindow::RowLeft(int row) const {

@@ -64,12 +64,24 @@ class LineGridWindow : public WindowWidget<LineGrid>, private GridWatcher {
 
   LRESULT OnNotify(const NMHDR& header) override;
 
+  void Remember() override;
+  void MakeAnew(HWND parent) override;
+
  private:
   struct Column {
+    Text caption;
     Twips width;
     bool hidden;  // added without a width: not even a drag of its divider shows it
   };
 
+  struct KeptRow {
+    std::vector<Text> cells;
+    bool selected;
+  };
+
+  void OnMade() override;
+  void InsertColumn(int column);
+  void InsertRow(int row, TextView text);
   LRESULT Send(UINT message, WPARAM wparam = 0, LPARAM lparam = 0) const;
   HWND Header() const;
   void CheckRow(int row) const;
@@ -102,6 +114,8 @@ class LineGridWindow : public WindowWidget<LineGrid>, private GridWatcher {
   Rectangle place_;
   std::vector<Column> columns_;
   std::vector<Text> keys_;  // of the rows, in their order
+  std::vector<KeptRow> kept_rows_;
+  std::optional<int> kept_focus_;
   bool resizing_columns_ = false;
   std::optional<POINT> pressed_;  // where a button went down that is not up again
 };

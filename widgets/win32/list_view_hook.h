@@ -15,25 +15,26 @@ class GridWatcher {
   virtual std::optional<LRESULT> BeforeGrid(UINT message, WPARAM wparam, LPARAM lparam) = 0;
 };
 
-// Replaces the window procedure of `grid` for as long as it lives; destroy it before the window.
+// Replaces the window procedure of `grid` for as long as it lives. Somebody who has taken over the
+// procedure after it keeps it; what he passes on then goes to the grid unseen.
 class ListViewHook {
  public:
+  struct Entry {
+    GridWatcher* watcher = nullptr;  // null once the hook is gone
+    WNDPROC OldListViewProc = nullptr;
+  };
+
   ListViewHook(HWND grid, GridWatcher& watcher);
   ListViewHook(const ListViewHook&) = delete;
   ListViewHook& operator=(const ListViewHook&) = delete;
   ~ListViewHook();
 
   // Past the watcher, as the list view would have answered without it.
-  LRESULT Forward(UINT message, WPARAM wparam, LPARAM lparam) const {
-    return CallWindowProcW(OldListViewProc, grid_, message, wparam, lparam);
-  }
+  LRESULT Forward(UINT message, WPARAM wparam, LPARAM lparam) const;
 
  private:
-  friend LRESULT CALLBACK ListViewWindowProc(HWND, UINT, WPARAM, LPARAM);
-
-  HWND grid_;
-  GridWatcher& watcher_;
-  WNDPROC OldListViewProc = nullptr;
+  const HWND grid_;
+  Entry* const entry_;  // not its own: it may have to outlive it
 };
 
 // A message for a window that is no hooked grid has the result 0.

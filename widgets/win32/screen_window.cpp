@@ -12,10 +12,12 @@ MessageAnswer WindowScreen::ShowMessage(TextView text, int style, std::optional<
   Text caption = title ? Text(*title) : WindowText(host);
   if (caption.empty()) caption = kProductSource;
   const Text message(text);
+  if (on_opening) on_opening();
   if (on_modal) on_modal(true);
   const int answer = MessageBoxW(owner, Wide(message), Wide(caption),
                                  static_cast<UINT>(style) | (owner ? MB_APPLMODAL : MB_TASKMODAL));
   if (on_modal) on_modal(false);
+  if (on_closed) on_closed();
   return static_cast<MessageAnswer>(answer);
 }
 

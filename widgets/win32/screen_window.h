@@ -9,6 +9,7 @@ namespace rdv::win32 {
 class WindowScreen : public Screen {
  public:
   explicit WindowScreen(HWND form) : form_(form) {}
+  void SetForm(HWND form) { form_ = form; }
 
   MessageAnswer ShowMessage(TextView text, int style, std::optional<TextView> title) override;
   MousePointer Pointer() const override { return pointer_; }
@@ -20,9 +21,12 @@ class WindowScreen : public Screen {
   // Around every message box: true before, false after. The host's other windows are then to be
   // disabled with ours.
   std::function<void(bool modal)> on_modal;
+  // The same for the form itself, which keeps the focus over it.
+  std::function<void()> on_opening;
+  std::function<void()> on_closed;
 
  private:
-  const HWND form_;
+  HWND form_;
   MousePointer pointer_ = MousePointer::Default;
 };
 

@@ -43,6 +43,19 @@ void TextBoxWindow::SetCaret(size_t position) {
   SendMessageW(Handle(), EM_SETSEL, position, static_cast<LPARAM>(position));
 }
 
+// What is typed replaces the old text.
+void TextBoxWindow::SetFocus() {
+  EditorWindow::SetFocus();
+  if (Focused()) SendMessageW(Handle(), EM_SETSEL, 0, -1);
+}
+
+void TextBoxWindow::MakeAnew(HWND parent) {
+  EditorWindow::MakeAnew(parent);
+  setting_ = true;
+  SetWindowTextW(Handle(), Wide(known_text_));
+  setting_ = false;
+}
+
 void TextBoxWindow::OnCommand(WORD code) {
   if (code != EN_CHANGE || setting_) return;
   rdv::Text text = Text();

@@ -15,6 +15,8 @@ class TextBoxWindow : public EditorWindow<TextBox> {
   void SetCaret(size_t position) override;
 
   void OnCommand(WORD code) override;
+  void SetFocus() override;
+  void MakeAnew(HWND parent) override;
 
  private:
   rdv::Text known_text_;  // the text that the last on_change told of

@@ -70,6 +70,10 @@ bool HasFocus(HWND window) {
   return focus && (focus == window || IsChild(window, focus));
 }
 
+void RaiseOutOfMemory() {
+  throw RuntimeError(7, u"Out of memory", Text(kProductSource));
+}
+
 void GiveUpFocus(HWND window) {
   if (HasFocus(window)) FocusTo(GetParent(window));
 }

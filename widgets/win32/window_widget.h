@@ -15,6 +15,20 @@ class NotificationTarget {
   virtual LRESULT OnNotify(const NMHDR& /*header*/) { return 0; }
 };
 
+// A widget whose window may go and come back while the widget stays: a container destroys the
+// control's windows with its own, or wants them where those that there are cannot be put. What the
+// user has not saved is in the widgets.
+class Lasting {
+ public:
+  virtual ~Lasting() = default;
+  // Keeps what the window shows: it is about to be destroyed.
+  virtual void Remember() = 0;
+  // A new window in `parent` that shows what was kept; no handler runs. It has neither a place nor
+  // a font yet. Raises as MakeWindow does; what was kept is kept then.
+  virtual void MakeAnew(HWND parent) = 0;
+};
+
+// The texts are literals.
 struct WindowDescription {
   const wchar_t* window_class;
   const wchar_t* text = L"";
@@ -45,12 +59,15 @@ void FocusTo(HWND window);
 // The window or a part of it has the keyboard.
 bool HasFocus(HWND window);
 
+// For a list that takes no more; the platform says nothing more about why.
+[[noreturn]] void RaiseOutOfMemory();
+
 // To the parent, where the window or a part of it has the keyboard: one that the user cannot reach
-// must not keep it.
+// any more must not keep it. The parent may hand it on.
 void GiveUpFocus(HWND window);
 
 template <class Contract>
-class WindowWidget : public Contract, public NotificationTarget {
+class WindowWidget : public Contract, public NotificationTarget, public Lasting {
  public:
   ~WindowWidget() override {
     SetWindowLongPtrW(window_, GWLP_USERDATA, 0);
@@ -61,27 +78,46 @@ class WindowWidget : public Contract, public NotificationTarget {
 
   bool Visible() const override { return (GetWindowLongW(window_, GWL_STYLE) & WS_VISIBLE) != 0; }
   void SetVisible(bool visible) override {
-    if (!visible) GiveUpFocus(window_);
     ShowWindow(window_, visible ? SW_SHOWNA : SW_HIDE);
+    if (!visible) GiveUpFocus(window_);
   }
   bool Enabled() const override { return IsWindowEnabled(window_) != FALSE; }
   void SetEnabled(bool enabled) override {
-    if (!enabled) GiveUpFocus(window_);
     EnableWindow(window_, enabled);
+    if (!enabled) GiveUpFocus(window_);
   }
   bool Focused() const override { return HasFocus(window_); }
   void SetFocus() override { FocusTo(window_); }
 
   void OnCommand(WORD /*code*/) override {}
 
+  void Remember() override {
+    visible_ = Visible();
+    enabled_ = Enabled();
+  }
+  void MakeAnew(HWND parent) override {
+    WindowDescription description = description_;
+    description.style &= ~static_cast<DWORD>(WS_VISIBLE);
+    window_ = CreateChild(parent, description, this);
+    OnMade();
+    EnableWindow(window_, enabled_);
+    if (visible_) ShowWindow(window_, SW_SHOWNA);
+  }
+
  protected:
   WindowWidget() = default;
   void Create(HWND parent, const WindowDescription& description) {
+    description_ = description;
     window_ = CreateChild(parent, description, this);
   }
+  // What a new window needs before anything is shown in it. A constructor calls its own.
+  virtual void OnMade() {}
 
  private:
   HWND window_ = nullptr;
+  WindowDescription description_ = {};
+  bool visible_ = false;
+  bool enabled_ = true;
 };
 
 }  // namespace rdv::win32

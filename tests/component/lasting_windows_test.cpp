@@ -1,0 +1,148 @@
+// What the user has not saved belongs to the control: its windows may go and come back.
+#include <gtest/gtest.h>
+
+#include "tests/component/support/loaded_control.h"
+#include "tests/component/support/patched_import.h"
+
+namespace rdv::test {
+namespace {
+
+class LastingWindows : public LoadedControl {
+ protected:
+  // As the user leaves them in the middle of his work.
+  void Change() {
+    SetText(2, column::kLabel, L"not saved");
+    SelectRow(2);
+    EnableWindow(placed_->Child(control_id::cmdApply), TRUE);
+    types_ = SendMessageW(UnitTypes(), CB_GETCOUNT, 0, 0);
+    ASSERT_GT(types_, 0);
+    SendMessageW(UnitTypes(), CB_GETLBTEXT, 0, reinterpret_cast<LPARAM>(first_type_));
+    texts_ = AllTexts();
+    ASSERT_FALSE(texts_.empty());
+  }
+  void ExpectAllIsThere() {
+    EXPECT_EQ(AllTexts(), texts_);
+    EXPECT_EQ(SendMessageW(Grid(), LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED), 1);
+    EXPECT_TRUE(IsWindowEnabled(placed_->Child(control_id::cmdApply)));
+    EXPECT_EQ(SendMessageW(UnitTypes(), CB_GETCOUNT, 0, 0), types_);
+    wchar_t first[128] = L"";
+    SendMessageW(UnitTypes(), CB_GETLBTEXT, 0, reinterpret_cast<LPARAM>(first));
+    EXPECT_STREQ(first, first_type_);
+    // A line's own editor still has its entries and changes the line.
+    Open(control_id::cmbSoftStop);
+    const std::wstring before = Text(row_, column::kSoftStop);
+    Press(before == L"Disabled" ? VK_DOWN : VK_UP);
+    EXPECT_NE(Text(row_, column::kSoftStop), before);
+  }
+  HWND UnitTypes() { return placed_->Child(control_id::cmbRDVType); }
+
+  std::vector<std::wstring> texts_;
+  LRESULT types_ = 0;
+  wchar_t first_type_[128] = L"";
+};
+
+TEST_F(LastingWindows, AreDestroyedByCloseAndComeBackWithAllThatTheUserHasDone) {
+  PlaceAndLoad();
+  Change();
+  const HWND form = placed_->Form();
+  ASSERT_EQ(placed_->object->Close(OLECLOSE_NOSAVE), S_OK);
+  EXPECT_FALSE(IsWindow(form));
+  ASSERT_EQ(placed_->Verb(OLEIVERB_UIACTIVATE), S_OK);
+  ExpectAllIsThere();
+}
+
+TEST_F(LastingWindows, ComeBackWhereTheContainerHasDestroyedThemWithItsOwn) {
+  placed_->container.place_in =
+      CreateWindowExW(0, L"STATIC", L"", WS_CHILD | WS_VISIBLE, 0, 0, 1300, 500,
+                      placed_->container.Window(), nullptr, nullptr, nullptr);
+  PlaceAndLoad();
+  Change();
+  DestroyWindow(placed_->container.place_in);
+  placed_->container.place_in = nullptr;
+  ASSERT_EQ(placed_->Verb(OLEIVERB_UIACTIVATE), S_OK);
+  ExpectAllIsThere();
+}
+
+// Some containers put a procedure of their own before that of the control's window and leave it
+// there.
+TEST_F(LastingWindows, TakeALeftProcedureWithThem) {
+  PlaceAndLoad();
+  static int calls;
+  calls = 0;
+  const HWND form = placed_->Form();
+  const WNDPROC left = [](HWND, UINT, WPARAM, LPARAM) -> LRESULT { return ++calls, 0; };
+  const auto own = SetWindowLongPtrW(form, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(left));
+  SetWindowLongPtrW(form, GWLP_WNDPROC, own);
+  placed_->object->Close(OLECLOSE_NOSAVE);
+  placed_->object->SetClientSite(nullptr);
+  EXPECT_FALSE(IsWindow(form));
+  PumpMessages();
+  EXPECT_EQ(calls, 0);
+}
+
+struct WatchedClasses {
+  static inline int lists = 0;
+  static inline int without_context = 0;
+};
+
+HWND WINAPI WatchContext(DWORD extended, LPCWSTR name, LPCWSTR text, DWORD style, int x, int y,
+                         int width, int height, HWND parent, HMENU menu, HINSTANCE instance,
+                         LPVOID parameter) {
+  if (!IS_INTRESOURCE(name) && lstrcmpiW(name, WC_LISTVIEWW) == 0) {
+    HANDLE context = nullptr;
+    ++WatchedClasses::lists;
+    if (!GetCurrentActCtx(&context) || !context) ++WatchedClasses::without_context;
+    if (context) ReleaseActCtx(context);
+  }
+  return PatchedImport<decltype(WatchContext)>::original(extended, name, text, style, x, y, width,
+                                                         height, parent, menu, instance, parameter);
+}
+
+// This program has no manifest that asks for them.
+TEST_F(LastingWindows, AreOfTheCurrentCommonControlsEachTimeTheyAreMade) {
+  const PatchedImport<decltype(WatchContext)> watch("CreateWindowExW", &WatchContext);
+  WatchedClasses::lists = WatchedClasses::without_context = 0;
+  PlaceAndLoad();
+  placed_->object->Close(OLECLOSE_NOSAVE);
+  ASSERT_EQ(placed_->Verb(OLEIVERB_UIACTIVATE), S_OK);
+  EXPECT_EQ(WatchedClasses::lists, 2);
+  EXPECT_EQ(WatchedClasses::without_context, 0);
+  HANDLE left = nullptr;
+  EXPECT_TRUE(GetCurrentActCtx(&left));
+  EXPECT_EQ(left, nullptr) << "the host's own windows are made as before";
+}
+
+using Context = DPI_AWARENESS_CONTEXT;
+
+// As documented: a window never changes its awareness, and none gets a parent of another.
+HWND WINAPI RefuseMixedParents(HWND child, HWND parent) {
+  if (!AreDpiAwarenessContextsEqual(GetWindowDpiAwarenessContext(child),
+                                    GetWindowDpiAwarenessContext(parent))) {
+    SetLastError(ERROR_INVALID_STATE);
+    return nullptr;
+  }
+  return PatchedImport<decltype(RefuseMixedParents)>::original(child, parent);
+}
+
+TEST_F(LastingWindows, AreMadeAnewUnderTheAwarenessOfTheParentThatTheyComeTo) {
+  const PatchedImport<decltype(RefuseMixedParents)> refusal("SetParent", &RefuseMixedParents);
+  const Context before = SetThreadDpiAwarenessContext(DPI_AWARENESS_CONTEXT_UNAWARE);
+  // The windows are made before there is a parent.
+  ASSERT_NO_FATAL_FAILURE(Load());
+  SetThreadDpiAwarenessContext(DPI_AWARENESS_CONTEXT_SYSTEM_AWARE);
+  const HWND aware = CreateWindowExW(0, L"STATIC", L"", WS_POPUP | WS_VISIBLE, 0, 0, 1300, 500,
+                                     nullptr, nullptr, nullptr, nullptr);
+  SetThreadDpiAwarenessContext(before);
+  placed_->container.place_in = aware;
+  ASSERT_EQ(placed_->Verb(OLEIVERB_INPLACEACTIVATE), S_OK);
+  EXPECT_TRUE(AreDpiAwarenessContextsEqual(GetWindowDpiAwarenessContext(placed_->Form()),
+                                           GetWindowDpiAwarenessContext(aware)));
+  EXPECT_EQ(GetParent(placed_->Form()), aware);
+  EXPECT_GT(Rows(), 0);
+  EXPECT_EQ(Text(1, column::kLine), L"1");
+  placed_->Remove();
+  DestroyWindow(aware);
+}
+
+}  // namespace
+}  // namespace rdv::test

@@ -1,0 +1,184 @@
+// What keys, the wheel and the mouse may do: only a choice or a typed character changes data, and
+// the keyboard is where the user expects it.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/component/support/held_key.h"
+#include "tests/component/support/loaded_control.h"
+
+namespace rdv::test {
+namespace {
+
+using testing::Contains;
+using testing::Not;
+
+class UserHands : public LoadedControl {
+ protected:
+  void SetUp() override {
+    ASSERT_NO_FATAL_FAILURE(LoadedControl::SetUp());
+    if (IsSkipped()) return;
+    ASSERT_NO_FATAL_FAILURE(PlaceAndLoad());
+  }
+};
+
+TEST_F(UserHands, TheWheelOverAClosedListChangesNoRow) {
+  Open(control_id::cmbSoftStop);
+  const auto before = AllTexts();
+  const HWND list = GetFocus();
+  for (const int notches : {-1, 1, 1})
+    SendMessageW(list, WM_MOUSEWHEEL, MAKEWPARAM(0, notches * WHEEL_DELTA), 0);
+  PumpMessages();
+  EXPECT_EQ(AllTexts(), before);
+}
+
+TEST_F(UserHands, LeftAndRightInAClosedListGoToTheNeighbouringCells) {
+  Open(control_id::cmbImpedance);
+  const auto before = AllTexts();
+  EXPECT_EQ(Press(VK_RIGHT), S_OK);
+  EXPECT_EQ(Focus(), control_id::cmbSoftStop);
+  EXPECT_EQ(Press(VK_LEFT), S_OK);
+  EXPECT_EQ(Focus(), control_id::cmbImpedance);
+  EXPECT_EQ(AllTexts(), before);
+}
+
+TEST_F(UserHands, ATextBoxOpensWithItsTextSelected) {
+  Open(control_id::txtEWTOption);
+  DWORD first = 1;
+  DWORD last = 0;
+  SendMessageW(GetFocus(), EM_GETSEL, reinterpret_cast<WPARAM>(&first),
+               reinterpret_cast<LPARAM>(&last));
+  EXPECT_EQ(first, 0u);
+  EXPECT_EQ(static_cast<int>(last), GetWindowTextLengthW(GetFocus()));
+  SendMessageW(GetFocus(), WM_CHAR, L'5', 0);
+  EXPECT_EQ(Text(row_, column::kEWTOption), L"5");
+}
+
+TEST_F(UserHands, EscWhileEditingBringsTheCellsBack) {
+  Open(control_id::cmbSoftStop);
+  const auto before = AllTexts();
+  Press(Text(row_, column::kSoftStop) == L"Disabled" ? VK_DOWN : VK_UP);
+  ASSERT_NE(AllTexts(), before);
+  EXPECT_EQ(Press(VK_ESCAPE), S_OK);
+  EXPECT_EQ(AllTexts(), before);
+  EXPECT_EQ(Focus(), control_id::LVRDVLineConfig);
+}
+
+TEST_F(UserHands, EnterWhileEditingKeepsWhatWasChosen) {
+  Open(control_id::cmbSoftStop);
+  Press(Text(row_, column::kSoftStop) == L"Disabled" ? VK_DOWN : VK_UP);
+  const auto chosen = AllTexts();
+  EXPECT_EQ(Press(VK_RETURN), S_OK);
+  EXPECT_EQ(AllTexts(), chosen);
+}
+
+TEST_F(UserHands, TabInAnOpenListTakesTheHighlightedEntry) {
+  Open(control_id::cmbSoftStop);
+  const std::wstring before = Text(row_, column::kSoftStop);
+  const HWND list = GetFocus();
+  SendMessageW(list, CB_SHOWDROPDOWN, TRUE, 0);
+  SendMessageW(list, WM_KEYDOWN, before == L"Disabled" ? VK_DOWN : VK_UP, 0);
+  ASSERT_EQ(Text(row_, column::kSoftStop), before);
+  EXPECT_EQ(Press(VK_TAB), S_OK);
+  EXPECT_NE(Text(row_, column::kSoftStop), before);
+  EXPECT_EQ(Focus(), control_id::txtLabel);
+}
+
+TEST_F(UserHands, EnterOnTheGridOpensTheCell) {
+  SelectRow(1);
+  SetFocus(Grid());
+  EXPECT_EQ(Press(VK_RETURN), S_OK);
+  EXPECT_NE(Focus(), control_id::LVRDVLineConfig);
+  EXPECT_TRUE(IsChild(placed_->Form(), GetFocus()));
+}
+
+TEST_F(UserHands, KeysOfOtherWindowsAreLeftAlone) {
+  const HWND neighbour = CreateWindowExW(0, L"EDIT", L"", WS_CHILD | WS_VISIBLE, 0, 0, 10, 10,
+                                         placed_->container.Window(), nullptr, nullptr, nullptr);
+  SetFocus(neighbour);
+  for (const WPARAM key : std::initializer_list<WPARAM>{VK_TAB, VK_DOWN, VK_DELETE, VK_F2})
+    EXPECT_EQ(PressIn(neighbour, key), S_FALSE) << key;
+  EXPECT_EQ(GetFocus(), neighbour);
+}
+
+TEST_F(UserHands, CtrlWithTabF4AndPageKeysIsTheHosts) {
+  for (const bool editing : {false, true}) {
+    if (editing) Open(control_id::txtLabel);
+    const HWND focus = GetFocus();
+    const HeldKey ctrl(VK_CONTROL);
+    for (const WPARAM key : std::initializer_list<WPARAM>{VK_TAB, VK_F4, VK_PRIOR, VK_NEXT})
+      EXPECT_EQ(Press(key), S_FALSE) << key;
+    EXPECT_EQ(GetFocus(), focus);
+  }
+}
+
+TEST_F(UserHands, EditingKeysAreClaimedWhileATextIsEditedOnly) {
+  EXPECT_EQ(Press(VK_DELETE), S_FALSE);
+  Open(control_id::txtLabel);
+  EXPECT_EQ(Press(VK_DELETE), S_OK);
+  EXPECT_EQ(Press(VK_BACK), S_OK);
+  const HeldKey ctrl(VK_CONTROL);
+  for (const WPARAM key : std::initializer_list<WPARAM>{'A', 'C', 'V', 'X', 'Z'})
+    EXPECT_EQ(Press(key), S_OK) << key;
+  EXPECT_EQ(Press('B'), S_FALSE);
+}
+
+TEST_F(UserHands, TheFocusOfTheControlsWindowGoesOnToTheChildThatHadItLast) {
+  SetFocus(placed_->Child(control_id::cmdCancel));
+  PumpMessages();
+  SetFocus(placed_->container.Window());
+  PumpMessages();
+  SetFocus(placed_->Form());
+  EXPECT_EQ(Focus(), control_id::cmdCancel);
+}
+
+TEST_F(UserHands, ScrollingLeavesTheFocusOnTheGrid) {
+  Open(control_id::cmbSoftStop);
+  SendMessageW(Grid(), WM_VSCROLL, SB_LINEDOWN, 0);
+  EXPECT_EQ(Focus(), control_id::LVRDVLineConfig);
+}
+
+TEST_F(UserHands, AMessageBoxGivesTheFocusBack) {
+  SetFocus(placed_->Child(control_id::cmdCancel));
+  PumpMessages();
+  std::filesystem::remove(files_->DatabaseFile());
+  const BoxAnswerer boxes;
+  VARIANT_BOOL shown = VARIANT_TRUE;
+  placed_->As<LineConfigInterface>(kLineConfigInterfaceId)->ShowControl(1, &shown);
+  EXPECT_FALSE(boxes.Texts().empty());
+  EXPECT_EQ(Focus(), control_id::cmdCancel);
+}
+
+TEST_F(UserHands, TheHostsOwnWindowsEndUiActivation) {
+  const HWND neighbour = CreateWindowExW(0, L"EDIT", L"", WS_CHILD | WS_VISIBLE, 0, 0, 10, 10,
+                                         placed_->container.Window(), nullptr, nullptr, nullptr);
+  placed_->container.TakeCalls();
+  SetFocus(neighbour);
+  PumpMessages();
+  EXPECT_THAT(placed_->container.TakeCalls(), Contains("OnUIDeactivate"));
+  EXPECT_EQ(placed_->container.ActiveObject(), nullptr);
+  EXPECT_EQ(GetFocus(), neighbour);
+  SetFocus(Grid());
+  PumpMessages();
+  EXPECT_THAT(placed_->container.TakeCalls(), Contains("OnUIActivate"));
+}
+
+TEST_F(UserHands, AnotherProgramOnlyBorrowsTheKeyboard) {
+  placed_->container.TakeCalls();
+  SetFocus(nullptr);
+  PumpMessages();
+  EXPECT_THAT(placed_->container.TakeCalls(), Not(Contains("OnUIDeactivate")));
+}
+
+TEST_F(UserHands, HidingKeepsTheWindowAndShowingShowsIt) {
+  const HWND form = placed_->Form();
+  EXPECT_EQ(placed_->Verb(OLEIVERB_HIDE), S_OK);
+  EXPECT_EQ(placed_->Form(), form);
+  EXPECT_FALSE(IsWindowVisible(form));
+  EXPECT_EQ(placed_->container.ActiveObject(), nullptr);
+  EXPECT_EQ(placed_->Verb(OLEIVERB_SHOW), S_OK);
+  EXPECT_EQ(placed_->Form(), form);
+  EXPECT_TRUE(IsWindowVisible(form));
+}
+
+}  // namespace
+}  // namespace rdv::test

@@ -1,0 +1,25 @@
+#include "widgets/win32/parking_window.h"
+
+#include "widgets/win32/form_window.h"
+
+namespace rdv::win32 {
+
+ParkingWindow::ParkingWindow(HINSTANCE module) {
+  WNDCLASSEXW description = {};
+  description.cbSize = sizeof description;
+  description.lpfnWndProc = &Procedure;
+  description.hInstance = module;
+  description.lpszClassName = kClass;
+  RegisterClassExW(&description);  // fails, as it should, for all but the first
+  window_ = MakeWindow(module, nullptr, {.window_class = kClass, .style = WS_POPUP});
+}
+
+LRESULT CALLBACK ParkingWindow::Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+  const auto* form = reinterpret_cast<const FormWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+  const bool passed_on = message == WM_SYSCOLORCHANGE || message == WM_SETTINGCHANGE;
+  if (form && passed_on && form->WindowsExist())
+    SendMessageW(form->Handle(), message, wparam, lparam);
+  return DefWindowProcW(window, message, wparam, lparam);
+}
+
+}  // namespace rdv::win32
