@@ -22,6 +22,14 @@ int Create(const Options& options, std::ostream& out) {
         << '\n';
     return tools::kDone;
   } catch (const RuntimeError& error) {
+    constexpr int32_t kPathAccess = 75;
+    if (error.Number() == kPathAccess) {
+      throw std::runtime_error(
+          "'" + options.folder +
+          "' cannot be made: there is no right to write there, or a file is in "
+          "the way. " +
+          Described(error));
+    }
     throw std::runtime_error(Described(error));
   } catch (const std::filesystem::filesystem_error& error) {
     throw std::runtime_error(Quoted(error.path1().u16string()) +

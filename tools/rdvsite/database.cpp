@@ -1,6 +1,8 @@
 #include "tools/rdvsite/database.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <optional>
 #include <stdexcept>
 #include <vector>
 
@@ -25,6 +27,37 @@ std::optional<Text> WhyNotRead(const Text& path) {
   } catch (const jet::FileError& error) {
     return u"It cannot be read: " + FromUtf8(error.what());
   }
+}
+
+std::optional<std::string> WhyNotOpened(const Text& path, jet::FileAccess access) {
+  try {
+    jet::NativeFileSystem().Open(path, access);
+    return std::nullopt;
+  } catch (const jet::FileError& error) {
+    return error.what();
+  }
+}
+
+// Which right is missing: one error of the engine stands for all three.
+std::string MissingRight(const Text& path) {
+  if (const auto reason = WhyNotOpened(path, jet::FileAccess::Read))
+    return Quoted(path) + " cannot be read: " + *reason;
+  if (const auto reason = WhyNotOpened(path, jet::FileAccess::ReadWrite))
+    return Quoted(path) + " can be read and not be written: " + *reason;
+  const Text folder =
+      std::filesystem::absolute(std::filesystem::path(path)).parent_path().u16string();
+  return Quoted(path) + " can be written, but not its folder " + Quoted(folder) +
+         ", where the lock file and the journal have to lie beside it";
+}
+
+// Refusals for other reasons than rights have the reason in the text of the error.
+bool IsOfTheSystem(const RuntimeError& error) {
+  constexpr TextView kReadOnly = u"Cannot update. Database or object is read-only.";
+  constexpr TextView kOwnReasons[] = {u"Access 97 files", u"is the engine's own"};
+  return error.Description().starts_with(kReadOnly) &&
+         std::ranges::none_of(kOwnReasons, [&](TextView reason) {
+           return error.Description().find(reason) != Text::npos;
+         });
 }
 
 }  // namespace
@@ -63,6 +96,7 @@ std::string Explained(const RuntimeError& error, const Text& path) {
     if (reason && error.Description().find(*reason) == Text::npos)
       return ToUtf8(*reason) + ". " + text;
   }
+  if (IsOfTheSystem(error)) return MissingRight(path) + ". " + text;
   return text;
 }
 

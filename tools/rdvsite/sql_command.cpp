@@ -140,7 +140,7 @@ CommandResult Execute(const Text& path, const Options& options) {
   } catch (const jet::sql::SyntaxError& error) {
     throw tools::Refusal(Shown(error, options.statement));
   } catch (const RuntimeError& error) {
-    throw tools::Refusal(Described(error));
+    throw tools::Refusal(Explained(error, path));
   }
 }
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "data/jet/file/file.h"
+#include "runtime/system_error.h"
 
 namespace rdv::jet {
 namespace {
@@ -23,7 +24,7 @@ std::wstring Wide(TextView text) {
     problem = FileProblem::InUse;
   if (error == ERROR_ACCESS_DENIED || error == ERROR_WRITE_PROTECT) problem = FileProblem::Denied;
   if (error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL) problem = FileProblem::DiskFull;
-  throw FileError(problem, "Windows error " + std::to_string(error));
+  throw FileError(problem, ToUtf8(SystemErrorText(error)));
 }
 
 OVERLAPPED At(uint64_t offset) {
