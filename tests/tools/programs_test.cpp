@@ -106,6 +106,15 @@ TEST_F(SitePrograms, EndQuietlyWhenTheReaderOfAPipeHasGone) {
   EXPECT_EQ(Shell("cat " + code).printed, "0\n");
 }
 
+TEST(Player, TellsAScriptThatIsWrongFromOneThatIsNotThere) {
+  const Ended wrong = Shell("echo shwo 1 | " RDV_PLAY_PROGRAM " - 2>&1");
+  EXPECT_EQ(wrong.code, kUsage);
+  EXPECT_EQ(wrong.printed, "-:1: unknown command 'shwo': did you mean 'show'?\n");
+  const Ended missing = Shell(RDV_PLAY_PROGRAM " nowhere.rdv 2>&1");
+  EXPECT_EQ(missing.code, kUnusable);
+  EXPECT_EQ(missing.printed, "rdvplay: there is no script 'nowhere.rdv' that can be read\n");
+}
+
 TEST(PlayingGuide, HasTheCommandsThatTheProgramHas) {
   std::ifstream file(RDV_DOCUMENTS "/playing.md", std::ios::binary);
   const std::string guide((std::istreambuf_iterator<char>(file)), {});

@@ -27,21 +27,24 @@ void Play(std::istream& script, const Options& options, std::ostream& out, int& 
   }
 }
 
-bool PlayFile(const std::string& name, const Options& options, std::istream& in, std::ostream& out,
-              std::ostream& err) {
+ExitStatus PlayFile(const std::string& name, const Options& options, std::istream& in,
+                    std::ostream& out, std::ostream& err) {
   int line_number = 0;
   try {
     if (name == "-") {
       Play(in, options, out, line_number);
-      return true;
+      return ExitStatus::Played;
     }
     std::ifstream file(std::filesystem::path(FromUtf8(name)), std::ios::binary);
-    if (!file) throw ScriptError("cannot be read");
+    if (!file) {
+      err << "rdvplay: there is no script '" << name << "' that can be read\n";
+      return ExitStatus::NoScript;
+    }
     Play(file, options, out, line_number);
-    return true;
+    return ExitStatus::Played;
   } catch (const ScriptError& error) {
     err << name << ':' << line_number << ": " << error.what() << '\n';
-    return false;
+    return ExitStatus::ScriptError;
   }
 }
 
@@ -49,7 +52,8 @@ bool PlayFile(const std::string& name, const Options& options, std::istream& in,
 
 ExitStatus PlayAll(const Options& options, std::istream& in, std::ostream& out, std::ostream& err) {
   for (const std::string& script : options.scripts) {
-    if (!PlayFile(script, options, in, out, err)) return ExitStatus::ScriptError;
+    const ExitStatus status = PlayFile(script, options, in, out, err);
+    if (status != ExitStatus::Played) return status;
   }
   return ExitStatus::Played;
 }
