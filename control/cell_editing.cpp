@@ -6,12 +6,11 @@
 
 #include "rules/editors.h"
 #include "rules/error_report.h"
+#include "widgets/layout.h"
 
 namespace rdv {
 namespace {
 
-// How far below the top of the row an editor is placed.
-constexpr Twips kTopOffset = 50;
 // How far inside the grid's right edge a label that is too wide ends.
 constexpr Twips kLabelMargin = 300;
 constexpr char16_t kCtrlA = 1;
@@ -88,7 +87,7 @@ void CellEditing::Place(const CellEditor& cell, int row) {
   for (int column = column::kLine; column < cell.column; ++column) {
     left += grid.ColumnWidth(column);
   }
-  const Twips top = grid.Top() + grid.RowTop(row) + kTopOffset;
+  const Twips top = grid.Top() + grid.RowTop(row) + kEditorTopOffset;
   const Twips width = grid.ColumnWidth(cell.column);
   if (cell.right_half) {
     PlacePair(cell, left, top, width);

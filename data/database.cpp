@@ -16,9 +16,12 @@ std::vector<Argument> ToArguments(std::span<const Text> texts) {
 
 }  // namespace
 
-DataBase::DataBase()
-    : connection_string_(u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + GetDatabaseFolder() +
-                         Text(ORVANTPlusFilesAndFolders::kDatabaseFile)) {}
+Text DatabaseConnectionString() {
+  return u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + GetDatabaseFolder() +
+         Text(ORVANTPlusFilesAndFolders::kDatabaseFile);
+}
+
+DataBase::DataBase() : connection_string_(DatabaseConnectionString()) {}
 
 DataBase::~DataBase() = default;
 

@@ -12,6 +12,9 @@
 
 namespace rdv {
 
+// What opens the database file of the data folder as it is at this moment.
+Text DatabaseConnectionString();
+
 // The 24 arguments of Update_All_Lines and Insert_All_Lines, in the order of their parameters.
 using LineArguments = std::array<Text, 24>;
 

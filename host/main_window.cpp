@@ -23,7 +23,7 @@ constexpr int kNumberWidth = 60;
 constexpr int kButtonWidth = 75;
 
 // What a control of the usual size takes.
-constexpr SIZE kFallbackControlSize = {920, 360};
+constexpr SIZE kFallbackControlSize = {920, 448};
 
 }  // namespace
 

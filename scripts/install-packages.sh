@@ -14,6 +14,7 @@ mingw-w64-tools      build                widl makes the type library
 libcli11-dev         build                reads the arguments of the tools; headers only, for every system
 nlohmann-json3-dev   build                reads and writes JSON in tools and tests; headers only likewise
 googletest           build                the sources of the test framework, built for each system
+python3              lint                 runs scripts/mutate
 git                  test,lint            lists the files that the checks of the tree read
 clang-format         test,lint            checks the layout of the sources
 clang-tidy           lint                 analyses the sources
@@ -21,6 +22,7 @@ wine                 test,run             runs the Windows programs
 wine64               test,run             the 64-bit loader of it
 xvfb                 test,run             a display where there is none
 fonts-liberation     test,run             the letters on it
+fonts-wine           test,run             the usual letters of Windows, and the symbols on its windows
 mdbtools             test,run             reads the database files with a reader that is not ours
 xdotool              test,run             a real mouse and keyboard
 x11-utils            run                  tells where the windows lie

@@ -39,9 +39,12 @@ struct FormLayout {
 FormLayout LayOut(Size size);
 
 inline constexpr Twips kEditorHeight = 315;
-// Of the grid at 96 dots per inch with the default font: where there are no windows to ask.
+// How far below the top of its row an editor is placed.
+inline constexpr Twips kEditorTopOffset = 50;
 inline constexpr Twips kGridHeaderHeight = 360;
-inline constexpr Twips kGridRowHeight = 255;
+// An open editor hides nothing of the row below.
+inline constexpr Twips kGridRowHeight = 375;
+static_assert(kEditorTopOffset + kEditorHeight <= kGridRowHeight);
 inline constexpr Twips kTwipsPerPixel = 15;  // at 96 dots per inch
 
 }  // namespace rdv

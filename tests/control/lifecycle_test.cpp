@@ -273,8 +273,8 @@ TEST_F(Lifecycle, AGridThatMovesHidesTheEditorAndKeepsTheCell) {
   ASSERT_TRUE(control().ShowControl(1));
   ChangeColumnWidth(column::kLabel, 9000);
   const std::vector<std::function<void()>> moves = {
-      [this] { ScrollRight(300); }, [this] { ScrollDown(255); }, [this] { ClickHeader(10); },
-      [this] { ChangeColumnWidth(column::kLine, 600); }};
+      [this] { ScrollRight(300); }, [this] { ScrollDown(grid().RowHeight(1)); },
+      [this] { ClickHeader(10); }, [this] { ChangeColumnWidth(column::kLine, 600); }};
   for (const auto& move : moves) {
     Click(1, column::kVolume);
     ASSERT_TRUE(form().cmbVolume.Visible());

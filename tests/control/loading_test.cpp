@@ -288,6 +288,16 @@ TEST_F(Loading, TheFillLeavesOutAStoredLineThatNoRowShows) {
   EXPECT_EQ(StoredLine(3, 10), partner);
 }
 
+// The second line of a pair takes the count along, however few rows there are.
+TEST_F(Loading, APairEndsTheFillBeforeLine11) {
+  UseSite("plain");
+  for (const TextView line : {u"1", u"2", u"3", u"5", u"6", u"7", u"8", u"11", u"12"}) {
+    DeleteLine(line);
+  }
+  Show(3);
+  EXPECT_THAT(Lines(), ElementsAre(u"4", u"9"));
+}
+
 TEST_F(Loading, TenCountedRowsAreFilledUpToLine10) {
   UseSite("plain");
   for (const TextView line : {u"10", u"11", u"12"}) DeleteLine(line);

@@ -81,6 +81,26 @@ TEST_F(Saving, KeepsTheAcdOptionAndZeroesTheReservedFields) {
   }
 }
 
+TEST_F(Saving, AnAcdOptionIsNotKeptForAnotherConfiguration) {
+  Show(1);  // line 3 has 2
+  CurrentSite().Execute(
+      u"UPDATE Used_Lines SET ACD_Option = `a` WHERE Config_ID = 3 AND Base_Slot_No = 1 AND "
+      u"Slot_Offset = 1 AND Line = 3",
+      {std::nullopt});
+  ASSERT_TRUE(control().ShowControl(3));
+  form().cmdApply.SetEnabled(true);
+  Press(form().cmdApply);
+  EXPECT_EQ(StoredField(3, 3, u"ACD_Option"), u"0");
+}
+
+TEST_F(Saving, ANotInstalledLineIsStoredAsSuchWhateverItsCellsHold) {
+  Show(1);
+  grid().SetCell(7, column::kLabel, u"none of the user's");
+  form().cmdApply.SetEnabled(true);
+  Press(form().cmdApply);
+  EXPECT_EQ(StoredField(1, 7, u"Description"), u"");
+}
+
 TEST_F(Saving, AnAcdOptionBelongsToItsLineAlsoAfterRestoringTheDefault) {
   Show(1);
   Press(form().cmdShowDefaults);

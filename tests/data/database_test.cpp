@@ -70,6 +70,44 @@ class DataBaseObject : public test::SiteTest {
   }
 };
 
+TEST(ConnectionString, NamesTheJetProviderAndTheFileInTheDataFolder) {
+  EXPECT_EQ(DatabaseConnectionString(),
+            u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + GetDatabaseFolder() + u"NewDB.mdb");
+}
+
+// Stored last, it still comes first.
+TEST_F(DataBaseObject, GivesLinesByTheirNumberWhateverTheOrderOfStorage) {
+  const auto renumber = [&](TextView from, TextView to) {
+    CurrentSite().Execute(
+        u"UPDATE Used_Lines SET Line = `t` WHERE Config_ID = 1 AND Base_Slot_No = 1 AND "
+        u"Slot_Offset = 1 AND Line = `f`",
+        {Text(to), Text(from)});
+  };
+  renumber(u"1", u"50");
+  renumber(u"12", u"1");
+  renumber(u"50", u"12");
+  DataBase database;
+  database.Get_Used_Lines(u"1");
+  const auto rows = Rows(database.rsGet_Used_Lines, {u"Line"});
+  ASSERT_EQ(rows.size(), 12u);
+  for (size_t i = 0; i < rows.size(); ++i) {
+    EXPECT_EQ(rows[i].at(0), Value(static_cast<int16_t>(i + 1)));
+  }
+}
+
+TEST_F(DataBaseObject, DeletesTheCardOfThatSlotOnly) {
+  DataBase database;
+  const auto cards = [&] { return CurrentSite().Execute(u"SELECT * FROM Used_Cards").rows.size(); };
+  for (const TextView slot : {u"1", u"2"}) {
+    for (const TextView offset : {u"7", u"8"}) {
+      database.Insert_Used_Card({u"2", Text(slot), Text(offset), u"", u"", u"6", u"0", u"", u"0"});
+    }
+  }
+  const size_t before = cards();
+  database.Delete_Used_Card(u"2", u"1", u"7");
+  EXPECT_EQ(cards(), before - 1);
+}
+
 TEST_F(DataBaseObject, GivesTheLinesOfTheUnitsOwnSlotByTheirNumber) {
   DataBase database;
   database.Get_Used_Lines(u"1");

@@ -6,8 +6,15 @@
 #include <optional>
 
 #include "data/folders_and_files.h"
+#include "data/settings_file.h"
 #include "tests/support/site_files.h"
 #include "tools/site_folder/site_folder.h"
+
+#ifdef _WIN32
+#include "tests/support/import_patch.h"
+// The shell's headers need the platform's before them.
+#include <shlobj.h>
+#endif
 
 namespace rdv {
 namespace {
@@ -104,6 +111,40 @@ TEST_F(Folders, WithoutAnySourceTheFolderLiesAtTheRoot) {
 TEST_F(Folders, OnlyTheCommonApplicationDataFolderIsKnown) {
   EXPECT_EQ(GetSpecialFolder(kCommonAppDataFolder), Path(first_));
   EXPECT_EQ(GetSpecialFolder(26), u"");
+}
+
+#else
+
+HRESULT WINAPI GiveNoFolder(HWND, int, PIDLIST_ABSOLUTE*) {
+  return E_FAIL;
+}
+
+// The shell overwrites the second source with what it gives; so it gives nothing here.
+TEST_F(Folders, TheSecondSourceIsTakenWhenTheShellGivesNoFolder) {
+  const test::ImportPatch<decltype(GiveNoFolder)> no_folder(
+      GetModuleHandleW(nullptr), "SHGetSpecialFolderLocation", &GiveNoFolder);
+  MakeSuiteFolder(first_);
+  EXPECT_EQ(GetSpecialFolder(kCommonAppDataFolder), u"");
+  EXPECT_EQ(GetSuiteFolder(), SuiteFolderIn(second_));
+}
+
+TEST_F(Folders, ASecondSourceOfAnUnknownTypeIsReportedByTheReadersOfTheSettingsFile) {
+  const test::ImportPatch<decltype(GiveNoFolder)> no_folder(
+      GetModuleHandleW(nullptr), "SHGetSpecialFolderLocation", &GiveNoFolder);
+  const uint64_t number = 7;
+  ASSERT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE,
+                            L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell "
+                            L"Folders",
+                            L"Common AppData", REG_QWORD, &number, sizeof number),
+            ERROR_SUCCESS);
+  std::vector<Text> messages;
+  const auto report = [&](TextView message) { messages.emplace_back(message); };
+  EXPECT_EQ(GetMOHVolumeCaptionfromINI(u"6", report), u"");
+  EXPECT_FALSE(GetHasImplementedImpedanceForChinaFromINI(report));
+  const std::vector<Text> expected = {
+      u"ERROR_Handler: GetMOHVolumeCaptionfromINI   \r\nUnsupported value type",
+      u"ERROR_Handler: GetHasImplementedImpedanceForChinaFromINI   \r\nUnsupported value type"};
+  EXPECT_EQ(messages, expected);
 }
 
 #endif

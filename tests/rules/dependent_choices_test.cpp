@@ -139,6 +139,7 @@ TEST_P(VolumeRule, AcceptsByLineType) {
 INSTANTIATE_TEST_SUITE_P(
     Table, VolumeRule,
     ::testing::Values(
+        VolumeRow{2, 128, u"High", u"High"}, VolumeRow{6, 128, u"High", u"High"},
         VolumeRow{kHybridRow, 128, u"High", u"High"}, VolumeRow{kHybridRow, 0, u"Low", u"Low"},
         VolumeRow{kHybridRow, 0, u"0", u""}, VolumeRow{kHybridRow, 3, u"3", u""},
         VolumeRow{kHybridRow, -1, u"-1", u""}, VolumeRow{kImpedanceRow, 128, u"High", u"High"},
@@ -176,6 +177,16 @@ TEST_F(Choices, AModeGoesToThoseSelectedRowsWhoseLineTypeAllowsIt) {
   EXPECT_EQ(Cell(kMohRow, column::kModeType), u"17");
 }
 
+TEST_F(Choices, AMusicOnHoldLineTakesItsModesAndStartingNodes) {
+  Select({kMohRow});
+  Choose(form().cmbModeType, u"On Demand", 18);
+  EXPECT_EQ(Cell(kMohRow, column::kModeType), u"18");
+  EXPECT_EQ(Cell(kMohRow, column::kMode), u"On Demand");
+  Choose(form().cmbStartingNodeName, u"None", 999);
+  EXPECT_EQ(Cell(kMohRow, column::kStartingNodeType), u"999");
+  EXPECT_EQ(Cell(kMohRow, column::kStartingNode), u"None");
+}
+
 TEST_F(Choices, ModesWithAndWithoutNumberShowAndHideTheNumberBesideThem) {
   Click(3, column::kMode);  // mode 13
   ComboBox& mode = form().cmbModeType;
@@ -198,9 +209,9 @@ TEST_F(Choices, ModesWithAndWithoutNumberShowAndHideTheNumberBesideThem) {
 TEST_F(Choices, AModeListWiderThanTheNumberIsHalvedWhenTheNumberGoes) {
   Click(1, column::kMode);
   ComboBox& mode = form().cmbModeType;
-  mode.SetWidth(form().cmbModeNumber.Width() + 751);  // 1501
+  mode.SetWidth(form().cmbModeNumber.Width() + 701);  // 1451
   PickCode(mode, 13);
-  EXPECT_EQ(mode.Width(), 750);
+  EXPECT_EQ(mode.Width(), 725);
   EXPECT_FALSE(form().cmbModeNumber.Visible());
 }
 
@@ -252,6 +263,7 @@ TEST_F(Choices, ANodeWithoutMaximumHidesTheNumberAndKeepsTheOldOneInTheCaption) 
   EXPECT_EQ(name.Width(), 1500);
   EXPECT_EQ(Cell(kHybridRow, column::kStartingNode), u"Test 3");
   PickCode(name, 999);
+  EXPECT_EQ(name.Width(), 1500);
   EXPECT_EQ(Cell(kHybridRow, column::kStartingNode), u"None");
   EXPECT_EQ(Cell(kHybridRow, column::kStartingNodeNumber), u"3");
 }
@@ -376,8 +388,8 @@ INSTANTIATE_TEST_SUITE_P(
     Table, TypedModeNumber,
     ::testing::Values(TypedRow{u"0", u"1"}, TypedRow{u"abc", u"1"}, TypedRow{u"", u"1"},
                       TypedRow{u"75", u"7"}, TypedRow{u"10", u"10"}, TypedRow{u"11", u"1"},
-                      TypedRow{u"7a", u"7"}, TypedRow{u"-3", u"1"}, TypedRow{u" 3", u"1"},
-                      TypedRow{u"3.9", u"3"}, TypedRow{u"05", u"1"},
+                      TypedRow{u"110", u"1"}, TypedRow{u"7a", u"7"}, TypedRow{u"-3", u"1"},
+                      TypedRow{u" 3", u"1"}, TypedRow{u"3.9", u"3"}, TypedRow{u"05", u"1"},
                       TypedRow{u"99999999999999999999", u"9"}, TypedRow{u"\u0665", u"1"}));
 
 TEST_F(Choices, TypingANodeNumberStopsAtTheFirstCharacterThatIsNoDigit) {

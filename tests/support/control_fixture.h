@@ -44,13 +44,15 @@ inline Message PlainMessage(TextView text) {
 // Widgets of a test's own in the place of a form's.
 struct Replacements {
   Frame* fraConfiguration = nullptr;
+  LineGrid* LVRDVLineConfig = nullptr;
   TextBox* txtLabel = nullptr;
+  ComboBox* cmbRDVType = nullptr;
   Screen* screen = nullptr;
 };
 
 inline Form Replace(const Form& form, const Replacements& with) {
   return {with.fraConfiguration ? *with.fraConfiguration : form.fraConfiguration,
-          form.LVRDVLineConfig,
+          with.LVRDVLineConfig ? *with.LVRDVLineConfig : form.LVRDVLineConfig,
           form.cmbPartition,
           form.cmbStartingNodeName,
           form.cmbStartingNodeNumber,
@@ -64,7 +66,7 @@ inline Form Replace(const Form& form, const Replacements& with) {
           form.cmbSoftStop,
           with.txtLabel ? *with.txtLabel : form.txtLabel,
           form.fraDefault,
-          form.cmbRDVType,
+          with.cmbRDVType ? *with.cmbRDVType : form.cmbRDVType,
           form.cmdShowDefaults,
           form.cmdOK,
           form.cmdCancel,

@@ -5,7 +5,7 @@
 #include <span>
 
 #include "data/connection_route.h"
-#include "data/folders_and_files.h"
+#include "data/database.h"
 #include "runtime/error.h"
 
 namespace rdv::play {
@@ -45,9 +45,7 @@ constexpr size_t kCardKeys = 3;
 
 // Everything in the table, whatever columns it has.
 RowTable WholeTable(TextView table) {
-  const auto connection =
-      OpenConnection(u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + GetDatabaseFolder() +
-                     Text(ORVANTPlusFilesAndFolders::kDatabaseFile));
+  const auto connection = OpenConnection(DatabaseConnectionString());
   return connection->Execute(u"SELECT * FROM " + Text(table), {}).rows.value_or(RowTable{});
 }
 

@@ -7,7 +7,7 @@
 namespace rdv::win32 {
 namespace {
 
-constexpr int kDroppedRows = 10;
+constexpr int kDroppedRows = 30;
 // Around the text of a closed combo box: border and padding, above and below.
 constexpr int kClosedPadding = 6;
 
@@ -265,10 +265,15 @@ void ComboBoxWindow::PlaceAt(const RECT& place) {
   const int closed_height = place.bottom - place.top;
   SendMessageW(Handle(), CB_SETITEMHEIGHT, static_cast<WPARAM>(-1), closed_height - kClosedPadding);
   const auto row_height = static_cast<int>(SendMessageW(Handle(), CB_GETITEMHEIGHT, 0, 0));
-  // A combo box is as high as its text part; the height given is that with the list open.
+  // A combo box is as high as its text part; the height given is that with the list open, which
+  // some platforms ask for in rows instead.
   RECT opened = place;
   opened.bottom += kDroppedRows * row_height + 2;
+  SendMessageW(Handle(), CB_SETMINVISIBLE, kDroppedRows, 0);
+  const LRESULT highlighted = SendMessageW(Handle(), CB_GETEDITSEL, 0, 0);
   MoveTo(Handle(), opened);
+  // The platform highlights the whole text of a combo box that it resizes.
+  if (entry_ == TextEntry::Typed) SendMessageW(Handle(), CB_SETEDITSEL, 0, highlighted);
   CenterText();
 }
 
