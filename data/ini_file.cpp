@@ -1,10 +1,17 @@
 #include "data/ini_file.h"
 
+#include <filesystem>
 #include <fstream>
 #include <string_view>
+#include <system_error>
+
+#include "runtime/error.h"
 
 namespace rdv {
 namespace {
+
+constexpr int32_t kPathFileAccess = 75;  // the language's number for it
+constexpr uintmax_t kLargestSettingsFile = 64 * 1024;
 
 std::string_view TrimBlanks(std::string_view text) {
   constexpr std::string_view kBlanks = " \t\r";
@@ -33,7 +40,21 @@ std::optional<std::string_view> SectionName(std::string_view line) {
 
 }  // namespace
 
+void RequireSettingsFile(const Text& path) {
+  const std::filesystem::path file(path);
+  std::error_code error;
+  const auto status = std::filesystem::status(file, error);
+  if (!std::filesystem::exists(status)) return;
+  const auto refuse = [&](TextView why) {
+    throw RuntimeError(kPathFileAccess, u"'" + path + u"' " + Text(why), Text(kProductSource));
+  };
+  if (!std::filesystem::is_regular_file(status)) refuse(u"is no file of settings.");
+  if (std::filesystem::file_size(file, error) > kLargestSettingsFile || error)
+    refuse(u"is too large for a file of settings.");
+}
+
 std::optional<std::string> FindIniValue(const Text& path, TextView section, TextView key) {
+  RequireSettingsFile(path);
   std::ifstream file(ToUtf8(path), std::ios::binary);
   bool in_section = false;
   for (std::string text; std::getline(file, text);) {

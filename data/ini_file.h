@@ -14,7 +14,12 @@
 
 namespace rdv {
 
-// The value's bytes as they stand in the file; nothing when file, section or key is absent.
+// Raises 75 for a file that is there but is no regular one, which might never end, or is larger
+// than 64 KB.
+void RequireSettingsFile(const Text& path);
+
+// The value's bytes as they stand in the file; nothing when file, section or key is absent. Raises
+// what RequireSettingsFile does.
 std::optional<std::string> FindIniValue(const Text& path, TextView section, TextView key);
 
 }  // namespace rdv

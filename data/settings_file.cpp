@@ -2,13 +2,12 @@
 
 #include "data/failure_report.h"
 #include "data/folders_and_files.h"
+#include "data/ini_file.h"
 
 #ifdef _WIN32
 #include <windows.h>
 
 #include "data/ansi_text.h"
-#else
-#include "data/ini_file.h"
 #endif
 
 namespace rdv {
@@ -20,6 +19,7 @@ constexpr size_t kBufferSize = 255;
 Text ReadSetting(TextView section, TextView key, TextView otherwise) {
   const Text file = GetSuiteFolder() + Text(ORVANTPlusFilesAndFolders::kSettingsFile);
 #ifdef _WIN32
+  RequireSettingsFile(file);
   char buffer[kBufferSize] = {};
   const DWORD length = GetPrivateProfileStringA(
       ToAnsi(section).c_str(), ToAnsi(key).c_str(), ToAnsi(otherwise).c_str(), buffer,

@@ -1,11 +1,17 @@
 #include "rules/dependent_choices.h"
 
+#include <algorithm>
+#include <limits>
+
 #include "data/database.h"
 #include "rules/error_report.h"
 #include "rules/line_codes.h"
 
 namespace rdv {
 namespace {
+
+// A line stores its node's number as an Integer: a list goes no further, whatever the file says.
+constexpr int32_t kHighestNumber = std::numeric_limits<int16_t>::max();
 
 // Raises 381 when nothing is selected.
 Choice SelectedEntry(const ComboBox& list) {
@@ -193,7 +199,7 @@ void DependentChoices::OfferNodeNumbersFor(int32_t node_type) {
       name.SetWidth(number.Width());
       number.SetVisible(true);
     }
-    const int32_t maximum = ToLong(record.Field(u"Max_Number"));
+    const int32_t maximum = std::min(ToLong(record.Field(u"Max_Number")), kHighestNumber);
     if (number.ListCount() != maximum) {
       number.Clear();
       for (int entry = 1; entry <= maximum; ++entry) number.AddItem(Decimal(entry), entry);

@@ -21,6 +21,7 @@ clang-tidy           lint                 analyses the sources
 wine                 test,run             runs the Windows programs
 wine64               test,run             the 64-bit loader of it
 xvfb                 test,run             a display where there is none
+xauth                test,run             whose cookie it asks for
 fonts-liberation     test,run             the letters on it
 fonts-wine           test,run             the usual letters of Windows, and the symbols on its windows
 mdbtools             test,run             reads the database files with a reader that is not ours

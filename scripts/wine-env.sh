@@ -100,9 +100,16 @@ stop_wine() {
 # and display_pid.
 #   start_display [WIDTHxHEIGHT]
 start_display() {
-  local size=${1:-1280x1024} number
+  local size=${1:-1280x1024} number cookie
   number=$(mktemp)
-  Xvfb -displayfd 3 -screen 0 "${size}x24" -nolisten tcp 3>"$number" >/dev/null 2>&1 &
+  # Whoever knows the cookie may see the windows and type into them, and nobody else.
+  XAUTHORITY=$RDV_OUT/wine/display-$$.auth
+  mkdir -p "$RDV_OUT/wine"
+  rm -f "$XAUTHORITY"
+  (umask 077 && : >"$XAUTHORITY")
+  cookie=$(mcookie)
+  xauth -q -f "$XAUTHORITY" add "$(hostname)/unix:0" . "$cookie"
+  Xvfb -displayfd 3 -screen 0 "${size}x24" -nolisten tcp -auth "$XAUTHORITY" 3>"$number" >/dev/null 2>&1 &
   display_pid=$!
   for _ in $(seq 200); do
     [ ! -s "$number" ] && kill -0 "$display_pid" 2>/dev/null || break
@@ -110,5 +117,7 @@ start_display() {
   done
   export DISPLAY=:$(cat "$number")
   rm -f "$number"
+  xauth -q -f "$XAUTHORITY" add "$(hostname)/unix$DISPLAY" . "$cookie"
+  export XAUTHORITY
   [ "$DISPLAY" != : ] || die "the virtual display did not start"
 }

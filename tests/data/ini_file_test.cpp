@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "runtime/error.h"
 #include "tests/support/site_fixture.h"
 
 #ifdef _WIN32
@@ -94,7 +95,20 @@ TEST_F(IniFile, ComparesNamesOutsideAsciiWithoutRegardToCase) {
 TEST_F(IniFile, ThatIsNotThereHoldsNothing) {
   EXPECT_EQ(FindIniValue(FromUtf8((folder_.Path() / "none.ini").string()), u"S", u"k"),
             std::nullopt);
-  EXPECT_EQ(FindIniValue(FromUtf8(folder_.Path().string()), u"S", u"k"), std::nullopt);
+}
+
+TEST_F(IniFile, ThatIsNoFileOrTooLargeForSettingsIsRefusedByName) {
+  const std::string comment = ";" + std::string(64 * 1024 - 10, 'x');
+  EXPECT_EQ(FindIniValue(Write(comment + "\n[S]\nk=v"), u"S", u"k"), "v");
+  for (const Text& path : {Write(comment + "xx\n[S]\nk=v"), FromUtf8(folder_.Path().string())}) {
+    try {
+      FindIniValue(path, u"S", u"k");
+      ADD_FAILURE() << ToUtf8(path) << " was read";
+    } catch (const RuntimeError& error) {
+      EXPECT_EQ(error.Number(), 75);
+      EXPECT_NE(error.Description().find(path), Text::npos);
+    }
+  }
 }
 
 }  // namespace

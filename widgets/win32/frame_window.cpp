@@ -56,8 +56,7 @@ void FrameWindow::SetEnabled(bool enabled) {
 }
 
 LRESULT CALLBACK FrameWindow::Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
-  const auto* frame = static_cast<const FrameWindow*>(
-      reinterpret_cast<NotificationTarget*>(GetWindowLongPtrW(window, GWLP_USERDATA)));
+  const auto* frame = static_cast<const FrameWindow*>(TargetOf(window));
   const auto hold = HoldForm(window);
   switch (message) {
     case WM_COMMAND:

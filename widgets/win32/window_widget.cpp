@@ -1,5 +1,7 @@
 #include "widgets/win32/window_widget.h"
 
+#include <unordered_map>
+
 #include "runtime/error.h"
 #include "widgets/win32/wide.h"
 
@@ -15,6 +17,38 @@ namespace {
                                 code, 0, text, 256, nullptr);
   while (length > 0 && (text[length - 1] == L'\n' || text[length - 1] == L'\r')) --length;
   throw RuntimeError(static_cast<int32_t>(code), FromWide({text, length}), Text(kProductSource));
+}
+
+// The widgets of the windows made here, by window. A message names its sender by a handle that any
+// process can put into it, so what a window itself holds for its owner says nothing.
+class TargetMap {
+ public:
+  void Add(HWND window, NotificationTarget* target) {
+    AcquireSRWLockExclusive(&lock_);
+    targets_[window] = target;
+    ReleaseSRWLockExclusive(&lock_);
+  }
+  void Remove(HWND window) {
+    AcquireSRWLockExclusive(&lock_);
+    targets_.erase(window);
+    ReleaseSRWLockExclusive(&lock_);
+  }
+  NotificationTarget* Find(HWND window) {
+    AcquireSRWLockShared(&lock_);
+    const auto found = targets_.find(window);
+    NotificationTarget* target = found == targets_.end() ? nullptr : found->second;
+    ReleaseSRWLockShared(&lock_);
+    return target;
+  }
+
+ private:
+  SRWLOCK lock_ = SRWLOCK_INIT;  // each control lives on a thread of its own
+  std::unordered_map<HWND, NotificationTarget*> targets_;
+};
+
+TargetMap& Targets() {
+  static TargetMap targets;
+  return targets;
 }
 
 }  // namespace
@@ -34,12 +68,16 @@ HWND CreateChild(HWND parent, WindowDescription description, NotificationTarget*
   description.style |= WS_CHILD | WS_CLIPSIBLINGS;
   const auto module = reinterpret_cast<HINSTANCE>(GetWindowLongPtrW(parent, GWLP_HINSTANCE));
   const HWND window = MakeWindow(module, parent, description);
-  SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(target));
+  Targets().Add(window, target);
   return window;
 }
 
+void ForgetTarget(HWND child) {
+  Targets().Remove(child);
+}
+
 NotificationTarget* TargetOf(HWND child) {
-  return reinterpret_cast<NotificationTarget*>(GetWindowLongPtrW(child, GWLP_USERDATA));
+  return Targets().Find(child);
 }
 
 LRESULT ReflectNotification(UINT message, WPARAM wparam, LPARAM lparam) noexcept {

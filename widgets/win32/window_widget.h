@@ -44,8 +44,10 @@ HWND MakeWindow(HINSTANCE module, HWND parent, const WindowDescription& descript
 // The same for a window in `parent`; WS_CHILD and WS_CLIPSIBLINGS are added to its style.
 HWND CreateChild(HWND parent, WindowDescription description, NotificationTarget* target);
 
-// Null where the child's widget is gone.
+// The target of a window that CreateChild made; null for all others and where its widget is gone.
 NotificationTarget* TargetOf(HWND child);
+// The target is about to go; the window may live on.
+void ForgetTarget(HWND child);
 
 // Hands a WM_COMMAND or WM_NOTIFY of a child made by CreateChild to its target. Nothing thrown
 // leaves it: the caller is a window procedure.
@@ -70,7 +72,7 @@ template <class Contract>
 class WindowWidget : public Contract, public NotificationTarget, public Lasting {
  public:
   ~WindowWidget() override {
-    SetWindowLongPtrW(window_, GWLP_USERDATA, 0);
+    ForgetTarget(window_);
     DestroyWindow(window_);
   }
 

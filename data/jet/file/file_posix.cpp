@@ -102,7 +102,8 @@ class PosixFileSystem : public FileSystem {
  public:
   std::unique_ptr<File> Open(const Text& path, FileAccess access) override {
     int flags = O_CLOEXEC | (access == FileAccess::Read ? O_RDONLY : O_RDWR);
-    if (access == FileAccess::Create || access == FileAccess::Draft) flags |= O_CREAT;
+    // Names that anybody can foresee: a link that somebody has laid there is not followed.
+    if (access == FileAccess::Create || access == FileAccess::Draft) flags |= O_CREAT | O_NOFOLLOW;
     const std::string name = ToUtf8(path);
     const int descriptor = open(name.c_str(), flags, 0666);
     if (descriptor < 0) {
