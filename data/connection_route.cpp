@@ -42,11 +42,6 @@ TextView NamedProvider(TextView connection_string) {
   return connection_string.substr(0, connection_string.find(u';'));
 }
 
-Text WithProvider(TextView connection_string, TextView provider) {
-  Text changed(connection_string);
-  return changed.replace(kProvider.size(), NamedProvider(connection_string).size(), provider);
-}
-
 bool HasProvider(TextView connection_string) {
   return ado::FindProvider(NamedProvider(connection_string)).has_value();
 }
@@ -55,7 +50,7 @@ bool HasProvider(TextView connection_string) {
 std::unique_ptr<Connection> TryProviders(const Text& connection_string) {
   while (const auto provider = ado::FindProvider(NamedProvider(connection_string))) {
     try {
-      return ado::OpenAdoConnection(WithProvider(connection_string, *provider));
+      return ado::OpenAdoConnection(ForProvider(connection_string, *provider));
     } catch (const RuntimeError& error) {
       if (!ado::SaysThatProviderIsMissing(error)) throw;
       ado::SetAsideProvider(*provider);
@@ -67,7 +62,9 @@ std::unique_ptr<Connection> TryProviders(const Text& connection_string) {
 // By the provider that can be created, or, to have its error, by the named one.
 std::unique_ptr<Connection> OpenByProvider(const Text& connection_string) {
   auto connection = TryProviders(connection_string);
-  return connection ? std::move(connection) : ado::OpenAdoConnection(connection_string);
+  return connection ? std::move(connection)
+                    : ado::OpenAdoConnection(
+                          ForProvider(connection_string, NamedProvider(connection_string)));
 }
 
 #else
@@ -87,6 +84,17 @@ std::unique_ptr<Connection> OpenByProvider(const Text&) {
 #endif
 
 }  // namespace
+
+Text ForProvider(TextView connection_string, TextView provider) {
+  Text text(kProvider);
+  text.append(provider).append(u";").append(kDataSource).push_back(u'"');
+  for (const char16_t unit : DataSource(connection_string)) {
+    if (unit == u'"') text.push_back(unit);  // twice, as one would end the value
+    text.push_back(unit);
+  }
+  text.push_back(u'"');
+  return text;
+}
 
 DatabaseRoute ChooseDatabaseRoute(TextView connection_string) {
   if (const auto demanded = DemandedRoute()) return *demanded;

@@ -18,8 +18,12 @@ enum class DatabaseRoute {
 // everywhere else.
 DatabaseRoute ChooseDatabaseRoute(TextView connection_string);
 
-// Opens the database of a connection string "Provider=...;Data Source=PATH". The string goes to a
-// successor with that provider's name in it and is otherwise the same. Where opening says that the
+// The connection string as ADO gets it: with that provider, and the path in quotes, as it may hold
+// a semicolon, behind which a provider would read further attributes.
+Text ForProvider(TextView connection_string, TextView provider);
+
+// Opens the database of a connection string "Provider=...;Data Source=PATH". ADO gets it
+// as ForProvider says. Where opening says that the
 // provider is not there after all, the engine takes over, and that provider is not asked again by
 // this process; only the variable forces its error. Raises what the route raises; 429 for ADO on a
 // system that has none.

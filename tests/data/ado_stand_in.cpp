@@ -20,6 +20,14 @@
 namespace rdv::test {
 namespace {
 
+// The last attribute, with or without quotes around it.
+Text PathIn(const Text& connection_string) {
+  constexpr TextView kSource = u"Data Source=";
+  Text path = connection_string.substr(connection_string.find(kSource) + kSource.size());
+  if (path.size() > 1 && path.front() == u'"') path = path.substr(1, path.size() - 2);
+  return path;
+}
+
 BSTR NewString(TextView text) {
   return SysAllocStringLen(reinterpret_cast<const wchar_t*>(text.data()),
                            static_cast<UINT>(text.size()));
@@ -322,7 +330,7 @@ class ConnectionObject : public ScriptObject {
       notes_->connection_strings.push_back(string_);
       if (notes_->opening_failure) throw *notes_->opening_failure;
       if (!KnowsProvider()) Refuse(Refusal::ProviderNotFound, kConnectionSource);
-      Jet = jet::OpenJetConnection(string_.substr(string_.find(u"Data Source=") + 12));
+      Jet = jet::OpenJetConnection(PathIn(string_));
       ++notes_->open_connections;
     });
     Method(u"Close", [this](const CallArguments&, VARIANT*) {

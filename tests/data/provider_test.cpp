@@ -159,7 +159,8 @@ TEST_F(Opening, NamesTheProviderThatThisProcessCanCreateAndChangesNothingElse) {
   stand_in_.Provide(u"Microsoft.ACE.OLEDB.16.0");
   EXPECT_GT(RowsThrough(u"Microsoft.Jet.OLEDB.4.0"), 0u);
   EXPECT_EQ(stand_in_.Notes().connection_strings,
-            std::vector<Text>{StringWith(u"Microsoft.ACE.OLEDB.16.0")});
+            std::vector<Text>{
+                ForProvider(StringWith(u"Microsoft.Jet.OLEDB.4.0"), u"Microsoft.ACE.OLEDB.16.0")});
 }
 
 TEST_F(Opening, TakesTheEngineWhereNoProviderCanBeCreated) {
