@@ -1,19 +1,20 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that the named purposes need, and nothing when all are there.
 #   scripts/install-packages.sh PURPOSE...     purposes: build test run lint package bench
+#   native, for the native tests alone
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
 # package            purposes             why
 readonly PACKAGES='
-cmake                build                configures the trees
-ninja-build          build                builds them
-g++                  build                compiles for Linux
+cmake                build,native         configures the trees
+ninja-build          build,native         builds them
+g++                  build,native         compiles for Linux
 g++-mingw-w64-x86-64 build                compiles for 64-bit Windows
 g++-mingw-w64-i686   build                compiles for 32-bit Windows
 mingw-w64-tools      build                widl makes the type library
-libcli11-dev         build                reads the arguments of the tools; headers only, for every system
-nlohmann-json3-dev   build                reads and writes JSON in tools and tests; headers only likewise
-googletest           build                the sources of the test framework, built for each system
+libcli11-dev         build,native         reads the arguments of the tools; headers only, for every system
+nlohmann-json3-dev   build,native         reads and writes JSON in tools and tests; headers only likewise
+googletest           build,native         the sources of the test framework, built for each system
 python3              lint                 runs scripts/mutate
 git                  test,lint            lists the files that the checks of the tree read
 clang-format         test,lint            checks the layout of the sources
@@ -24,7 +25,7 @@ xvfb                 test,run             a display where there is none
 xauth                test,run             whose cookie it asks for
 fonts-liberation     test,run             the letters on it
 fonts-wine           test,run             the usual letters of Windows, and the symbols on its windows
-mdbtools             test,run             reads the database files with a reader that is not ours
+mdbtools             test,run,native      reads the database files with a reader that is not ours
 xdotool              test,run             a real mouse and keyboard
 x11-utils            run                  tells where the windows lie
 chromium-headless-shell test          looks at the page of rdvlines report

@@ -223,7 +223,6 @@ TEST_F(AccessibleNames, AreForgottenWithTheWindowsOfTheContainer) {
 }
 
 TEST_F(AccessibleNames, OfAnEditorSayTheLineThatItLiesOver) {
-  if (!std::filesystem::exists(SharedSites())) GTEST_SKIP() << "the sample sites are not at hand";
   const SiteFiles files("plain");
   const SiteFolder found(files.Folder().u16string());
   const BoxAnswerer boxes;  // a stored label has two quotes in a row

@@ -182,7 +182,6 @@ TEST_F(Lifetime, AThousandRoundsLeaveNothingBehind) {
   // What lies in no heap (pages of the system's own) is seen in the process's total alone, and that
   // moves in steps: only a leak of many pages is told from them.
   const SIZE_T allowed_growth = (SIZE_T{4} << 20) + static_cast<SIZE_T>(rounds) * (6 << 10);
-  if (!std::filesystem::exists(SharedSites())) GTEST_SKIP() << "the sample sites are not at hand";
   const SiteFiles files("plain");
   const SiteFolder found(files.Folder().u16string());
   const Library library;

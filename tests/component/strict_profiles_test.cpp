@@ -222,7 +222,6 @@ TEST_F(StrictContainers, ADesignerOfFormsThatActivatesInDesignMode) {
 
 // A running form: state from its file, events frozen while it loads, active at once.
 TEST_F(StrictContainers, ADesignerOfFormsInRunMode) {
-  if (!std::filesystem::exists(SharedSites())) GTEST_SKIP() << "the sample sites are not at hand";
   const SiteFiles files("plain");
   const SiteFolder found(files.Folder().u16string());
   StrictHost host(Form(true));

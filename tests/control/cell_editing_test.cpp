@@ -24,7 +24,7 @@ class CellEditing : public ControlTest {
  protected:
   void SetUp() override {
     ControlTest::SetUp();
-    if (!IsSkipped()) ShowConfiguration(1);
+    ShowConfiguration(1);
   }
 
   void ShowConfiguration(int16_t config) {

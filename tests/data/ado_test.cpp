@@ -25,9 +25,7 @@ constexpr int32_t kText = 1;
 class AdoRoute : public testing::Test {
  protected:
   void SetUp() override {
-    const auto sample = test::SharedSites() / "plain" / "NewDB.mdb";
-    if (!std::filesystem::exists(sample))
-      GTEST_SKIP() << "the sample sites are not at hand in " << test::SharedSites();
+    const auto sample = sites::SamplePath("sites/plain/NewDB.mdb");
     if (!stand_in_.Usable()) GTEST_SKIP() << "ADODB has no class identifiers on this machine";
     for (const auto& copy : {AdoFile(), JetFile()}) {
       std::filesystem::copy_file(sample, copy);

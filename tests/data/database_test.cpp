@@ -30,7 +30,7 @@ class DataBaseObject : public test::SiteTest {
  protected:
   void SetUp() override {
     test::SiteTest::SetUp();
-    if (!IsSkipped()) UseSite("plain");
+    UseSite("plain");
   }
 
   std::string DatabasePath() { return CurrentSite().DatabaseFile().string(); }

@@ -123,9 +123,7 @@ class Opening : public testing::Test {
  protected:
   void SetUp() override {
     test::SetEnvironment("RDV_DATABASE_ROUTE", "");
-    const auto sample = test::SharedSites() / "plain" / "NewDB.mdb";
-    if (!std::filesystem::exists(sample))
-      GTEST_SKIP() << "the sample sites are not at hand in " << test::SharedSites();
+    const auto sample = sites::SamplePath("sites/plain/NewDB.mdb");
     if (!stand_in_.Usable()) GTEST_SKIP() << "ADODB has no class identifiers on this machine";
     test::CopySample(sample, File());
     classes_.AddName(L"ADODB.Connection", L"{00000514-0000-0010-8000-00aa006d2ea4}");

@@ -177,9 +177,8 @@ CheckReport InflictOn(const std::filesystem::path& path, void (*inflict)(const T
 }
 
 TEST_P(CheckRepairTest, IsFoundAndMendedWherePossible) {
-  if (!std::filesystem::exists(SharedFile(kSite))) GTEST_SKIP() << "no sample sites";
   const TemporaryFolder folder;
-  const auto path = folder.Copy(SharedFile(kSite));
+  const auto path = folder.Copy(SamplePath(kSite));
   EXPECT_THAT(Kinds(InflictOn(path, GetParam().inflict)), testing::Contains(GetParam().kind));
   const RepairReport report = RepairDatabase(NativeFileSystem(), PathText(path), kWait);
   EXPECT_EQ(report.remaining.Clean(), GetParam().can_be_mended);
@@ -222,9 +221,8 @@ class RepairOfTheUnreadable : public testing::TestWithParam<Unreadable> {};
 // What cannot be read can be what seems to be missing elsewhere, and somebody else may be able to
 // read more of it: nothing is taken away for its sake.
 TEST_P(RepairOfTheUnreadable, LeavesTheTablesPagesAsTheyAre) {
-  if (!std::filesystem::exists(SharedFile(kSite))) GTEST_SKIP() << "no sample sites";
   const TemporaryFolder folder;
-  const auto path = folder.Copy(SharedFile(kSite));
+  const auto path = folder.Copy(SamplePath(kSite));
   InflictOn(path, GetParam().inflict);
   const std::vector<uint8_t> before = ReadWholeFile(path);
   const RepairReport report = RepairDatabase(NativeFileSystem(), PathText(path), kWait);
@@ -246,9 +244,8 @@ INSTANTIATE_TEST_SUITE_P(Every, RepairOfTheUnreadable,
                          });
 
 TEST(CheckRepair, AFileLeftInTheMiddleOfAWriteIsMended) {
-  if (!std::filesystem::exists(SharedFile(kSite))) GTEST_SKIP() << "no sample sites";
   const TemporaryFolder folder;
-  const auto path = folder.Copy(SharedFile(kSite));
+  const auto path = folder.Copy(SamplePath(kSite));
   std::vector<uint8_t> bytes = ReadWholeFile(path);
   Store16(bytes.data() + kJet4.header.commit_words + 6, kCommitCorrupt);
   WriteWholeFile(path, bytes);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "data/jet/file/pager.h"
+#include "tests/jet/corpus.h"
 #include "tests/jet/write_support.h"
 
 namespace rdv::jet {
@@ -21,24 +22,11 @@ std::string Findings(const CheckReport& report) {
   return text;
 }
 
-std::vector<std::filesystem::path> RealFiles() {
-  std::vector<std::filesystem::path> files;
-  for (const char* folder : {"corpus/jet4", "corpus/jet3", "corpus/blank", "sites"}) {
-    if (!std::filesystem::exists(SharedFile(folder))) continue;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(SharedFile(folder))) {
-      const bool broken = entry.path().string().find("broken") != std::string::npos;
-      if (entry.path().extension() == ".mdb" && !broken) files.push_back(entry.path());
-    }
-  }
-  return files;
-}
-
-TEST(Check, FindsNothingInRealFiles) {
-  const auto files = RealFiles();
-  if (files.empty()) GTEST_SKIP() << "no real files";
+TEST(Check, FindsNothingInSoundFiles) {
   const TemporaryFolder folder;
-  for (const auto& path : files) {
-    SCOPED_TRACE(path.string());
+  for (const std::string& name : AllFiles()) {
+    SCOPED_TRACE(name);
+    const std::filesystem::path path = SamplePath(name);
     Pager pager(NativeFileSystem(), PathText(folder.Copy(path)), std::chrono::milliseconds(100),
                 1000);
     pager.BeginRead();

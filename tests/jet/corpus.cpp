@@ -1,7 +1,6 @@
 #include "tests/jet/corpus.h"
 
 #include <algorithm>
-#include <cctype>
 #include <fstream>
 #include <iterator>
 
@@ -20,8 +19,9 @@ class CountingPageSource : public BufferPageSource {
 
 std::vector<std::string> DatabasesIn(const std::string& folder) {
   std::vector<std::string> names;
+  test::AtHand({folder});  // told where it is missing
   std::error_code error;
-  for (const auto& entry : std::filesystem::directory_iterator(SharedPath(folder), error)) {
+  for (const auto& entry : std::filesystem::directory_iterator(SamplePath(folder), error)) {
     if (entry.path().extension() == ".mdb")
       names.push_back(folder + "/" + entry.path().filename().string());
   }
@@ -37,14 +37,12 @@ uint32_t PageSizeOf(const std::vector<uint8_t>& bytes) {
 
 }  // namespace
 
-std::filesystem::path SharedPath(const std::string& name) {
-  return std::filesystem::path(RDV_SHARED_DIR) / name;
-}
+RDV_TELL_MISSING_FILES()
 
 std::vector<std::string> Jet4Files() {
-  std::vector<std::string> files;
-  for (const char* folder : {"corpus/jet4", "corpus/blank", "sites/plain", "sites/plain2003",
-                             "sites/indexed", "sites/large"}) {
+  std::vector<std::string> files = sites::SoundDatabases();
+  for (const char* folder : {"corpus/jet4", "corpus/blank", "foreign/plain", "foreign/plain2003",
+                             "foreign/indexed", "foreign/large"}) {
     const std::vector<std::string> names = DatabasesIn(folder);
     files.insert(files.end(), names.begin(), names.end());
   }
@@ -67,7 +65,7 @@ std::vector<uint8_t> LoadBytes(const std::filesystem::path& path) {
   return std::vector<uint8_t>(std::istreambuf_iterator<char>(file), {});
 }
 
-OpenFile::OpenFile(const std::string& name) : OpenFile(LoadBytes(SharedPath(name)), name) {}
+OpenFile::OpenFile(const std::string& name) : OpenFile(LoadBytes(SamplePath(name)), name) {}
 
 OpenFile::OpenFile(std::vector<uint8_t> bytes, const std::string& name) {
   const Text path = FromUtf8(name);
@@ -78,14 +76,6 @@ OpenFile::OpenFile(std::vector<uint8_t> bytes, const std::string& name) {
   count_ = &pages->count;
   pages_ = std::move(pages);
   reader_ = std::make_unique<FileReader>(*pages_, std::move(header));
-}
-
-std::string TestName(const std::string& file) {
-  std::string name = file;
-  for (char& character : name) {
-    if (std::isalnum(static_cast<unsigned char>(character)) == 0) character = '_';
-  }
-  return name;
 }
 
 }  // namespace rdv::jet

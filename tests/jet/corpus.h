@@ -1,4 +1,4 @@
-// The real database files that the tests read, and ways to open them.
+// The database files that the tests read, and ways to open them.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -11,18 +11,13 @@
 #include "data/jet/catalog/catalog.h"
 #include "data/jet/file/file_reader.h"
 #include "data/jet/file/page_source.h"
+#include "tests/support/foreign_files.h"
 
 namespace rdv::jet {
 
-// Below the folder of shared data: "corpus/jet4/indexTestV2000.mdb".
-std::filesystem::path SharedPath(const std::string& name);
+using sites::SamplePath;
 
-#define RDV_REQUIRE_SHARED_FILE(name)                         \
-  if (!std::filesystem::exists(SharedPath(name))) {           \
-    GTEST_SKIP() << "the shared data does not hold " << name; \
-  }
-
-// All sound files of a kind, sorted; empty without the shared data.
+// All sound files of a kind: those of the texts and those of others that are at hand.
 std::vector<std::string> Jet4Files();
 std::vector<std::string> Jet3Files();
 std::vector<std::string> AllFiles();
@@ -47,7 +42,8 @@ class OpenFile {
   int* count_ = nullptr;
 };
 
-// A name that a parameterized test may bear.
-std::string TestName(const std::string& file);
+inline std::string TestName(const std::string& file) {
+  return test::TestNameOf(file);
+}
 
 }  // namespace rdv::jet

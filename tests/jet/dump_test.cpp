@@ -25,7 +25,7 @@ std::string Dump(const std::string& name, std::vector<Text> tables = {}) {
 
 // The dump that lies beside a database; "" when there is none.
 std::string ShippedDump(const std::string& name) {
-  std::filesystem::path path = SharedPath(name);
+  std::filesystem::path path = SamplePath(name);
   path.replace_extension(".json");
   if (std::filesystem::exists(path)) {
     std::ifstream file(path, std::ios::binary);
@@ -48,24 +48,33 @@ class DumpOfFile : public testing::TestWithParam<std::string> {};
 
 TEST_P(DumpOfFile, SaysWhatTheShippedDumpSays) {
   const std::string shipped = ShippedDump(GetParam());
-  if (shipped.empty()) GTEST_SKIP() << "no dump that can be read lies beside " << GetParam();
   const std::string dump = Dump(GetParam());
   EXPECT_EQ(FirstDifference(ParseJson(shipped), ParseJson(dump)), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(Files, DumpOfFile, testing::ValuesIn(AllFiles()),
+// The files of others; a compressed dump is not read on Windows.
+std::vector<std::string> FilesWithADump() {
+  std::vector<std::string> files = AllFiles();
+  std::erase_if(files, [](const std::string& name) {
+#ifdef _WIN32
+    if (name == "foreign/large/NewDB.mdb") return true;
+#endif
+    return name.starts_with("sites/");
+  });
+  return files;
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, DumpOfFile, testing::ValuesIn(FilesWithADump()),
                          [](const auto& file) { return TestName(file.param); });
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(DumpOfFile);
 
 TEST(Dump, HoldsTheNamedTablesOnlyWithoutRegardToCase) {
-  RDV_REQUIRE_SHARED_FILE("sites/plain/NewDB.mdb");
   const std::string dump = Dump("sites/plain/NewDB.mdb", {u"used_cards"});
   EXPECT_NE(dump.find("\"name\":\"Used_Cards\""), std::string::npos);
   EXPECT_EQ(dump.find("\"name\":\"Used_Lines\""), std::string::npos);
 }
 
 TEST(Dump, RefusesTheNameOfATableThatIsNotThere) {
-  RDV_REQUIRE_SHARED_FILE("sites/plain/NewDB.mdb");
   try {
     Dump("sites/plain/NewDB.mdb", {u"Nowhere"});
     FAIL() << "a table that is not there was dumped";

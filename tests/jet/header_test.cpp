@@ -8,6 +8,7 @@
 #include "runtime/error.h"
 #include "tests/jet/bytes_of.h"
 #include "tests/jet/corpus.h"
+#include "tests/support/foreign_files.h"
 
 namespace rdv::jet {
 namespace {
@@ -65,18 +66,26 @@ TEST(SidKey, OfAFileWithAPasswordOpensAdminsEntry) {
   EXPECT_EQ(admin, BytesOf("90 ac"));
 }
 
-TEST(SidKey, OfRealFiles) {
-  const std::pair<const char*, uint32_t> files[] = {
-      {"corpus/blank/adox_jet4.mdb", 0x3853837E},
-      {"corpus/blank/emptyJet4.mdb", 0x63F4A8B4},
-      {"corpus/jet4/indexTestV2000.mdb", 0xEE38B83C},
-  };
-  for (const auto& [name, key] : files) {
-    RDV_REQUIRE_SHARED_FILE(name);
-    OpenFile file(name);
-    EXPECT_EQ(file.Reader().FileHeader().sid_key, key) << name;
-  }
+struct FileKey {
+  const char* file;
+  uint32_t key;
+};
+
+class SidKeyOfFile : public testing::TestWithParam<FileKey> {};
+
+TEST_P(SidKeyOfFile, IsThatOfItsMaker) {
+  OpenFile file(GetParam().file);
+  EXPECT_EQ(file.Reader().FileHeader().sid_key, GetParam().key);
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, SidKeyOfFile,
+    testing::ValuesIn(test::TrialsAtHand<FileKey>({{"corpus/blank/adox_jet4.mdb", 0x3853837E},
+                                                   {"corpus/blank/emptyJet4.mdb", 0x63F4A8B4},
+                                                   {"corpus/jet4/indexTestV2000.mdb", 0xEE38B83C}},
+                                                  &FileKey::file)),
+    [](const auto& key) { return TestName(key.param.file); });
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(SidKeyOfFile);
 
 TEST(Rc4, UncoversPagesOfAnEncodedFile) {
   std::vector<uint8_t> page = BytesOf("c6 e6 51 a6 64 d6 25 2e 26 65 89 ad 1f f3 e7 1d");
@@ -84,9 +93,8 @@ TEST(Rc4, UncoversPagesOfAnEncodedFile) {
   EXPECT_EQ(page, BytesOf("01 01 64 0f 01 00 00 00 00 00 00 00 02 00 bb 0f"));
 }
 
-TEST(Header, OfABlankFileOfJet4) {
-  RDV_REQUIRE_SHARED_FILE("corpus/blank/adox_jet4.mdb");
-  OpenFile file("corpus/blank/adox_jet4.mdb");
+RDV_TEST_ON_FILE(testing::Test, HeaderOfABlankFileOfJet4, "corpus/blank/adox_jet4.mdb") {
+  OpenFile file(GetParam());
   const Header& header = file.Reader().FileHeader();
   EXPECT_EQ(header.version, Version::Jet4);
   EXPECT_EQ(header.code_page, 1252);
@@ -96,9 +104,8 @@ TEST(Header, OfABlankFileOfJet4) {
   EXPECT_EQ(header.password, u"");
 }
 
-TEST(Header, OfAFileOfJet3) {
-  RDV_REQUIRE_SHARED_FILE("corpus/jet3/testIndexCodesV1997.mdb");
-  OpenFile file("corpus/jet3/testIndexCodesV1997.mdb");
+RDV_TEST_ON_FILE(testing::Test, HeaderOfAFileOfJet3, "corpus/jet3/testIndexCodesV1997.mdb") {
+  OpenFile file(GetParam());
   const Header& header = file.Reader().FileHeader();
   EXPECT_EQ(header.version, Version::Jet3);
   EXPECT_EQ(header.code_page, 1252);

@@ -12,6 +12,7 @@
 #include "data/jet/rows/usage_map.h"
 #include "runtime/error.h"
 #include "tests/jet/corpus.h"
+#include "tests/support/foreign_files.h"
 
 namespace rdv::jet {
 namespace {
@@ -79,8 +80,8 @@ class IndexesOfFile : public testing::TestWithParam<std::string> {
 
 // Han characters have no code in the table of the sort order; one row of each of these has them.
 size_t RowsWithoutKnownKey(const std::string& file) {
-  const bool has_han =
-      file == "corpus/jet4/testUnicodeCompV2003.mdb" || file == "sites/indexed/NewDB.mdb";
+  const bool has_han = file == "corpus/jet4/testUnicodeCompV2003.mdb" ||
+                       file == "sites/indexed/NewDB.mdb" || file == "foreign/indexed/NewDB.mdb";
   return has_han ? 1 : 0;
 }
 
@@ -142,7 +143,6 @@ GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(IndexesOfFile);
 
 TEST(StoredKeyOfRow, IsFoundForATextThatNoKeyIsKnownOf) {
   const char* name = "sites/indexed/NewDB.mdb";
-  RDV_REQUIRE_SHARED_FILE(name);
   OpenFile file(name);
   const TableDefinition table = Catalog(file.Reader()).Table(u"Used_Lines");
   int unknown = 0;
@@ -172,7 +172,6 @@ class CountsOfFile : public testing::TestWithParam<FileCounts> {};
 
 TEST_P(CountsOfFile, AreThoseTakenIndependently) {
   const FileCounts& expected = GetParam();
-  RDV_REQUIRE_SHARED_FILE(expected.name);
   OpenFile file(expected.name);
   const Catalog catalog(file.Reader());
   size_t tables = 0, rows = 0, entries = 0;
@@ -190,18 +189,20 @@ TEST_P(CountsOfFile, AreThoseTakenIndependently) {
   EXPECT_EQ(entries, expected.entries);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Files, CountsOfFile,
-    testing::Values(FileCounts{"corpus/jet3/testIndexCodesV1997.mdb", 38, 1790, 3429},
-                    FileCounts{"corpus/jet4/indexTestV2000.mdb", 13, 182, 249},
-                    FileCounts{"corpus/jet4/compIndexTestV2003.mdb", 10, 659, 723},
-                    FileCounts{"corpus/jet4/testIndexPropertiesV2003.mdb", 16, 241, 348},
-                    FileCounts{"corpus/jet4/testUnicodeCompV2003.mdb", 12, 177, 272},
-                    FileCounts{"corpus/jet4/overflowTestV2000.mdb", 6, 87, 99},
-                    FileCounts{"corpus/jet4/test2V2000.mdb", 6, 69, 87},
-                    FileCounts{"corpus/blank/adox_jet4.mdb", 4, 24, 32},
-                    FileCounts{"corpus/blank/emptyJet4.mdb", 4, 24, 32}),
-    [](const auto& file) { return TestName(file.param.name); });
+INSTANTIATE_TEST_SUITE_P(Files, CountsOfFile,
+                         testing::ValuesIn(test::TrialsAtHand<FileCounts>(
+                             {{"corpus/jet3/testIndexCodesV1997.mdb", 38, 1790, 3429},
+                              {"corpus/jet4/indexTestV2000.mdb", 13, 182, 249},
+                              {"corpus/jet4/compIndexTestV2003.mdb", 10, 659, 723},
+                              {"corpus/jet4/testIndexPropertiesV2003.mdb", 16, 241, 348},
+                              {"corpus/jet4/testUnicodeCompV2003.mdb", 12, 177, 272},
+                              {"corpus/jet4/overflowTestV2000.mdb", 6, 87, 99},
+                              {"corpus/jet4/test2V2000.mdb", 6, 69, 87},
+                              {"corpus/blank/adox_jet4.mdb", 4, 24, 32},
+                              {"corpus/blank/emptyJet4.mdb", 4, 24, 32}},
+                             &FileCounts::name)),
+                         [](const auto& file) { return TestName(file.param.name); });
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(CountsOfFile);
 
 }  // namespace
 }  // namespace rdv::jet

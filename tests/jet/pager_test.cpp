@@ -13,14 +13,11 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds kShortWait{30};
-const std::string kSite = "sites/plain/NewDB.mdb";
+const std::string kSite = "sites/indexed/NewDB.mdb";
 
 class PagerTest : public testing::Test {
  protected:
-  void SetUp() override {
-    if (!std::filesystem::exists(SharedFile(kSite))) GTEST_SKIP() << "no sample sites";
-    path_ = folder_.Copy(SharedFile(kSite));
-  }
+  void SetUp() override { path_ = folder_.Copy(SamplePath(kSite)); }
 
   std::unique_ptr<Pager> Open(FileSystem& files = NativeFileSystem(), size_t cache_pages = 100) {
     return std::make_unique<Pager>(files, PathText(path_), kShortWait, cache_pages);
@@ -225,7 +222,7 @@ TEST_F(PagerTest, AFailureOfAnyWriteRaisesAndLeavesTheFileAsItWas) {
       EXPECT_EQ(PagesOf(path_), before);
     }
     EXPECT_GT(failures, 9);
-    path_ = folder_.Copy(SharedFile(kSite));
+    path_ = folder_.Copy(SamplePath(kSite));
   }
 }
 
@@ -300,7 +297,7 @@ TEST_F(PagerTest, AJournalOfAnotherStateIsLeftAlone) {
   files.Arm(Fault::Death, 1);
   WhatRaises([&] { Mark(*Open(files), 9); });
   ASSERT_TRUE(std::filesystem::exists(JournalPath()));
-  const auto whole_file = folder_.Copy(SharedFile("sites/large/NewDB.mdb"), "NewDB.mdb");
+  const auto whole_file = folder_.Copy(SamplePath("sites/large/NewDB.mdb"), "NewDB.mdb");
   const auto before = ReadWholeFile(whole_file);
   Open()->BeginRead();
   EXPECT_EQ(ReadWholeFile(path_), before);

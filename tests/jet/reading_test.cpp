@@ -12,6 +12,7 @@
 #include "data/jet/rows/usage_map.h"
 #include "runtime/error.h"
 #include "tests/jet/corpus.h"
+#include "tests/support/foreign_files.h"
 
 namespace rdv::jet {
 namespace {
@@ -55,7 +56,6 @@ Text ErrorOfReading(std::vector<uint8_t> bytes, const std::string& name) {
 }
 
 TEST(Catalog, FindsATableWithoutRegardToCase) {
-  RDV_REQUIRE_SHARED_FILE("sites/plain/NewDB.mdb");
   OpenFile file("sites/plain/NewDB.mdb");
   const TableDefinition table = Catalog(file.Reader()).Table(u"uSED_lINES");
   EXPECT_EQ(table.name, u"Used_Lines");
@@ -65,7 +65,6 @@ TEST(Catalog, FindsATableWithoutRegardToCase) {
 }
 
 TEST(Catalog, ReportsATableThatIsNotThere) {
-  RDV_REQUIRE_SHARED_FILE("sites/broken/10-missing-table/NewDB.mdb");
   OpenFile file("sites/broken/10-missing-table/NewDB.mdb");
   const Catalog catalog(file.Reader());
   for (const TextView name : {u"SR_Mode_Type_Names", u"漢字"}) {
@@ -85,7 +84,6 @@ TEST(Catalog, ReportsATableThatIsNotThere) {
 // table's definition. Each level of the catalog's index adds one; it has one level here.
 TEST(PagesRead, OfOpeningAndFindingATableAreAsManyInALargeFileAsInASmallOne) {
   for (const char* name : {"sites/plain/NewDB.mdb", "sites/large/NewDB.mdb"}) {
-    RDV_REQUIRE_SHARED_FILE(name);
     OpenFile file(name);
     file.ResetCount();
     const Catalog catalog(file.Reader());
@@ -99,7 +97,6 @@ TEST(PagesRead, OfOpeningAndFindingATableAreAsManyInALargeFileAsInASmallOne) {
 // one page per row.
 TEST(PagesRead, OfTheLinesOfOneConfigurationDoNotGrowWithTheFile) {
   for (const char* name : {"sites/plain/NewDB.mdb", "sites/large/NewDB.mdb"}) {
-    RDV_REQUIRE_SHARED_FILE(name);
     OpenFile file(name);
     const TableDefinition table = Catalog(file.Reader()).Table(u"Used_Lines");
     const RealIndex& index = PrimaryKey(table);
@@ -119,7 +116,6 @@ TEST(PagesRead, OfTheLinesOfOneConfigurationDoNotGrowWithTheFile) {
 }
 
 TEST(PagesRead, OfAScanAreThePagesOfTheTableOnce) {
-  RDV_REQUIRE_SHARED_FILE("sites/large/NewDB.mdb");
   OpenFile file("sites/large/NewDB.mdb");
   const TableDefinition table = Catalog(file.Reader()).Table(u"Used_Lines");
   const size_t pages = UsageMap(file.Reader(), table.owned_map).Pages().size();
@@ -132,9 +128,9 @@ TEST(PagesRead, OfAScanAreThePagesOfTheTableOnce) {
   EXPECT_LE(static_cast<size_t>(file.PagesRead()), 1 + (1 + map_pages) * (pages + 1));
 }
 
-TEST(TableScan, GivesMovedRowsWhereTheirPointersAre) {
-  RDV_REQUIRE_SHARED_FILE("corpus/jet4/overflowTestV2000.mdb");
-  OpenFile file("corpus/jet4/overflowTestV2000.mdb");
+RDV_TEST_ON_FILE(testing::Test, ScanGivesMovedRowsWhereTheirPointersAre,
+                 "corpus/jet4/overflowTestV2000.mdb") {
+  OpenFile file(GetParam());
   const Catalog catalog(file.Reader());
   const TableDefinition table = catalog.Table(catalog.UserTables().at(0));
   RowId last;
@@ -152,9 +148,9 @@ TEST(TableScan, GivesMovedRowsWhereTheirPointersAre) {
   EXPECT_FALSE(FetchRow(file.Reader(), table, {28, 0}, row));
 }
 
-TEST(Relationship, IsReadFromTheCatalog) {
-  RDV_REQUIRE_SHARED_FILE("corpus/jet4/indexTestV2000.mdb");
-  OpenFile file("corpus/jet4/indexTestV2000.mdb");
+RDV_TEST_ON_FILE(testing::Test, RelationshipIsReadFromTheCatalog,
+                 "corpus/jet4/indexTestV2000.mdb") {
+  OpenFile file(GetParam());
   const Catalog catalog(file.Reader());
   const TableDefinition table = catalog.Table(u"Table1");
   const auto index = std::find_if(table.logical_indexes.begin(), table.logical_indexes.end(),
@@ -176,30 +172,48 @@ struct BrokenFile {
 class BrokenSite : public testing::TestWithParam<BrokenFile> {};
 
 TEST_P(BrokenSite, IsRefusedByNameAndReason) {
-  const std::string name = "sites/broken/" + std::string(GetParam().folder) + "/NewDB.mdb";
-  RDV_REQUIRE_SHARED_FILE(name);
-  const Text error = ErrorOfReading(LoadBytes(SharedPath(name)), name);
+  const std::string name = GetParam().folder + ("/" + std::string("NewDB.mdb"));
+  const Text error = ErrorOfReading(LoadBytes(SamplePath(name)), name);
   EXPECT_NE(error.find(u"'" + FromUtf8(name) + u"'"), Text::npos) << ToUtf8(error);
   EXPECT_NE(error.find(GetParam().reason), Text::npos) << ToUtf8(error);
 }
 
+constexpr char16_t kUnrecognized[] = u"Unrecognized database format";
+
 INSTANTIATE_TEST_SUITE_P(
-    Files, BrokenSite,
-    testing::Values(BrokenFile{"01-cut-in-header", u"Unrecognized database format"},
-                    BrokenFile{"02-cut-in-page", u"Unrecognized database format"},
-                    BrokenFile{"03-no-bytes", u"Unrecognized database format"},
-                    BrokenFile{"04-text-file", u"Unrecognized database format"},
-                    BrokenFile{"05-random-header", u"Unrecognized database format"},
-                    BrokenFile{"06-catalog-overwritten", u"Page 2 is not of the kind"},
-                    BrokenFile{"07-pointer-out-of-range", u"Page 65535 is referred to"},
-                    BrokenFile{"08-cyclic-index",
-                               u"Page 88 holds index entries that belong before"},
-                    BrokenFile{"09-row-offset-outside", u"Page 48 says that row 4 lies outside"}),
+    Sites, BrokenSite,
+    testing::Values(
+        BrokenFile{"sites/broken/01-cut-in-header", kUnrecognized},
+        BrokenFile{"sites/broken/02-cut-in-page", kUnrecognized},
+        BrokenFile{"sites/broken/03-no-bytes", kUnrecognized},
+        BrokenFile{"sites/broken/04-text-file", kUnrecognized},
+        BrokenFile{"sites/broken/05-random-header", kUnrecognized},
+        BrokenFile{"sites/broken/06-catalog-overwritten", u"Page 2 is not of the kind"},
+        BrokenFile{"sites/broken/07-pointer-out-of-range", u"Page 65535 is referred to"},
+        BrokenFile{"sites/broken/08-cyclic-index", u" holds index entries that belong before"},
+        BrokenFile{"sites/broken/09-row-offset-outside", u" says that row 4 lies outside"}),
     [](const auto& file) { return TestName(file.param.folder); });
+
+// The same damage, done to files of another program.
+std::vector<BrokenFile> ForeignBrokenFiles() {
+  std::vector<BrokenFile> files = {
+      {"foreign/broken/01-cut-in-header", kUnrecognized},
+      {"foreign/broken/02-cut-in-page", kUnrecognized},
+      {"foreign/broken/03-no-bytes", kUnrecognized},
+      {"foreign/broken/04-text-file", kUnrecognized},
+      {"foreign/broken/05-random-header", kUnrecognized},
+      {"foreign/broken/06-catalog-overwritten", u"Page 2 is not of the kind"},
+      {"foreign/broken/07-pointer-out-of-range", u"Page 65535 is referred to"},
+      {"foreign/broken/08-cyclic-index", u"Page 88 holds index entries that belong before"},
+      {"foreign/broken/09-row-offset-outside", u"Page 48 says that row 4 lies outside"}};
+  return test::TrialsAtHand(std::move(files), &BrokenFile::folder);
+}
+
+INSTANTIATE_TEST_SUITE_P(Foreign, BrokenSite, testing::ValuesIn(ForeignBrokenFiles()),
+                         [](const auto& file) { return TestName(file.param.folder); });
 
 // The site whose index leads in a circle can still be read row by row.
 TEST(BrokenSite, WithACyclicIndexIsScannedInFull) {
-  RDV_REQUIRE_SHARED_FILE("sites/broken/08-cyclic-index/NewDB.mdb");
   OpenFile file("sites/broken/08-cyclic-index/NewDB.mdb");
   std::string dump;
   DumpDatabase(file.Reader(), {}, [&dump](std::string_view piece) { dump += piece; });
@@ -210,7 +224,7 @@ TEST(BrokenSite, WithACyclicIndexIsScannedInFull) {
 class ChangedFile : public testing::TestWithParam<std::string> {};
 
 TEST_P(ChangedFile, IsReadOrRefused) {
-  const std::vector<uint8_t> sound = LoadBytes(SharedPath(GetParam()));
+  const std::vector<uint8_t> sound = LoadBytes(SamplePath(GetParam()));
   constexpr int kRounds = 150;
   int refused = 0;
   for (int round = 0; round < kRounds; ++round) {
@@ -238,24 +252,18 @@ TEST_P(ChangedFile, IsReadOrRefused) {
 }
 
 std::vector<std::string> SmallFiles() {
-  std::vector<std::string> files;
-  for (const char* name : {"corpus/blank/adox_jet4.mdb", "corpus/jet4/overflowTestV2000.mdb",
-                           "corpus/jet4/test2V2000.mdb", "corpus/jet4/compIndexTestV2003.mdb",
-                           "corpus/jet3/test2V1997.mdb", "corpus/jet3/compIndexTestV1997.mdb",
-                           "sites/plain/NewDB.mdb"}) {
-    if (std::filesystem::exists(SharedPath(name))) files.push_back(name);
-  }
-  return files;
+  return test::AtHand({"corpus/blank/adox_jet4.mdb", "corpus/jet4/overflowTestV2000.mdb",
+                       "corpus/jet4/test2V2000.mdb", "corpus/jet4/compIndexTestV2003.mdb",
+                       "corpus/jet3/test2V1997.mdb", "corpus/jet3/compIndexTestV1997.mdb",
+                       "sites/plain/NewDB.mdb", "sites/indexed/NewDB.mdb"});
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, ChangedFile, testing::ValuesIn(SmallFiles()),
                          [](const auto& file) { return TestName(file.param); });
-GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(ChangedFile);
 
 TEST(CutOffFile, IsReadOrRefusedWhereverItEnds) {
-  const std::string name = "corpus/jet4/overflowTestV2000.mdb";
-  RDV_REQUIRE_SHARED_FILE(name);
-  const std::vector<uint8_t> sound = LoadBytes(SharedPath(name));
+  const std::string name = "sites/indexed/NewDB.mdb";
+  const std::vector<uint8_t> sound = LoadBytes(SamplePath(name));
   int refused = 0;
   for (size_t size = 0; size < sound.size(); size += 1024) {
     const auto end = sound.begin() + static_cast<std::ptrdiff_t>(size);

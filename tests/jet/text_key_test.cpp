@@ -4,6 +4,7 @@
 #include "data/jet/index/index_key.h"
 #include "tests/jet/bytes_of.h"
 #include "tests/jet/corpus.h"
+#include "tests/support/foreign_files.h"
 
 namespace rdv::jet {
 namespace {
@@ -89,14 +90,13 @@ TEST(TextKeyJet4, TellsTheCharacterThatItDoesNotKnow) {
   EXPECT_EQ(unsupported, u'\u6F22');
 }
 
-TEST(TextKeyJet4, OfEveryCharacterOfLatin1IsTheLongOneThatAccessStored) {
-  const std::string name = "corpus/jet4/testUnicodeCompV2003.mdb";
-  RDV_REQUIRE_SHARED_FILE(name);
+RDV_TEST_ON_FILE(testing::Test, TextKeyOfEveryCharacterOfLatin1AsAccessStoredIt,
+                 "corpus/jet4/testUnicodeCompV2003.mdb") {
   Text all;
   for (char16_t unit = 1; unit <= 0xFF; ++unit) all.push_back(unit);
   const Key key = Jet4Key(all);
   ASSERT_EQ(key.size(), 685u);
-  OpenFile file(name);
+  OpenFile file(GetParam());
   const Bytes page = file.Reader().RawPage(57);
   const Bytes stored = page.subspan(kJet4.index.entries, key.size());
   EXPECT_EQ(key, Key(stored.begin(), stored.end()));

@@ -14,6 +14,7 @@
 #include "data/jet/rows/table_scan.h"
 #include "runtime/error.h"
 #include "tests/jet/write_support.h"
+#include "tests/support/foreign_files.h"
 
 namespace rdv::jet {
 namespace {
@@ -30,9 +31,9 @@ std::string Check(Engine& engine) {
   return Findings(CheckFile(engine.File()));
 }
 
-TEST(CreateDatabase, EqualsOneThatJetMadeButForBytesThatMeanNothing) {
-  const auto jet_made = SharedFile("corpus/blank/adox_jet4.mdb");
-  if (!std::filesystem::exists(jet_made)) GTEST_SKIP() << "no blank files";
+RDV_TEST_ON_FILE(testing::Test, CreatedDatabaseEqualsOneThatJetMadeButForBytesThatMeanNothing,
+                 "corpus/blank/adox_jet4.mdb") {
+  const auto jet_made = SamplePath(GetParam());
   const TemporaryFolder folder;
   const auto path = folder.Path() / "new.mdb";
   constexpr std::array<uint8_t, 8> kCreated = {0x3e, 0x85, 0xd3, 0x3b, 0x3e, 0xab, 0xe4, 0x40};
@@ -159,6 +160,22 @@ TEST_F(CreatedFile, HasItsTablesWithNothingWrong) {
   EXPECT_FALSE(table.columns[1].allow_zero_length);
   EXPECT_EQ(table.columns[1].length, 100);
   EXPECT_TRUE(table.indexes[1].columns[1].descending);
+}
+
+// Also where an index that is not unique has the same columns and stands before it.
+TEST_F(CreatedFile, RelatesToTheUniqueIndexOfTheColumn) {
+  TableSpec persons = Customers();
+  persons.name = u"Persons";
+  persons.indexes.insert(persons.indexes.begin(), {.name = u"ID", .columns = {{u"ID"}}});
+  Write([&] {
+    engine_->CreateTable(persons);
+    engine_->CreateRelationship({.name = u"PersonsOrders",
+                                 .table = u"Orders",
+                                 .referenced_table = u"Persons",
+                                 .columns = {{u"Customer", u"ID"}}});
+  });
+  EXPECT_NE(Refused([&] { AddOrder(1, int32_t{1}); }).find("related record"), std::string::npos);
+  EXPECT_EQ(Check(*engine_), "");
 }
 
 // A table's references to itself are not made, nor a second relationship of the same name.

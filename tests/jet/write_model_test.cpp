@@ -14,6 +14,7 @@
 #include "tests/jet/other_reader.h"
 #include "tests/jet/random_values.h"
 #include "tests/jet/write_support.h"
+#include "tests/support/foreign_files.h"
 
 namespace rdv::jet {
 namespace {
@@ -244,9 +245,8 @@ class WriteModelTest : public testing::TestWithParam<Trial> {};
 
 TEST_P(WriteModelTest, AgreesWithTheFileAfterThousandsOfChanges) {
   const Trial& trial = GetParam();
-  if (!std::filesystem::exists(SharedFile(trial.file))) GTEST_SKIP() << "no " << trial.file;
   const TemporaryFolder folder;
-  const auto path = folder.Copy(SharedFile(trial.file));
+  const auto path = folder.Copy(SamplePath(trial.file));
   RandomValues random(20040229);
   std::unique_ptr<Engine> engine = Engine::Open(PathText(path));
   Model model(*engine, FromUtf8(trial.table));
@@ -319,21 +319,28 @@ TEST(WriteAllTypes, AgreesWithTheFileAfterManyChanges) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    RealFiles, WriteModelTest,
-    testing::Values(Trial{"corpus/jet4/compIndexTestV2003.mdb", "Table1", 1200},
-                    Trial{"corpus/jet4/testUnicodeCompV2003.mdb", "Table", 800},
-                    Trial{"corpus/jet4/overflowTestV2000.mdb", "Table1", 800},
-                    Trial{"corpus/jet4/delColTestV2000.mdb", "Table1", 400},
-                    Trial{"corpus/jet4/fixedTextTestV2000.mdb", "users", 400},
-                    Trial{"corpus/jet4/fixedNumericTestV2003.mdb", "test", 400},
-                    Trial{"corpus/jet4/bigIndexTestV2000.mdb", "Table1", 1200},
-                    Trial{"corpus/jet4/testIndexPropertiesV2003.mdb", "TableIgnoreNulls2", 800},
-                    Trial{"corpus/jet4/testIndexPropertiesV2003.mdb", "TableUnique2_temp", 800},
-                    Trial{"corpus/jet4/testPromotionV2003.mdb", "jobDB1", 1200},
-                    Trial{"corpus/jet4/test2V2000.mdb", "MSP_PROJECTS", 200},
-                    Trial{"sites/indexed/NewDB.mdb", "Partition_Settings", 1200},
-                    Trial{"sites/indexed/NewDB.mdb", "Used_Cards", 1200},
-                    Trial{"sites/indexed/NewDB.mdb", "Node_Type_Max", 1200}),
+    Files, WriteModelTest,
+    testing::ValuesIn(test::TrialsAtHand<Trial>(
+        {{"corpus/jet4/compIndexTestV2003.mdb", "Table1", 1200},
+         {"corpus/jet4/testUnicodeCompV2003.mdb", "Table", 800},
+         {"corpus/jet4/overflowTestV2000.mdb", "Table1", 800},
+         {"corpus/jet4/delColTestV2000.mdb", "Table1", 400},
+         {"corpus/jet4/fixedTextTestV2000.mdb", "users", 400},
+         {"corpus/jet4/fixedNumericTestV2003.mdb", "test", 400},
+         {"corpus/jet4/bigIndexTestV2000.mdb", "Table1", 1200},
+         {"corpus/jet4/testIndexPropertiesV2003.mdb", "TableIgnoreNulls2", 800},
+         {"corpus/jet4/testIndexPropertiesV2003.mdb", "TableUnique2_temp", 800},
+         {"corpus/jet4/testPromotionV2003.mdb", "jobDB1", 1200},
+         {"corpus/jet4/test2V2000.mdb", "MSP_PROJECTS", 200},
+         {"foreign/indexed/NewDB.mdb", "Used_Cards", 1200},
+         {"sites/indexed/NewDB.mdb", "Partition_Settings", 1200},
+         {"sites/indexed/NewDB.mdb", "Used_Cards", 1200},
+         {"sites/indexed/NewDB.mdb", "Node_Type_Max", 1200},
+         {"sites/shapes/NewDB.mdb", "Descending", 1200},
+         {"sites/shapes/NewDB.mdb", "Nulls", 800},
+         {"sites/shapes/NewDB.mdb", "LongKeys", 1200},
+         {"sites/shapes/NewDB.mdb", "Wide", 200}},
+        &Trial::file)),
     [](const testing::TestParamInfo<Trial>& param) {
       std::string name = std::string(param.param.file) + "_" + param.param.table;
       for (char& letter : name) {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "data/jet/file/file.h"
+#include "tests/support/sites/sample_sites.h"
 
 namespace rdv::jet {
 
@@ -18,9 +19,7 @@ inline Text PathText(const std::filesystem::path& path) {
   return FromUtf8(path.string());
 }
 
-inline std::filesystem::path SharedFile(const std::string& relative) {
-  return std::filesystem::path(RDV_SHARED_DIR) / relative;
-}
+using sites::SamplePath;
 
 // A folder of the test's own, removed with everything in it.
 class TemporaryFolder {

@@ -7,6 +7,7 @@
 #include "data/jet/check/check.h"
 #include "data/jet/engine.h"
 #include "tests/jet_sql/sample_copy.h"
+#include "tests/support/foreign_files.h"
 
 namespace rdv::jet::sql {
 namespace {
@@ -206,8 +207,8 @@ TEST_F(Changes, TwoConnectionsSeeEachOthersRows) {
   EXPECT_EQ(rows.rows->rows.at(0).at(0), Value(int16_t{64}));
 }
 
-TEST_F(Changes, AFileOfTheOlderVersionIsNotWritten) {
-  Use("corpus/jet3/delTestV1997.mdb");
+RDV_TEST_ON_FILE(Changes, AFileOfTheOlderVersionIsNotWritten, "corpus/jet3/delTestV1997.mdb") {
+  Use(GetParam());
   const auto before = Query(u"SELECT * FROM [Table]");
   EXPECT_NE(ErrorOf(u"DELETE FROM [Table]"), "no error");
   Reopen();

@@ -11,6 +11,9 @@
 #include "data/jet/sql/jet_connection.h"
 #include "runtime/conversion.h"
 #include "tests/jet_sql/sample_dump.h"
+#include "tests/support/foreign_files.h"
+
+RDV_TELL_MISSING_FILES()
 
 namespace rdv::jet::sql {
 namespace {
@@ -56,12 +59,6 @@ using Key = std::vector<double>;
 
 class NamedQueries : public testing::TestWithParam<std::string> {
  protected:
-  void SetUp() override {
-    path_ = std::filesystem::path(RDV_SHARED_DIR) / "sites" / GetParam() / "NewDB.mdb";
-    if (!std::filesystem::exists(path_))
-      GTEST_SKIP() << "the sample site is not at hand: " << path_;
-  }
-
   void Compare(const NamedQuery& query, const SampleTable& sample, const Key& key) {
     std::vector<Argument> arguments;
     for (const double part : key) arguments.push_back(Decimal(static_cast<int64_t>(part)));
@@ -78,7 +75,7 @@ class NamedQueries : public testing::TestWithParam<std::string> {
                          const RowTable& actual, size_t row) {
     for (size_t column = 0; column < actual.columns.size(); ++column) {
       const std::string name = ToUtf8(actual.columns[column]);
-      EXPECT_EQ(Difference(sample.Cell(expected, name), actual.rows[row][column]), "")
+      EXPECT_EQ(Difference(sample.At(expected, name), actual.rows[row][column]), "")
           << "row " << row << ", " << name;
     }
   }
@@ -108,12 +105,11 @@ class NamedQueries : public testing::TestWithParam<std::string> {
     return key;
   }
 
-  std::filesystem::path path_;
   std::unique_ptr<Connection> connection_;
 };
 
 TEST_P(NamedQueries, GiveTheRowsOfTheDumpInTheirOrder) {
-  connection_ = OpenJetConnection(FromUtf8(path_.string()));
+  connection_ = OpenJetConnection(FromUtf8(sites::SamplePath(GetParam() + "/NewDB.mdb").string()));
   const SampleDump dump(GetParam());
   for (const NamedQuery& query : kQueries) {
     SCOPED_TRACE(ToUtf8(DefinitionOf(query.command).name));
@@ -126,8 +122,11 @@ TEST_P(NamedQueries, GiveTheRowsOfTheDumpInTheirOrder) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Sites, NamedQueries, testing::Values("plain", "plain2003", "indexed"),
-                         [](const auto& site) { return site.param; });
+INSTANTIATE_TEST_SUITE_P(Sites, NamedQueries,
+                         testing::ValuesIn(test::AtHand({"sites/plain", "sites/plain2003",
+                                                         "sites/indexed", "foreign/plain",
+                                                         "foreign/plain2003", "foreign/indexed"})),
+                         [](const auto& site) { return test::TestNameOf(site.param); });
 
 }  // namespace
 }  // namespace rdv::jet::sql

@@ -17,11 +17,9 @@ constexpr TextView kOneLine =
 
 class PageCounts : public testing::Test {
  protected:
-  void SetUp() override {
-    if (!std::filesystem::exists(Sites())) GTEST_SKIP() << "the sample sites are not at hand";
+  static std::filesystem::path FileOf(const std::string& site) {
+    return sites::SiteFolder(site) / "NewDB.mdb";
   }
-
-  static std::filesystem::path Sites() { return std::filesystem::path(RDV_SHARED_DIR) / "sites"; }
 
   struct Pages {
     uint64_t read = 0;
@@ -33,7 +31,7 @@ class PageCounts : public testing::Test {
   Pages Write(const char* site, TextView statement, const std::vector<Argument>& arguments) const {
     const auto path = folder_.Path() / "copy.mdb";
     std::filesystem::remove(path);
-    std::filesystem::copy_file(Sites() / site / "NewDB.mdb", path);
+    std::filesystem::copy_file(FileOf(site), path);
     std::filesystem::permissions(path, std::filesystem::perms::owner_write,
                                  std::filesystem::perm_options::add);
     RunOnce(path, u"DELETE FROM Used_Lines" + Text(kOneLine), {u"1", u"1", u"1", u"12"});
@@ -58,7 +56,7 @@ class PageCounts : public testing::Test {
   // Pages that one command reads in a file that has just been opened, and the rows that it gives.
   static std::pair<uint64_t, size_t> Read(const char* site, Command command,
                                           const std::vector<Argument>& arguments) {
-    const auto engine = Engine::Open((Sites() / site / "NewDB.mdb").u16string());
+    const auto engine = Engine::Open(FileOf(site).u16string());
     const uint64_t before = engine->Counters().pages_read;
     const Engine::ReadScope scope(*engine);
     const auto select = std::get<Select>(ParseStatement(DefinitionOf(command).statement));

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/jet_sql/sample_copy.h"
+#include "tests/support/foreign_files.h"
 
 namespace rdv::jet::sql {
 namespace {
@@ -175,8 +176,8 @@ TEST_F(Queries, FindLabelsThroughTheIndexOfAMemoColumn) {
   }
 }
 
-TEST_F(Queries, ReadFilesOfTheOlderVersion) {
-  Use("corpus/jet3/indexTestV1997.mdb");
+RDV_TEST_ON_FILE(Queries, QueriesReadFilesOfTheOlderVersion, "corpus/jet3/indexTestV1997.mdb") {
+  Use(GetParam());
   EXPECT_FALSE(Query(u"SELECT * FROM Table1 ORDER BY id").empty());
 }
 

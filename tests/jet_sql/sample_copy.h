@@ -19,11 +19,10 @@ class SampleCopyTest : public testing::Test {
  protected:
   void SetUp() override { Use("sites/plain/NewDB.mdb"); }
 
-  // A file below the folder of shared data.
+  // A name of sample_sites.h.
   void Use(const std::string& name) {
     connection_.reset();
-    const auto source = std::filesystem::path(RDV_SHARED_DIR) / name;
-    if (!std::filesystem::exists(source)) GTEST_SKIP() << "the sample is not at hand: " << source;
+    const auto source = sites::SamplePath(name);
     path_ = folder_.Path() / "copy.mdb";
     std::filesystem::copy_file(source, path_, std::filesystem::copy_options::overwrite_existing);
     std::filesystem::permissions(path_, std::filesystem::perms::owner_write,

@@ -9,6 +9,8 @@
 
 #include "data/jet/sql/date_text.h"
 #include "runtime/conversion.h"
+#include "tests/support/sites/sample_sites.h"
+#include "tests/support/sites/site_builder.h"
 
 namespace rdv::jet::sql {
 namespace {
@@ -41,39 +43,73 @@ bool Says(const Json& expected, const Value& actual) {
   return std::holds_alternative<Text>(actual) && std::get<Text>(actual) == FromUtf8(text);
 }
 
-}  // namespace
-
-SampleTable::SampleTable(const Json& tables, const std::string& name) {
-  for (const Json& table : std::get<Json::Array>(tables.value)) {
-    if (String(Member(table, "name")) != name) continue;
-    for (const Json& column : std::get<Json::Array>(Member(table, "columns").value))
-      columns_.push_back(String(Member(column, "name")));
-    for (const Json& row : std::get<Json::Array>(Member(table, "rows").value))
-      rows_.push_back(std::get<Json::Array>(row.value));
-    return;
+std::map<std::string, SampleTable> TablesOfText(const std::string& name) {
+  const sites::Site site = sites::ReadSite(name);
+  std::map<std::string, SampleTable> tables;
+  for (const sites::TableContent& table : sites::ContentOf(site)) {
+    std::vector<std::string> columns;
+    for (const ColumnSpec& column : table.spec->columns) columns.push_back(ToUtf8(column.name));
+    std::vector<SampleTable::Row> rows;
+    for (const auto& row : table.rows) {
+      if (row) rows.emplace_back(row->begin(), row->end());
+    }
+    tables.emplace(ToUtf8(table.spec->name), SampleTable(std::move(columns), std::move(rows)));
   }
-  throw std::runtime_error("no table " + name);
+  return tables;
 }
 
-const Json& SampleTable::Cell(const Row& row, const std::string& column) const {
+std::map<std::string, SampleTable> TablesOfDump(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  const std::string text(std::istreambuf_iterator<char>(file), {});
+  const Json dump = ParseJson(text);
+  std::map<std::string, SampleTable> tables;
+  for (const Json& table : std::get<Json::Array>(Member(dump, "tables").value)) {
+    std::vector<std::string> columns;
+    for (const Json& column : std::get<Json::Array>(Member(table, "columns").value))
+      columns.push_back(String(Member(column, "name")));
+    std::vector<SampleTable::Row> rows;
+    for (const Json& row : std::get<Json::Array>(Member(table, "rows").value)) {
+      const auto& cells = std::get<Json::Array>(row.value);
+      rows.emplace_back(cells.begin(), cells.end());
+    }
+    tables.emplace(String(Member(table, "name")), SampleTable(std::move(columns), std::move(rows)));
+  }
+  return tables;
+}
+
+}  // namespace
+
+const SampleTable::Cell& SampleTable::At(const Row& row, const std::string& column) const {
   const auto place = std::find(columns_.begin(), columns_.end(), column);
   if (place == columns_.end()) throw std::runtime_error("no column " + column);
   return row.at(static_cast<size_t>(place - columns_.begin()));
 }
 
 double SampleTable::Number(const Row& row, const std::string& column) const {
-  const double* number = std::get_if<double>(&Cell(row, column).value);
-  return number == nullptr ? -999 : *number;
+  constexpr double kNull = -999;
+  const Cell& cell = At(row, column);
+  if (const Value* value = std::get_if<Value>(&cell))
+    return IsNull(*value) ? kNull : CDbl(ToText(*value));
+  const double* number = std::get_if<double>(&std::get<Json>(cell).value);
+  return number == nullptr ? kNull : *number;
 }
 
-SampleDump::SampleDump(const std::string& site) {
-  const auto path = std::filesystem::path(RDV_SHARED_DIR) / "sites" / site / "NewDB.json";
-  std::ifstream file(path, std::ios::binary);
-  const std::string text(std::istreambuf_iterator<char>(file), {});
-  tables_ = Member(ParseJson(text), "tables");
+SampleDump::SampleDump(const std::string& site)
+    : tables_(site.starts_with("sites/") ? TablesOfText(site.substr(site.find('/') + 1))
+                                         : TablesOfDump(sites::SamplePath(site + "/NewDB.json"))) {}
+
+SampleTable SampleDump::Table(const std::string& name) const {
+  return tables_.at(name);
 }
 
-std::string Difference(const Json& expected, const Value& actual) {
+std::string Difference(const SampleTable::Cell& cell, const Value& actual) {
+  if (const Value* value = std::get_if<Value>(&cell)) {
+    const auto shown = [](const Value& each) {
+      return IsNull(each) || std::holds_alternative<Binary>(each) ? "-" : ToUtf8(ToText(each));
+    };
+    return *value == actual ? "" : "expected " + shown(*value) + ", found " + shown(actual);
+  }
+  const Json& expected = std::get<Json>(cell);
   if (Says(expected, actual)) return "";
   const std::string shown =
       IsNull(actual) || std::holds_alternative<Binary>(actual) ? "-" : ToUtf8(ToText(actual));

@@ -26,7 +26,6 @@ class TextEditors : public ControlTest {
  protected:
   void SetUp() override {
     ControlTest::SetUp();
-    if (IsSkipped()) return;
     UseSite("plain");
     Create();
     ASSERT_TRUE(control().ShowControl(1));

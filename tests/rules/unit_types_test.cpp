@@ -19,7 +19,6 @@ class UnitTypesTest : public ControlTest {
  protected:
   void SetUp() override {
     ControlTest::SetUp();
-    if (IsSkipped()) return;
     UseSite("plain");
     Create();
     ASSERT_TRUE(control().ShowControl(1));

@@ -8,11 +8,9 @@
 #include <string>
 #include <string_view>
 
-namespace rdv::test {
+#include "tests/support/sites/sample_sites.h"
 
-inline std::filesystem::path SharedSites() {
-  return std::filesystem::path(RDV_SHARED_DIR) / "sites";
-}
+namespace rdv::test {
 
 inline void SetEnvironment(const char* name, const std::string& value) {
 #ifdef _WIN32
@@ -56,6 +54,13 @@ inline void CopySample(const std::filesystem::path& sample, const std::filesyste
                                std::filesystem::perm_options::add);
 }
 
+// "plain/ini-china": of the site plain, its settings of this name.
+inline std::filesystem::path SettingsOf(std::string_view settings) {
+  const std::filesystem::path path(settings);
+  return sites::SiteFolder(path.parent_path().generic_string()) / path.filename() /
+         "ORVANTPlus.ini";
+}
+
 // A common application data folder with a copy of one of the sample sites in it.
 class SiteFiles {
  public:
@@ -65,7 +70,7 @@ class SiteFiles {
     std::filesystem::create_directories(DatabaseFile().parent_path());
     if (!database.empty()) UseDatabase(database);
     if (!settings.empty()) {
-      CopySample(SharedSites() / settings / "ORVANTPlus.ini", SettingsFile());
+      CopySample(SettingsOf(settings), SettingsFile());
     }
   }
 
@@ -76,7 +81,7 @@ class SiteFiles {
 
   // Puts another sample database in the place of this one.
   void UseDatabase(std::string_view database) const {
-    CopySample(SharedSites() / database / "NewDB.mdb", DatabaseFile());
+    CopySample(sites::SiteFolder(std::string(database)) / "NewDB.mdb", DatabaseFile());
   }
 
   void WriteSettings(std::string_view text) const {

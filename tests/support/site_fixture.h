@@ -32,15 +32,9 @@ class Site : public SiteFiles {
   const SiteFolder found_;
 };
 
-// A test that works on a sample site; it is skipped where the samples are not at hand.
+// A test that works on a sample site.
 class SiteTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    if (!std::filesystem::exists(SharedSites())) {
-      GTEST_SKIP() << "the sample sites are not at hand in " << SharedSites();
-    }
-  }
-
   Site& UseSite(std::string_view database, std::string_view settings = "plain/ini-china") {
     return site_.emplace(database, settings);
   }

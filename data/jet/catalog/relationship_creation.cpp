@@ -26,9 +26,12 @@ std::vector<size_t> Positions(const TableDefinition& table, const RelationshipSp
   return positions;
 }
 
-const RealIndex* FindIndex(const TableDefinition& table, const std::vector<size_t>& columns) {
+// The first of these columns, in this order; where `unique` is asked for, the first that is.
+const RealIndex* FindIndex(const TableDefinition& table, const std::vector<size_t>& columns,
+                           bool unique = false) {
   const auto found = std::ranges::find_if(table.indexes, [&](const RealIndex& index) {
-    return std::ranges::equal(index.columns, columns, {}, &IndexColumn::column);
+    return (index.unique || !unique) &&
+           std::ranges::equal(index.columns, columns, {}, &IndexColumn::column);
   });
   return found == table.indexes.end() ? nullptr : &*found;
 }
@@ -54,9 +57,9 @@ void SchemaWriter::CreateRelationship(const RelationshipSpec& spec) {
   if (table.Page() == referenced.Page() || catalog.Find(kRelationshipsContainer, spec.name))
     RaiseEngineError(ErrorNumber::Syntax, u"Relationship '" + spec.name + u"' cannot be made.");
   const std::vector<size_t> columns = Positions(table, spec, &RelationshipColumn::column);
-  const RealIndex* referenced_index =
-      FindIndex(referenced, Positions(referenced, spec, &RelationshipColumn::referenced_column));
-  if (!referenced_index || !referenced_index->unique) {
+  const RealIndex* referenced_index = FindIndex(
+      referenced, Positions(referenced, spec, &RelationshipColumn::referenced_column), true);
+  if (!referenced_index) {
     RaiseEngineError(ErrorNumber::Syntax,
                      u"No unique index found for the referenced field of the primary table.");
   }

@@ -76,6 +76,18 @@ class SoundFile {
     return place;
   }
 
+  // Where the units of a text lie that is not compressed, and how many bytes they are.
+  std::pair<uint64_t, size_t> UnitsOf(const OverwrittenText& text) {
+    const KnownTable& table = Table(ToUtf8(text.table));
+    const jet::Column& column = Column(table, text.column);
+    jet::RowView view(file_, table.definition);
+    if (!jet::FetchRow(file_, table.definition, text.row, view)) throw TextError("no such row");
+    const Bytes field = view.Field(column).value_or(Bytes());
+    const size_t head = column.IsLongValue() ? jet::kLongValueDescriptorSize : 0;
+    if (field.size() < head) throw TextError("there is no text");
+    return {OfBytes(field).start + head, field.size() - head};
+  }
+
   uint64_t PageNumber(const Place& place) const {
     return OffsetOf(place) / file_.Layout().page_size;
   }
@@ -415,6 +427,16 @@ class DamageDoer {
 };
 
 }  // namespace
+
+void OverwriteTexts(const std::vector<OverwrittenText>& texts, std::vector<uint8_t>& database) {
+  SoundFile file(database);
+  for (const OverwrittenText& text : texts) {
+    const auto [start, size] = file.UnitsOf(text);
+    if (size != 2 * text.text.size()) throw TextError("a text of another length");
+    for (size_t i = 0; i < text.text.size(); ++i)
+      jet::Store16(&database[static_cast<size_t>(start) + 2 * i], text.text[i]);
+  }
+}
 
 std::vector<uint8_t> Damaged(const Site& site, std::vector<uint8_t> sound) {
   DamageDoer doer(site, std::move(sound));

@@ -48,9 +48,21 @@
 #include <cstdint>
 #include <vector>
 
+#include "data/jet/format/schema.h"
 #include "tests/support/sites/site_text.h"
 
 namespace rdv::sites {
+
+// A text of a row that takes the place of one of the same length, none of it Latin.
+struct OverwrittenText {
+  Text table;
+  jet::RowId row;
+  Text column;
+  Text text;
+};
+
+// Raises SiteTextError where the place does not fit.
+void OverwriteTexts(const std::vector<OverwrittenText>& texts, std::vector<uint8_t>& database);
 
 // What the site's text does to its sound database. Raises SiteTextError for what it cannot do.
 std::vector<uint8_t> Damaged(const Site& site, std::vector<uint8_t> sound);

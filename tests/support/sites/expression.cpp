@@ -73,6 +73,11 @@ Text Filled(const Text& piece, size_t length) {
   return text.substr(0, length);
 }
 
+int64_t Digit(const Text& digits, int64_t place) {
+  if (place < 0 || static_cast<size_t>(place) >= digits.size()) throw TextError("no such digit");
+  return digits[static_cast<size_t>(place)] - u'0';
+}
+
 size_t ToLength(const Cell& cell) {
   const int64_t length = ToNumber(cell);
   if (length < 0 || length > 1'000'000) throw TextError("a length out of range");
@@ -225,7 +230,8 @@ Cell LineReader::Call(const std::string& name) {
     if (given.size() < 2 || ToNumber(given[0]) < 0) throw TextError("nothing to pick from");
     return given[1 + static_cast<size_t>(ToNumber(given[0])) % (given.size() - 1)];
   }
-  needs(name == "counted" || name == "filled" ? 2 : 1);
+  needs(name == "counted" || name == "filled" || name == "digit" ? 2 : 1);
+  if (name == "digit") return Digit(ToText(given[0]), ToNumber(given[1]));
   if (name == "counted") return Counted(ToText(given[0]), ToLength(given[1]));
   if (name == "filled") return Filled(ToText(given[0]), ToLength(given[1]));
   if (name == "hex") return FromHex(ToText(given[0]));

@@ -4,6 +4,7 @@
 //   1  -0.5  "text"  null  yes  no      in texts: \" \\ \n \r \t \uXXXX
 //   n % 12 + 1   "Line " & n            the usual order; & joins texts
 //   pick(i, a, b, ...)                  a for 0, b for 1 and so on, from the beginning again
+//   digit("220", i)                     the digit at this place, from 0
 //   counted("remark", 1500)             remark 1; remark 2; ... cut off at so many characters
 //   filled("later ", 50)                the text over and over, cut off likewise
 //   date("2011-03-14T15:09:26")  hex("00ff")  guid("{...}")

@@ -1,5 +1,6 @@
 #include "tests/support/sites/sample_sites.h"
 
+#include <cstdlib>
 #include <random>
 #include <system_error>
 
@@ -33,6 +34,7 @@ void Make(const std::string& name) {
 }  // namespace
 
 fs::path SiteFolder(const std::string& name) {
+  if (const char* foreign = std::getenv("RDV_SITES")) return fs::path(foreign) / name;
   if (!fs::exists(FolderOf(name) / "NewDB.mdb")) Make(name);
   return FolderOf(name);
 }
@@ -40,6 +42,26 @@ fs::path SiteFolder(const std::string& name) {
 void RemakeSite(const std::string& name) {
   fs::remove_all(FolderOf(name));
   Make(name);
+}
+
+fs::path SamplePath(const std::string& name) {
+  const fs::path path(name);
+  const fs::path rest = path.lexically_relative(*path.begin());
+  if (*path.begin() == "foreign") return fs::path(RDV_SHARED_DIR) / "sites" / rest;
+  if (*path.begin() != "sites") return fs::path(RDV_SHARED_DIR) / path;
+  return SiteFolder(rest.parent_path().generic_string()) / rest.filename();
+}
+
+bool IsAtHand(const std::string& name) {
+  return name.starts_with("sites/") || fs::exists(SamplePath(name));
+}
+
+std::vector<std::string> SoundDatabases() {
+  std::vector<std::string> names;
+  for (const std::string& name : SiteNames()) {
+    if (ReadSite(name).damage.empty()) names.push_back("sites/" + name + "/NewDB.mdb");
+  }
+  return names;
 }
 
 }  // namespace rdv::sites

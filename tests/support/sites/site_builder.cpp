@@ -226,7 +226,11 @@ class Teller {
       }
       for (size_t i = 0; i < given_.size(); ++i)
         (*row)[given_[i]] = ToValue(Column(given_[i]), cells[sought_.size() + i]);
-      if (sink_) sink_->Update(table_, number, given_, *row);
+      if (!sink_) continue;
+      if (kind == Statement::Kind::Overwrite)
+        sink_->Overwrite(table_, number, given_, *row);
+      else
+        sink_->Update(table_, number, given_, *row);
     }
     if (!found) throw TextError("there is no such row");
   }
@@ -264,6 +268,14 @@ class EngineSink : public SiteSink {
               const std::vector<Value>& content) override {
     engine_.Update(Open(table), rows_[table][row], Assignments(given, content));
   }
+  void Overwrite(size_t table, size_t row, const std::vector<size_t>& given,
+                 const std::vector<Value>& content) override {
+    for (const size_t column : given) {
+      const TableSpec& spec = site_.tables[table];
+      overwritten_.push_back({spec.name, rows_[table][row], spec.columns[column].name,
+                              std::get<Text>(content[column])});
+    }
+  }
   void Delete(size_t table, size_t row) override { engine_.Delete(Open(table), rows_[table][row]); }
   void Relate(const jet::RelationshipSpec& spec) override {
     Commit();
@@ -271,6 +283,9 @@ class EngineSink : public SiteSink {
     engine_.CreateRelationship(spec);
     Commit();
   }
+
+  // To be done when the file is complete.
+  const std::vector<OverwrittenText>& Overwritten() const { return overwritten_; }
 
   void Commit() {
     if (scope_) scope_->Commit();
@@ -297,6 +312,7 @@ class EngineSink : public SiteSink {
   std::optional<jet::Engine::WriteScope> scope_;
   size_t changes_ = 0;
   std::vector<std::vector<jet::RowId>> rows_;
+  std::vector<OverwrittenText> overwritten_;
 };
 
 std::vector<uint8_t> ReadFile(const fs::path& path) {
@@ -334,13 +350,16 @@ std::vector<std::vector<Value>> RowsOf(const std::vector<TableContent>& content,
 
 std::vector<uint8_t> MakeDatabase(const Site& site) {
   const fs::path path = UnusedPath();
+  std::vector<OverwrittenText> overwritten;
   jet::Engine::Create(FromUtf8(path.string()), {}, [&](jet::Engine& engine) {
     EngineSink sink(site, engine);
     ContentOf(site, &sink);
     sink.Commit();
+    overwritten = sink.Overwritten();
   });
   std::vector<uint8_t> bytes = ReadFile(path);
   fs::remove(path);
+  if (!overwritten.empty()) OverwriteTexts(overwritten, bytes);
   return site.damage.empty() ? bytes : Damaged(site, std::move(bytes));
 }
 

@@ -31,6 +31,8 @@ class SiteSink {
                       const std::vector<Value>& row) = 0;
   virtual void Update(size_t table, size_t row, const std::vector<size_t>& given,
                       const std::vector<Value>& content) = 0;
+  virtual void Overwrite(size_t table, size_t row, const std::vector<size_t>& given,
+                         const std::vector<Value>& content) = 0;
   virtual void Delete(size_t table, size_t row) = 0;
   virtual void Relate(const jet::RelationshipSpec& spec) = 0;
 };

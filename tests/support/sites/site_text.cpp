@@ -82,6 +82,7 @@ class SiteParser {
     if (reader.Take("let")) return ParseDefinition(line, reader);
     if (reader.Take("insert")) return ParseRows(line, reader, Statement::Kind::Insert);
     if (reader.Take("update")) return ParseRows(line, reader, Statement::Kind::Update);
+    if (reader.Take("overwrite")) return ParseRows(line, reader, Statement::Kind::Overwrite);
     if (reader.Take("delete")) return ParseRows(line, reader, Statement::Kind::Delete);
     if (reader.Take("relationship")) return ParseRelationship(line, reader);
     if (reader.Take("settings")) return ParseSettings(line);
@@ -277,7 +278,7 @@ class SiteParser {
     if (kind != Statement::Kind::Insert) {
       reader.Expect(":");
       statement.sought = ColumnNames(reader);
-      if (kind == Statement::Kind::Update) {
+      if (kind != Statement::Kind::Delete) {
         reader.Expect(";");
         statement.given = ColumnNames(reader);
       }

@@ -25,6 +25,9 @@
 //   update Used_Lines: Line; Label    the rows with these values in the columns before the
 //   semicolon
 //     4, "Moved"                      get those behind it
+//   overwrite Used_Lines: Line; Label the same for texts of the same length, but written over the
+//   old
+//     4, "\u53d7"                     ones past the engine: indexes keep the keys that they have
 //   delete Used_Lines: Line           the rows with these values
 //     9
 //   relationship Name: Used_Lines.Config_ID refers orvsettings.ConfigID cascading-updates
@@ -68,7 +71,7 @@ struct Line {
 };
 
 struct Statement {
-  enum class Kind { Insert, Update, Delete, Relate };
+  enum class Kind { Insert, Update, Overwrite, Delete, Relate };
   Kind kind = Kind::Insert;
   std::string table;
   std::vector<Text> sought;  // columns that tell the rows
