@@ -53,11 +53,11 @@ std::vector<Entry> Expected(const FileReader& file, const TableDefinition& table
 void CollectPages(const FileReader& file, const TableDefinition& table, uint32_t page,
                   std::set<uint32_t>& pages) {
   ASSERT_TRUE(pages.insert(page).second) << "page " << page << " is met twice";
-  const IndexPageContent content = ReadIndexPage(file, table.Page(), page);
-  for (const IndexEntry& entry : content.entries) {
-    if (!content.leaf) CollectPages(file, table, entry.child, pages);
-  }
-  if (content.tail != 0) CollectPages(file, table, content.tail, pages);
+  const IndexPageView view(file, table.Page(), page);
+  if (view.IsLeaf()) return;
+  for (auto entry = view.EntryAt(0); entry; entry = view.EntryAt(entry->end))
+    CollectPages(file, table, view.Child(*entry), pages);
+  if (view.Tail() != 0) CollectPages(file, table, view.Tail(), pages);
 }
 
 class IndexesOfFile : public testing::TestWithParam<std::string> {

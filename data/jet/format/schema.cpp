@@ -1,6 +1,42 @@
 #include "data/jet/format/schema.h"
 
+#include "data/jet/format/bytes.h"
+#include "data/jet/format/format.h"
+
 namespace rdv::jet {
+
+RowId LoadRowPointer(const uint8_t* from) {
+  return {.page = Load24(from + 1), .row = from[0]};
+}
+
+void StoreRowPointer(uint8_t* to, RowId row) {
+  to[0] = row.row;
+  Store24(to + 1, row.page);
+}
+
+size_t FixedSize(const Column& column) {
+  switch (column.type) {
+    case ColumnType::Boolean:
+      return 0;
+    case ColumnType::Byte:
+      return 1;
+    case ColumnType::Integer:
+      return 2;
+    case ColumnType::Long:
+    case ColumnType::Single:
+      return 4;
+    case ColumnType::Currency:
+    case ColumnType::Double:
+    case ColumnType::DateTime:
+      return 8;
+    case ColumnType::Guid:
+      return kGuidSize;
+    case ColumnType::Numeric:
+      return kNumericSize;
+    default:
+      return column.length;
+  }
+}
 
 const Column* TableDefinition::FindColumn(TextView column_name) const {
   for (const Column& column : columns) {

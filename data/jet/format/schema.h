@@ -22,6 +22,10 @@ struct RowId {
   explicit operator bool() const { return page != 0; }
 };
 
+// A row pointer's kRowPointerSize bytes.
+RowId LoadRowPointer(const uint8_t* from);
+void StoreRowPointer(uint8_t* to, RowId row);
+
 // The values are those on disk.
 enum class ColumnType : uint8_t {
   Boolean = 0x01,
@@ -70,6 +74,9 @@ struct Column {
   bool IsLongValue() const { return type == ColumnType::Memo || type == ColumnType::Ole; }
   bool IsText() const { return type == ColumnType::Memo || type == ColumnType::Text; }
 };
+
+// What the column takes in the fixed area.
+size_t FixedSize(const Column& column);
 
 // Whether the value, which is not Null, is of the type that the column's values have.
 bool HasTypeOf(const Column& column, const Value& value);

@@ -4,34 +4,56 @@
 #include <cstring>
 
 #include "data/jet/format/bits.h"
-#include "data/jet/rows/data_page.h"
 
 namespace rdv::jet {
 namespace {
-
-// The order of entries: that of their bytes, a beginning before what goes on.
-int Compare(Bytes left, Bytes right) {
-  const size_t common = std::min(left.size(), right.size());
-  const int order = common == 0 ? 0 : std::memcmp(left.data(), right.data(), common);
-  if (order != 0) return order;
-  return left.size() < right.size() ? -1 : left.size() > right.size() ? 1 : 0;
-}
 
 // The lowest set bit above `bit`; the number of bits when there is none.
 size_t NextSetBit(Bytes bits, size_t bit) {
   return LowestBit(bits, bit + 1).value_or(bits.size() * 8);
 }
 
+Bytes MaskOf(const Format& format, Bytes page) {
+  return page.subspan(format.index.mask, format.index.mask_size);
+}
+
 }  // namespace
+
+int CompareEntries(Bytes left, Bytes right) {
+  const size_t common = std::min(left.size(), right.size());
+  const int order = common == 0 ? 0 : std::memcmp(left.data(), right.data(), common);
+  if (order != 0) return order;
+  return left.size() < right.size() ? -1 : left.size() > right.size() ? 1 : 0;
+}
 
 RowId LoadEntryRow(const uint8_t* from) {
   return {.page = Load24BigEndian(from), .row = from[3]};
 }
 
+void AppendRow(std::vector<uint8_t>& key, RowId row) {
+  const size_t end = key.size();
+  key.resize(end + kEntryRowSize);
+  Store24BigEndian(&key[end], row.page);
+  key.back() = row.row;
+}
+
+EntryBytes MakeEntry(Bytes key, RowId row) {
+  EntryBytes entry;
+  entry.reserve(key.size() + kEntryRowSize);
+  entry.assign(key.begin(), key.end());
+  AppendRow(entry, row);
+  return entry;
+}
+
+size_t UsedEntryBytes(const Format& format, Bytes page) {
+  const Bytes mask = MaskOf(format, page);
+  return HighestBit(mask, mask.size() * 8).value_or(0);
+}
+
 IndexPageView::IndexPageView(const FileReader& file, uint32_t table_page, uint32_t number)
     : file_(&file), number_(number), page_(file.IndexPage(number, table_page)) {
   const auto& layout = file.Layout().index;
-  mask_ = page_.subspan(layout.mask, layout.mask_size);
+  mask_ = MaskOf(file.Layout(), page_);
   entries_ = page_.subspan(layout.entries);
   child_size_ = IsLeaf() ? 0 : kEntryChildSize;
   if (Used() > entries_.size()) file.DamagedPage(number, u"marks index entries behind its end");
@@ -72,7 +94,7 @@ std::optional<EntryBounds> IndexPageView::EntryAt(size_t start) const {
 }
 
 size_t IndexPageView::Used() const {
-  return HighestBit(mask_, mask_.size() * 8).value_or(0);
+  return UsedEntryBytes(file_->Layout(), page_);
 }
 
 bool IndexPageView::IsBoundary(size_t offset) const {
@@ -89,10 +111,10 @@ std::optional<EntryBounds> IndexPageView::WayTo(Bytes key) const {
 
 std::optional<EntryBounds> IndexPageView::LowerBound(Bytes key) const {
   if (first_.end == 0) return std::nullopt;
-  if (Compare(WithoutChild(first_), key) >= 0) return first_;
+  if (CompareEntries(WithoutChild(first_), key) >= 0) return first_;
   // Since the first entry is below the key, what all entries begin with is below it too or begins
   // it; then what they do not share decides.
-  if (prefix_ > key.size() || Compare(entries_.first(prefix_), key.first(prefix_)) != 0) {
+  if (prefix_ > key.size() || CompareEntries(entries_.first(prefix_), key.first(prefix_)) != 0) {
     return std::nullopt;
   }
   return LowerBoundBehindFirst(key.subspan(prefix_));
@@ -111,7 +133,7 @@ std::optional<EntryBounds> IndexPageView::LowerBoundBehindFirst(Bytes rest) cons
   for (; below < end; middle = below + (end - below) / 2) {
     const size_t start = HighestBit(mask_, middle + 1).value_or(0);
     const auto entry = EntryAt(start);
-    if (entry && Compare(WithoutChild(*entry), rest) < 0) {
+    if (entry && CompareEntries(WithoutChild(*entry), rest) < 0) {
       below = entry->end;
     } else {
       found = entry;
@@ -131,29 +153,6 @@ void IndexPageView::Restore(EntryBounds entry, std::vector<uint8_t>& to) const {
 
 uint32_t IndexPageView::Child(EntryBounds entry) const {
   return Load32BigEndian(&entries_[entry.end - kEntryChildSize]);
-}
-
-IndexPageContent ReadIndexPage(const FileReader& file, uint32_t table_page, uint32_t number) {
-  const IndexPageView view(file, table_page, number);
-  IndexPageContent content;
-  content.leaf = view.IsLeaf();
-  content.previous = view.Previous();
-  content.next = view.Next();
-  content.tail = view.Tail();
-  content.level = view.Level();
-  content.prefix = view.Prefix();
-  const size_t behind_key = kEntryRowSize + (content.leaf ? 0 : kEntryChildSize);
-  std::vector<uint8_t> bytes;
-  for (auto bounds = view.EntryAt(0); bounds; bounds = view.EntryAt(bounds->end)) {
-    view.Restore(*bounds, bytes);
-    const size_t key_size = bytes.size() - behind_key;
-    IndexEntry& entry = content.entries.emplace_back();
-    entry.row = LoadEntryRow(&bytes[key_size]);
-    if (!content.leaf) entry.child = Load32BigEndian(&bytes[key_size + kEntryRowSize]);
-    bytes.resize(key_size);
-    entry.key = bytes;
-  }
-  return content;
 }
 
 }  // namespace rdv::jet

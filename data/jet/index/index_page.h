@@ -11,25 +11,20 @@
 
 namespace rdv::jet {
 
-struct IndexEntry {
-  std::vector<uint8_t> key;  // without the row
-  RowId row;
-  uint32_t child = 0;  // of a node's entry
-};
+// Key and row; in nodes followed by the child.
+using EntryBytes = std::vector<uint8_t>;
 
-struct IndexPageContent {
-  bool leaf = true;
-  uint32_t previous = 0;
-  uint32_t next = 0;
-  uint32_t tail = 0;  // a node's last child, 0 for none
-  uint8_t level = 0;
-  size_t prefix = 0;
-  std::vector<IndexEntry> entries;
-};
+// The order of entries: that of their bytes, a beginning before what goes on.
+int CompareEntries(Bytes left, Bytes right);
 
-// The whole page, decoded. Raises the damaged file's error for a page that is none of the table's
-// index pages or whose mask and entries do not fit together.
-IndexPageContent ReadIndexPage(const FileReader& file, uint32_t table_page, uint32_t number);
+EntryBytes MakeEntry(Bytes key, RowId row);
+// Makes the key an entry.
+void AppendRow(std::vector<uint8_t>& key, RowId row);
+// An entry's row, from the first byte behind its key.
+RowId LoadEntryRow(const uint8_t* from);
+
+// Of an index page: where its last entry ends.
+size_t UsedEntryBytes(const Format& format, Bytes page);
 
 // Where an entry lies in the entry area, as stored: all but the page's first lack the prefix.
 struct EntryBounds {
@@ -94,8 +89,5 @@ class IndexPageView {
   size_t prefix_ = 0;
   EntryBounds first_;  // empty where the page has no entries
 };
-
-// An entry's last bytes, behind the key: the row and, in nodes, the child.
-RowId LoadEntryRow(const uint8_t* from);
 
 }  // namespace rdv::jet

@@ -4,8 +4,6 @@
 #include <array>
 #include <cstring>
 
-#include "data/jet/format/bits.h"
-
 namespace rdv::jet {
 namespace {
 
@@ -119,28 +117,6 @@ void RequireOrder(const WriteContext& context, uint32_t number, const IndexPageI
 }
 
 }  // namespace
-
-int CompareEntries(Bytes left, Bytes right) {
-  const size_t common = std::min(left.size(), right.size());
-  const int order = common == 0 ? 0 : std::memcmp(left.data(), right.data(), common);
-  if (order != 0) return order;
-  return left.size() < right.size() ? -1 : left.size() > right.size() ? 1 : 0;
-}
-
-void AppendRow(std::vector<uint8_t>& key, RowId row) {
-  const size_t end = key.size();
-  key.resize(end + kEntryRowSize);
-  Store24BigEndian(&key[end], row.page);
-  key.back() = row.row;
-}
-
-EntryBytes MakeEntry(Bytes key, RowId row) {
-  EntryBytes entry;
-  entry.reserve(key.size() + kEntryRowSize);
-  entry.assign(key.begin(), key.end());
-  AppendRow(entry, row);
-  return entry;
-}
 
 EntryBytes MakeNodeEntry(Bytes key_and_row, uint32_t child) {
   EntryBytes entry(key_and_row.size() + kEntryChildSize);

@@ -11,9 +11,6 @@
 
 namespace rdv::jet {
 
-// Key and row; in nodes followed by the child.
-using EntryBytes = std::vector<uint8_t>;
-
 struct IndexPageImage {
   bool leaf = true;
   uint8_t level = 0;
@@ -35,12 +32,6 @@ struct IndexPageImage {
   }
 };
 
-// The order of entries: that of their bytes, a beginning before what goes on.
-int CompareEntries(Bytes left, Bytes right);
-
-EntryBytes MakeEntry(Bytes key, RowId row);
-// Makes the key an entry.
-void AppendRow(std::vector<uint8_t>& key, RowId row);
 EntryBytes MakeNodeEntry(Bytes key_and_row, uint32_t child);
 
 // Raises the damaged file's error for entries out of order.

@@ -30,15 +30,6 @@ void DataPageView::DamagedSlot(size_t row) const {
                                   u" lies outside of the page or of its order");
 }
 
-RowId LoadRowPointer(const uint8_t* from) {
-  return {.page = Load24(from + 1), .row = from[0]};
-}
-
-void StoreRowPointer(uint8_t* to, RowId row) {
-  to[0] = row.row;
-  Store24(to + 1, row.page);
-}
-
 RowId ReadRowPointer(const FileReader& file, Bytes content) {
   if (content.size() < kRowPointerSize) file.Damaged(u"The pointer of a moved row is cut off");
   return LoadRowPointer(content.data());

@@ -70,8 +70,6 @@ class DataPageView {
 
 // Where a pointer slot's row is. Raises the damaged file's error for content that is too short.
 RowId ReadRowPointer(const FileReader& file, Bytes content);
-RowId LoadRowPointer(const uint8_t* from);
-void StoreRowPointer(uint8_t* to, RowId row);
 
 // The row that a table's pointer slot with this content stands for. Raises the damaged file's error
 // when it is not there.

@@ -81,30 +81,6 @@ void AppendBinary(Bytes bytes, Text& to) {
   for (const uint8_t byte : bytes) AppendHex(byte, "0123456789abcdef", to);
 }
 
-size_t FixedSize(const Column& column) {
-  switch (column.type) {
-    case ColumnType::Boolean:
-      return 0;
-    case ColumnType::Byte:
-      return 1;
-    case ColumnType::Integer:
-      return 2;
-    case ColumnType::Long:
-    case ColumnType::Single:
-      return 4;
-    case ColumnType::Currency:
-    case ColumnType::Double:
-    case ColumnType::DateTime:
-      return 8;
-    case ColumnType::Guid:
-      return kGuidSize;
-    case ColumnType::Numeric:
-      return kNumericSize;
-    default:
-      return column.length;
-  }
-}
-
 RowView::RowView(const FileReader& file, const TableDefinition& table)
     : file_(&file),
       format_(&file.Layout()),

@@ -76,9 +76,6 @@ class RowView {
 void AppendGuid(const uint8_t* bytes, Text& to);
 void AppendBinary(Bytes bytes, Text& to);
 
-// What a column takes in the fixed area.
-size_t FixedSize(const Column& column);
-
 // Text as Jet stores it: one byte per unit where it is allowed, possible and worth it.
 std::vector<uint8_t> EncodeText(TextView text, bool compressible);
 
