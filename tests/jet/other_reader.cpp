@@ -11,7 +11,7 @@
 
 #include "data/jet/dump/json_writer.h"
 #include "data/jet/rows/table_scan.h"
-#include "tests/jet/json.h"
+#include "tests/jet/dump/json.h"
 
 namespace rdv::jet {
 namespace {

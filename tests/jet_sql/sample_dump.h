@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "runtime/value.h"
-#include "tests/jet/json.h"
+#include "tests/jet/dump/json.h"
 
 namespace rdv::jet::sql {
 

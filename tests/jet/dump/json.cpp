@@ -1,4 +1,4 @@
-#include "tests/jet/json.h"
+#include "tests/jet/dump/json.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>

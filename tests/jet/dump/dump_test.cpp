@@ -9,7 +9,7 @@
 
 #include "runtime/error.h"
 #include "tests/jet/corpus.h"
-#include "tests/jet/json.h"
+#include "tests/jet/dump/json.h"
 
 namespace rdv::jet {
 namespace {
