@@ -5,6 +5,7 @@
 #include <map>
 #include <utility>
 
+#include "data/jet/catalog/system_tables.h"
 #include "data/jet/format/errors.h"
 #include "data/jet/index/index_cursor.h"
 #include "data/jet/index/index_key.h"
@@ -14,17 +15,6 @@
 
 namespace rdv::jet {
 namespace {
-
-constexpr TextView kObjectsName = u"MSysObjects";
-constexpr TextView kRelationshipsName = u"MSysRelationships";
-
-// MSysRelationships.grbit.
-constexpr uint32_t kRelationOneToOne = 0x00000001;
-constexpr uint32_t kRelationNotEnforced = 0x00000002;
-constexpr uint32_t kRelationCascadeUpdates = 0x00000100;
-constexpr uint32_t kRelationCascadeDeletes = 0x00001000;
-constexpr uint32_t kRelationLeftJoin = 0x01000000;
-constexpr uint32_t kRelationRightJoin = 0x02000000;
 
 const Column& RequireColumn(const FileReader& file, const TableDefinition& table, TextView name) {
   const Column* column = table.FindColumn(name);

@@ -52,8 +52,7 @@ class SchemaWriter {
   int32_t NextObjectId();
   void AddObject(int32_t id, int32_t parent, int16_t type, TextView name, Bytes properties);
   void InheritPermissions(int32_t id, int32_t container);
-  Binary Encrypted(Bytes sid) const;
-  Binary Decrypted(const Binary& sid) const;
+  uint32_t SidKey() const;
 
   void AddRelationshipRows(const RelationshipSpec& spec);
   void AddIndex(const TableDefinition& table, const LogicalIndex& logical, const RealIndex* real);

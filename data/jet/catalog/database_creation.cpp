@@ -4,6 +4,7 @@
 
 #include "data/jet/catalog/creation.h"
 #include "data/jet/catalog/definition_writer.h"
+#include "data/jet/catalog/system_tables.h"
 #include "data/jet/file/draft.h"
 #include "data/jet/file/pager.h"
 #include "data/jet/file/write_context.h"
@@ -145,10 +146,6 @@ const std::vector<SystemTable>& SystemTables() {
 
 constexpr int32_t kRootContainer = 0x0F000000;
 constexpr int32_t kDatabaseObject = 0x10000000;
-constexpr uint8_t kEngineSid[] = {0x02, 0x03};
-constexpr uint8_t kAdminSid[] = {0x03, 0x01};
-constexpr uint8_t kUsersSid[] = {0x02, 0x01};
-constexpr uint8_t kCreatorSid[] = {0x02, 0x04};
 
 struct ObjectSpec {
   int32_t id;
@@ -163,10 +160,10 @@ constexpr ObjectSpec kObjects[] = {
     {kDatabasesContainer, kRootContainer, kObjectContainer, u"Databases", kEngineSid},
     {kRelationshipsContainer, kRootContainer, kObjectContainer, u"Relationships", kEngineSid},
     {kDatabaseObject, kDatabasesContainer, kObjectDatabase, u"MSysDb", kAdminSid},
-    {kObjectsPage, kTablesContainer, kObjectTable, u"MSysObjects", kEngineSid},
-    {kAcesPage, kTablesContainer, kObjectTable, u"MSysACEs", kEngineSid},
-    {kQueriesPage, kTablesContainer, kObjectTable, u"MSysQueries", kEngineSid},
-    {kRelationshipsPage, kTablesContainer, kObjectTable, u"MSysRelationships", kEngineSid},
+    {kObjectsPage, kTablesContainer, kObjectTable, kObjectsName, kEngineSid},
+    {kAcesPage, kTablesContainer, kObjectTable, kAcesName, kEngineSid},
+    {kQueriesPage, kTablesContainer, kObjectTable, kQueriesName, kEngineSid},
+    {kRelationshipsPage, kTablesContainer, kObjectTable, kRelationshipsName, kEngineSid},
 };
 
 struct PermissionSpec {
@@ -367,12 +364,6 @@ class SystemTableSource : public TableSource {
   std::vector<TableDefinition> tables_;
 };
 
-rdv::Binary Sid(uint32_t key, Bytes plain) {
-  rdv::Binary sid(plain.begin(), plain.end());
-  ApplySidKey(key, sid);
-  return sid;
-}
-
 void InsertRows(Pager& pager, double row_date) {
   constexpr int32_t kSystemObject = static_cast<int32_t>(0x80000000);
   const FileReader file(pager, pager.FileHeader());
@@ -382,24 +373,18 @@ void InsertRows(Pager& pager, double row_date) {
   TableWriter rows(context, allocator, tables);
   const uint32_t key = pager.FileHeader().sid_key;
   for (const ObjectSpec& object : kObjects) {
-    const std::vector<Assignment> values = {
-        {0, object.id},
-        {1, object.parent},
-        {2, rdv::Text(object.name)},
-        {3, object.type},
-        {4, rdv::DateTime{row_date}},
-        {5, rdv::DateTime{row_date}},
-        {6, Sid(key, object.owner)},
-        {7, kSystemObject},
-    };
-    rows.Insert(tables.TableAt(kObjectsPage), values);
+    rows.Insert(tables.TableAt(kObjectsPage), ObjectRow({.id = object.id,
+                                                         .parent = object.parent,
+                                                         .type = object.type,
+                                                         .name = rdv::Text(object.name),
+                                                         .date = row_date,
+                                                         .owner = EncryptedSid(key, object.owner),
+                                                         .flags = kSystemObject}));
   }
   for (const PermissionSpec& permission : kPermissions) {
-    const std::vector<Assignment> values = {{0, permission.object},
-                                            {1, Sid(key, permission.sid)},
-                                            {2, permission.rights},
-                                            {3, permission.inheritable}};
-    rows.Insert(tables.TableAt(kAcesPage), values);
+    rows.Insert(tables.TableAt(kAcesPage),
+                PermissionRow(permission.object, EncryptedSid(key, permission.sid),
+                              permission.rights, permission.inheritable));
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include "data/jet/catalog/creation.h"
 #include "data/jet/catalog/definition_writer.h"
+#include "data/jet/catalog/system_tables.h"
 #include "data/jet/catalog/table_spec.h"
 #include "data/jet/format/errors.h"
 #include "data/jet/index/index_writer.h"
@@ -10,10 +11,6 @@
 
 namespace rdv::jet {
 namespace {
-
-// MSysRelationships.grbit.
-constexpr int32_t kCascadeUpdates = 0x100;
-constexpr int32_t kCascadeDeletes = 0x1000;
 
 std::vector<size_t> Positions(const TableDefinition& table, const RelationshipSpec& spec,
                               Text RelationshipColumn::*name) {
@@ -103,9 +100,7 @@ void SchemaWriter::FillIndex(const TableDefinition& table, const RealIndex& inde
                              const TableDefinition& referenced, const RealIndex& referenced_index) {
   std::vector<EntryBytes> entries;
   for (TableScan scan(context_.file, table); scan.Next();) {
-    std::vector<Value> values;
-    for (const IndexColumn& part : index.columns)
-      values.push_back(scan.Row().Get(table.columns[part.column]));
+    const std::vector<Value> values = IndexValuesOfRow(table, index, scan.Row());
     const Key key = BuildKey(context_.file, table, index, values);
     entries.push_back(MakeEntry(key, scan.Row().Id()));
     if (AnyNull(values)) continue;
@@ -114,9 +109,7 @@ void SchemaWriter::FillIndex(const TableDefinition& table, const RealIndex& inde
       RaiseRelatedRecordRequired(referenced.name);
   }
   if (index.position < table.indexes.size()) return;
-  std::ranges::sort(entries, [](const EntryBytes& left, const EntryBytes& right) {
-    return CompareEntries(left, right) < 0;
-  });
+  std::sort(entries.begin(), entries.end(), EntryLess());
   IndexWriter(context_, allocator_, table.Page(), index).Rebuild(entries);
 }
 
@@ -128,20 +121,20 @@ void SchemaWriter::AddIndex(const TableDefinition& table, const LogicalIndex& lo
 }
 
 void SchemaWriter::AddRelationshipRows(const RelationshipSpec& spec) {
-  int32_t rules = 0;
-  if (spec.cascade_updates) rules |= kCascadeUpdates;
-  if (spec.cascade_deletes) rules |= kCascadeDeletes;
+  uint32_t rules = 0;
+  if (spec.cascade_updates) rules |= kRelationCascadeUpdates;
+  if (spec.cascade_deletes) rules |= kRelationCascadeDeletes;
   const int32_t count = static_cast<int32_t>(spec.columns.size());
   for (int32_t i = 0; i < count; ++i) {
     const RelationshipColumn& pair = spec.columns[static_cast<size_t>(i)];
-    const std::vector<Assignment> values = {{0, spec.name},
-                                            {1, rules},
-                                            {2, count},
-                                            {3, i},
-                                            {4, spec.table},
-                                            {5, pair.column},
-                                            {6, spec.referenced_table},
-                                            {7, pair.referenced_column}};
+    const std::vector<Assignment> values = {{kRelationName, spec.name},
+                                            {kRelationRules, static_cast<int32_t>(rules)},
+                                            {kRelationPairs, count},
+                                            {kRelationPair, i},
+                                            {kRelationTable, spec.table},
+                                            {kRelationColumn, pair.column},
+                                            {kRelationReferencedTable, spec.referenced_table},
+                                            {kRelationReferencedColumn, pair.referenced_column}};
     rows_.Insert(tables_.TableAt(kRelationshipsPage), values);
   }
   const int32_t id = NextObjectId();

@@ -3,10 +3,11 @@
 
 #include "data/jet/catalog/creation.h"
 #include "data/jet/catalog/definition_writer.h"
+#include "data/jet/catalog/properties.h"
+#include "data/jet/catalog/system_tables.h"
 #include "data/jet/catalog/table_spec.h"
 #include "data/jet/file/write_context.h"
 #include "data/jet/format/errors.h"
-#include "data/jet/format/header.h"
 #include "data/jet/index/index_writer.h"
 #include "data/jet/rows/data_page.h"
 #include "data/jet/rows/data_page_writer.h"
@@ -16,11 +17,6 @@ namespace rdv::jet {
 namespace {
 
 constexpr const Format& kFormat = kJet4;
-
-// Columns of MSysObjects and MSysACEs, by number.
-constexpr size_t kObjectProperties = 14;
-constexpr uint8_t kAdminSid[] = {0x03, 0x01};
-constexpr uint8_t kCreatorSid[] = {0x02, 0x04};
 
 bool IsFixed(ColumnType type) {
   switch (type) {
@@ -59,71 +55,16 @@ void RequireName(TextView name) {
     RaiseInvalidDefinition(u"the name '" + Text(name) + u"' is empty or too long");
 }
 
-// --- Properties of columns: only what differs from the default is stored ---
-
-class PropertyBlock {
- public:
-  std::vector<uint8_t> Encode(const TableSpec& spec) {
-    for (const ColumnSpec& column : spec.columns) {
-      std::vector<uint8_t> values;
-      if (column.required) AddTrue(values, u"Required", true);
-      if (!column.allow_zero_length) AddTrue(values, u"AllowZeroLength", false);
-      if (!values.empty()) AddColumn(column.name, values);
-    }
-    if (columns_.empty()) return {};
-    std::vector<uint8_t> names;
-    for (const TextView name : names_) AppendName(names, name);
-    std::vector<uint8_t> block = {'M', 'R', '2', 0};
-    AppendPart(block, kNamesPart, names);
-    block.insert(block.end(), columns_.begin(), columns_.end());
-    return block;
+// Only what differs from the default is stored.
+std::vector<uint8_t> PropertiesOf(const TableSpec& spec) {
+  std::vector<Property> properties;
+  for (const ColumnSpec& column : spec.columns) {
+    if (column.required) properties.push_back(YesOrNo(column.name, kPropertyRequired, true));
+    if (!column.allow_zero_length)
+      properties.push_back(YesOrNo(column.name, kPropertyAllowZeroLength, false));
   }
-
- private:
-  static constexpr uint16_t kNamesPart = 0x80;
-  static constexpr uint16_t kColumnPart = 0x01;
-  static constexpr uint8_t kPartOfSchema = 1;
-
-  static void Append16(std::vector<uint8_t>& to, size_t value) {
-    to.resize(to.size() + 2);
-    Store16(&to[to.size() - 2], static_cast<uint16_t>(value));
-  }
-  static void Append32(std::vector<uint8_t>& to, size_t value) {
-    to.resize(to.size() + 4);
-    Store32(&to[to.size() - 4], static_cast<uint32_t>(value));
-  }
-  static void AppendName(std::vector<uint8_t>& to, TextView name) {
-    Append16(to, name.size() * sizeof(char16_t));
-    for (const char16_t unit : name) Append16(to, unit);
-  }
-  static void AppendPart(std::vector<uint8_t>& to, uint16_t kind, Bytes body) {
-    Append32(to, body.size() + 6);
-    Append16(to, kind);
-    to.insert(to.end(), body.begin(), body.end());
-  }
-
-  void AddTrue(std::vector<uint8_t>& values, TextView name, bool value) {
-    auto place = std::ranges::find(names_, name);
-    if (place == names_.end()) place = names_.insert(place, name);
-    Append16(values, 9);
-    values.push_back(kPartOfSchema);
-    values.push_back(static_cast<uint8_t>(ColumnType::Boolean));
-    Append16(values, static_cast<size_t>(place - names_.begin()));
-    Append16(values, 1);
-    values.push_back(value ? 0xFF : 0x00);
-  }
-
-  void AddColumn(TextView name, Bytes values) {
-    std::vector<uint8_t> body;
-    Append32(body, 6 + name.size() * sizeof(char16_t));
-    AppendName(body, name);
-    body.insert(body.end(), values.begin(), values.end());
-    AppendPart(columns_, kColumnPart, body);
-  }
-
-  std::vector<TextView> names_;
-  std::vector<uint8_t> columns_;
-};
+  return EncodeProperties(properties);
+}
 
 }  // namespace
 
@@ -142,7 +83,7 @@ void SchemaWriter::CreateTable(const TableSpec& spec) {
   AllocateMaps(table);
   StoreDefinition(context_, allocator_, EncodeDefinition(table), table.pages);
   const int32_t id = static_cast<int32_t>(table.Page());
-  AddObject(id, kTablesContainer, kObjectTable, spec.name, PropertyBlock().Encode(spec));
+  AddObject(id, kTablesContainer, kObjectTable, spec.name, PropertiesOf(spec));
   InheritPermissions(id, kTablesContainer);
 }
 
@@ -252,23 +193,20 @@ int32_t SchemaWriter::NextObjectId() {
 
 void SchemaWriter::AddObject(int32_t id, int32_t parent, int16_t type, TextView name,
                              Bytes properties) {
-  const DateTime now{StampOfNow().row_date};
-  std::vector<Assignment> values = {
-      {0, id},  {1, parent}, {2, Text(name)},           {3, type},
-      {4, now}, {5, now},    {6, Encrypted(kAdminSid)}, {7, int32_t{0}}};
+  std::vector<Assignment> values = ObjectRow({.id = id,
+                                              .parent = parent,
+                                              .type = type,
+                                              .name = Text(name),
+                                              .date = StampOfNow().row_date,
+                                              .owner = EncryptedSid(SidKey(), kAdminSid),
+                                              .flags = 0});
   if (!properties.empty())
     values.push_back({kObjectProperties, Binary(properties.begin(), properties.end())});
   rows_.Insert(tables_.TableAt(kObjectsPage), values);
 }
 
-Binary SchemaWriter::Encrypted(Bytes sid) const {
-  Binary bytes(sid.begin(), sid.end());
-  ApplySidKey(context_.file.FileHeader().sid_key, bytes);
-  return bytes;
-}
-
-Binary SchemaWriter::Decrypted(const Binary& sid) const {
-  return Encrypted(sid);
+uint32_t SchemaWriter::SidKey() const {
+  return context_.file.FileHeader().sid_key;
 }
 
 // What the container lets its objects inherit; what it lets their creator have goes to the one
@@ -287,21 +225,19 @@ void SchemaWriter::InheritPermissions(int32_t id, int32_t container) {
   };
   for (TableScan scan(context_.file, aces); scan.Next();) {
     const RowView& row = scan.Row();
-    const Value object = row.Get(aces.columns[0]);
-    const Value sid = row.Get(aces.columns[1]);
-    const Value rights = row.Get(aces.columns[2]);
-    const bool inheritable = row.Get(aces.columns[3]) == Value(true);
+    const Value object = row.Get(aces.columns[kPermissionObject]);
+    const Value sid = row.Get(aces.columns[kPermissionSid]);
+    const Value rights = row.Get(aces.columns[kPermissionRights]);
+    const bool inheritable = row.Get(aces.columns[kPermissionInheritable]) == Value(true);
     if (object != Value(container) || !inheritable || !std::holds_alternative<Binary>(sid))
       continue;
-    const Binary plain = Decrypted(std::get<Binary>(sid));
+    const Binary plain = DecryptedSid(SidKey(), std::get<Binary>(sid));
     const bool creator = std::ranges::equal(plain, kCreatorSid);
     const Binary holder = creator ? Binary(std::begin(kAdminSid), std::end(kAdminSid)) : plain;
     grant(holder, ToLong(rights));
   }
-  for (const auto& [sid, rights] : inherited) {
-    const std::vector<Assignment> values = {{0, id}, {1, Encrypted(sid)}, {2, rights}, {3, false}};
-    rows_.Insert(aces, values);
-  }
+  for (const auto& [sid, rights] : inherited)
+    rows_.Insert(aces, PermissionRow(id, EncryptedSid(SidKey(), sid), rights, false));
 }
 
 }  // namespace rdv::jet

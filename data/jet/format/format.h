@@ -128,6 +128,10 @@ inline constexpr uint32_t kLongValueChain = 0x00000000;
 inline constexpr size_t kNumericSize = 17;
 inline constexpr uint8_t kNumericNegative = 0x80;
 inline constexpr size_t kGuidSize = 16;
+// A GUID's bytes in the order in which it is written and compared: its first three groups are
+// numbers, stored from their low end.
+inline constexpr std::array<uint8_t, kGuidSize> kGuidOrder = {3, 2, 1,  0,  5,  4,  7,  6,
+                                                              8, 9, 10, 11, 12, 13, 14, 15};
 inline constexpr size_t kMaxTextUnits = 255;
 
 // What the format allows at most; whoever reads relies on it as well as whoever writes.

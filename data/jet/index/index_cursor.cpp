@@ -60,7 +60,7 @@ void IndexCursor::StandOn(std::optional<EntryBounds> entry) {
     entry = page_->EntryAt(0);
     entry_.clear();
     if (entry) page_->Restore(*entry, entry_);
-    if (entry && entry_ <= last_) {
+    if (entry && CompareEntries(entry_, last_) <= 0) {
       file_->DamagedPage(next,
                          u"holds index entries that belong before those of the page that "
                          u"leads to it");
@@ -80,19 +80,16 @@ bool IndexCursor::KeyStartsWith(Bytes prefix) const {
   return key.size() >= prefix.size() && std::equal(prefix.begin(), prefix.end(), key.begin());
 }
 
-std::optional<std::vector<uint8_t>> StoredKeyOfRow(const FileReader& file,
-                                                   const TableDefinition& table,
-                                                   const RealIndex& index, const RowView& row) {
+std::optional<Key> StoredKeyOfRow(const FileReader& file, const TableDefinition& table,
+                                  const RealIndex& index, const RowView& row) {
   const std::vector<Value> values = IndexValuesOfRow(table, index, row);
   if (!HasEntry(index, values)) return std::nullopt;
   if (auto key = TryBuildKey(file, table, index, values)) return key;
   IndexCursor cursor(file, table, index);
   for (cursor.SeekFirst(); cursor.Valid(); cursor.Next()) {
-    if (cursor.Row() == row.Id()) {
-      return std::vector<uint8_t>(cursor.Key().begin(), cursor.Key().end());
-    }
+    if (cursor.Row() == row.Id()) return Key(cursor.Key().begin(), cursor.Key().end());
   }
-  return std::nullopt;
+  file.DamagedPage(index.root, u"is the root of an index that lacks the entry of a row");
 }
 
 IndexSeek::IndexSeek(const FileReader& file, const TableDefinition& table, const RealIndex& index,

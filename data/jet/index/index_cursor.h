@@ -7,6 +7,7 @@
 
 #include "data/jet/file/file_reader.h"
 #include "data/jet/format/schema.h"
+#include "data/jet/index/index_key.h"
 #include "data/jet/index/index_page.h"
 #include "data/jet/rows/row_codec.h"
 
@@ -57,11 +58,11 @@ class IndexCursor {
   std::vector<uint8_t> last_;  // the last entry of the page before
 };
 
-// The key that a stored row has in the index: KeyOfRow's, or, for a text that another program has
-// stored and that no key is known of, the one that a walk through the index finds.
-std::optional<std::vector<uint8_t>> StoredKeyOfRow(const FileReader& file,
-                                                   const TableDefinition& table,
-                                                   const RealIndex& index, const RowView& row);
+// The key that a stored row has in the index, nothing when it has none there by right. Where no key
+// is known of the row's text another program may have stored it all the same: then a walk through
+// the index finds it. Raises the damaged file's error where it does not.
+std::optional<Key> StoredKeyOfRow(const FileReader& file, const TableDefinition& table,
+                                  const RealIndex& index, const RowView& row);
 
 // The rows whose keys begin with the given leading columns' key, in index order, read from their
 // pages as they are met.

@@ -1,6 +1,7 @@
 #include "data/jet/index/index_key.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 
 #include "data/jet/format/errors.h"
@@ -18,8 +19,6 @@ constexpr size_t kSegmentSize = 8;
 constexpr uint8_t kMoreSegments = 0x09;
 constexpr uint8_t kNumericPositiveSign = 0xFF;
 constexpr uint8_t kNumericNegativeSign = 0x00;
-// An entry has to share its page with another one.
-constexpr size_t kLongestKey = 1800;
 constexpr size_t kTypicalKey = 64;  // what is set aside for one at first
 
 // Bytes of a part behind its flag: complemented for a descending column.
@@ -66,12 +65,9 @@ void AppendBinary(Bytes bytes, bool descending, Key& key) {
 }
 
 void AppendGuid(const Guid& guid, bool descending, Key& key) {
-  // As displayed: the first three groups from their high end.
-  std::array<uint8_t, 16> bytes = guid.bytes;
-  std::reverse(bytes.begin(), bytes.begin() + 4);
-  std::reverse(bytes.begin() + 4, bytes.begin() + 6);
-  std::reverse(bytes.begin() + 6, bytes.begin() + 8);
-  AppendBinary(bytes, descending, key);
+  std::array<uint8_t, kGuidSize> written;
+  for (size_t i = 0; i < written.size(); ++i) written[i] = guid.bytes[kGuidOrder[i]];
+  AppendBinary(written, descending, key);
 }
 
 void AppendNumeric(const DecimalNumber& number, bool descending, Key& key) {
@@ -211,8 +207,16 @@ std::vector<Value> IndexValuesOfRow(const TableDefinition& table, const RealInde
   return values;
 }
 
+bool AnyNull(std::span<const Value> values) {
+  return std::ranges::any_of(values, IsNull);
+}
+
+bool AllNull(std::span<const Value> values) {
+  return std::ranges::all_of(values, IsNull);
+}
+
 bool HasEntry(const RealIndex& index, std::span<const Value> values) {
-  return !index.ignore_nulls || !std::all_of(values.begin(), values.end(), IsNull);
+  return !index.ignore_nulls || !AllNull(values);
 }
 
 std::optional<Key> KeyOfRow(const FileReader& file, const TableDefinition& table,

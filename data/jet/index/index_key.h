@@ -15,6 +15,9 @@ namespace rdv::jet {
 
 using Key = std::vector<uint8_t>;
 
+// Two entries with keys of this size fit a page, which every split of it relies on.
+inline constexpr size_t kLongestKey = 1800;
+
 // Appends one column's part of a key. `value` has the column's own type or is Null; another type
 // raises a mismatch. Raises for a
 // text with a character that the sort order's table does not know, and for files whose sort order
@@ -23,7 +26,8 @@ void AppendKeyPart(const FileReader& file, const Column& column, bool descending
                    const Value& value, Key& key);
 
 // The key of the leading columns of an index that `values` gives, in the order of the index's
-// columns; of all of them, the whole key.
+// columns; of all of them, the whole key. Raises as AppendKeyPart does, and for what is longer than
+// kLongestKey.
 Key BuildKey(const FileReader& file, const TableDefinition& table, const RealIndex& index,
              std::span<const Value> values);
 
@@ -36,12 +40,15 @@ std::optional<Key> TryBuildKey(const FileReader& file, const TableDefinition& ta
 std::vector<Value> IndexValuesOfRow(const TableDefinition& table, const RealIndex& index,
                                     const RowView& row);
 
+bool AnyNull(std::span<const Value> values);
+bool AllNull(std::span<const Value> values);
+
 // Whether a row with these values has an entry: an index that ignores Nulls has none for a row
 // whose columns are all Null.
 bool HasEntry(const RealIndex& index, std::span<const Value> values);
 
-// The key of a row, nothing when the row has no entry. Raises as AppendKeyPart does; see
-// StoredKeyOfRow for rows that another program has stored.
+// The key of a row, nothing when the row has no entry. Raises as BuildKey does; see StoredKeyOfRow
+// for rows that another program has stored.
 std::optional<Key> KeyOfRow(const FileReader& file, const TableDefinition& table,
                             const RealIndex& index, const RowView& row);
 

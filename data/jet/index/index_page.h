@@ -16,6 +16,9 @@ using EntryBytes = std::vector<uint8_t>;
 
 // The order of entries: that of their bytes, a beginning before what goes on.
 int CompareEntries(Bytes left, Bytes right);
+struct EntryLess {
+  bool operator()(Bytes left, Bytes right) const { return CompareEntries(left, right) < 0; }
+};
 
 EntryBytes MakeEntry(Bytes key, RowId row);
 // Makes the key an entry.

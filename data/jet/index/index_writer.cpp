@@ -80,10 +80,8 @@ void IndexWriter::Insert(Key key, RowId row, std::optional<EntryPlace> place) {
   const size_t offset = behind ? behind->start : view.Used();
   if (InsertEntryInPlace(context_, table_page_, leaf, offset, entry)) return;
   IndexPageImage image = Load(leaf);
-  const auto next = std::ranges::lower_bound(image.entries, entry,
-                                             [](const EntryBytes& left, const EntryBytes& right) {
-                                               return CompareEntries(left, right) < 0;
-                                             });
+  const auto next =
+      std::lower_bound(image.entries.begin(), image.entries.end(), entry, EntryLess());
   const bool appended = next == image.entries.end();
   image.entries.insert(next, entry);
   Save(path, path.size() - 1, std::move(image), appended);

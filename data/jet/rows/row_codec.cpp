@@ -66,13 +66,10 @@ void AppendHex(uint8_t byte, const char* digits, Text& to) {
 }  // namespace
 
 void AppendGuid(const uint8_t* bytes, Text& to) {
-  // The first three groups are numbers, stored from their low end.
-  constexpr std::array<uint8_t, kGuidSize> order = {3, 2, 1,  0,  5,  4,  7,  6,
-                                                    8, 9, 10, 11, 12, 13, 14, 15};
   to.push_back(u'{');
-  for (size_t i = 0; i < order.size(); ++i) {
+  for (size_t i = 0; i < kGuidOrder.size(); ++i) {
     if (i == 4 || i == 6 || i == 8 || i == 10) to.push_back(u'-');
-    AppendHex(bytes[order[i]], "0123456789ABCDEF", to);
+    AppendHex(bytes[kGuidOrder[i]], "0123456789ABCDEF", to);
   }
   to.push_back(u'}');
 }

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "data/jet/format/errors.h"
+#include "data/jet/format/format.h"
 #include "data/jet/sql/date_text.h"
 #include "data/jet/sql/number_text.h"
 
@@ -84,8 +85,6 @@ int HexadecimalDigit(char16_t unit) {
 // {XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}, the braces may be absent.
 Conversion ToGuid(TextView text) {
   constexpr TextView kShape = u"00000000-0000-0000-0000-000000000000";
-  // Where the bytes of the digits go: the first three groups are little-endian numbers.
-  constexpr uint8_t kPlaces[] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
   TextView digits = Trim(text);
   if (digits.size() == kShape.size() + 2 && digits.front() == u'{' && digits.back() == u'}')
     digits = digits.substr(1, kShape.size());
@@ -99,7 +98,7 @@ Conversion ToGuid(TextView text) {
     }
     const int value = HexadecimalDigit(digits[i]);
     if (value < 0) return {};
-    uint8_t& byte = guid.bytes[kPlaces[nibble++ / 2]];
+    uint8_t& byte = guid.bytes[kGuidOrder[nibble++ / 2]];
     byte = static_cast<uint8_t>(byte << 4 | value);
   }
   return Done(guid);

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "data/jet/format/errors.h"
+#include "data/jet/format/format.h"
 #include "data/jet/index/index_key.h"
 #include "data/jet/sql/number_text.h"
 
@@ -41,8 +42,7 @@ int CompareDecimals(const DecimalNumber& left, const DecimalNumber& right) {
 
 // In the order in which they are written.
 int CompareGuids(const Guid& left, const Guid& right) {
-  constexpr uint8_t kWritten[] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
-  for (const uint8_t place : kWritten) {
+  for (const uint8_t place : kGuidOrder) {
     if (left.bytes[place] != right.bytes[place])
       return left.bytes[place] < right.bytes[place] ? -1 : 1;
   }

@@ -8,9 +8,6 @@
 namespace rdv::jet {
 namespace {
 
-// Two entries of this size fit a page, which every split of it relies on.
-constexpr size_t kLongestKey = 1800;
-
 const LogicalIndex* FindLogicalIndex(const TableDefinition& table, uint32_t number) {
   const auto found = std::ranges::find(table.logical_indexes, number, &LogicalIndex::number);
   return found == table.logical_indexes.end() ? nullptr : &*found;
@@ -55,21 +52,11 @@ void CheckField(const TableDefinition& table, const Column& column, const Value&
     RaiseFieldTooSmall();
 }
 
-bool AnyNull(std::span<const Value> values) {
-  return std::ranges::any_of(values, [](const Value& value) { return IsNull(value); });
-}
-
-bool AllNull(std::span<const Value> values) {
-  return std::ranges::all_of(values, [](const Value& value) { return IsNull(value); });
-}
-
 std::optional<Key> CheckedKey(const FileReader& file, const TableDefinition& table,
                               const RealIndex& index, std::span<const Value> values) {
   if ((index.required || IsPrimary(table, index)) && AnyNull(values)) RaiseNullInPrimaryKey();
-  if (index.ignore_nulls && AllNull(values)) return std::nullopt;
-  Key key = BuildKey(file, table, index, values);
-  if (key.size() > kLongestKey) RaiseKeyTooLong();
-  return key;
+  if (!HasEntry(index, values)) return std::nullopt;
+  return BuildKey(file, table, index, values);
 }
 
 std::optional<EntryPlace> CheckUnique(const FileReader& file, const TableDefinition& table,

@@ -61,9 +61,6 @@ std::optional<EntryPlace> CheckUnique(const FileReader& file, const TableDefinit
 bool HasKey(const FileReader& file, const TableDefinition& table, const RealIndex& index,
             Bytes key);
 
-bool AnyNull(std::span<const Value> values);
-bool AllNull(std::span<const Value> values);
-
 // The rows of the other table that refer to the given values; none where one of them is Null.
 std::vector<RowId> RowsReferringTo(const FileReader& file, const Relation& relation,
                                    std::span<const Value> values);

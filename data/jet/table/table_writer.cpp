@@ -62,21 +62,6 @@ RowView TableWriter::RequireRowOf(const TableDefinition& table, RowId row) const
   return view;
 }
 
-// The key that the index has the row under. Where the text's characters are not known, other
-// programs may have stored it all the same: then the entry is looked for.
-std::optional<Key> TableWriter::StoredKey(const TableDefinition& table, const RealIndex& index,
-                                          const RowView& row) const {
-  try {
-    return KeyOfRow(context_.file, table, index, row);
-  } catch (const RuntimeError&) {
-    IndexCursor cursor(context_.file, table, index);
-    for (cursor.SeekFirst(); cursor.Valid(); cursor.Next()) {
-      if (cursor.Row() == row.Id()) return Copy(cursor.Key());
-    }
-    throw;
-  }
-}
-
 // --- What callers ask for ---
 
 RowId TableWriter::Insert(const TableDefinition& table, std::span<const Assignment> values) {
@@ -230,7 +215,7 @@ std::optional<TableWriter::RowChange> TableWriter::PrepareUpdate(
     if (!changed(index)) continue;
     const std::vector<Value> parts = IndexValues(index, new_value);
     std::optional<Key> added = CheckedKey(context_.file, table, index, parts);
-    std::optional<Key> removed = StoredKey(table, index, view);
+    std::optional<Key> removed = StoredKeyOfRow(context_.file, table, index, view);
     if (added == removed) continue;
     if (added) CheckUnique(context_.file, table, index, *added, parts, row);
     change.indexes.push_back({&index, std::move(removed), std::move(added), std::nullopt});
@@ -246,7 +231,7 @@ TableWriter::RowChange TableWriter::PrepareDelete(const TableDefinition& table, 
   change.table = &table;
   change.row = row;
   for (const RealIndex& index : table.indexes) {
-    if (auto key = StoredKey(table, index, view))
+    if (auto key = StoredKeyOfRow(context_.file, table, index, view))
       change.indexes.push_back({&index, std::move(key), std::nullopt, std::nullopt});
   }
   for (size_t i = 0; i < table.columns.size(); ++i) {

@@ -124,8 +124,6 @@ class TableWriter {
   void UpdateIndexes(RowChange& change, RowId row);
   void UpdateCounters(const RowChange& change);
 
-  std::optional<Key> StoredKey(const TableDefinition& table, const RealIndex& index,
-                               const RowView& row) const;
   RowView RequireRowOf(const TableDefinition& table, RowId row) const;
 
   const WriteContext& context_;
