@@ -1,6 +1,7 @@
 #include "data/jet/catalog/definition_writer.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 
 #include "data/jet/rows/data_page.h"
@@ -79,6 +80,7 @@ void EncodeColumn(const TableDefinition& table, const Column& column, uint8_t* t
 }
 
 void EncodeRealIndex(const TableDefinition& table, const RealIndex& index, uint8_t* to) {
+  assert(!index.columns.empty() && index.columns.size() <= kIndexMaxColumns);
   const auto& layout = kFormat.real_index;
   Store32(to, kIndexConstant);
   for (size_t i = 0; i < kIndexMaxColumns; ++i) {
@@ -181,6 +183,8 @@ std::vector<uint8_t> EncodeDefinition(const TableDefinition& table) {
 std::vector<uint32_t> StoreDefinition(const WriteContext& context, PageAllocator& allocator,
                                       Bytes definition, std::vector<uint32_t> pages) {
   const auto& layout = kFormat.definition;
+  assert(definition.size() > layout.statistics &&
+         Load32(definition.data() + layout.length) == definition.size());
   const size_t page_size = kFormat.page_size;
   const size_t capacity = page_size - layout.continuation;
   const size_t needed = (definition.size() - layout.continuation + capacity - 1) / capacity;
@@ -213,6 +217,7 @@ std::vector<uint8_t> AddIndexToDefinition(Bytes definition, const TableDefinitio
   };
   // Makes room for a structure in front of `position` and moves on behind it.
   const auto insert = [&](size_t size) {
+    assert(position <= bytes.size());
     bytes.insert(bytes.begin() + static_cast<ptrdiff_t>(position), size, 0);
     position += size;
     return &bytes[position - size];

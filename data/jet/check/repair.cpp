@@ -114,9 +114,7 @@ class Repair {
         return MendFreeBytes(finding);
       case FindingKind::OrphanRow:
       case FindingKind::LostRow:
-        DataPageWriter(context_, finding.page, finding.table)
-            .Delete(static_cast<uint8_t>(finding.position));
-        return true;
+        return DeleteSlot(finding);
       case FindingKind::LeakedLongValue:
         return DropLongValue(finding);
       case FindingKind::Index:
@@ -137,6 +135,14 @@ class Repair {
 
   TableDefinition Table(const Finding& finding) const {
     return ReadTableDefinition(file_, finding.table, {});
+  }
+
+  bool DeleteSlot(const Finding& finding) {
+    DataPageWriter page(context_, finding.page, finding.table);
+    const auto row = static_cast<uint8_t>(finding.position);
+    if (page.Flags(row) == kSlotDeleted) return false;
+    page.Delete(row);
+    return true;
   }
 
   bool MendFreeBytes(const Finding& finding) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstring>
 
 namespace rdv::jet {
@@ -15,6 +16,7 @@ class MaskBits {
  public:
   MaskBits(std::span<uint8_t> mask, size_t from, size_t to)
       : mask_(mask), first_(from / 64), last_(to / 64) {
+    assert(first_ <= last_ && last_ < kWords && to / 8 < mask.size());
     for (size_t i = first_; i < last_; ++i) words_[i] = Load64(&mask[i * 8]);
     for (size_t byte = last_ * 8; byte < std::min(mask.size(), last_ * 8 + 8); ++byte)
       words_[last_] |= uint64_t{mask[byte]} << (byte % 8 * 8);
@@ -172,6 +174,7 @@ bool StoreIndexPage(const WriteContext& context, uint32_t table_page, uint32_t n
     used += stored.size();
     mask[used / 8] |= static_cast<uint8_t>(1u << (used % 8));
   }
+  assert(used <= area);
   StoreFreeBytes(format, page, used);
   return true;
 }

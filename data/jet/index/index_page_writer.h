@@ -2,6 +2,7 @@
 // entries and encoding it anew.
 #pragma once
 
+#include <cassert>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -10,6 +11,12 @@
 #include "data/jet/index/index_page.h"
 
 namespace rdv::jet {
+
+// The child that a node's entry leads to.
+inline uint32_t ChildOf(const EntryBytes& entry) {
+  assert(entry.size() > kEntryChildSize);
+  return Load32BigEndian(&entry.back() - (kEntryChildSize - 1));
+}
 
 struct IndexPageImage {
   bool leaf = true;
@@ -24,10 +31,9 @@ struct IndexPageImage {
   Bytes WithoutChild(size_t entry) const {
     return Bytes(entries[entry]).first(entries[entry].size() - ChildSize());
   }
-  uint32_t Child(size_t entry) const {
-    return Load32BigEndian(&entries[entry].back() - (kEntryChildSize - 1));
-  }
+  uint32_t Child(size_t entry) const { return ChildOf(entries[entry]); }
   void SetChild(size_t entry, uint32_t child) {
+    assert(!leaf && entries[entry].size() > kEntryChildSize);
     Store32BigEndian(&entries[entry].back() - (kEntryChildSize - 1), child);
   }
 };

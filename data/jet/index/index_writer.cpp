@@ -1,6 +1,7 @@
 #include "data/jet/index/index_writer.h"
 
 #include <algorithm>
+#include <cassert>
 #include <iterator>
 
 #include "data/jet/file/write_context.h"
@@ -104,6 +105,7 @@ void IndexWriter::Split(const Path& path, size_t depth, IndexPageImage image, bo
 
 // The root's content moves to new pages, and the root becomes their node.
 void IndexWriter::SplitRoot(std::vector<Piece> pieces, uint8_t level) {
+  assert(pieces.size() > 1);
   std::vector<uint32_t> pages;
   for (size_t i = 0; i < pieces.size(); ++i) pages.push_back(AllocatePage());
   LinkAndStore(pieces, pages, 0, 0);
@@ -118,6 +120,7 @@ void IndexWriter::SplitRoot(std::vector<Piece> pieces, uint8_t level) {
 
 // The first piece stays on the page, the others come behind it.
 void IndexWriter::SplitBelow(const Path& path, size_t depth, std::vector<Piece> pieces) {
+  assert(depth > 0 && pieces.size() > 1);
   std::vector<uint32_t> pages = {path[depth].page};
   for (size_t i = 1; i < pieces.size(); ++i) pages.push_back(AllocatePage());
   const uint32_t previous = pieces.front().image.previous;
@@ -280,7 +283,7 @@ void IndexWriter::RemoveChild(const Path& path, size_t depth) {
   } else if (!node.entries.empty()) {
     const EntryBytes removed = std::move(node.entries.back());
     node.entries.pop_back();
-    node.tail = Load32BigEndian(&removed.back() - (kEntryChildSize - 1));
+    node.tail = ChildOf(removed);
     Store(page, node);
     if (depth > 0) {
       const EntryBytes last(removed.begin(), removed.end() - ptrdiff_t{kEntryChildSize});
@@ -309,9 +312,7 @@ void IndexWriter::Shrink(const Path& path, size_t depth, const IndexPageImage& i
   const IndexPageImage parent = Load(path[depth - 1].page);
   const bool known =
       parent.tail == path[depth].page ||
-      std::ranges::any_of(parent.entries, [&](const EntryBytes& entry) {
-        return Load32BigEndian(&entry.back() - (kEntryChildSize - 1)) == path[depth].page;
-      });
+      std::ranges::find(parent.entries, path[depth].page, ChildOf) != parent.entries.end();
   if (!known) return;
   if (!MergeLeft(path, depth, image.tail)) MergeRight(path, depth, image.tail);
 }

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <array>
+#include <cassert>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -45,7 +46,10 @@ class IndexWriter {
   class Path {
    public:
     bool Full() const { return size_ == steps_.size(); }
-    void Add(uint32_t page) { steps_[size_++].page = page; }
+    void Add(uint32_t page) {
+      assert(!Full());
+      steps_[size_++].page = page;
+    }
     size_t size() const { return size_; }
     Step& back() { return steps_[size_ - 1]; }
     const Step& back() const { return steps_[size_ - 1]; }

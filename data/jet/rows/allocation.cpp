@@ -1,6 +1,7 @@
 #include "data/jet/rows/allocation.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 
 #include "data/jet/format/bits.h"
@@ -14,12 +15,15 @@ namespace {
 constexpr size_t kGrowth = 4;  // bytes by which a map's row grows
 
 bool TestBit(Bytes bits, size_t bit) {
+  assert(bit / 8 < bits.size());
   return (bits[bit / 8] >> (bit % 8) & 1) != 0;
 }
 void SetBit(std::span<uint8_t> bits, size_t bit) {
+  assert(bit / 8 < bits.size());
   bits[bit / 8] |= static_cast<uint8_t>(1u << (bit % 8));
 }
 void ClearBit(std::span<uint8_t> bits, size_t bit) {
+  assert(bit / 8 < bits.size());
   bits[bit / 8] &= static_cast<uint8_t>(~(1u << (bit % 8)));
 }
 
@@ -27,6 +31,7 @@ bool IsInline(Bytes row) {
   return row[0] == kMapInline;
 }
 void SetReference(std::span<uint8_t> row, size_t position, uint32_t page) {
+  assert(row[0] == kMapReference && (position + 1) * kMapReferenceSize < row.size());
   Store32(row.data() + kMapReferences + position * kMapReferenceSize, page);
 }
 
@@ -40,6 +45,7 @@ std::span<uint8_t> EditMapPageBits(const WriteContext& context, uint32_t page) {
 }
 
 void InitializeMapPage(const WriteContext& context, uint32_t page, uint8_t fill) {
+  assert(page > kGlobalMapPage);
   uint8_t* bytes = context.pager.Edit(page);
   std::memset(bytes, fill, context.Layout().page_size);
   Store32(bytes, 0);

@@ -1,5 +1,6 @@
 #include "data/jet/rows/data_page_writer.h"
 
+#include <cassert>
 #include <cstring>
 
 namespace rdv::jet {
@@ -26,6 +27,7 @@ void DataPageWriter::RequireOrder() const {
 }
 
 void DataPageWriter::Initialize(const WriteContext& context, uint32_t number, uint32_t owner) {
+  assert(number > kGlobalMapPage);
   const Format& format = context.Layout();
   uint8_t* page = context.pager.Edit(number);
   std::memset(page, 0, format.page_size);
@@ -93,6 +95,7 @@ uint8_t* DataPageWriter::Edit() {
 }
 
 void DataPageWriter::SetSlot(size_t row, size_t start, uint16_t flags) {
+  assert(start <= format_.page_size && (flags & kSlotStartMask) == 0);
   Store16(Edit() + format_.data.slots + row * kSlotSize, static_cast<uint16_t>(start | flags));
 }
 
@@ -101,6 +104,7 @@ void DataPageWriter::StoreFreeBytes() {
 }
 
 uint8_t DataPageWriter::Insert(Bytes content, uint16_t flags) {
+  assert(HasRoomFor(content.size()));
   uint8_t* page = Edit();
   const size_t row = SlotCount();
   const size_t start = LowestStart() - content.size();
@@ -114,6 +118,7 @@ uint8_t DataPageWriter::Insert(Bytes content, uint16_t flags) {
 // The row's bytes are to be written afterwards.
 void DataPageWriter::Resize(uint8_t row, size_t size, uint16_t flags) {
   RequireSlot(row);
+  assert(CanResize(row, size));
   uint8_t* page = Edit();
   const size_t old_start = Start(row);
   const size_t new_start = End(row) - size;

@@ -1,6 +1,7 @@
 #include "data/jet/rows/long_value_writer.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "data/jet/file/write_context.h"
 #include "data/jet/format/errors.h"
@@ -58,6 +59,7 @@ std::vector<uint8_t> LongValueWriter::Store(Bytes value) {
 // From the end to the beginning, so that each row knows its next. What is left over for the last
 // row may share its page with others.
 RowId LongValueWriter::StoreChain(Bytes value, uint32_t& stamp) {
+  assert(value.size() > format_.long_value.single_row_max);
   const size_t chunk = format_.long_value.chunk;
   size_t start = (value.size() - 1) / chunk * chunk;
   RowId next;

@@ -1,6 +1,7 @@
 // One row: reading its fields where they lie, and building a new one.
 #pragma once
 
+#include <cassert>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -97,7 +98,10 @@ class FieldBuffer {
     return bytes_.data() + start;
   }
   // Gives up the last bytes.
-  void TakeBack(size_t size) { size_ -= size; }
+  void TakeBack(size_t size) {
+    assert(size <= size_);
+    size_ -= size;
+  }
   void Clear() { size_ = 0; }
 
  private:
@@ -120,6 +124,7 @@ class RowFields {
   size_t Count() const { return places_.size(); }
   // Nothing for Null; for a Boolean, there and empty when true. Valid until a field is set.
   std::optional<Bytes> operator[](size_t column) const {
+    assert(column < places_.size());
     const Place& place = places_[column];
     if (!place.present) return std::nullopt;
     return Bytes(bytes_.At(place.start), place.size);

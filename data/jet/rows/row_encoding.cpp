@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cassert>
 
 #include "data/jet/format/errors.h"
 #include "data/jet/format/text_units.h"
@@ -137,11 +138,15 @@ RowLayout LayoutOf(const TableDefinition& table, const RowFields& fields) {
 void StoreVariableColumns(const TableDefinition& table, const RowFields& fields,
                           const RowLayout& layout, std::vector<uint8_t>& row) {
   if (table.variable_columns == 0) return;
-  const auto place = [&](size_t index) { return &row[layout.count - (index + 1) * kOffsetSize]; };
+  const auto place = [&](size_t index) {
+    assert(index < table.variable_columns);
+    return &row[layout.count - (index + 1) * kOffsetSize];
+  };
   const auto for_each_field = [&](auto action) {
     for (size_t i = 0; i < table.columns.size(); ++i) {
       const Column& column = table.columns[i];
-      if (column.fixed) continue;
+      // A Boolean's value is its bit, wherever the definition says that it lies.
+      if (column.fixed || column.type == ColumnType::Boolean) continue;
       if (const auto field = fields[i]) action(place(column.variable_index), *field);
     }
   };
@@ -193,6 +198,7 @@ std::vector<uint8_t> EncodeRow(const TableDefinition& table, const RowFields& fi
 }
 
 void EncodeRow(const TableDefinition& table, const RowFields& fields, std::vector<uint8_t>& row) {
+  assert(fields.Count() == table.columns.size());
   const RowLayout layout = LayoutOf(table, fields);
   if (layout.size > kJet4.row.max_size) RaiseRecordTooLarge();
   row.assign(layout.size, 0);
@@ -202,8 +208,9 @@ void EncodeRow(const TableDefinition& table, const RowFields& fields, std::vecto
     if (!field) continue;
     const Column& column = table.columns[i];
     row[layout.mask + column.number / 8] |= static_cast<uint8_t>(1 << (column.number % 8));
-    if (column.fixed)
-      std::ranges::copy(*field, row.data() + kJet4.row.count_size + column.fixed_offset);
+    if (!column.fixed) continue;
+    assert(field->size() == FixedSize(column));
+    std::ranges::copy(*field, row.data() + kJet4.row.count_size + column.fixed_offset);
   }
   StoreVariableColumns(table, fields, layout, row);
 }

@@ -65,6 +65,8 @@ uint32_t RowStore::NewPage() {
   const uint32_t page = allocator_.Allocate();
   DataPageWriter::Initialize(context_, page, owner_);
   owned_.Add(page);
+  // Without it the row would be nobody's.
+  if (!owned_.Contains(page)) context_.file.Damaged(u"A table or a column has no map of its pages");
   return page;
 }
 

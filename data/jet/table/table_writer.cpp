@@ -1,6 +1,7 @@
 #include "data/jet/table/table_writer.h"
 
 #include <algorithm>
+#include <cassert>
 #include <random>
 
 #include "data/jet/file/write_context.h"
@@ -359,6 +360,7 @@ void TableWriter::FollowDelete(Plan& plan, size_t number) {
 // --- Making the change ---
 
 RowId TableWriter::Apply(RowChange& change) {
+  assert(changing_ && !change.bytes.empty() == (change.kind != RowChange::Kind::Delete));
   RowStore rows = RowsOf(context_, allocator_, *change.table);
   StoreLongValues(change);
   switch (change.kind) {
@@ -372,6 +374,7 @@ RowId TableWriter::Apply(RowChange& change) {
       rows.Remove(change.row);
       break;
   }
+  assert(change.row);
   UpdateIndexes(change, change.row);
   ReleaseLongValues(change);
   UpdateCounters(change);
