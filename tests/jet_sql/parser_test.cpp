@@ -129,7 +129,66 @@ TEST(StatementParser, NamesTheClauseThatIsWrong) {
   EXPECT_EQ(ErrorOf(u"INSERT INTO T (a VALUES (1)"), "Syntax error in INSERT INTO statement.");
   EXPECT_EQ(ErrorOf(u"DELETE T"), "Syntax error in DELETE statement.");
   EXPECT_EQ(ErrorOf(u"SELECT * FROM T; SELECT"), "Characters found after end of SQL statement.");
-  EXPECT_EQ(ErrorOf(u"SELECT * FROM T, U"), "Characters found after end of SQL statement.");
+  EXPECT_EQ(ErrorOf(u"SELECT * FROM T U"), "Characters found after end of SQL statement.");
+}
+
+TEST(StatementParser, NamesWhatItDoesNotSupport) {
+  const std::pair<TextView, const char*> statements[] = {
+      {u"SELECT a + 1 FROM T", "Arithmetic is not supported."},
+      {u"UPDATE T SET a = a * 2", "Arithmetic is not supported."},
+      {u"SELECT * FROM T WHERE a MOD 2 = 0", "Arithmetic is not supported."},
+      {u"SELECT a & b FROM T", "The joining of texts is not supported."},
+      {u"SELECT a AS b FROM T", "A name of its own for a column or a table (AS) is not supported."},
+      {u"SELECT * FROM T AS u", "A name of its own for a column or a table (AS) is not supported."},
+      {u"SELECT * FROM T, U", "More than one table is not supported."},
+      {u"SELECT * FROM T INNER JOIN U ON T.a = U.a", "A join is not supported."},
+      {u"SELECT * FROM (SELECT * FROM T)",
+       "A join or a query in place of a table is not supported."},
+      {u"SELECT a FROM T GROUP BY a", "GROUP BY is not supported."},
+      {u"SELECT a FROM T UNION SELECT a FROM U", "UNION is not supported."},
+      {u"SELECT DISTINCTROW a FROM T", "DISTINCTROW is not supported."},
+      {u"SELECT TOP 5 PERCENT a FROM T", "TOP ... PERCENT is not supported."},
+      {u"SELECT * FROM T WHERE a IN (SELECT a FROM U)",
+       "A query within a statement is not supported."},
+      {u"INSERT INTO T SELECT * FROM U", "A query within a statement is not supported."},
+      {u"SELECT MAX(a) FROM T", "The function MAX is not supported."},
+      {u"SELECT * FROM T WHERE UCASE(a) = 'X'", "The function UCASE is not supported."},
+  };
+  for (const auto& [statement, error] : statements)
+    EXPECT_EQ(ErrorOf(statement), error) << ToUtf8(statement);
+}
+
+TEST(StatementParser, ReadsAListARangeAndAPattern) {
+  const Condition list = WhereOf(u"a NOT IN (1, p, 'x')");
+  ASSERT_EQ(list.kind, ConditionKind::Not);
+  ASSERT_EQ(list.parts[0].kind, ConditionKind::Or);
+  ASSERT_EQ(list.parts[0].parts.size(), 3u);
+  EXPECT_EQ(NameIn(list.parts[0].parts[1].right).column, u"p");
+  const Condition range = WhereOf(u"a BETWEEN 1 AND 2 AND b = 3");
+  ASSERT_EQ(range.kind, ConditionKind::And);
+  ASSERT_EQ(range.parts.size(), 2u);
+  ASSERT_EQ(range.parts[0].kind, ConditionKind::And);
+  EXPECT_EQ(range.parts[0].parts[0].comparison, Comparison::GreaterOrEqual);
+  EXPECT_EQ(LiteralIn(range.parts[0].parts[1].right).text, u"2");
+  EXPECT_EQ(WhereOf(u"a LIKE 'x%'").comparison, Comparison::Like);
+  EXPECT_EQ(WhereOf(u"a NOT LIKE 'x%'").kind, ConditionKind::Not);
+  for (const TextView wrong : {u"a IN ()", u"a IN 1", u"a BETWEEN 1", u"a NOT = 1", u"a LIKE"})
+    EXPECT_EQ(ErrorOf(u"SELECT * FROM T WHERE " + Text(wrong)), "Syntax error in WHERE clause.");
+}
+
+TEST(StatementParser, ReadsWhatStandsInFrontOfTheItems) {
+  const auto select = [](TextView text) { return std::get<Select>(ParseStatement(text)); };
+  EXPECT_TRUE(select(u"SELECT DISTINCT a FROM T").distinct);
+  EXPECT_FALSE(select(u"SELECT ALL a FROM T").distinct);
+  EXPECT_EQ(select(u"SELECT DISTINCT TOP 12 * FROM T").top, 12u);
+  EXPECT_TRUE(std::holds_alternative<CountAll>(select(u"SELECT COUNT(*) FROM T").items[0]));
+  // Where nothing follows them they are names like others.
+  const Select names = select(u"SELECT Top, Distinct, Count, All FROM T");
+  EXPECT_EQ(names.items.size(), 4u);
+  EXPECT_FALSE(names.distinct || names.top);
+  EXPECT_EQ(select(u"SELECT Distinct FROM T").items.size(), 1u);
+  for (const TextView wrong : {u"SELECT TOP 0 a FROM T", u"SELECT TOP 1.5 a FROM T"})
+    EXPECT_NE(ErrorOf(wrong), "no error");
 }
 
 TEST(StatementParser, RefusesQuotesThatAreNotClosed) {

@@ -59,7 +59,8 @@ void AppendTextKeyJet3(TextView text, bool descending, Key& key);
 
 // How Jet compares texts: without regard to case, accents only where the letters are equal,
 // hyphens and apostrophes last; trailing blanks do not count. Characters that the sort order's
-// table does not know come after all others, by number. Negative, zero or positive.
+// table does not know come after all others, by number. The whole texts count, of which an index
+// knows kMaxTextUnits only. Negative, zero or positive.
 int CompareTexts(TextView left, TextView right);
 
 }  // namespace rdv::jet

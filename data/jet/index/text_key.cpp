@@ -25,11 +25,14 @@ constexpr char16_t kBlank = u' ';
 constexpr uint8_t kNibblePlain = 0x2;
 constexpr uint8_t kNibbleEnd = 0x0;
 
-// What an index takes into account of a text.
-TextView Significant(TextView text) {
-  text = text.substr(0, kMaxTextUnits);
+TextView WithoutTrailingBlanks(TextView text) {
   while (!text.empty() && text.back() == kBlank) text.remove_suffix(1);
   return text;
+}
+
+// What an index takes into account of a text.
+TextView Significant(TextView text) {
+  return WithoutTrailingBlanks(text.substr(0, kMaxTextUnits));
 }
 
 void AppendPrimary(uint16_t primary, Key& key) {
@@ -40,6 +43,10 @@ void AppendPrimary(uint16_t primary, Key& key) {
 // The three fields of a Jet 4 key that have contents.
 class FieldsJet4 {
  public:
+  // `place_size`: the bytes of a place among the characters. Two are stored; more serve texts of
+  // any length.
+  explicit FieldsJet4(size_t place_size = sizeof(uint16_t)) : place_size_(place_size) {}
+
   // False for a character that has no code.
   bool Add(char16_t unit) {
     const CharacterCode code = CodeOf(unit);
@@ -95,12 +102,13 @@ class FieldsJet4 {
 
   void AddIgnorable(uint8_t code) {
     const size_t place = kIgnorableBase + kIgnorableStep * positions_;
-    ignorables_.push_back(static_cast<uint8_t>(place >> 8));
-    ignorables_.push_back(static_cast<uint8_t>(place));
+    for (size_t byte = place_size_; byte-- > 0;)
+      ignorables_.push_back(static_cast<uint8_t>(place >> (byte * 8)));
     ignorables_.push_back(kIgnorableMark);
     ignorables_.push_back(code);
   }
 
+  size_t place_size_;
   Key primary_;
   Key weights_;
   Key ignorables_;
@@ -109,8 +117,8 @@ class FieldsJet4 {
 
 // The key by which texts are compared in memory: defined for every text.
 Key ComparisonKey(TextView text) {
-  FieldsJet4 fields;
-  for (const char16_t unit : Significant(text)) {
+  FieldsJet4 fields(sizeof(uint32_t));
+  for (const char16_t unit : WithoutTrailingBlanks(text)) {
     if (!fields.Add(unit)) fields.AddUnknown(unit);
   }
   return std::move(fields).Finish();

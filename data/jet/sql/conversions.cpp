@@ -1,5 +1,6 @@
 #include "data/jet/sql/conversions.h"
 
+#include <optional>
 #include <utility>
 
 #include "data/jet/format/errors.h"
@@ -9,6 +10,8 @@
 
 namespace rdv::jet::sql {
 namespace {
+
+constexpr int kCurrencyDecimals = 4;
 
 // How a text became a value of a column's type.
 struct Conversion {
@@ -33,7 +36,7 @@ Conversion ToInteger(const NumberText& number) {
 }
 
 Conversion ToCurrency(const NumberText& number) {
-  const auto value = NearestInteger(number, 4);
+  const auto value = NearestInteger(number, kCurrencyDecimals);
   return value ? Done(Currency{*value}) : OutOfRange(number);
 }
 
@@ -178,13 +181,41 @@ SearchValue ToSearchValue(const Column& column, TextView text) {
   Conversion conversion = Convert(column, text);
   switch (conversion.outcome) {
     case Conversion::kDone:
-      return {std::move(conversion.value), 0};
+      return {.value = std::move(conversion.value)};
     case Conversion::kOutOfRange:
-      return {Null{}, conversion.negative ? -1 : 1};
+      return {.value = Null{}, .beyond = conversion.negative ? -1 : 1};
     case Conversion::kMismatch:
       break;
   }
   RaiseTypeMismatch();
+}
+
+// The decimals that the column's numbers have; nothing where they have any number of them.
+std::optional<int> DecimalsOf(const Column& column) {
+  switch (column.type) {
+    case ColumnType::Byte:
+    case ColumnType::Integer:
+    case ColumnType::Long:
+      return 0;
+    case ColumnType::Currency:
+      return kCurrencyDecimals;
+    case ColumnType::Numeric:
+      return column.scale;
+    default:
+      return std::nullopt;
+  }
+}
+
+// A number beside true, which is -1, and false, which is 0.
+SearchValue AmongBooleans(const NumberText& number) {
+  const auto nearest = NearestInteger(number);
+  const bool outside = !nearest || *nearest < -1 || *nearest > 0;
+  const int beside = outside ? 0 : BesideScaled(number, 0);
+  const bool below_true = !outside && *nearest == -1 && beside < 0;
+  const bool above_false = !outside && *nearest == 0 && beside > 0;
+  if (outside || below_true || above_false)
+    return {.value = Null{}, .beyond = number.negative ? -1 : 1};
+  return {.value = *nearest == -1, .beside = beside};
 }
 
 // Whether a literal is written as values of the column's type are.
@@ -234,7 +265,12 @@ SearchValue ToSearchValue(const Column& column, const Argument& argument) {
 SearchValue ToSearchValue(const Column& column, const Literal& literal) {
   if (literal.kind == LiteralKind::Null) return {};
   if (!IsWrittenLike(column, literal.kind)) RaiseTypeMismatch();
-  return ToSearchValue(column, TextView(literal.text));
+  const auto number = ParseNumberText(literal.text);
+  if (number && column.type == ColumnType::Boolean) return AmongBooleans(*number);
+  SearchValue search = ToSearchValue(column, TextView(literal.text));
+  const auto decimals = DecimalsOf(column);
+  if (number && decimals && search.beyond == 0) search.beside = BesideScaled(*number, *decimals);
+  return search;
 }
 
 Column ColumnFor(LiteralKind kind) {

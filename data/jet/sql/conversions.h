@@ -25,12 +25,18 @@ struct SearchValue {
   // Of a number outside the column's range: below (-1) or above (1) all that the column can hold;
   // `value` does not count then.
   int beyond = 0;
+  // Of a number that the column cannot hold: just below (-1) or above (1) `value`.
+  int beside = 0;
 
-  bool Exists() const { return beyond == 0 && !IsNull(value); }
+  bool IsNull() const { return beyond == 0 && rdv::IsNull(value); }
+  // Whether a column may hold it.
+  bool Exists() const { return beyond == 0 && beside == 0 && !rdv::IsNull(value); }
 };
 
 // Raise "Data type mismatch ..." as above; a literal must also be written like a value of the type:
-// a number is no text and a quoted text no number.
+// a number is no text and a quoted text no number. An argument becomes what the column can hold, a
+// half rounded to even; a literal counts as it is written: no whole number is equal to 2.5, and
+// true is -1.
 SearchValue ToSearchValue(const Column& column, const Argument& argument);
 SearchValue ToSearchValue(const Column& column, const Literal& literal);
 

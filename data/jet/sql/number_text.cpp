@@ -127,6 +127,18 @@ std::optional<Magnitude> ScaledMagnitude(const NumberText& number, int scale) {
   return magnitude;
 }
 
+int BesideScaled(const NumberText& number, int scale) {
+  const int64_t kept = static_cast<int64_t>(number.digits.size()) + number.exponent + scale;
+  if (number.IsZero() || number.exponent + scale >= 0) return 0;
+  bool up = false;
+  if (kept >= 0) {
+    const auto place = static_cast<size_t>(kept);
+    if (number.digits.find_first_not_of('0', place) == std::string::npos) return 0;
+    up = RoundsUp(number.digits, place);
+  }
+  return up == number.negative ? 1 : -1;
+}
+
 std::optional<int64_t> NearestInteger(const NumberText& number, int scale) {
   const auto magnitude = ScaledMagnitude(number, scale);
   if (!magnitude || (*magnitude)[0] != 0 || (*magnitude)[1] != 0) return std::nullopt;

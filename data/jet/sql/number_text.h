@@ -30,6 +30,10 @@ using Magnitude = std::array<uint32_t, 4>;
 // when it does not fit.
 std::optional<Magnitude> ScaledMagnitude(const NumberText& number, int scale);
 
+// Where the number lies beside what ScaledMagnitude makes of it: below (-1), there (0) or above
+// (1).
+int BesideScaled(const NumberText& number, int scale);
+
 // The nearest number of the type. Nothing when it is outside the type's range; what is too small
 // becomes zero.
 std::optional<int64_t> NearestInteger(const NumberText& number, int scale = 0);

@@ -43,6 +43,8 @@ bool Holds(Comparison comparison, int order) {
       return order > 0;
     case Comparison::GreaterOrEqual:
       return order >= 0;
+    case Comparison::Like:
+      break;
   }
   return false;
 }
@@ -60,9 +62,19 @@ SearchValue ConstantFor(const Column& column, const BoundOperand& constant,
   return ToSearchValue(column, std::get<Literal>(constant));
 }
 
+// A parameter or a literal as the text that it is; Null where it is Null.
+Value TextOf(const BoundOperand& constant, std::span<const Argument> arguments) {
+  if (const auto* parameter = std::get_if<ParameterOperand>(&constant)) {
+    const Argument& argument = arguments[parameter->number];
+    return argument ? Value(*argument) : Value(Null{});
+  }
+  const auto& literal = std::get<Literal>(constant);
+  return literal.kind == LiteralKind::Null ? Value(Null{}) : Value(literal.text);
+}
+
 // Of the column's type, as ConstantFor gives it: then the column is one of whole numbers, too.
 std::optional<int32_t> WholeNumber(const SearchValue& search) {
-  if (search.beyond != 0) return std::nullopt;
+  if (!search.Exists()) return std::nullopt;
   if (const auto* number = std::get_if<int16_t>(&search.value)) return *number;
   if (const auto* number = std::get_if<int32_t>(&search.value)) return *number;
   return std::nullopt;
@@ -90,7 +102,8 @@ Predicate::Node Predicate::Resolve(const Condition& condition, Names& names) {
   if (!compares) return node;
   node.right = names.Resolve(condition.right);
   node.comparison = condition.comparison;
-  if (node.LeftColumn() == nullptr && node.RightColumn() != nullptr) {
+  const bool exchangeable = node.comparison != Comparison::Like;
+  if (exchangeable && node.LeftColumn() == nullptr && node.RightColumn() != nullptr) {
     std::swap(node.left, node.right);
     node.comparison = Mirrored(node.comparison);
   }
@@ -105,7 +118,9 @@ void Predicate::Bind(std::span<const Argument> arguments) {
 
 void Predicate::BindNode(Node& node, std::span<const Argument> arguments) {
   for (Node& part : node.parts) BindNode(part, arguments);
-  if (node.kind == ConditionKind::Compare) BindComparison(node, arguments);
+  const bool like = node.comparison == Comparison::Like;
+  if (node.kind == ConditionKind::Compare && like) BindLike(node, arguments);
+  if (node.kind == ConditionKind::Compare && !like) BindComparison(node, arguments);
   if (node.kind != ConditionKind::IsNull) return;
   if (const auto* parameter = std::get_if<ParameterOperand>(&node.left))
     node.constant = arguments[parameter->number] ? Truth::False : Truth::True;
@@ -130,6 +145,21 @@ void Predicate::BindComparison(Node& node, std::span<const Argument> arguments) 
   node.constant = Outcome(node, ConstantFor(column, node.left, arguments).value);
 }
 
+void Predicate::BindLike(Node& node, std::span<const Argument> arguments) {
+  if (node.RightColumn() != nullptr) {
+    if (node.LeftColumn() == nullptr) node.text = TextOf(node.left, arguments);
+    return;
+  }
+  const Value pattern = TextOf(node.right, arguments);
+  if (IsNull(pattern)) {
+    node.constant = Truth::Unknown;
+    return;
+  }
+  node.pattern.emplace(std::get<Text>(pattern));
+  if (node.LeftColumn() == nullptr)
+    node.constant = OutcomeOfLike(TextOf(node.left, arguments), *node.pattern);
+}
+
 // What must hold for the whole condition to hold.
 void Predicate::NoteRequired(const Node& node) {
   if (node.kind == ConditionKind::And) {
@@ -138,12 +168,13 @@ void Predicate::NoteRequired(const Node& node) {
   }
   if (node.constant && *node.constant != Truth::True) can_match_ = false;
   const Column* column = node.LeftColumn();
-  if (node.kind != ConditionKind::Compare || column == nullptr || node.RightColumn() != nullptr)
+  if (node.kind != ConditionKind::Compare || node.comparison == Comparison::Like ||
+      column == nullptr || node.RightColumn() != nullptr)
     return;
   const bool equal = node.comparison == Comparison::Equal;
   if (node.search.Exists()) {
     if (equal) equalities_.push_back({column, &node.search.value});
-  } else if (equal || node.search.beyond == 0) {
+  } else if (equal || node.search.IsNull()) {
     can_match_ = false;
   }
 }
@@ -184,6 +215,7 @@ Predicate::Truth Predicate::EvaluateChain(const Node& node, const RowView& row) 
 }
 
 Predicate::Truth Predicate::EvaluateComparison(const Node& node, const RowView& row) {
+  if (node.comparison == Comparison::Like) return EvaluateLike(node, row);
   // Most searches: a number compared with a key's column.
   if (node.number) {
     const std::optional<int32_t> number = row.WholeNumber(*node.LeftColumn());
@@ -201,9 +233,24 @@ Predicate::Truth Predicate::EvaluateComparison(const Node& node, const RowView& 
 
 Predicate::Truth Predicate::Outcome(const Node& node, const Value& left) {
   const SearchValue& search = node.search;
-  if (IsNull(left) || (search.beyond == 0 && IsNull(search.value))) return Truth::Unknown;
-  const int order = search.beyond != 0 ? -search.beyond : CompareValues(left, search.value);
+  if (IsNull(left) || search.IsNull()) return Truth::Unknown;
+  int order = search.beyond != 0 ? -search.beyond : CompareValues(left, search.value);
+  if (order == 0) order = -search.beside;
   return Holds(node.comparison, order) ? Truth::True : Truth::False;
+}
+
+Predicate::Truth Predicate::EvaluateLike(const Node& node, const RowView& row) {
+  const Column* column = node.LeftColumn();
+  const Value left = column == nullptr ? node.text : row.Get(*column);
+  if (node.pattern) return OutcomeOfLike(left, *node.pattern);
+  const Value pattern = row.Get(*node.RightColumn());
+  if (IsNull(pattern)) return Truth::Unknown;
+  return OutcomeOfLike(left, LikePattern(ToText(pattern)));
+}
+
+Predicate::Truth Predicate::OutcomeOfLike(const Value& left, const LikePattern& pattern) {
+  if (IsNull(left)) return Truth::Unknown;
+  return pattern.Matches(ToText(left)) ? Truth::True : Truth::False;
 }
 
 }  // namespace rdv::jet::sql

@@ -9,6 +9,7 @@
 #include "data/jet/format/schema.h"
 #include "data/jet/rows/row_codec.h"
 #include "data/jet/sql/conversions.h"
+#include "data/jet/sql/like_pattern.h"
 #include "data/jet/sql/names.h"
 #include "data/jet/sql/statement.h"
 
@@ -48,9 +49,11 @@ class Predicate {
     Comparison comparison = Comparison::Equal;
     BoundOperand left;  // the column, when one operand only is a column
     BoundOperand right;
-    SearchValue search;             // what the left column is compared with, or ...
-    std::optional<Truth> constant;  // ... the result, when it does not depend on the row
-    std::optional<int32_t> number;  // `search`, where the left column holds whole numbers
+    SearchValue search;                  // what the left column is compared with, or ...
+    std::optional<Truth> constant;       // ... the result, when it does not depend on the row
+    std::optional<int32_t> number;       // `search`, where the left column holds whole numbers
+    std::optional<LikePattern> pattern;  // of Like, when it does not depend on the row ...
+    Value text;  // ... or, where only the pattern does, what is held against it
     const Column* LeftColumn() const;
     const Column* RightColumn() const;
   };
@@ -62,6 +65,9 @@ class Predicate {
   static Truth EvaluateChain(const Node& node, const RowView& row);
   static Truth EvaluateComparison(const Node& node, const RowView& row);
   static Truth Outcome(const Node& node, const Value& left);
+  static void BindLike(Node& node, std::span<const Argument> arguments);
+  static Truth EvaluateLike(const Node& node, const RowView& row);
+  static Truth OutcomeOfLike(const Value& left, const LikePattern& pattern);
   void NoteRequired(const Node& node);
 
   std::optional<Node> root_;

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <numeric>
+#include <set>
 #include <utility>
 
 #include "data/jet/format/errors.h"
@@ -20,19 +21,32 @@ struct OrderKey {
   bool descending = false;
 };
 
+struct RowLess {
+  bool operator()(const std::vector<Value>& left, const std::vector<Value>& right) const {
+    for (size_t i = 0; i < left.size(); ++i) {
+      const int order = CompareForOrder(left[i], right[i]);
+      if (order != 0) return order < 0;
+    }
+    return false;
+  }
+};
+
 class Query {
  public:
   Query(const FileReader& file, const TableDefinition& table, const Select& select)
       : file_(file),
         names_(&table),
         table_(table),
+        select_(select),
         outputs_(ResolveItems(select)),
         predicate_(select.where, names_) {
     for (const OrderItem& item : select.order) {
       const BoundOperand operand = names_.Resolve(item.name);
       // A parameter is the same for all rows and orders nothing.
-      if (const auto* column = std::get_if<ColumnOperand>(&operand))
-        order_.push_back({column->column, item.descending});
+      const auto* column = std::get_if<ColumnOperand>(&operand);
+      if (column == nullptr || counts_) continue;
+      if (select.distinct) RequireShown(item, *column->column);
+      order_.push_back({column->column, item.descending});
     }
   }
 
@@ -41,9 +55,17 @@ class Query {
     predicate_.Bind(arguments);
     RowTable result;
     result.columns = OutputNames();
+    if (counts_) {
+      result.rows.emplace_back(outputs_.size(), CountMatches());
+      return result;
+    }
     std::vector<std::vector<Value>> keys;
+    std::set<std::vector<Value>, RowLess> met;
     ForEachMatch(file_, table_, predicate_, [&](const RowView& row) {
-      result.rows.push_back(Output(row, arguments));
+      if (order_.empty() && select_.top && result.rows.size() >= *select_.top) return;
+      std::vector<Value> output = Output(row, arguments);
+      if (select_.distinct && !met.insert(output).second) return;
+      result.rows.push_back(std::move(output));
       if (!order_.empty()) keys.push_back(Key(row));
     });
     if (!order_.empty()) Sort(result.rows, keys);
@@ -53,7 +75,12 @@ class Query {
  private:
   std::vector<BoundOperand> ResolveItems(const Select& select) {
     std::vector<BoundOperand> outputs;
-    for (const auto& item : select.items) {
+    for (const SelectItem& item : select.items) {
+      if (std::holds_alternative<CountAll>(item)) {
+        counts_ = true;
+        outputs.push_back(Literal{});
+        continue;
+      }
       if (const auto* operand = std::get_if<Operand>(&item)) {
         outputs.push_back(names_.Resolve(*operand));
         continue;
@@ -65,7 +92,37 @@ class Query {
       }
       for (const Column& column : table_.columns) outputs.push_back(ColumnOperand{&column});
     }
+    if (counts_) RequireCountsOnly(select);
     return outputs;
+  }
+
+  // Beside a count there is no row that anything else could be shown of.
+  static void RequireCountsOnly(const Select& select) {
+    for (const SelectItem& item : select.items) {
+      if (std::holds_alternative<CountAll>(item)) continue;
+      const auto* operand = std::get_if<Operand>(&item);
+      const auto* name = operand == nullptr ? nullptr : std::get_if<Name>(operand);
+      RaiseSyntaxError(
+          u"You tried to execute a query that does not include the specified expression '" +
+          (name == nullptr ? Text(u"*") : name->column) + u"' as part of an aggregate function.");
+    }
+  }
+
+  Value CountMatches() const {
+    int32_t count = 0;
+    ForEachMatch(file_, table_, predicate_, [&](const RowView&) { ++count; });
+    return count;
+  }
+
+  // DISTINCT gives rows that may come from several of the table, whose order only what is shown of
+  // them can tell.
+  void RequireShown(const OrderItem& item, const Column& column) const {
+    const bool shown = std::ranges::any_of(outputs_, [&](const BoundOperand& output) {
+      const auto* operand = std::get_if<ColumnOperand>(&output);
+      return operand != nullptr && operand->column == &column;
+    });
+    if (!shown)
+      RaiseSyntaxError(u"ORDER BY clause (" + item.name.column + u") conflicts with DISTINCT.");
   }
 
   std::vector<Text> OutputNames() const {
@@ -109,7 +166,12 @@ class Query {
                      [&](size_t a, size_t b) { return Before(keys[a], keys[b]); });
     std::vector<std::vector<Value>> sorted;
     sorted.reserve(rows.size());
-    for (const size_t place : places) sorted.push_back(std::move(rows[place]));
+    for (const size_t place : places) {
+      const bool enough = select_.top && sorted.size() >= *select_.top;
+      // The order does not choose between equal rows.
+      if (enough && Before(keys[places[*select_.top - 1]], keys[place])) break;
+      sorted.push_back(std::move(rows[place]));
+    }
     rows = std::move(sorted);
   }
 
@@ -124,6 +186,8 @@ class Query {
   const FileReader& file_;
   Names names_;
   const TableDefinition& table_;
+  const Select& select_;
+  bool counts_ = false;  // the rows, and shows nothing of them
   std::vector<BoundOperand> outputs_;
   Predicate predicate_;
   std::vector<OrderKey> order_;

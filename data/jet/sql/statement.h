@@ -2,6 +2,7 @@
 // parameter is open. Plain data.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <variant>
@@ -27,7 +28,16 @@ struct Literal {
 
 using Operand = std::variant<Name, Literal>;
 
-enum class Comparison : uint8_t { Equal, NotEqual, Less, LessOrEqual, Greater, GreaterOrEqual };
+// Like: the right operand is a pattern (see like_pattern.h).
+enum class Comparison : uint8_t {
+  Equal,
+  NotEqual,
+  Less,
+  LessOrEqual,
+  Greater,
+  GreaterOrEqual,
+  Like
+};
 
 enum class ConditionKind : uint8_t { And, Or, Not, Compare, IsNull };
 
@@ -45,13 +55,20 @@ struct AllColumns {
   Text table;
 };
 
+// How many rows there are.
+struct CountAll {};
+
 struct OrderItem {
   Name name;
   bool descending = false;
 };
 
+using SelectItem = std::variant<AllColumns, Operand, CountAll>;
+
 struct Select {
-  std::vector<std::variant<AllColumns, Operand>> items;
+  bool distinct = false;      // rows that are equal count once
+  std::optional<size_t> top;  // no more rows than these, but all that the order leaves equal
+  std::vector<SelectItem> items;
   Text table;
   std::optional<Condition> where;
   std::vector<OrderItem> order;

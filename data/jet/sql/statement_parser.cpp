@@ -24,11 +24,46 @@ constexpr TextView kInsertError = u"Syntax error in INSERT INTO statement.";
 constexpr TextView kDeleteError = u"Syntax error in DELETE statement.";
 constexpr TextView kTrailingError = u"Characters found after end of SQL statement.";
 constexpr TextView kTooComplex = u"Query is too complex.";
+constexpr size_t kMaxTopDigits = 9;
 
 // Words that are no names unless they are quoted.
 constexpr TextView kReserved[] = {u"SELECT", u"FROM",   u"WHERE",  u"ORDER", u"BY",  u"ASC",
                                   u"DESC",   u"UPDATE", u"SET",    u"INTO",  u"AND", u"OR",
                                   u"INSERT", u"DELETE", u"VALUES", u"NOT",   u"IS",  u"NULL"};
+
+// What the language has beyond that, by the word or sign that begins it.
+struct Unsupported {
+  TextView begins;
+  TextView what;
+};
+constexpr Unsupported kUnsupported[] = {
+    {u"+", u"Arithmetic"},
+    {u"-", u"Arithmetic"},
+    {u"*", u"Arithmetic"},
+    {u"/", u"Arithmetic"},
+    {u"\\", u"Arithmetic"},
+    {u"^", u"Arithmetic"},
+    {u"MOD", u"Arithmetic"},
+    {u"&", u"The joining of texts"},
+    {u"AS", u"A name of its own for a column or a table (AS)"},
+    {u"PERCENT", u"TOP ... PERCENT"},
+    {u"JOIN", u"A join"},
+    {u"INNER", u"A join"},
+    {u"LEFT", u"A join"},
+    {u"RIGHT", u"A join"},
+    {u"GROUP", u"GROUP BY"},
+    {u"HAVING", u"HAVING"},
+    {u"UNION", u"UNION"},
+    {u"SELECT", u"A query within a statement"},
+    {u"EXISTS", u"A query within a statement"},
+    {u"XOR", u"XOR"},
+    {u"EQV", u"EQV"},
+    {u"IMP", u"IMP"},
+};
+
+Text NotSupported(TextView what) {
+  return Text(what) + u" is not supported.";
+}
 
 struct Operator {
   TextView symbol;
@@ -65,6 +100,10 @@ class Parser {
   Select ParseSelect() {
     error_ = kSelectError;
     Select select;
+    if (TakePredicate(u"DISTINCTROW")) Refuse(NotSupported(u"DISTINCTROW"));
+    select.distinct = TakePredicate(u"DISTINCT");
+    if (!select.distinct) TakePredicate(u"ALL");
+    select.top = ParseTop();
     do {
       select.items.push_back(ParseSelectItem());
     } while (TakeSymbol(u","));
@@ -82,8 +121,36 @@ class Parser {
     return select;
   }
 
-  std::variant<AllColumns, Operand> ParseSelectItem() {
+  // A word in front of the items, which is a column's name where no item follows it.
+  bool TakePredicate(TextView word) {
+    const Token& next = Ahead(1);
+    const bool ends = next.kind == TokenKind::End || EqualsIgnoringCase(next.text, u"FROM");
+    const bool item = next.kind != TokenKind::Symbol || next.text == u"*" || next.text == u"-" ||
+                      next.text == u"+";
+    return !ends && item && TakeWord(word);
+  }
+
+  std::optional<size_t> ParseTop() {
+    if (Ahead(1).kind != TokenKind::Number || !TakeWord(u"TOP")) return std::nullopt;
+    const Text& digits = Current().text;
+    size_t count = 0;
+    for (const char16_t digit : digits) {
+      if (!IsDigit(digit) || digits.size() > kMaxTopDigits) Fail();
+      count = count * 10 + static_cast<size_t>(digit - u'0');
+    }
+    if (count == 0) Fail();
+    ++position_;
+    if (IsWord(u"PERCENT")) Fail();
+    return count;
+  }
+
+  SelectItem ParseSelectItem() {
     if (TakeSymbol(u"*")) return AllColumns{};
+    if (IsWord(u"COUNT") && IsSymbol(u"(", 1) && IsSymbol(u"*", 2)) {
+      position_ += 3;
+      RequireSymbol(u")");
+      return CountAll{};
+    }
     if (IsName() && IsSymbol(u".", 1) && IsSymbol(u"*", 2)) {
       AllColumns all{TakeName()};
       position_ += 2;
@@ -142,7 +209,10 @@ class Parser {
   Text ParseFrom() {
     RequireWord(u"FROM");
     error_ = kFromError;
-    return TakeName();
+    if (IsSymbol(u"(")) Refuse(NotSupported(u"A join or a query in place of a table"));
+    Text table = TakeName();
+    if (IsSymbol(u",")) Refuse(NotSupported(u"More than one table"));
+    return table;
   }
 
   std::optional<Condition> ParseWhere() {
@@ -185,15 +255,57 @@ class Parser {
       condition.kind = ConditionKind::IsNull;
       const bool negated = TakeWord(u"NOT");
       RequireWord(u"NULL");
-      return negated ? Negated(std::move(condition)) : condition;
+      return NegatedIf(negated, std::move(condition));
+    }
+    const bool negated = TakeWord(u"NOT");
+    if (TakeWord(u"IN")) return NegatedIf(negated, ParseList(std::move(condition.left)));
+    if (TakeWord(u"BETWEEN")) return NegatedIf(negated, ParseRange(std::move(condition.left)));
+    if (TakeWord(u"LIKE")) {
+      condition.comparison = Comparison::Like;
+      condition.right = ParseOperand();
+      return NegatedIf(negated, std::move(condition));
     }
     const auto found = std::find_if(std::begin(kOperators), std::end(kOperators),
                                     [&](const Operator& entry) { return IsSymbol(entry.symbol); });
-    if (found == std::end(kOperators)) Fail();
+    if (negated || found == std::end(kOperators)) Fail();
     ++position_;
     condition.comparison = found->comparison;
     condition.right = ParseOperand();
     return condition;
+  }
+
+  // IN: equal to one of them.
+  Condition ParseList(Operand left) {
+    Condition any;
+    any.kind = ConditionKind::Or;
+    RequireSymbol(u"(");
+    do {
+      any.parts.push_back(Compared(left, Comparison::Equal, ParseOperand()));
+    } while (TakeSymbol(u","));
+    RequireSymbol(u")");
+    return any;
+  }
+
+  // BETWEEN: neither below the first nor above the second.
+  Condition ParseRange(Operand left) {
+    Condition both;
+    both.kind = ConditionKind::And;
+    both.parts.push_back(Compared(left, Comparison::GreaterOrEqual, ParseOperand()));
+    RequireWord(u"AND");
+    both.parts.push_back(Compared(std::move(left), Comparison::LessOrEqual, ParseOperand()));
+    return both;
+  }
+
+  static Condition Compared(Operand left, Comparison comparison, Operand right) {
+    Condition condition;
+    condition.comparison = comparison;
+    condition.left = std::move(left);
+    condition.right = std::move(right);
+    return condition;
+  }
+
+  static Condition NegatedIf(bool negated, Condition condition) {
+    return negated ? Negated(std::move(condition)) : condition;
   }
 
   static Condition Negated(Condition condition) {
@@ -236,6 +348,7 @@ class Parser {
 
   Name ParseName() {
     Name name{{}, TakeName()};
+    if (IsSymbol(u"(")) Refuse(NotSupported(u"The function " + name.column));
     if (!TakeSymbol(u".")) return name;
     name.table = std::exchange(name.column, TakeName());
     return name;
@@ -254,6 +367,9 @@ class Parser {
   }
 
   const Token& Current() const { return tokens_[position_]; }
+  const Token& Ahead(size_t count) const {
+    return tokens_[std::min(position_ + count, tokens_.size() - 1)];
+  }
 
   bool IsWord(TextView word) const {
     return Current().kind == TokenKind::Word && EqualsIgnoringCase(Current().text, word);
@@ -268,8 +384,7 @@ class Parser {
   }
 
   bool IsSymbol(TextView symbol, size_t ahead = 0) const {
-    const size_t position = std::min(position_ + ahead, tokens_.size() - 1);
-    return tokens_[position].kind == TokenKind::Symbol && tokens_[position].text == symbol;
+    return Ahead(ahead).kind == TokenKind::Symbol && Ahead(ahead).text == symbol;
   }
   bool TakeSymbol(TextView symbol) {
     if (!IsSymbol(symbol)) return false;
@@ -280,9 +395,23 @@ class Parser {
     if (!TakeSymbol(symbol)) Fail();
   }
 
-  [[noreturn]] void Fail() const {
+  // What is wrong with the current word or sign: that it is not known here, or out of place.
+  Text Objection() const {
     const Token& token = Current();
-    throw SyntaxError(Text(error_), Text(text_.substr(token.position, token.size)), token.position);
+    const bool written = token.kind == TokenKind::Word || token.kind == TokenKind::Symbol;
+    const auto known = std::ranges::find_if(kUnsupported, [&](const Unsupported& entry) {
+      return EqualsIgnoringCase(token.text, entry.begins);
+    });
+    const bool begins = position_ == 0 || tokens_[position_ - 1].text == u";";
+    if (begins || !written || known == std::end(kUnsupported)) return Text(error_);
+    return NotSupported(known->what);
+  }
+
+  [[noreturn]] void Fail() const { Refuse(Objection()); }
+  [[noreturn]] void Refuse(Text why) const {
+    const Token& token = Current();
+    throw SyntaxError(std::move(why), Text(text_.substr(token.position, token.size)),
+                      token.position);
   }
 
   TextView text_;

@@ -1,16 +1,20 @@
 // Reads the part of SQL that the configuration database is used with:
 //
-//   SELECT items FROM table [WHERE condition] [ORDER BY name [ASC | DESC], ...]
+//   SELECT [ALL | DISTINCT] [TOP number] items FROM table [WHERE condition]
+//       [ORDER BY name [ASC | DESC], ...]
 //   UPDATE table SET name = operand, ... [WHERE condition]
 //   INSERT INTO table [(name, ...)] VALUES (operand, ...)
 //   DELETE [* | table.*] FROM table [WHERE condition]
 //
-//   item       *, table.*, an operand
-//   condition  operand =, <>, <, <=, >, >= operand; operand IS [NOT] NULL; NOT, AND, OR, ( )
+//   item       *, table.*, an operand, COUNT(*)
+//   condition  operand =, <>, <, <=, >, >= operand; operand IS [NOT] NULL;
+//              operand [NOT] IN (operand, ...); operand [NOT] BETWEEN operand AND operand;
+//              operand [NOT] LIKE operand; NOT, AND, OR, ( )
 //   operand    a name, table.name, a number, 'text', "text", #date#, TRUE, FALSE, NULL
 //
 // Keywords are known in either case; a name that is a keyword, or holds other characters than
-// letters, digits and "_", is written in backquotes or brackets. A ";" may end a statement.
+// letters, digits and "_", is written in backquotes or brackets. A ";" may end a statement. What
+// else the language has is refused by its name.
 #pragma once
 
 #include "data/jet/sql/statement.h"

@@ -92,7 +92,7 @@ class Tokenizer {
 
   Text Symbol() {
     constexpr TextView kPairs[] = {u"<>", u"<=", u">="};
-    constexpr TextView kSingles = u"=<>,.*();-+";
+    constexpr TextView kSingles = u"=<>,.*();-+/\\^&";
     for (const TextView pair : kPairs) {
       if (statement_.substr(position_, 2) != pair) continue;
       position_ += 2;

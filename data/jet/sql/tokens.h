@@ -15,7 +15,7 @@ enum class TokenKind : uint8_t {
   Text,    // in single or double quotes, a doubled quote standing for one
   Number,
   Date,    // between "#" signs
-  Symbol,  // one of = <> < <= > >= , . * ( ) ; - +
+  Symbol,  // one of = <> < <= > >= , . * ( ) ; - + / \ ^ &
   End,
 };
 
