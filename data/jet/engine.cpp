@@ -56,7 +56,8 @@ struct Engine::State : public TableSource {
   Pager pager;
   FileReader file;
   WriteContext context;
-  uint64_t generation = ~uint64_t{0};
+  uint64_t generation = ~uint64_t{0};  // of the pages
+  uint64_t definitions = 0;            // how often all that was known of them has been forgotten
   std::optional<Catalog> catalog;
   std::unordered_map<uint32_t, std::unique_ptr<TableDefinition>> tables;  // by page
   std::map<Text, const TableDefinition*, std::less<>> tables_by_name;     // upper case
@@ -74,6 +75,7 @@ void Engine::State::Revalidate() {
 }
 
 void Engine::State::Forget() {
+  ++definitions;
   catalog.reset();
   tables_by_name.clear();
   tables.clear();
@@ -158,17 +160,23 @@ void Engine::WriteScope::Commit() {
 }
 
 const TableDefinition& Engine::Table(TextView name) {
+  const TableDefinition* table = FindTable(name);
+  if (!table) RaiseCannotFindTable(name);
+  return *table;
+}
+
+const TableDefinition* Engine::FindTable(TextView name) {
   const Text key = UpperCase(name);
   const auto known = state_->tables_by_name.find(key);
-  if (known != state_->tables_by_name.end()) return *known->second;
+  if (known != state_->tables_by_name.end()) return known->second;
   const std::optional<CatalogObject> object = state_->OpenCatalog().Find(kTablesContainer, name);
-  if (!object || !object->IsLocalTable()) RaiseCannotFindTable(name);
+  if (!object || !object->IsLocalTable()) return nullptr;
   const uint32_t page = static_cast<uint32_t>(object->id);
   if (!state_->tables.contains(page)) {
     state_->tables.emplace(page,
                            std::make_unique<TableDefinition>(state_->OpenCatalog().Table(*object)));
   }
-  return *state_->tables_by_name.emplace(key, state_->tables.at(page).get()).first->second;
+  return state_->tables_by_name.emplace(key, state_->tables.at(page).get()).first->second;
 }
 
 const TableDefinition& Engine::TableAt(uint32_t page) {
@@ -179,6 +187,17 @@ std::vector<Text> Engine::UserTableNames() {
   std::vector<Text> names;
   for (const CatalogObject& table : state_->OpenCatalog().UserTables()) names.push_back(table.name);
   return names;
+}
+
+std::optional<LinkedTable> Engine::Link(TextView name) {
+  const Catalog& catalog = state_->OpenCatalog();
+  const std::optional<CatalogObject> object = catalog.Find(kTablesContainer, name);
+  if (!object || !object->IsLink()) return std::nullopt;
+  return catalog.Link(*object);
+}
+
+uint64_t Engine::Generation() const {
+  return state_->definitions;
 }
 
 const FileReader& Engine::File() const {

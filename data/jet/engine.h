@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -100,13 +101,20 @@ class Engine {
     bool open_ = true;
   };
 
-  // Inside a scope only. References live until the scope ends.
+  // Inside a scope only. References live until the scope ends, and see Generation.
   //
   // Raises "... cannot find the input table or query ..." when there is none of this name.
   const TableDefinition& Table(TextView name);
+  // Null when there is none.
+  const TableDefinition* FindTable(TextView name);
   // The one whose definition begins at `page`.
   const TableDefinition& TableAt(uint32_t page);
   std::vector<Text> UserTableNames();
+  // Where the table of this name is that another file has, if there is one.
+  std::optional<LinkedTable> Link(TextView name);
+  // Another one as soon as definitions that Table and TableAt have given may have died: until then
+  // they live on from scope to scope.
+  uint64_t Generation() const;
   // What cursors and rows are made with. Lives as long as the engine.
   const FileReader& File() const;
 

@@ -60,8 +60,9 @@ class PageCounts : public testing::Test {
     const uint64_t before = engine->Counters().pages_read;
     const Engine::ReadScope scope(*engine);
     const auto select = std::get<Select>(ParseStatement(DefinitionOf(command).statement));
-    const RowTable rows = RunSelect(engine->File(), engine->Table(select.table), select, arguments);
-    return {engine->Counters().pages_read - before, rows.rows.size()};
+    const auto plan = MakePlan(select, engine->Table(select.table));
+    const CommandResult result = plan->Run(*engine, arguments);
+    return {engine->Counters().pages_read - before, result.rows->rows.size()};
   }
 
  private:
@@ -81,11 +82,8 @@ class PageCounts : public testing::Test {
 
   static int Run(Engine& engine, const Statement& statement,
                  const std::vector<Argument>& arguments) {
-    if (const Update* update = std::get_if<Update>(&statement))
-      return RunUpdate(engine, *update, arguments);
-    if (const Insert* insert = std::get_if<Insert>(&statement))
-      return RunInsert(engine, *insert, arguments);
-    return RunDelete(engine, std::get<Delete>(statement), arguments);
+    const auto plan = MakePlan(statement, engine.Table(TableOf(statement)));
+    return plan->Run(engine, arguments).rows_written;
   }
 
   rdv::test::TemporaryFolder folder_;

@@ -132,16 +132,24 @@ std::vector<CatalogObject> Catalog::UserTables() const {
   return tables;
 }
 
+LinkedTable Catalog::ReadLink(const RowView& row) const {
+  return {.name = TextField(*file_, objects_, row, u"Name"),
+          .database = TextField(*file_, objects_, row, u"Database"),
+          .foreign_name = TextField(*file_, objects_, row, u"ForeignName"),
+          .connect = TextField(*file_, objects_, row, u"Connect"),
+          .server = LongField(*file_, objects_, row, u"Type") == kObjectLinkedOdbcTable};
+}
+
+LinkedTable Catalog::Link(const CatalogObject& object) const {
+  RowView row(*file_, objects_);
+  if (!FetchRow(*file_, objects_, object.row, row)) RaiseCannotFindTable(object.name);
+  return ReadLink(row);
+}
+
 std::vector<LinkedTable> Catalog::LinkedTables() const {
   std::vector<LinkedTable> tables;
   for (TableScan scan(*file_, objects_); scan.Next();) {
-    const RowView& row = scan.Row();
-    const int32_t type = LongField(*file_, objects_, row, u"Type");
-    if (type != kObjectLinkedTable && type != kObjectLinkedOdbcTable) continue;
-    tables.push_back({TextField(*file_, objects_, row, u"Name"),
-                      TextField(*file_, objects_, row, u"Database"),
-                      TextField(*file_, objects_, row, u"ForeignName"),
-                      TextField(*file_, objects_, row, u"Connect")});
+    if (ReadObject(scan.Row()).IsLink()) tables.push_back(ReadLink(scan.Row()));
   }
   std::sort(tables.begin(), tables.end(), [](const LinkedTable& left, const LinkedTable& right) {
     return ByCodePoint(left.name, right.name);

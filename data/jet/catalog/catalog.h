@@ -38,14 +38,8 @@ struct CatalogObject {
   uint32_t flags = 0;
 
   bool IsLocalTable() const { return type == kObjectTable; }
+  bool IsLink() const { return type == kObjectLinkedTable || type == kObjectLinkedOdbcTable; }
   bool IsUserObject() const { return (flags & kSystemObjectFlags) == 0; }
-};
-
-struct LinkedTable {
-  Text name;
-  Text database;  // the file or connection it comes from
-  Text foreign_name;
-  Text connect;
 };
 
 struct Relationship {
@@ -86,10 +80,13 @@ class Catalog {
   // Local ones that are no system table, by name in the order of code points.
   std::vector<CatalogObject> UserTables() const;
   std::vector<LinkedTable> LinkedTables() const;
+  // Where the table is that such an object stands for.
+  LinkedTable Link(const CatalogObject& object) const;
   std::vector<Relationship> Relationships() const;
 
  private:
   CatalogObject ReadObject(const RowView& row) const;
+  LinkedTable ReadLink(const RowView& row) const;
   std::optional<CatalogObject> FindByScan(int32_t parent, TextView name) const;
 
   const FileReader* file_;

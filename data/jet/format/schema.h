@@ -144,6 +144,17 @@ struct Assignment {
   Value value;
 };
 
+// A table that another database has.
+struct LinkedTable {
+  Text name;
+  Text database;  // the file that has it
+  Text foreign_name;
+  Text connect;         // what is needed beyond the file to reach it, as text
+  bool server = false;  // in the place of a file there is a database server
+
+  bool operator==(const LinkedTable&) const = default;
+};
+
 struct RelationshipColumn {
   Text column;             // of the referencing table
   Text referenced_column;  // of the referenced table

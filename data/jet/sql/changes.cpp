@@ -15,6 +15,10 @@
 namespace rdv::jet::sql {
 namespace {
 
+CommandResult Written(size_t rows) {
+  return {.rows = std::nullopt, .rows_written = static_cast<int>(rows)};
+}
+
 size_t PositionOf(const TableDefinition& table, const Column& column) {
   return static_cast<size_t>(&column - table.columns.data());
 }
@@ -53,6 +57,9 @@ class NewValues {
       RequireNewTarget({targets_.begin(), targets_.begin() + static_cast<ptrdiff_t>(i)},
                        *targets_[i]);
   }
+
+  // Before the first row of a run, which has arguments of its own.
+  void Begin() { assignments_.clear(); }
 
   // For the row as it is; constants are converted once.
   const std::vector<Assignment>& For(const FileReader& file, RowId id,
@@ -95,52 +102,95 @@ std::vector<const Column*> TargetsOf(const Insert& insert, const TableDefinition
   return targets;
 }
 
+class UpdatePlan : public Plan {
+ public:
+  UpdatePlan(const Update& update, const TableDefinition& table)
+      : table_(table),
+        names_(&table, update.table),
+        values_(update, table, names_),
+        predicate_(update.where, names_) {}
+
+  CommandResult Run(Engine& engine, std::span<const Argument> arguments) override {
+    names_.RequireArguments(arguments);
+    values_.RequireColumns();
+    predicate_.Bind(arguments);
+    values_.Begin();
+    // All rows are known before the first one changes, so that none is met again.
+    const std::vector<RowId> rows = FindMatches(engine.File(), table_, predicate_);
+    for (const RowId row : rows)
+      engine.Update(table_, row, values_.For(engine.File(), row, arguments));
+    return Written(rows.size());
+  }
+
+ private:
+  const TableDefinition& table_;
+  Names names_;
+  NewValues values_;
+  Predicate predicate_;
+};
+
+class InsertPlan : public Plan {
+ public:
+  InsertPlan(const Insert& insert, const TableDefinition& table)
+      : table_(table), targets_(TargetsOf(insert, table)), names_(nullptr, insert.table) {
+    if (targets_.size() != insert.values.size())
+      RaiseSyntaxError(u"Number of query values and destination fields are not the same.");
+    for (const Operand& value : insert.values) values_.push_back(names_.Resolve(value));
+  }
+
+  CommandResult Run(Engine& engine, std::span<const Argument> arguments) override {
+    names_.RequireArguments(arguments);
+    std::vector<Assignment> assignments;
+    assignments.reserve(targets_.size());
+    for (size_t i = 0; i < targets_.size(); ++i) {
+      assignments.push_back(
+          {PositionOf(table_, *targets_[i]), ConstantFor(*targets_[i], values_[i], arguments)});
+    }
+    engine.Insert(table_, assignments);
+    return Written(1);
+  }
+
+ private:
+  const TableDefinition& table_;
+  std::vector<const Column*> targets_;
+  Names names_;
+  std::vector<BoundOperand> values_;
+};
+
+class DeletePlan : public Plan {
+ public:
+  DeletePlan(const Delete& statement, const TableDefinition& table)
+      : table_(table), names_(&table, statement.table), predicate_(statement.where, names_) {}
+
+  CommandResult Run(Engine& engine, std::span<const Argument> arguments) override {
+    names_.RequireArguments(arguments);
+    predicate_.Bind(arguments);
+    const std::vector<RowId> rows = FindMatches(engine.File(), table_, predicate_);
+    for (const RowId row : rows) {
+      // A relationship may have taken it along with a row before it.
+      if (FindRow(engine.File(), table_.Page(), row)) engine.Delete(table_, row);
+    }
+    return Written(rows.size());
+  }
+
+ private:
+  const TableDefinition& table_;
+  Names names_;
+  Predicate predicate_;
+};
+
 }  // namespace
 
-int RunUpdate(Engine& engine, const Update& update, std::span<const Argument> arguments) {
-  const TableDefinition& table = engine.Table(update.table);
-  Names names(&table);
-  NewValues values(update, table, names);
-  Predicate predicate(update.where, names);
-  names.RequireArguments(arguments);
-  values.RequireColumns();
-  predicate.Bind(arguments);
-  // All rows are known before the first one changes, so that none is met again.
-  const std::vector<RowId> rows = FindMatches(engine.File(), table, predicate);
-  for (const RowId row : rows) engine.Update(table, row, values.For(engine.File(), row, arguments));
-  return static_cast<int>(rows.size());
+std::unique_ptr<Plan> MakePlan(const Update& update, const TableDefinition& table) {
+  return std::make_unique<UpdatePlan>(update, table);
 }
 
-int RunInsert(Engine& engine, const Insert& insert, std::span<const Argument> arguments) {
-  const TableDefinition& table = engine.Table(insert.table);
-  const std::vector<const Column*> targets = TargetsOf(insert, table);
-  if (targets.size() != insert.values.size())
-    RaiseSyntaxError(u"Number of query values and destination fields are not the same.");
-  Names names(nullptr);
-  std::vector<BoundOperand> values;
-  for (const Operand& value : insert.values) values.push_back(names.Resolve(value));
-  names.RequireArguments(arguments);
-  std::vector<Assignment> assignments;
-  for (size_t i = 0; i < targets.size(); ++i) {
-    assignments.push_back(
-        {PositionOf(table, *targets[i]), ConstantFor(*targets[i], values[i], arguments)});
-  }
-  engine.Insert(table, assignments);
-  return 1;
+std::unique_ptr<Plan> MakePlan(const Insert& insert, const TableDefinition& table) {
+  return std::make_unique<InsertPlan>(insert, table);
 }
 
-int RunDelete(Engine& engine, const Delete& statement, std::span<const Argument> arguments) {
-  const TableDefinition& table = engine.Table(statement.table);
-  Names names(&table);
-  Predicate predicate(statement.where, names);
-  names.RequireArguments(arguments);
-  predicate.Bind(arguments);
-  const std::vector<RowId> rows = FindMatches(engine.File(), table, predicate);
-  for (const RowId row : rows) {
-    // A relationship may have taken it along with a row before it.
-    if (FindRow(engine.File(), table.Page(), row)) engine.Delete(table, row);
-  }
-  return static_cast<int>(rows.size());
+std::unique_ptr<Plan> MakePlan(const Delete& statement, const TableDefinition& table) {
+  return std::make_unique<DeletePlan>(statement, table);
 }
 
 }  // namespace rdv::jet::sql

@@ -1,6 +1,7 @@
 // Runs statements on tables.
 #pragma once
 
+#include <memory>
 #include <span>
 
 #include "data/connection.h"
@@ -9,17 +10,32 @@
 
 namespace rdv::jet::sql {
 
-// The rows of a SELECT on its table; without ORDER BY in the order of storage, and rows that the
-// order leaves equal as well.
-RowTable RunSelect(const FileReader& file, const TableDefinition& table, const Select& select,
-                   std::span<const Argument> arguments);
-
-// Inside a WriteScope, which is to be given up when they raise. The number of rows written.
+// A statement and the table that it is about: what its names stand for is worked out once, and it
+// runs again and again with other arguments.
 //
-// An update converts its values when it meets the first row; when it meets none, values that are
-// none for their columns go unnoticed.
-int RunUpdate(Engine& engine, const Update& update, std::span<const Argument> arguments);
-int RunInsert(Engine& engine, const Insert& insert, std::span<const Argument> arguments);
-int RunDelete(Engine& engine, const Delete& statement, std::span<const Argument> arguments);
+// A SELECT gives its rows without ORDER BY in the order of storage, and rows that the order leaves
+// equal as well. An update converts its values when it meets the first row; when it meets none,
+// values that are none for their columns go unnoticed.
+class Plan {
+ public:
+  Plan() = default;
+  Plan(const Plan&) = delete;
+  Plan& operator=(const Plan&) = delete;
+  virtual ~Plan() = default;
+
+  // In a scope of the engine that the table is of: a WriteScope where the statement writes, which
+  // is to be given up when this raises.
+  virtual CommandResult Run(Engine& engine, std::span<const Argument> arguments) = 0;
+};
+
+// The table that the statement reads or writes, as it names it.
+const Text& TableOf(const Statement& statement);
+
+// Raises for names that stand where they cannot. Both must outlive the plan.
+std::unique_ptr<Plan> MakePlan(const Statement& statement, const TableDefinition& table);
+std::unique_ptr<Plan> MakePlan(const Select& select, const TableDefinition& table);
+std::unique_ptr<Plan> MakePlan(const Update& update, const TableDefinition& table);
+std::unique_ptr<Plan> MakePlan(const Insert& insert, const TableDefinition& table);
+std::unique_ptr<Plan> MakePlan(const Delete& statement, const TableDefinition& table);
 
 }  // namespace rdv::jet::sql

@@ -1,10 +1,14 @@
 #include "data/jet/sql/jet_connection.h"
 
 #include <algorithm>
+#include <exception>
+#include <list>
+#include <map>
+#include <optional>
 #include <utility>
-#include <vector>
 
 #include "data/jet/format/errors.h"
+#include "data/jet/linked_file.h"
 #include "data/jet/sql/execution.h"
 #include "data/jet/sql/statement_parser.h"
 #include "runtime/error.h"
@@ -18,74 +22,134 @@ constexpr size_t kKeptStatements = 32;
 // How often a query begins anew because another program changed the file under it.
 constexpr int kMaxAttempts = 20;
 
+// What is known of a statement, for the next time that it comes.
+struct KnownStatement {
+  explicit KnownStatement(TextView written)
+      : text(written), statement(sql::ParseStatement(written)) {}
+
+  Text text;
+  sql::Statement statement;
+  std::unique_ptr<sql::Plan> plan;  // of that ...
+  const Engine* engine = nullptr;   // ... engine's table ...
+  uint64_t generation = 0;          // ... as it was then
+  std::optional<LinkedTable> link;  // where the table was when it was found in another file
+
+  const Text& Table() const { return sql::TableOf(statement); }
+  bool Reads() const { return std::holds_alternative<sql::Select>(statement); }
+};
+
 class JetConnection : public Connection {
  public:
   JetConnection(const Text& path, const EngineOptions& options)
-      : path_(path), engine_(Engine::Open(path, options)) {}
+      : path_(path), options_(options), engine_(Engine::Open(path, options)) {}
 
   CommandResult Execute(TextView text, std::span<const Argument> arguments,
                         std::span<const Parameter>) override {
-    const sql::Statement& statement = Parsed(text);
-    CommandResult result;
-    if (const auto* select = std::get_if<sql::Select>(&statement)) {
-      result.rows = Read(*select, arguments);
-    } else {
-      result.rows_written = Write(statement, arguments);
-    }
-    return result;
+    KnownStatement& known = Known(text);
+    // A table may be written to that a file links to which is only to be read.
+    if (!known.plan && !known.Reads()) FindLink(known);
+    if (known.link) return RunLinked(known, arguments);
+    std::optional<CommandResult> result = RunIn(*engine_, path_, known, arguments);
+    return result ? std::move(*result) : RunLinked(known, arguments);
   }
 
-  void Close() override { engine_->Close(); }
+  // All are closed, whatever becomes of one of them.
+  void Close() override {
+    std::exception_ptr failure;
+    const auto close = [&failure](Engine& engine) {
+      try {
+        engine.Close();
+      } catch (const RuntimeError&) {
+        if (!failure) failure = std::current_exception();
+      }
+    };
+    close(*engine_);
+    for (auto& [path, engine] : linked_) close(*engine);
+    if (failure) std::rethrow_exception(failure);
+  }
 
  private:
-  struct KnownStatement {
-    Text text;
-    std::unique_ptr<sql::Statement> statement;
-  };
-
-  const sql::Statement& Parsed(TextView text) {
-    const auto known =
-        std::find_if(statements_.begin(), statements_.end(),
-                     [&](const KnownStatement& entry) { return entry.text == text; });
-    if (known != statements_.end()) return *known->statement;
-    auto statement = std::make_unique<sql::Statement>(sql::ParseStatement(text));
+  KnownStatement& Known(TextView text) {
+    const auto known = std::ranges::find(statements_, text, &KnownStatement::text);
+    if (known != statements_.end()) return *known;
+    std::list<KnownStatement> fresh;
+    fresh.emplace_back(text);
     if (statements_.size() >= kKeptStatements) statements_.clear();
-    statements_.push_back({Text(text), std::move(statement)});
-    return *statements_.back().statement;
+    statements_.splice(statements_.end(), fresh);
+    return statements_.back();
   }
 
-  RowTable Read(const sql::Select& select, std::span<const Argument> arguments) {
+  // Nothing when the table turns out to be linked: then `known.link` tells where it is.
+  std::optional<CommandResult> RunIn(Engine& engine, const Text& path, KnownStatement& known,
+                                     std::span<const Argument> arguments) {
+    return known.Reads() ? Read(engine, path, known, arguments) : Write(engine, known, arguments);
+  }
+
+  std::optional<CommandResult> Read(Engine& engine, const Text& path, KnownStatement& known,
+                                    std::span<const Argument> arguments) {
     for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
-      const Engine::ReadScope scope(*engine_);
+      const Engine::ReadScope scope(engine);
       try {
-        RowTable rows =
-            sql::RunSelect(engine_->File(), engine_->Table(select.table), select, arguments);
-        if (scope.StillValid()) return rows;
+        std::optional<CommandResult> result = RunPlan(engine, known, arguments);
+        if (scope.StillValid()) return result;
       } catch (const RuntimeError&) {
         // What was read from a file that changed meanwhile says nothing about the file.
         if (scope.StillValid()) throw;
       }
     }
-    RaiseFileInUse(path_);
+    RaiseFileInUse(path);
   }
 
-  int Write(const sql::Statement& statement, std::span<const Argument> arguments) {
-    Engine::WriteScope scope(*engine_);
-    int rows = 0;
-    if (const auto* update = std::get_if<sql::Update>(&statement)) {
-      rows = sql::RunUpdate(*engine_, *update, arguments);
-    } else if (const auto* insert = std::get_if<sql::Insert>(&statement)) {
-      rows = sql::RunInsert(*engine_, *insert, arguments);
-    } else {
-      rows = sql::RunDelete(*engine_, std::get<sql::Delete>(statement), arguments);
+  std::optional<CommandResult> Write(Engine& engine, KnownStatement& known,
+                                     std::span<const Argument> arguments) {
+    Engine::WriteScope scope(engine);
+    std::optional<CommandResult> result = RunPlan(engine, known, arguments);
+    if (result) scope.Commit();
+    return result;
+  }
+
+  std::optional<CommandResult> RunPlan(Engine& engine, KnownStatement& known,
+                                       std::span<const Argument> arguments) {
+    const bool good =
+        known.plan && known.engine == &engine && known.generation == engine.Generation();
+    if (!good) {
+      known.plan.reset();
+      const Text& name = known.link ? known.link->foreign_name : known.Table();
+      const TableDefinition* table = engine.FindTable(name);
+      if (!table && &engine == engine_.get()) known.link = engine.Link(name);
+      if (!table && known.link && &engine == engine_.get()) return std::nullopt;
+      if (!table) RaiseCannotFindTable(name);
+      known.plan = sql::MakePlan(known.statement, *table);
+      known.engine = &engine;
+      known.generation = engine.Generation();
     }
-    scope.Commit();
-    return rows;
+    return known.plan->Run(engine, arguments);
+  }
+
+  // A link is looked up each time, as a definition is.
+  void FindLink(KnownStatement& known) {
+    const Engine::ReadScope scope(*engine_);
+    const std::optional<LinkedTable> before = std::move(known.link);
+    known.link.reset();
+    if (!engine_->FindTable(known.Table())) known.link = engine_->Link(known.Table());
+    if (known.link != before) known.plan.reset();
+  }
+
+  // In the file that has the table, under that file's own locks.
+  CommandResult RunLinked(KnownStatement& known, std::span<const Argument> arguments) {
+    FindLink(known);
+    if (!known.link) return RunIn(*engine_, path_, known, arguments).value();
+    const Text path = FileOfLink(*known.link, path_);
+    std::unique_ptr<Engine>& engine = linked_[path];
+    if (!engine) engine = Engine::Open(path, options_);
+    return RunIn(*engine, path, known, arguments).value();
   }
 
   Text path_;
+  EngineOptions options_;
   std::unique_ptr<Engine> engine_;
-  std::vector<KnownStatement> statements_;
+  std::map<Text, std::unique_ptr<Engine>> linked_;  // by path
+  std::list<KnownStatement> statements_;            // whose plans point into them
 };
 
 }  // namespace

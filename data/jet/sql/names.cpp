@@ -9,7 +9,7 @@ namespace rdv::jet::sql {
 
 const Column* Names::FindColumn(const Name& name) const {
   if (table_ == nullptr) return nullptr;
-  if (!name.table.empty() && !EqualsIgnoringCase(name.table, table_->name)) return nullptr;
+  if (!name.table.empty() && !EqualsIgnoringCase(name.table, known_as_)) return nullptr;
   return table_->FindColumn(name.column);
 }
 

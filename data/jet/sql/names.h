@@ -25,8 +25,9 @@ using BoundOperand = std::variant<ColumnOperand, ParameterOperand, Literal>;
 // the order in which they stand there.
 class Names {
  public:
-  // Null where no name is a column. `table` must outlive what is resolved.
-  explicit Names(const TableDefinition* table) : table_(table) {}
+  // Null where no name is a column. `table` must outlive what is resolved; the statement knows it
+  // as `known_as`, which is its own name but for a table that is linked under another one.
+  Names(const TableDefinition* table, TextView known_as) : table_(table), known_as_(known_as) {}
 
   BoundOperand Resolve(const Name& name);
   BoundOperand Resolve(const Operand& operand);
@@ -41,6 +42,7 @@ class Names {
   const Column* FindColumn(const Name& name) const;
 
   const TableDefinition* table_;
+  Text known_as_;
   std::vector<Text> parameters_;
 };
 

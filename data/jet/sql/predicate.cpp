@@ -112,12 +112,15 @@ Predicate::Node Predicate::Resolve(const Condition& condition, Names& names) {
 
 void Predicate::Bind(std::span<const Argument> arguments) {
   if (!root_) return;
+  equalities_.clear();
+  can_match_ = true;
   BindNode(*root_, arguments);
   NoteRequired(*root_);
 }
 
 void Predicate::BindNode(Node& node, std::span<const Argument> arguments) {
   for (Node& part : node.parts) BindNode(part, arguments);
+  node.constant.reset();
   const bool like = node.comparison == Comparison::Like;
   if (node.kind == ConditionKind::Compare && like) BindLike(node, arguments);
   if (node.kind == ConditionKind::Compare && !like) BindComparison(node, arguments);

@@ -30,7 +30,8 @@ class Predicate {
   Predicate(const Predicate&) = delete;
   Predicate& operator=(const Predicate&) = delete;
 
-  // Raises "Data type mismatch ..." for a constant that does not compare with its column.
+  // Again and again, for other arguments. Raises "Data type mismatch ..." for a constant that does
+  // not compare with its column.
   void Bind(std::span<const Argument> arguments);
 
   // Whether the condition is true. It is not where a comparison with Null leaves it open.

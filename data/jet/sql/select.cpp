@@ -31,11 +31,10 @@ struct RowLess {
   }
 };
 
-class Query {
+class Query : public Plan {
  public:
-  Query(const FileReader& file, const TableDefinition& table, const Select& select)
-      : file_(file),
-        names_(&table),
+  Query(const TableDefinition& table, const Select& select)
+      : names_(&table, select.table),
         table_(table),
         select_(select),
         outputs_(ResolveItems(select)),
@@ -50,26 +49,17 @@ class Query {
     }
   }
 
-  RowTable Run(std::span<const Argument> arguments) {
+  CommandResult Run(Engine& engine, std::span<const Argument> arguments) override {
     names_.RequireArguments(arguments);
     predicate_.Bind(arguments);
     RowTable result;
     result.columns = OutputNames();
     if (counts_) {
-      result.rows.emplace_back(outputs_.size(), CountMatches());
-      return result;
+      result.rows.emplace_back(outputs_.size(), CountMatches(engine.File()));
+    } else {
+      result.rows = Fetch(engine.File(), arguments);
     }
-    std::vector<std::vector<Value>> keys;
-    std::set<std::vector<Value>, RowLess> met;
-    ForEachMatch(file_, table_, predicate_, [&](const RowView& row) {
-      if (order_.empty() && select_.top && result.rows.size() >= *select_.top) return;
-      std::vector<Value> output = Output(row, arguments);
-      if (select_.distinct && !met.insert(output).second) return;
-      result.rows.push_back(std::move(output));
-      if (!order_.empty()) keys.push_back(Key(row));
-    });
-    if (!order_.empty()) Sort(result.rows, keys);
-    return result;
+    return {.rows = std::move(result)};
   }
 
  private:
@@ -86,7 +76,7 @@ class Query {
         continue;
       }
       const Text& qualifier = std::get<AllColumns>(item).table;
-      if (!qualifier.empty() && !EqualsIgnoringCase(qualifier, table_.name)) {
+      if (!qualifier.empty() && !EqualsIgnoringCase(qualifier, select.table)) {
         RaiseSyntaxError(u"The Microsoft Jet database engine does not recognize '" + qualifier +
                          u".*' as a valid field name or expression.");
       }
@@ -108,9 +98,25 @@ class Query {
     }
   }
 
-  Value CountMatches() const {
+  std::vector<std::vector<Value>> Fetch(const FileReader& file,
+                                        std::span<const Argument> arguments) const {
+    std::vector<std::vector<Value>> rows;
+    std::vector<std::vector<Value>> keys;
+    std::set<std::vector<Value>, RowLess> met;
+    ForEachMatch(file, table_, predicate_, [&](const RowView& row) {
+      if (order_.empty() && select_.top && rows.size() >= *select_.top) return;
+      std::vector<Value> output = Output(row, arguments);
+      if (select_.distinct && !met.insert(output).second) return;
+      rows.push_back(std::move(output));
+      if (!order_.empty()) keys.push_back(Key(row));
+    });
+    if (!order_.empty()) Sort(rows, keys);
+    return rows;
+  }
+
+  Value CountMatches(const FileReader& file) const {
     int32_t count = 0;
-    ForEachMatch(file_, table_, predicate_, [&](const RowView&) { ++count; });
+    ForEachMatch(file, table_, predicate_, [&](const RowView&) { ++count; });
     return count;
   }
 
@@ -183,7 +189,6 @@ class Query {
     return false;
   }
 
-  const FileReader& file_;
   Names names_;
   const TableDefinition& table_;
   const Select& select_;
@@ -195,9 +200,8 @@ class Query {
 
 }  // namespace
 
-RowTable RunSelect(const FileReader& file, const TableDefinition& table, const Select& select,
-                   std::span<const Argument> arguments) {
-  return Query(file, table, select).Run(arguments);
+std::unique_ptr<Plan> MakePlan(const Select& select, const TableDefinition& table) {
+  return std::make_unique<Query>(table, select);
 }
 
 }  // namespace rdv::jet::sql

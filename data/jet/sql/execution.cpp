@@ -1,0 +1,15 @@
+#include "data/jet/sql/execution.h"
+
+#include <variant>
+
+namespace rdv::jet::sql {
+
+const Text& TableOf(const Statement& statement) {
+  return std::visit([](const auto& kind) -> const Text& { return kind.table; }, statement);
+}
+
+std::unique_ptr<Plan> MakePlan(const Statement& statement, const TableDefinition& table) {
+  return std::visit([&table](const auto& kind) { return MakePlan(kind, table); }, statement);
+}
+
+}  // namespace rdv::jet::sql
