@@ -92,21 +92,19 @@ const jet::sql::Statement& SiteSession::Parsed(TextView statement) {
 
 CommandResult SiteSession::Execute(TextView text, std::span<const Argument> arguments) {
   const jet::sql::Statement& statement = Parsed(text);
-  CommandResult result;
   if (std::holds_alternative<jet::sql::Select>(statement)) {
+    CommandResult result;
     result.rows = Rows(text, arguments);
     return result;
   }
   ForgetRows();
-  if (const auto* update = std::get_if<jet::sql::Update>(&statement)) {
-    result.rows_written = jet::sql::RunUpdate(*engine_, *update, arguments);
-  } else if (const auto* insert = std::get_if<jet::sql::Insert>(&statement)) {
-    result.rows_written = jet::sql::RunInsert(*engine_, *insert, arguments);
-  } else {
-    result.rows_written =
-        jet::sql::RunDelete(*engine_, std::get<jet::sql::Delete>(statement), arguments);
-  }
-  return result;
+  return Run(statement, arguments);
+}
+
+CommandResult SiteSession::Run(const jet::sql::Statement& statement,
+                               std::span<const Argument> arguments) {
+  const jet::TableDefinition& table = engine_->Table(jet::sql::TableOf(statement));
+  return jet::sql::MakePlan(statement, table)->Run(*engine_, arguments);
 }
 
 RowTable SiteSession::Rows(TextView text, std::span<const Argument> arguments) {
@@ -114,9 +112,7 @@ RowTable SiteSession::Rows(TextView text, std::span<const Argument> arguments) {
   if (last_rows_ && last_rows_->first == key) return last_rows_->second;
   const auto known = reference_rows_.find(key);
   if (known != reference_rows_.end()) return known->second;
-  const auto& select = std::get<jet::sql::Select>(Parsed(text));
-  RowTable rows =
-      jet::sql::RunSelect(engine_->File(), engine_->Table(select.table), select, arguments);
+  RowTable rows = Run(Parsed(text), arguments).rows.value();
   if (IsReferenceQuery(text)) {
     reference_rows_.emplace(std::move(key), rows);
   } else {

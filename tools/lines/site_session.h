@@ -74,6 +74,7 @@ class SiteSession {
   class Forwarding;
 
   std::unique_ptr<Connection> Connect();
+  CommandResult Run(const jet::sql::Statement& statement, std::span<const Argument> arguments);
   const jet::sql::Statement& Parsed(TextView statement);
   void ForgetRows();
 

@@ -199,49 +199,33 @@ TableDefinition Definition(const SystemTable& system) {
   const auto map = [](uint8_t row) { return RowId{kMapPage, row}; };
   table.owned_map = map(system.first_map_row);
   table.free_map = map(static_cast<uint8_t>(system.first_map_row + 1));
-  uint16_t offset = 0;
   size_t long_values = 0;
   for (const SystemColumn& spec : system.columns) {
     Column column;
     column.name = spec.name;
     column.type = spec.type;
-    column.number = static_cast<uint16_t>(table.columns.size());
     column.sort_order = kSortOrderGeneral;
     column.fixed = spec.fixed;
     column.sid = spec.sid;
     column.length = spec.fixed ? static_cast<uint16_t>(FixedSize(column)) : uint16_t{510};
     if (spec.type == Boolean) column.length = 1;
-    if (spec.fixed) {
-      column.fixed_offset = spec.type == Boolean ? uint16_t{0} : offset;
-      offset = static_cast<uint16_t>(offset + FixedSize(column));
-    } else {
-      column.variable_index = table.variable_columns++;
-    }
     if (column.IsLongValue()) {
       const uint8_t row = system.long_value_map_rows[long_values++];
       column.length = 0;
       column.owned_map = map(row);
       column.free_map = map(static_cast<uint8_t>(row + 1));
     }
-    table.columns.push_back(std::move(column));
+    AppendColumn(table, std::move(column));
   }
-  table.max_columns = static_cast<uint16_t>(table.columns.size());
   for (const SystemIndex& spec : system.indexes) {
     RealIndex index;
-    index.position = table.indexes.size();
     for (const size_t column : spec.columns) index.columns.push_back({column, false});
     index.unique = spec.unique;
     index.required = spec.required;
     index.ignore_nulls = spec.ignore_nulls;
     index.map = map(spec.map_row);
     index.root = spec.root;
-    LogicalIndex logical;
-    logical.name = spec.name;
-    logical.number = static_cast<uint32_t>(index.position);
-    logical.real_index = index.position;
-    logical.kind = spec.primary ? LogicalIndexKind::Primary : LogicalIndexKind::Plain;
-    table.indexes.push_back(std::move(index));
-    table.logical_indexes.push_back(std::move(logical));
+    AppendIndex(table, std::move(index), spec.name, spec.primary);
   }
   return table;
 }

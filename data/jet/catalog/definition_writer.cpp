@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cstring>
+#include <utility>
 
 #include "data/jet/rows/data_page.h"
 
@@ -152,6 +153,31 @@ void StoreLength(std::vector<uint8_t>& definition) {
 }
 
 }  // namespace
+
+void AppendColumn(TableDefinition& table, Column column) {
+  column.number = table.max_columns++;
+  if (!column.fixed) {
+    column.variable_index = table.variable_columns++;
+  } else if (column.type != ColumnType::Boolean) {
+    for (const Column& other : table.columns) {
+      if (!other.fixed) continue;
+      const size_t end = other.fixed_offset + FixedSize(other);
+      column.fixed_offset = std::max(column.fixed_offset, static_cast<uint16_t>(end));
+    }
+  }
+  table.columns.push_back(std::move(column));
+}
+
+void AppendIndex(TableDefinition& table, RealIndex index, TextView name, bool primary) {
+  index.position = table.indexes.size();
+  LogicalIndex logical;
+  logical.name = name;
+  logical.number = static_cast<uint32_t>(index.position);
+  logical.real_index = index.position;
+  logical.kind = primary ? LogicalIndexKind::Primary : LogicalIndexKind::Plain;
+  table.indexes.push_back(std::move(index));
+  table.logical_indexes.push_back(std::move(logical));
+}
 
 std::vector<uint8_t> EncodeDefinition(const TableDefinition& table) {
   std::vector<uint8_t> bytes;

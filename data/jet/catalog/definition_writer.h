@@ -10,6 +10,12 @@
 
 namespace rdv::jet {
 
+// Adds a column to a definition in the making: as the next number, behind the fixed columns or as
+// the next variable one. All else it has already.
+void AppendColumn(TableDefinition& table, Column column);
+// Adds an index with a name to a definition in the making.
+void AppendIndex(TableDefinition& table, RealIndex index, TextView name, bool primary);
+
 // A Jet 4 definition, whole. The table's columns are by number; descriptors are written in the
 // order of display (by name where the ordinals are equal), logical indexes by name. The free space
 // of pages and links between them are not part of it.

@@ -92,7 +92,6 @@ TableDefinition SchemaWriter::DefineTable(const TableSpec& spec) const {
     RaiseInvalidDefinition(u"a table has 1 to 255 fields");
   TableDefinition table;
   table.name = spec.name;
-  uint16_t offset = 0;
   for (const ColumnSpec& column_spec : spec.columns) {
     RequireName(column_spec.name);
     if (table.FindColumn(column_spec.name))
@@ -100,24 +99,16 @@ TableDefinition SchemaWriter::DefineTable(const TableSpec& spec) const {
     Column column;
     column.name = column_spec.name;
     column.type = column_spec.type;
-    column.number = static_cast<uint16_t>(table.columns.size());
     column.sort_order = kSortOrderGeneral;
-    column.ordinal = column.number;
+    column.ordinal = table.max_columns;
     column.autonumber = column_spec.autonumber;
     column.compressible = column.IsText();
     column.precision = column_spec.precision;
     column.scale = column_spec.scale;
     column.fixed = IsFixed(column.type);
     column.length = LengthInBytes(column_spec, column);
-    if (!column.fixed) {
-      column.variable_index = table.variable_columns++;
-    } else if (column.type != ColumnType::Boolean) {
-      column.fixed_offset = offset;
-      offset = static_cast<uint16_t>(offset + FixedSize(column));
-    }
-    table.columns.push_back(std::move(column));
+    AppendColumn(table, std::move(column));
   }
-  table.max_columns = static_cast<uint16_t>(table.columns.size());
   DefineIndexes(spec, table);
   return table;
 }
@@ -129,7 +120,6 @@ void SchemaWriter::DefineIndexes(const TableSpec& spec, TableDefinition& table) 
     if (index_spec.columns.empty() || index_spec.columns.size() > kIndexMaxColumns)
       RaiseInvalidDefinition(u"an index has 1 to 10 fields");
     RealIndex index;
-    index.position = table.indexes.size();
     index.unique = index_spec.unique || index_spec.primary;
     index.required = index_spec.required || index_spec.primary;
     index.ignore_nulls = index_spec.ignore_nulls;
@@ -139,13 +129,7 @@ void SchemaWriter::DefineIndexes(const TableSpec& spec, TableDefinition& table) 
       const size_t position = static_cast<size_t>(column - table.columns.data());
       index.columns.push_back({position, part.descending});
     }
-    LogicalIndex logical;
-    logical.name = index_spec.name;
-    logical.number = static_cast<uint32_t>(index.position);
-    logical.real_index = index.position;
-    logical.kind = index_spec.primary ? LogicalIndexKind::Primary : LogicalIndexKind::Plain;
-    table.indexes.push_back(std::move(index));
-    table.logical_indexes.push_back(std::move(logical));
+    AppendIndex(table, std::move(index), index_spec.name, index_spec.primary);
   }
 }
 
