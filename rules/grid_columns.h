@@ -65,4 +65,12 @@ inline constexpr std::array<GridColumn, kColumnCount> kGridColumns = {{
     {column::kLabel, u"Label", 1800},
 }};
 
+constexpr bool StandInTheirOrder() {
+  for (int i = 0; i < kColumnCount; ++i) {
+    if (kGridColumns[static_cast<size_t>(i)].column != i + 1) return false;
+  }
+  return true;
+}
+static_assert(StandInTheirOrder());
+
 }  // namespace rdv

@@ -63,11 +63,5 @@ TEST(NotInstalledLine, HasNodeType999AndNodeNumberMinus1AndNothingElseToShow) {
   }
 }
 
-TEST(GridColumns, CountFrom1InTheOrderOfTheTable) {
-  int expected = 1;
-  for (const GridColumn& column : kGridColumns) EXPECT_EQ(column.column, expected++);
-  EXPECT_EQ(kGridColumns.size(), 20u);
-}
-
 }  // namespace
 }  // namespace rdv
