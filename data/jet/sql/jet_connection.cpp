@@ -5,6 +5,7 @@
 #include <list>
 #include <map>
 #include <optional>
+#include <type_traits>
 #include <utility>
 
 #include "data/jet/format/errors.h"
@@ -82,16 +83,18 @@ class JetConnection : public Connection {
   // Nothing when the table turns out to be linked: then `known.link` tells where it is.
   std::optional<CommandResult> RunIn(Engine& engine, const Text& path, KnownStatement& known,
                                      std::span<const Argument> arguments) {
-    return known.Reads() ? Read(engine, path, known, arguments) : Write(engine, known, arguments);
+    if (!known.Reads()) return Write(engine, known, arguments);
+    return Read(engine, path, [&] { return RunPlan(engine, known, arguments); });
   }
 
-  std::optional<CommandResult> Read(Engine& engine, const Text& path, KnownStatement& known,
-                                    std::span<const Argument> arguments) {
+  // What `look` makes of one state of the file.
+  template <typename Look>
+  static std::invoke_result_t<Look> Read(Engine& engine, const Text& path, Look look) {
     for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
       const Engine::ReadScope scope(engine);
       try {
-        std::optional<CommandResult> result = RunPlan(engine, known, arguments);
-        if (scope.StillValid()) return result;
+        auto found = look();
+        if (scope.StillValid()) return found;
       } catch (const RuntimeError&) {
         // What was read from a file that changed meanwhile says nothing about the file.
         if (scope.StillValid()) throw;
@@ -128,11 +131,13 @@ class JetConnection : public Connection {
 
   // A link is looked up each time, as a definition is.
   void FindLink(KnownStatement& known) {
-    const Engine::ReadScope scope(*engine_);
-    const std::optional<LinkedTable> before = std::move(known.link);
-    known.link.reset();
-    if (!engine_->FindTable(known.Table())) known.link = engine_->Link(known.Table());
-    if (known.link != before) known.plan.reset();
+    const std::optional<LinkedTable> link =
+        Read(*engine_, path_, [&]() -> std::optional<LinkedTable> {
+          if (engine_->FindTable(known.Table())) return std::nullopt;
+          return engine_->Link(known.Table());
+        });
+    if (link != known.link) known.plan.reset();
+    known.link = link;
   }
 
   // In the file that has the table, under that file's own locks.
