@@ -11,7 +11,7 @@ namespace {
 
 // The beginning of the header page, which stays as it is as long as the file does: kind, version,
 // the time of its creation.
-constexpr size_t kIdentitySize = 0x98;
+constexpr size_t kIdentitySize = kHeaderSize;
 // Pages that are read at once for whoever reads many.
 constexpr uint32_t kLongestRead = 32;
 // How long to wait for a program that does not know this engine's locks; it may hold the file for
