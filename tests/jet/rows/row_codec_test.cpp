@@ -253,6 +253,25 @@ TEST(RowFields, StoreADecimalNumberHighWordFirst) {
   EXPECT_EQ(Copied(fields[0]), BytesOf("00 00000000 00000000 00000000 D2040000"));
 }
 
+// A definition may put a Boolean anywhere, also behind the variable columns that there are.
+TEST(EncodeRow, KeepsABooleanInItsBitOnly) {
+  TableDefinition table;
+  table.max_columns = 2;
+  table.variable_columns = 1;
+  table.columns = {Variable(ColumnType::Text, 0, 0, 100),
+                   Variable(ColumnType::Boolean, 1, 60000, 0)};
+  RowFields fields(2);
+  fields.Encode(0, table.columns[0], Text(u"abc"));
+  fields.Encode(1, table.columns[1], true);
+  const std::vector<uint8_t> row = EncodeRow(table, fields);
+  EXPECT_EQ(row.size(), 2u + 5u + 2u * 3u + 1u);
+  const BareFile file(Version::Jet4);
+  RowView view(file.Reader(), table);
+  view.Reset({}, row);
+  EXPECT_EQ(view.Get(table.columns[0]), Value(Text(u"abc")));
+  EXPECT_EQ(view.Get(table.columns[1]), Value(true));
+}
+
 TEST(EncodeRow, RefusesARowLargerThanAPage) {
   TableDefinition table;
   table.max_columns = 9;
