@@ -28,8 +28,11 @@ class LinkMaker : public TableSource {
  public:
   explicit LinkMaker(const Text& path)
       : pager_(NativeFileSystem(), path, std::chrono::milliseconds(0), 16),
-        file_(pager_, pager_.FileHeader()),
-        objects_(ReadTableDefinition(file_, kObjectsPage, kObjectsName)) {}
+        file_(pager_, pager_.FileHeader()) {
+    pager_.BeginRead();
+    objects_ = ReadTableDefinition(file_, kObjectsPage, kObjectsName);
+    pager_.EndRead();
+  }
 
   void Make(const LinkedTable& link) {
     pager_.BeginWrite();
