@@ -6,6 +6,7 @@
 #include "data/commands.h"
 #include "data/jet/engine.h"
 #include "data/jet/sql/execution.h"
+#include "data/jet/sql/parameters.h"
 #include "data/jet/sql/statement_parser.h"
 #include "tests/support/site_fixture.h"
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "data/jet/sql/execution.h"
+#include "data/jet/sql/parameters.h"
 #include "data/jet/sql/statement_parser.h"
 
 namespace rdv::lines {

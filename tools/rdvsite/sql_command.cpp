@@ -127,7 +127,9 @@ CommandResult Execute(const Text& path, const Options& options) {
     const auto engine = OpenDatabase(path);
     {
       const jet::Engine::ReadScope scope(*engine);
-      RequireArguments(statement, engine->Table(jet::sql::TableOf(statement)), options);
+      // The columns of a linked table stand in another file.
+      const Text& table = jet::sql::TableOf(statement);
+      if (!engine->Link(table)) RequireArguments(statement, engine->Table(table), options);
     }
     engine->Close();
     std::vector<Argument> values;

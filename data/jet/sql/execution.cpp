@@ -4,10 +4,6 @@
 
 namespace rdv::jet::sql {
 
-const Text& TableOf(const Statement& statement) {
-  return std::visit([](const auto& kind) -> const Text& { return kind.table; }, statement);
-}
-
 std::unique_ptr<Plan> MakePlan(const Statement& statement, const TableDefinition& table) {
   return std::visit([&table](const auto& kind) { return MakePlan(kind, table); }, statement);
 }

@@ -28,9 +28,6 @@ class Plan {
   virtual CommandResult Run(Engine& engine, std::span<const Argument> arguments) = 0;
 };
 
-// The table that the statement reads or writes, as it names it.
-const Text& TableOf(const Statement& statement);
-
 // Raises for names that stand where they cannot. Both must outlive the plan.
 std::unique_ptr<Plan> MakePlan(const Statement& statement, const TableDefinition& table);
 std::unique_ptr<Plan> MakePlan(const Select& select, const TableDefinition& table);

@@ -11,6 +11,7 @@
 #include "data/jet/format/errors.h"
 #include "data/jet/linked_file.h"
 #include "data/jet/sql/execution.h"
+#include "data/jet/sql/parameters.h"
 #include "data/jet/sql/statement_parser.h"
 #include "runtime/error.h"
 

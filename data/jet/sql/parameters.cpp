@@ -45,7 +45,7 @@ const Text& TableOf(const Statement& statement) {
 
 std::vector<Text> ParametersOf(const Statement& statement, const TableDefinition& table) {
   // The values of an INSERT see no column.
-  Names names(std::holds_alternative<Insert>(statement) ? nullptr : &table);
+  Names names(std::holds_alternative<Insert>(statement) ? nullptr : &table, TableOf(statement));
   std::visit([&names](const auto& kind) { Meet(kind, names); }, statement);
   return names.Parameters();
 }
