@@ -152,6 +152,14 @@ TEST_F(CommandLineTest, FailuresHaveTheirExitCodes) {
   EXPECT_EQ(errors_.str(), "brew pour: the pot is not there\n");
 }
 
+TEST_F(CommandLineTest, AnErrorOfTheDatabaseHasItsTextBeforeItsNumber) {
+  CommandLine line("brew", "makes tea");
+  line.Add("boil", "boils water", []() -> int { throw RuntimeError(75, u"No water", u"Kettle"); });
+  const std::vector<std::string> words = {"boil"};
+  EXPECT_EQ(line.Execute(words, out_, errors_), kUnusable);
+  EXPECT_EQ(errors_.str(), "brew boil: No water (error 75, Kettle)\n");
+}
+
 TEST_F(CommandLineTest, OutputThatDoesNotArriveIsAnError) {
   FullDisk disk;
   std::ostream out(&disk);

@@ -61,6 +61,11 @@ std::string Explain(const CLI::ParseError& error, const CLI::App& app) {
 
 }  // namespace
 
+std::string Described(const RuntimeError& error) {
+  return ToUtf8(error.Description()) + " (error " + std::to_string(error.Number()) + ", " +
+         ToUtf8(error.Source()) + ")";
+}
+
 CommandLine::CommandLine(std::string program, std::string purpose)
     : program_(std::move(program)), purpose_(std::move(purpose)) {}
 
@@ -118,6 +123,9 @@ int CommandLine::Execute(std::span<const std::string> arguments, std::ostream& o
     return kFindings;
   } catch (const OutputError& error) {
     errors << current_ << ": the output cannot be written: " << error.what() << '\n';
+    return kUnusable;
+  } catch (const RuntimeError& error) {
+    errors << current_ << ": " << Described(error) << '\n';
     return kUnusable;
   } catch (const std::exception& error) {
     errors << current_ << ": " << error.what() << '\n';

@@ -18,6 +18,7 @@
 #include <string>
 #include <vector>
 
+#include "runtime/error.h"
 #include "tools/command_line/exit_codes.h"
 
 namespace rdv::tools {
@@ -34,6 +35,9 @@ class Refusal : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
+
+// "description (error number, source)": what every program prints of such an error.
+std::string Described(const RuntimeError& error);
 
 class CommandLine {
  public:

@@ -100,11 +100,6 @@ std::string Explained(const RuntimeError& error, const Text& path) {
   return text;
 }
 
-std::string Described(const RuntimeError& error) {
-  return ToUtf8(error.Description()) + " (error " + std::to_string(error.Number()) + ", " +
-         ToUtf8(error.Source()) + ")";
-}
-
 std::string Quoted(const Text& name) {
   return "'" + ToUtf8(name) + "'";
 }

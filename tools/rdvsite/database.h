@@ -24,8 +24,7 @@ std::unique_ptr<jet::Engine> OpenDatabase(const Text& path);
 // The sentence for an error of the engine that concerns the file at `path`.
 std::string Explained(const RuntimeError& error, const Text& path);
 
-// "description (error number, source)".
-std::string Described(const RuntimeError& error);
+using tools::Described;
 
 std::string Quoted(const Text& name);
 
