@@ -82,5 +82,31 @@ TEST(Guide, ShowsWhatTheProgramPrints) {
   EXPECT_TRUE(std::filesystem::exists("report.html"));
 }
 
+constexpr const char* kCommands[] = {"show",   "check",   "set",    "restore", "export",
+                                     "import", "compare", "report", "undo"};
+
+TEST(Guide, ThePageOfTheManualAndTheCompletionKnowEveryCommand) {
+  const std::filesystem::path delivery =
+      std::filesystem::path(RDV_GUIDE).parent_path() / ".." / "delivery";
+  const std::string manual = ReadBytes(delivery / "rdvlines.1");
+  const std::string completion = ReadBytes(delivery / "rdvlines.bash");
+  for (const std::string command : kCommands) {
+    EXPECT_NE(manual.find(".B rdvlines " + command), std::string::npos) << command;
+    EXPECT_TRUE(std::regex_search(completion, std::regex("\\b" + command + "\\b"))) << command;
+  }
+}
+
+TEST(Help, TellsOfEachCommandAndTheVersion) {
+  for (const std::string command : kCommands) {
+    const Outcome help = RunWords({command, "--help"});
+    EXPECT_EQ(help.code, 0) << command;
+    EXPECT_NE(help.out.find("rdvlines " + command), std::string::npos) << help.out;
+    EXPECT_EQ(help.errors, "");
+  }
+  EXPECT_EQ(RunWords({"--version"}).out.substr(0, 9), "rdvlines ");
+  EXPECT_EQ(RunWords({"shwo"}).code, 2);
+  EXPECT_NE(RunWords({"shwo"}).errors.find("did you mean 'show'"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace rdv::lines::test

@@ -1,7 +1,6 @@
 #include "tools/lines/change_record.h"
 
 #include <chrono>
-#include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -128,12 +127,14 @@ std::string RecordTimeNow() {
   const auto today = floor<days>(now);
   const year_month_day date(today);
   const hh_mm_ss clock(now - today);
-  char text[32];
-  std::snprintf(text, sizeof text, "%04d-%02u-%02u %02d:%02d:%02d", static_cast<int>(date.year()),
-                static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
-                static_cast<int>(clock.seconds().count()));
-  return text;
+  const auto two = [](auto number) {
+    const std::string digits = std::to_string(static_cast<int>(number));
+    return digits.size() < 2 ? "0" + digits : digits;
+  };
+  return std::to_string(static_cast<int>(date.year())) + "-" +
+         two(static_cast<unsigned>(date.month())) + "-" + two(static_cast<unsigned>(date.day())) +
+         " " + two(clock.hours().count()) + ":" + two(clock.minutes().count()) + ":" +
+         two(clock.seconds().count());
 }
 
 std::string DigestOf(const RowTable& table, size_t row) {
@@ -152,8 +153,8 @@ std::string DigestOf(const RowTable& table, size_t row) {
     add(table.columns[column]);
     add(IsNull(value) ? Text(u"\0", 1) : Shown(value));
   }
-  char digits[17];
-  std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(hash));
+  std::string digits;
+  for (int shift = 60; shift >= 0; shift -= 4) digits += "0123456789abcdef"[(hash >> shift) & 15];
   return digits;
 }
 
