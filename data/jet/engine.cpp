@@ -18,7 +18,7 @@ namespace rdv::jet {
 struct Engine::State : public TableSource {
   State(const Text& path, const EngineOptions& options)
       : pager(options.files ? *options.files : NativeFileSystem(), path, options.lock_wait,
-              options.cache_pages),
+              options.cache_pages, options.reads_suspect ? Suspects::Read : Suspects::Refused),
         file(pager, pager.FileHeader()),
         context{pager, file} {}
 
@@ -226,7 +226,7 @@ void Engine::CreateRelationship(const RelationshipSpec& spec) {
 }
 
 const EngineCounters& Engine::Counters() const {
-  const PagerCounters& counters = state_->pager.Counters();
+  const PagerCounters counters = state_->pager.Counters();
   state_->counters = {counters.pages_read, counters.pages_written, counters.commits,
                       counters.flushes};
   return state_->counters;

@@ -35,6 +35,9 @@ struct EngineOptions {
   std::chrono::milliseconds lock_wait{5000};
   // Pages that are kept from one scope to the next. A scope itself may hold more.
   size_t cache_pages = 1024;
+  // Also reads a file that was left in the middle of a write and could not be put right. For those
+  // who look for what is wrong.
+  bool reads_suspect = false;
   // Where files come from; null for those of the operating system. Not owned.
   FileSystem* files = nullptr;
 };

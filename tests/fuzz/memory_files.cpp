@@ -27,6 +27,8 @@ class MemoryFile : public File {
   void Flush() override {}
   bool TryLock(uint64_t, uint64_t, LockMode) override { return true; }
   void Unlock(uint64_t, uint64_t) override {}
+  bool IsLocked(uint64_t) override { return false; }
+  bool Bears(const Text&) override { return true; }
 
  private:
   MemoryFiles::Content content_;
@@ -37,11 +39,16 @@ class MemoryFile : public File {
 std::unique_ptr<File> MemoryFiles::Open(const Text& path, FileAccess access) {
   const auto found = files_.find(path);
   if (found != files_.end()) return std::make_unique<MemoryFile>(found->second);
-  const bool make = access == FileAccess::Create || access == FileAccess::Draft;
+  const bool make = access != FileAccess::Read && access != FileAccess::ReadWrite;
   if (!make) throw FileError(FileProblem::NotFound, "there is none");
   Content content = std::make_shared<std::vector<uint8_t>>();
   files_.emplace(path, content);
   return std::make_unique<MemoryFile>(std::move(content));
+}
+
+Text MemoryFiles::CanonicalPath(const Text& path) {
+  if (!Exists(path)) throw FileError(FileProblem::NotFound, "there is none");
+  return path;
 }
 
 void MemoryFiles::Rename(const Text& from, const Text& to) {

@@ -20,9 +20,15 @@ class MemoryFiles : public FileSystem {
   const std::vector<uint8_t>& Get(const Text& path) const { return *files_.at(path); }
 
   std::unique_ptr<File> Open(const Text& path, FileAccess access) override;
+  std::unique_ptr<File> OpenBeside(File&, const Text& path, FileAccess access) override {
+    return Open(path, access);
+  }
+  bool OpensAlone() const override { return false; }
   bool Exists(const Text& path) override { return files_.contains(path); }
+  Text CanonicalPath(const Text& path) override;
   void Remove(const Text& path) override { files_.erase(path); }
   void Rename(const Text& from, const Text& to) override;
+  void FlushFolder(const Text&) override {}
 
  private:
   std::map<Text, Content> files_;

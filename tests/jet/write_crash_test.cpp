@@ -263,6 +263,8 @@ TEST_F(WriteCrashTest, AKilledProcessLeavesWholeStatements) {
   uint32_t pause = 3000;
   for (int round = 0; round < 12; ++round) {
     SCOPED_TRACE(round);
+    int ready[2] = {};
+    ASSERT_EQ(pipe(ready), 0);
     const pid_t child = Start([&] {
       const auto engine = Engine::Open(PathText(path_));
       for (int32_t i = 0;; ++i) {
@@ -271,10 +273,15 @@ TEST_F(WriteCrashTest, AKilledProcessLeavesWholeStatements) {
         engine->Insert(engine->Table(u"Things"), Thing(id, 40 + static_cast<size_t>(i) % 100, 500));
         Update(*engine, (i * 2) % 600, 3, id);
         scope.Commit();
+        if (i == 0 && write(ready[1], "", 1) != 1) throw std::runtime_error("nobody is there");
       }
     });
+    char signal = 0;
+    EXPECT_EQ(read(ready[0], &signal, 1), 1);  // it has written something
+    close(ready[0]);
+    close(ready[1]);
     pause = pause * 1103515245 + 12345;
-    usleep(4000 + pause / 4096 % 20000);
+    usleep(pause / 4096 % 20000);
     kill(child, SIGKILL);
     ExitOf(child);
     const auto engine = Engine::Open(PathText(path_));
@@ -282,6 +289,59 @@ TEST_F(WriteCrashTest, AKilledProcessLeavesWholeStatements) {
   }
   const auto engine = Engine::Open(PathText(path_));
   EXPECT_GT(ReadThings(*engine).size(), size_t{kThingCount});
+}
+
+TEST_F(WriteCrashTest, EightProcessesWriteAtOnceAndNothingIsLost) {
+  constexpr int kProcesses = 8;
+  constexpr int32_t kRows = 12;
+  std::vector<pid_t> children;
+  for (int32_t process = 0; process < kProcesses; ++process) {
+    children.push_back(Start([&, process] {
+      for (int32_t i = 0; i < kRows; ++i) {
+        const auto engine = Engine::Open(PathText(path_));
+        for (const int32_t part : {0, 1}) {
+          Engine::WriteScope scope(*engine);
+          const int32_t id = 10000 + 100 * process + 2 * i + part;
+          engine->Insert(engine->Table(u"Things"), Thing(id, 100, 20));
+          scope.Commit();
+        }
+        engine->Close();
+      }
+    }));
+  }
+  for (const pid_t child : children) EXPECT_EQ(ExitOf(child), 0);
+  const auto engine = Engine::Open(PathText(path_));
+  EXPECT_EQ(Findings(*engine), "");
+  EXPECT_EQ(ReadThings(*engine).size(), size_t{kThingCount + kProcesses * kRows * 2});
+  EXPECT_FALSE(std::filesystem::exists(path_.string() + "-journal"));
+}
+
+TEST_F(WriteCrashTest, ProcessesThatFindTheSameInterruptedFilePutItRight) {
+  constexpr int kProcesses = 4;
+  const Rows before = ReadThings(*Engine::Open(PathText(path_)));
+  for (int writes = 3; writes < 12; writes += 4) {
+    SCOPED_TRACE(writes);
+    FaultyFileSystem files;
+    files.Arm(Fault::Death, writes);
+    try {
+      const auto engine = Engine::Open(PathText(path_), {.files = &files});
+      Engine::WriteScope scope(*engine);
+      for (int32_t id = 0; id < 600; id += 20) Update(*engine, id, 1, Text(190, u'x'));
+      scope.Commit();
+    } catch (const RuntimeError&) {
+      EXPECT_TRUE(files.Struck());
+    }
+    std::vector<pid_t> children;
+    for (int process = 0; process < kProcesses; ++process) {
+      children.push_back(Start([&] {
+        const auto engine = Engine::Open(PathText(path_));
+        if (ReadThings(*engine) != before) throw std::runtime_error("not as before");
+      }));
+    }
+    for (const pid_t child : children) EXPECT_EQ(ExitOf(child), 0);
+    const auto engine = Engine::Open(PathText(path_));
+    EXPECT_EQ(Findings(*engine), "");
+  }
 }
 
 TEST_F(WriteCrashTest, ProcessesLoseNoUpdateAndReadNothingHalf) {

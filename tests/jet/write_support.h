@@ -93,7 +93,14 @@ class FaultyFileSystem : public FileSystem {
     if (dead_) Fail();
     return std::make_unique<FaultyFile>(*this, NativeFileSystem().Open(path, access));
   }
+  std::unique_ptr<File> OpenBeside(File& model, const Text& path, FileAccess access) override {
+    if (dead_) Fail();
+    File& native = *static_cast<FaultyFile&>(model).file_;
+    return std::make_unique<FaultyFile>(*this, NativeFileSystem().OpenBeside(native, path, access));
+  }
+  bool OpensAlone() const override { return NativeFileSystem().OpensAlone(); }
   bool Exists(const Text& path) override { return NativeFileSystem().Exists(path); }
+  Text CanonicalPath(const Text& path) override { return NativeFileSystem().CanonicalPath(path); }
   void Remove(const Text& path) override {
     if (Strikes(Kind::Write)) Fail();
     NativeFileSystem().Remove(path);
@@ -101,6 +108,10 @@ class FaultyFileSystem : public FileSystem {
   void Rename(const Text& from, const Text& to) override {
     if (Strikes(Kind::Write)) Fail();
     NativeFileSystem().Rename(from, to);
+  }
+  void FlushFolder(const Text& path) override {
+    if (dead_ || fault_ == Fault::FailingFlush) Fail();
+    NativeFileSystem().FlushFolder(path);
   }
 
  private:
@@ -140,7 +151,14 @@ class FaultyFileSystem : public FileSystem {
     }
     void Unlock(uint64_t offset, uint64_t length) override { file_->Unlock(offset, length); }
 
+    bool IsLocked(uint64_t offset) override { return file_->IsLocked(offset); }
+    bool Bears(const Text& path) override {
+      if (owner_.dead_) owner_.Fail();
+      return file_->Bears(path);
+    }
+
    private:
+    friend FaultyFileSystem;
     FaultyFileSystem& owner_;
     std::unique_ptr<File> file_;
   };

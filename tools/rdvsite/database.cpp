@@ -80,7 +80,7 @@ Text DatabasePath(const std::string& given) {
 
 std::unique_ptr<jet::Engine> OpenDatabase(const Text& path) {
   try {
-    return jet::Engine::Open(path);
+    return jet::Engine::Open(path, {.reads_suspect = true});
   } catch (const RuntimeError& error) {
     throw std::runtime_error(Explained(error, path));
   }

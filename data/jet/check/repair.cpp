@@ -195,8 +195,8 @@ class Repair {
 
 RepairReport RepairDatabase(FileSystem& files, const Text& path,
                             std::chrono::milliseconds lock_wait) {
-  Pager pager(files, path, lock_wait, kCachedPages);
-  pager.BeginWrite(true);
+  Pager pager(files, path, lock_wait, kCachedPages, Suspects::Mended);
+  pager.BeginWrite();
   RepairReport report;
   try {
     report = Repair(pager).Run();

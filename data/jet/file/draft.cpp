@@ -1,5 +1,7 @@
 #include "data/jet/file/draft.h"
 
+#include "data/jet/file/journal.h"
+
 namespace rdv::jet {
 namespace {
 
@@ -19,6 +21,7 @@ Draft::Draft(FileSystem& files, const Text& final_path)
     // Whoever had it removed it in the meantime.
     if (!stamp.linked) continue;
     if (stamp.size == 0) {
+      RemoveJournal();
       file_ = std::move(file);
       continue;
     }
@@ -32,9 +35,16 @@ Draft::Draft(FileSystem& files, const Text& final_path)
   }
 }
 
+// That of a dead maker's draft, which this one might be taken for.
+void Draft::RemoveJournal() {
+  const Text journal = JournalPath(path_);
+  if (files_.Exists(journal)) files_.Remove(journal);
+}
+
 Draft::~Draft() {
   if (published_) return;
   try {
+    RemoveJournal();
     files_.Remove(path_);
   } catch (const FileError&) {
     // The next maker removes it.
@@ -42,8 +52,10 @@ Draft::~Draft() {
 }
 
 void Draft::Publish() {
+  file_->Flush();
   files_.Rename(path_, final_path_);
   published_ = true;
+  files_.FlushFolder(final_path_);
 }
 
 }  // namespace rdv::jet

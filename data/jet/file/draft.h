@@ -22,10 +22,13 @@ class Draft {
   const Text& Path() const { return path_; }
   File& Content() { return *file_; }
 
-  // Gives the file its name. Nobody else may have it open.
+  // Gives the file its name, for good: whatever happens afterwards finds it whole under its name.
+  // Nobody else may have it open.
   void Publish();
 
  private:
+  void RemoveJournal();
+
   FileSystem& files_;
   Text final_path_;
   Text path_;

@@ -44,6 +44,8 @@ enum class FileAccess {
   ReadWrite,
   Create,  // ReadWrite; made empty when it is not there
   Draft,   // Create; may be renamed and removed while it is open in this way only
+  Alone,   // Create; refused while anybody has it open, and keeps everybody out, where the system
+           // knows that (FileSystem::OpensAlone)
 };
 
 enum class LockMode { Shared, Exclusive };
@@ -51,8 +53,9 @@ enum class LockMode { Shared, Exclusive };
 // What tells one state of a file from another, as far as the system keeps it.
 struct FileStamp {
   uint64_t size = 0;
-  int64_t modified = 0;  // in the system's own unit; 0 where it is not to be relied on
-  bool linked = true;    // false when the file has been deleted while it was open
+  int64_t modified = 0;        // in the system's own unit; 0 where it is not to be relied on
+  bool linked = true;          // false when the file has been deleted while it was open
+  bool several_names = false;  // hard links: no name tells what lies beside the others
 
   bool operator==(const FileStamp&) const = default;
 };
@@ -80,6 +83,12 @@ class File {
   // that were locked are to be unlocked; a range that is locked already is not locked again.
   virtual bool TryLock(uint64_t offset, uint64_t length, LockMode mode) = 0;
   virtual void Unlock(uint64_t offset, uint64_t length) = 0;
+  // Whether another object holds a lock on the byte. Where it has to be tried, two that try the
+  // same byte at once may take each other for its holder.
+  virtual bool IsLocked(uint64_t offset) = 0;
+
+  // Whether opening `path` now would open this very file.
+  virtual bool Bears(const Text& path) = 0;
 };
 
 class FileSystem {
@@ -90,11 +99,21 @@ class FileSystem {
   virtual ~FileSystem() = default;
 
   virtual std::unique_ptr<File> Open(const Text& path, FileAccess access) = 0;
+  // A file that belongs to `model`, which lies in the same folder. Where it is made (Create,
+  // Alone), whoever may use the model may use it, as far as this user can give that.
+  virtual std::unique_ptr<File> OpenBeside(File& model, const Text& path, FileAccess access) = 0;
+  // Whether FileAccess::Alone keeps the others out.
+  virtual bool OpensAlone() const = 0;
+  // False only when it is certain that there is none; raises FileError when that cannot be told.
   virtual bool Exists(const Text& path) = 0;
+  // The one spelling of the name of a file that is there, whichever links lead to it.
+  virtual Text CanonicalPath(const Text& path) = 0;
   // Also when it is open elsewhere, where the system allows that. Raises FileError.
   virtual void Remove(const Text& path) = 0;
   // To a name in the same folder that nothing bears. Raises FileError.
   virtual void Rename(const Text& from, const Text& to) = 0;
+  // Returns when the names in the folder of `path` are on the disk as they are now.
+  virtual void FlushFolder(const Text& path) = 0;
 };
 
 // That of the operating system. Lives as long as the process.

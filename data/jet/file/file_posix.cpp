@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 
 #include "data/jet/file/file.h"
@@ -23,11 +24,14 @@ namespace {
   throw FileError(problem, std::strerror(error));
 }
 
-bool FolderOfExists(const std::string& path) {
+std::string FolderOf(const std::string& path) {
   const size_t slash = path.rfind('/');
-  if (slash == std::string::npos) return true;
+  return slash == std::string::npos ? "." : path.substr(0, slash + 1);
+}
+
+bool FolderOfExists(const std::string& path) {
   struct stat status {};
-  return stat(path.substr(0, slash + 1).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+  return stat(FolderOf(path).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
 class PosixFile : public File {
@@ -63,7 +67,8 @@ class PosixFile : public File {
     constexpr int64_t kNanoseconds = 1'000'000'000;
     return {.size = static_cast<uint64_t>(status.st_size),
             .modified = int64_t{status.st_mtim.tv_sec} * kNanoseconds + status.st_mtim.tv_nsec,
-            .linked = status.st_nlink != 0};
+            .linked = status.st_nlink != 0,
+            .several_names = status.st_nlink > 1};
   }
 
   void Resize(uint64_t size) override {
@@ -79,15 +84,47 @@ class PosixFile : public File {
   }
   void Unlock(uint64_t offset, uint64_t length) override { SetLock(offset, length, F_UNLCK); }
 
+  bool IsLocked(uint64_t offset) override {
+    struct flock lock = LockOf(offset, 1, F_WRLCK);
+    if (fcntl(descriptor_, F_OFD_GETLK, &lock) != 0) RaiseErrno(errno);
+    return lock.l_type != F_UNLCK;
+  }
+
+  bool Bears(const Text& path) override {
+    struct stat mine {};
+    struct stat named {};
+    if (fstat(descriptor_, &mine) != 0) RaiseErrno(errno);
+    if (stat(ToUtf8(path).c_str(), &named) != 0) {
+      if (errno == ENOENT || errno == ENOTDIR) return false;
+      RaiseErrno(errno);
+    }
+    return mine.st_dev == named.st_dev && mine.st_ino == named.st_ino;
+  }
+
+  // What cannot be given is left: the file's maker may use it all the same.
+  void TakeRightsOf(int model) {
+    struct stat status {};
+    if (fstat(model, &status) != 0) RaiseErrno(errno);
+    constexpr mode_t kReadAndWrite = 0666;
+    if (fchown(descriptor_, static_cast<uid_t>(-1), status.st_gid) != 0) return;
+    (void)fchmod(descriptor_, status.st_mode & kReadAndWrite);
+  }
+  int Descriptor() const { return descriptor_; }
+
  private:
-  // Locks of the open file description: unlike a process' own, they exclude other descriptors of
-  // the same process and are not lost when one of those is closed.
-  bool SetLock(uint64_t offset, uint64_t length, short type) {
+  static struct flock LockOf(uint64_t offset, uint64_t length, short type) {
     struct flock lock {};
     lock.l_type = type;
     lock.l_whence = SEEK_SET;
     lock.l_start = static_cast<off_t>(offset);
     lock.l_len = static_cast<off_t>(length);
+    return lock;
+  }
+
+  // Locks of the open file description: unlike a process' own, they exclude other descriptors of
+  // the same process and are not lost when one of those is closed.
+  bool SetLock(uint64_t offset, uint64_t length, short type) {
+    struct flock lock = LockOf(offset, length, type);
     while (fcntl(descriptor_, F_OFD_SETLK, &lock) != 0) {
       if (errno == EAGAIN || errno == EACCES) return false;
       if (errno != EINTR) RaiseErrno(errno);
@@ -101,23 +138,51 @@ class PosixFile : public File {
 class PosixFileSystem : public FileSystem {
  public:
   std::unique_ptr<File> Open(const Text& path, FileAccess access) override {
-    int flags = O_CLOEXEC | (access == FileAccess::Read ? O_RDONLY : O_RDWR);
-    // Names that anybody can foresee: a link that somebody has laid there is not followed.
-    if (access == FileAccess::Create || access == FileAccess::Draft) flags |= O_CREAT | O_NOFOLLOW;
+    const bool makes = access != FileAccess::Read && access != FileAccess::ReadWrite;
+    return OpenWith(path, access, makes ? O_CREAT : 0);
+  }
+
+  std::unique_ptr<File> OpenBeside(File& model, const Text& path, FileAccess access) override {
+    const bool makes = access != FileAccess::Read && access != FileAccess::ReadWrite;
+    if (!makes) return OpenWith(path, access, 0);
+    // Made or found: another process may make or remove it in between.
+    for (;;) {
+      try {
+        auto file = OpenWith(path, access, O_CREAT | O_EXCL);
+        file->TakeRightsOf(static_cast<PosixFile&>(model).Descriptor());
+        return file;
+      } catch (const FileError& error) {
+        if (error.Problem() != FileProblem::Exists) throw;
+      }
+      try {
+        return OpenWith(path, access, 0);
+      } catch (const FileError& error) {
+        if (error.Problem() != FileProblem::NotFound) throw;
+      }
+    }
+  }
+
+  bool OpensAlone() const override { return false; }
+
+  bool Exists(const Text& path) override {
+    struct stat status {};
+    if (lstat(ToUtf8(path).c_str(), &status) == 0) return true;
+    if (errno == ENOENT || errno == ENOTDIR) return false;
+    RaiseErrno(errno);
+  }
+
+  Text CanonicalPath(const Text& path) override {
     const std::string name = ToUtf8(path);
-    const int descriptor = open(name.c_str(), flags, 0666);
-    if (descriptor < 0) {
+    char* const real = realpath(name.c_str(), nullptr);
+    if (real == nullptr) {
       if (errno == ENOENT && !FolderOfExists(name))
         throw FileError(FileProblem::FolderNotFound, std::strerror(ENOENT));
       RaiseErrno(errno);
     }
-    auto file = std::make_unique<PosixFile>(descriptor);
-    struct stat status {};
-    if (fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode)) RaiseErrno(EISDIR);
-    return file;
+    Text canonical = FromUtf8(real);
+    std::free(real);
+    return canonical;
   }
-
-  bool Exists(const Text& path) override { return access(ToUtf8(path).c_str(), F_OK) == 0; }
 
   void Remove(const Text& path) override {
     if (unlink(ToUtf8(path).c_str()) != 0) RaiseErrno(errno);
@@ -132,6 +197,36 @@ class PosixFileSystem : public FileSystem {
     // Some network file systems cannot do it in one step.
     if (link(old_name.c_str(), new_name.c_str()) != 0) RaiseErrno(errno);
     if (unlink(old_name.c_str()) != 0) RaiseErrno(errno);
+  }
+
+  void FlushFolder(const Text& path) override {
+    const int folder = open(FolderOf(ToUtf8(path)).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder < 0) RaiseErrno(errno);
+    const bool failed = fsync(folder) != 0;
+    const int error = errno;
+    close(folder);
+    // EINVAL: a file system that knows no flushing of folders.
+    if (failed && error != EINVAL) RaiseErrno(error);
+  }
+
+ private:
+  static std::unique_ptr<PosixFile> OpenWith(const Text& path, FileAccess access, int extra) {
+    const bool database = access == FileAccess::Read || access == FileAccess::ReadWrite;
+    // The others have names that anybody can foresee: a link that somebody has laid there is not
+    // followed.
+    const int flags = O_CLOEXEC | extra | (database ? 0 : O_NOFOLLOW) |
+                      (access == FileAccess::Read ? O_RDONLY : O_RDWR);
+    const std::string name = ToUtf8(path);
+    const int descriptor = open(name.c_str(), flags, 0666);
+    if (descriptor < 0) {
+      if (errno == ENOENT && !FolderOfExists(name))
+        throw FileError(FileProblem::FolderNotFound, std::strerror(ENOENT));
+      RaiseErrno(errno);
+    }
+    auto file = std::make_unique<PosixFile>(descriptor);
+    struct stat status {};
+    if (fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode)) RaiseErrno(EISDIR);
+    return file;
   }
 };
 

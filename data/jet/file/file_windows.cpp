@@ -70,7 +70,11 @@ class WindowsFile : public File {
   FileStamp Stamp() override {
     LARGE_INTEGER size{};
     if (!GetFileSizeEx(handle_, &size)) RaiseLastError(GetLastError());
-    return {.size = static_cast<uint64_t>(size.QuadPart)};
+    FILE_STANDARD_INFO info{};
+    const bool known =
+        GetFileInformationByHandleEx(handle_, FileStandardInfo, &info, sizeof info) != 0;
+    return {.size = static_cast<uint64_t>(size.QuadPart),
+            .several_names = known && info.NumberOfLinks > 1};
   }
 
   void Resize(uint64_t size) override {
@@ -103,6 +107,17 @@ class WindowsFile : public File {
       RaiseLastError(GetLastError());
   }
 
+  // There is no asking, only trying.
+  bool IsLocked(uint64_t offset) override {
+    if (!TryLock(offset, 1, LockMode::Exclusive)) return true;
+    Unlock(offset, 1);
+    return false;
+  }
+
+  // The file is opened without leave to rename, replace or delete it, and its folders cannot be
+  // renamed meanwhile either.
+  bool Bears(const Text&) override { return true; }
+
  private:
   static DWORD Piece(size_t size) {
     constexpr size_t kLargest = 1u << 30;
@@ -117,18 +132,50 @@ class WindowsFileSystem : public FileSystem {
   std::unique_ptr<File> Open(const Text& path, FileAccess access) override {
     const DWORD rights =
         access == FileAccess::Read ? GENERIC_READ : DWORD{GENERIC_READ | GENERIC_WRITE};
-    const bool draft = access == FileAccess::Draft;
-    const DWORD sharing = FILE_SHARE_READ | FILE_SHARE_WRITE | (draft ? FILE_SHARE_DELETE : 0u);
-    const HANDLE handle =
-        CreateFileW(Wide(path).c_str(), rights, sharing, nullptr,
-                    draft || access == FileAccess::Create ? OPEN_ALWAYS : OPEN_EXISTING,
-                    FILE_ATTRIBUTE_NORMAL | FILE_FLAG_RANDOM_ACCESS, nullptr);
+    const bool makes = access != FileAccess::Read && access != FileAccess::ReadWrite;
+    const HANDLE handle = CreateFileW(Wide(path).c_str(), rights, Sharing(access), nullptr,
+                                      makes ? OPEN_ALWAYS : OPEN_EXISTING,
+                                      FILE_ATTRIBUTE_NORMAL | FILE_FLAG_RANDOM_ACCESS, nullptr);
     if (handle == INVALID_HANDLE_VALUE) RaiseLastError(GetLastError());
     return std::make_unique<WindowsFile>(handle);
   }
 
+  // New files inherit the rights that the folder gives to its files, as the model did.
+  std::unique_ptr<File> OpenBeside(File&, const Text& path, FileAccess access) override {
+    return Open(path, access);
+  }
+
+  bool OpensAlone() const override { return true; }
+
   bool Exists(const Text& path) override {
-    return GetFileAttributesW(Wide(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+    if (GetFileAttributesW(Wide(path).c_str()) != INVALID_FILE_ATTRIBUTES) return true;
+    const DWORD error = GetLastError();
+    if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) return false;
+    RaiseLastError(error);
+  }
+
+  // Where a file system cannot tell the final name (some that come over a network), it is the full
+  // one.
+  Text CanonicalPath(const Text& path) override {
+    const HANDLE handle =
+        CreateFileW(Wide(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) RaiseLastError(GetLastError());
+    std::wstring name = Asked([&](wchar_t* buffer, DWORD size) {
+      return GetFinalPathNameByHandleW(handle, buffer, size, VOLUME_NAME_DOS);
+    });
+    CloseHandle(handle);
+    if (name.empty()) {
+      name = Asked([&](wchar_t* buffer, DWORD size) {
+        return GetFullPathNameW(Wide(path).c_str(), size, buffer, nullptr);
+      });
+    }
+    if (name.empty()) RaiseLastError(GetLastError());
+    const Text text(name.begin(), name.end());
+    constexpr TextView kShare = u"\\\\?\\UNC\\";
+    constexpr TextView kLocal = u"\\\\?\\";
+    if (text.starts_with(kShare)) return u"\\\\" + text.substr(kShare.size());
+    return text.starts_with(kLocal) ? text.substr(kLocal.size()) : text;
   }
 
   void Remove(const Text& path) override {
@@ -136,7 +183,33 @@ class WindowsFileSystem : public FileSystem {
   }
 
   void Rename(const Text& from, const Text& to) override {
-    if (!MoveFileExW(Wide(from).c_str(), Wide(to).c_str(), 0)) RaiseLastError(GetLastError());
+    if (!MoveFileExW(Wide(from).c_str(), Wide(to).c_str(), MOVEFILE_WRITE_THROUGH))
+      RaiseLastError(GetLastError());
+  }
+
+  // Believed: names are kept in the file system's own journal, in the order in which they were
+  // given, and flushing a file flushes its name with it. There is no call for a folder alone that
+  // needs no special rights.
+  void FlushFolder(const Text&) override {}
+
+ private:
+  static DWORD Sharing(FileAccess access) {
+    if (access == FileAccess::Alone) return 0;
+    const DWORD usual = FILE_SHARE_READ | FILE_SHARE_WRITE;
+    return access == FileAccess::Draft ? usual | FILE_SHARE_DELETE : usual;
+  }
+
+  // The text of a call that says how long it is; empty when it fails.
+  template <typename Call>
+  static std::wstring Asked(Call call) {
+    std::wstring text(MAX_PATH, L'\0');
+    DWORD size = call(text.data(), static_cast<DWORD>(text.size()));
+    if (size > text.size()) {
+      text.resize(size);
+      size = call(text.data(), size);
+    }
+    text.resize(size <= text.size() ? size : 0);
+    return text;
   }
 };
 

@@ -1,119 +1,232 @@
 #include "data/jet/file/journal.h"
 
 #include <array>
-#include <bit>
-#include <cstring>
-
-#include "data/jet/format/format.h"
+#include <cassert>
+#include <utility>
 
 namespace rdv::jet {
 namespace {
 
-constexpr std::array<uint8_t, 8> kMark = {'R', 'D', 'V', 'J', 'R', 'N', 'L', '2'};
-constexpr size_t kPageSizeAt = 8;
-constexpr size_t kPageCountAt = 12;
-constexpr size_t kFileSizeAt = 16;
-constexpr size_t kChecksumAt = 24;
-constexpr size_t kIdentityAt = 32;
-constexpr size_t kCommitWordsAt = 40;
-constexpr size_t kPagesAt = kCommitWordsAt + kCommitWordCount * sizeof(uint16_t);
-constexpr size_t kPageNumberSize = 8;
-
-// Four independent sums, so that the processor works on all of them at once. Guards against
-// journals that were cut off, not against malice.
-uint64_t Checksum(Bytes bytes) {
-  constexpr uint64_t kFactor = 0x9E3779B97F4A7C15;
-  std::array<uint64_t, 4> sums = {1, 2, 3, 4};
-  size_t position = 0;
-  for (size_t lane = 0; position + 8 <= bytes.size(); position += 8, lane = (lane + 1) % 4)
-    sums[lane] = std::rotl(sums[lane] ^ Load64(bytes.data() + position), 29) * kFactor;
-  for (; position < bytes.size(); ++position) sums[0] = (sums[0] ^ bytes[position]) * kFactor;
-  uint64_t total = bytes.size();
-  for (const uint64_t sum : sums) total = std::rotl(total ^ sum, 31) * kFactor;
-  return total;
-}
-
-// Of the whole journal, the checksum's own place counting as zeros.
-uint64_t JournalChecksum(std::span<uint8_t> journal) {
-  Store64(journal.data() + kChecksumAt, 0);
-  return Checksum(journal);
-}
+// Where the journal ends for the sake of its size.
+constexpr uint64_t kLargest = uint64_t{64} << 20;
 
 }  // namespace
 
+Text JournalPath(const Text& database_path) {
+  return database_path + u"-journal";
+}
+
 uint64_t JournalIdentity(Bytes header) {
-  return Checksum(header);
+  return ContentSum(header);
 }
 
 Journal::Journal(FileSystem& files, const Text& database_path)
-    : files_(files), path_(database_path + u"-journal") {}
+    : files_(files), path_(JournalPath(database_path)) {}
 
-void Journal::Open() {
-  if (file_ && !file_->Stamp().linked) file_.reset();
-  if (!file_) file_ = files_.Open(path_, FileAccess::Create);
-}
-
-void Journal::Write(uint32_t page_size, uint64_t file_size, uint64_t identity, Bytes commit_words,
-                    std::span<const PageImage> pages) {
-  Open();
-  buffer_.resize(kPagesAt + pages.size() * (kPageNumberSize + page_size));
-  uint8_t* to = buffer_.data();
-  std::memcpy(to, kMark.data(), kMark.size());
-  Store32(to + kPageSizeAt, page_size);
-  Store32(to + kPageCountAt, static_cast<uint32_t>(pages.size()));
-  Store64(to + kFileSizeAt, file_size);
-  Store64(to + kIdentityAt, identity);
-  std::memcpy(to + kCommitWordsAt, commit_words.data(), commit_words.size());
-  to += kPagesAt;
-  for (const PageImage& page : pages) {
-    Store64(to, page.number);
-    std::memcpy(to + kPageNumberSize, page.bytes, page_size);
-    to += kPageNumberSize + page_size;
-  }
-  const uint64_t checksum = JournalChecksum(buffer_);
-  Store64(buffer_.data() + kChecksumAt, checksum);
-  file_->WriteAt(0, buffer_);
-}
-
-void Journal::Invalidate() {
-  Open();
-  const std::array<uint8_t, kMark.size()> zeros{};
-  file_->WriteAt(0, zeros);
-}
-
-std::optional<JournalContent> Journal::Load(uint32_t page_size, uint32_t page_count) {
+std::optional<JournalContent> Journal::Load() {
   if (!files_.Exists(path_)) return std::nullopt;
   const std::unique_ptr<File> file = files_.Open(path_, FileAccess::Read);
-  std::vector<uint8_t> bytes(kPagesAt);
-  if (file->ReadAt(0, bytes) < kPagesAt) return std::nullopt;
-  if (std::memcmp(bytes.data(), kMark.data(), kMark.size()) != 0) return std::nullopt;
-
   JournalContent content;
-  content.page_size = page_size;
-  content.file_size = Load64(bytes.data() + kFileSizeAt);
-  content.identity = Load64(bytes.data() + kIdentityAt);
-  const uint32_t count = Load32(bytes.data() + kPageCountAt);
-  if (Load32(bytes.data() + kPageSizeAt) != page_size || count > page_count) return std::nullopt;
-  // A journal is written over a longer one of an earlier statement; what is behind it is nothing.
-  const uint64_t size = kPagesAt + uint64_t{count} * (kPageNumberSize + page_size);
-  if (size > file->Stamp().size) return std::nullopt;
-  bytes.resize(static_cast<size_t>(size));
-  if (file->ReadAt(0, bytes) < size) return std::nullopt;
-  const uint64_t stored_checksum = Load64(bytes.data() + kChecksumAt);
-  if (JournalChecksum(bytes) != stored_checksum) return std::nullopt;
-
-  content.storage = std::move(bytes);
-  const uint8_t* from = content.storage.data();
-  content.commit_words.assign(from + kCommitWordsAt, from + kPagesAt);
-  from += kPagesAt;
-  for (uint64_t i = 0; i < count; ++i, from += kPageNumberSize + content.page_size)
-    content.pages.push_back({Load32(from), from + kPageNumberSize});
+  content.storage.resize(JournalHead::kSize);
+  if (file->ReadAt(0, content.storage) < JournalHead::kSize) return std::nullopt;
+  const std::optional<JournalHead> head = ParseHead(content.storage);
+  if (!head) return std::nullopt;
+  content.head = *head;
+  content.storage.resize(static_cast<size_t>(file->Stamp().size));
+  content.storage.resize(file->ReadAt(0, content.storage));
+  content.end = JournalHead::kSize;
+  while (content.end <= content.storage.size()) {
+    const Bytes rest = Bytes(content.storage).subspan(static_cast<size_t>(content.end));
+    const uint32_t number = static_cast<uint32_t>(content.records.size() + 1);
+    std::optional<ParsedRecord> parsed = ParseRecord(rest, number, content.head);
+    if (!parsed) break;
+    content.records.push_back(std::move(parsed->record));
+    content.end += parsed->length;
+  }
   return content;
 }
 
-void Journal::Remove() {
+void Journal::Forget() {
+  begun_ = false;
+  written_ = false;
+  spoiled_ = false;
+  flush_next_ = false;
+  unflushed_ = 0;
+  last_ = 0;
+  finished_ = 0;
+  touched_.clear();
+}
+
+bool Journal::IsStillMine() {
+  std::array<uint8_t, JournalHead::kSize> start{};
+  if (file_->ReadAt(0, start) < start.size()) return false;
+  const std::optional<JournalHead> head = ParseHead(start);
+  return head && head->salt == head_.salt;
+}
+
+void Journal::MarkTouched(uint32_t page) {
+  if (page < touched_.size()) touched_[page] = true;
+}
+
+bool Journal::IsNew(uint32_t page) const {
+  return page < touched_.size() && !touched_[page];
+}
+
+void Journal::Adopt(const JournalRecord& record) {
+  for (const JournalPage& page : record.old_pages) MarkTouched(page.number);
+  finished_ = record.follows;
+  last_ = record.number;
+  word_before_ = record.word_before;
+  word_after_ = record.word_after;
+  if (record.others_at_rest) words_ = CommitWords::AtRest(record.word_after);
+  ++unflushed_;
+  flush_next_ = true;
+}
+
+void Journal::Learn(const JournalContent& content) {
+  Forget();
+  begun_ = true;
+  written_ = true;
+  head_ = content.head;
+  end_ = content.end;
+  words_ = content.head.words;
+  word_before_ = word_after_ = words_.First();
+  touched_.assign(head_.page_count, false);
+  for (const JournalRecord& record : content.records) Adopt(record);
+}
+
+void Journal::ReadAddedRecords() {
+  const uint64_t size = file_->Stamp().size;
+  if (size <= end_) return;
+  std::vector<uint8_t> added(static_cast<size_t>(size - end_));
+  added.resize(file_->ReadAt(end_, added));
+  Bytes rest = added;
+  while (const std::optional<ParsedRecord> parsed = ParseRecord(rest, last_ + 1, head_)) {
+    Adopt(parsed->record);
+    end_ += parsed->length;
+    rest = rest.subspan(parsed->length);
+  }
+}
+
+Journal::State Journal::Look(const CommitWords& words, uint64_t identity) {
+  if (begun_ && (!written_ || !IsStillMine())) Forget();
+  // Removed by hand, and with it what was to be kept.
+  if (begun_ && !file_->Stamp().linked) return State::Past;
+  if (!begun_) {
+    const std::optional<JournalContent> content = Load();
+    if (!content || content->head.identity != identity) return State::None;
+    file_ = files_.Open(path_, FileAccess::ReadWrite);
+    Learn(*content);
+  } else if (words.First() != words_.First()) {
+    ReadAddedRecords();
+  }
+  // The first word tells what became of the last statement.
+  const uint16_t word = words.First();
+  if (word == word_after_) {
+    finished_ = last_;
+  } else if (word != word_before_ && word != NextCommitWord(word_after_)) {
+    return State::Past;
+  }
+  const bool others_wrote = !words.SameOthers(words_);
+  words_ = words;
+  return others_wrote || spoiled_ || end_ > kLargest ? State::Past : State::Live;
+}
+
+void Journal::Begin(const JournalHead& head) {
+  Forget();
+  begun_ = true;
+  head_ = head;
+  end_ = JournalHead::kSize;
+  words_ = head.words;
+  touched_.assign(head_.page_count, false);
+}
+
+void Journal::Add(JournalRecord& record, File& model) {
+  assert(begun_);
+  record.number = last_ + 1;
+  record.follows = finished_;
+  bool flush = !written_ || flush_next_ || unflushed_ + 1 >= kMostUnflushedStatements;
+  for (const JournalPage& page : record.old_pages) flush = flush || IsNew(page.number);
+  buffer_.clear();
+  if (!written_) AppendHead(head_, buffer_);
+  const uint64_t start = written_ ? end_ : 0;
+  AppendRecord(record, head_.salt, buffer_);
+  try {
+    if (!written_) {
+      if (file_ && !file_->Bears(path_)) file_.reset();
+      if (!file_) file_ = files_.OpenBeside(model, path_, FileAccess::Create);
+    }
+    file_->WriteAt(start, buffer_);
+    if (flush) {
+      ++flushes_;
+      file_->Flush();
+      if (!written_) files_.FlushFolder(path_);
+    }
+  } catch (const FileError&) {
+    spoiled_ = spoiled_ || flush;
+    try {
+      if (file_) file_->Resize(written_ ? end_ : 0);
+    } catch (const FileError&) {
+      // What stands there of the record says nothing: no page of it is written.
+    }
+    if (!written_) Forget();
+    throw;
+  }
+  written_ = true;
+  end_ = start + buffer_.size();
+  last_ = record.number;
+  word_before_ = record.word_before;
+  word_after_ = record.word_after;
+  unflushed_ = flush ? 0 : unflushed_ + 1;
+  flush_next_ = flush_next_ && !flush;
+  for (const JournalPage& page : record.old_pages) MarkTouched(page.number);
+}
+
+void Journal::Finish(const CommitWords& words) {
+  if (words.First() == word_after_) finished_ = last_;
+  words_ = words;
+}
+
+void Journal::FlushRest(const CommitWords& words) {
+  if (!begun_ || !written_) return;
+  const bool all = unflushed_ == 0 && !flush_next_ && words.First() == words_.First();
+  if (all) return;
+  ++flushes_;
+  file_->Flush();
+  unflushed_ = 0;
+}
+
+void Journal::FlushWhatIsThere() {
+  if (!file_ || !file_->Bears(path_)) file_ = files_.Open(path_, FileAccess::ReadWrite);
+  ++flushes_;
+  file_->Flush();
+  files_.FlushFolder(path_);
+}
+
+void Journal::Discard() {
+  Forget();
+  if (!files_.Exists(path_)) return;
+  if (!file_ || !file_->Bears(path_)) file_ = files_.Open(path_, FileAccess::ReadWrite);
+  const std::array<uint8_t, sizeof(uint64_t)> zeros{};
+  file_->WriteAt(0, zeros);
   file_.reset();
-  if (files_.Exists(path_)) files_.Remove(path_);
+  RemoveRemains();
+}
+
+void Journal::DiscardMine() {
+  if (!begun_ || !written_ || !file_->Bears(path_) || !IsStillMine()) return;
+  Discard();
+}
+
+void Journal::RemoveRemains() {
+  file_.reset();
+  if (!files_.Exists(path_)) return;
+  if (Load()) return;
+  try {
+    files_.Remove(path_);
+  } catch (const FileError&) {
+    // Somebody who has it open removes it, or the next one who writes uses it.
+  }
 }
 
 }  // namespace rdv::jet

@@ -1,72 +1,110 @@
-// The rollback journal: a file beside the database that holds what the pages of the statement at
-// work looked like before it. It is complete before the first page is written, so whoever finds a
-// statement that was cut off can put everything back.
+// The journal: a file beside the database that tells, whatever becomes of the writing, what the
+// database was. It is begun with the first statement that writes after all earlier ones are on the
+// disk, and ends when all of its own are. Between those two moments any number of processes write
+// in it, one at a time.
 //
-// Layout (little-endian)
-//   OFFSET SIZE MEANING
-//   0      8    mark; zeros when the journal is not valid
-//   8      4    page size
-//   12     4    number of pages
-//   16     8    size of the database file before the statement
-//   24     8    checksum of everything else
-//   32     8    identity of the database file
-//   40     512  commit words before the statement
-//   552         per page: u64 number, the page
+// What holds at every moment:
+//   1. A record is complete before the first page of its statement is written.
+//   2. Of each page that was there when the journal was begun, the journal holds the whole content
+//      of that moment, and that is on the disk, before the page is written for the first time.
+//   3. Records lie one behind the other without a gap, and what is flushed is all of them.
+//   4. A journal whose statements are all on the disk has no mark. It loses it before its name.
 #pragma once
 
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <span>
 #include <vector>
 
 #include "data/jet/file/file.h"
+#include "data/jet/file/journal_record.h"
 
 namespace rdv::jet {
 
-struct PageImage {
-  uint32_t number = 0;
-  const uint8_t* bytes = nullptr;
-};
+Text JournalPath(const Text& database_path);
 
 struct JournalContent {
-  uint32_t page_size = 0;
-  uint64_t file_size = 0;
-  uint64_t identity = 0;
-  std::vector<uint8_t> commit_words;
-  std::vector<uint8_t> storage;  // what `pages` points into
-  std::vector<PageImage> pages;
+  std::vector<uint8_t> storage;  // what the records refer to
+  JournalHead head;
+  std::vector<JournalRecord> records;
+  uint64_t end = 0;
 };
 
 // What tells the journal of one database from that of another which had its name, from the part of
 // the header that never changes.
 uint64_t JournalIdentity(Bytes header);
 
-// Every call raises FileError. Writers are excluded from each other by the database's own lock, and
-// so are all uses of this class but Load.
+// Every call raises FileError. Unless said otherwise the caller has the database to itself.
 class Journal {
  public:
   Journal(FileSystem& files, const Text& database_path);
 
-  void Write(uint32_t page_size, uint64_t file_size, uint64_t identity, Bytes commit_words,
-             std::span<const PageImage> pages);
-  void Invalidate();
+  // Also without having the database to oneself: a name that is there, valid or not.
+  bool Exists() { return files_.Exists(path_); }
+  // Nothing when there is none or none that is valid. With the database shared at least.
+  std::optional<JournalContent> Load();
 
-  // Nothing when there is no journal, or none that was completed and not invalidated since, or one
-  // of pages of another size or of more pages than the database has now: no statement makes it
-  // smaller.
-  std::optional<JournalContent> Load(uint32_t page_size, uint32_t page_count);
+  enum class State {
+    None,  // there is none, or one of another database
+    Live,  // statements may be added
+    Past,  // it says nothing about the database any more, or may not grow: all has to be flushed
+  };
+  // Learns what others have added. `words`: those of the database, which is at rest.
+  State Look(const CommitWords& words, uint64_t identity);
 
-  // Also one that another process left. Those that have it open notice.
-  void Remove();
+  // Begins a new journal with the next record, in place of one that is not needed any more.
+  void Begin(const JournalHead& head);
+  // Whether the page has to be given as a whole.
+  bool IsNew(uint32_t page) const;
+  // Adds a record; number and predecessor are filled in. It is on the disk where it has to be. When
+  // it raises, there is no record. `model`: the database.
+  void Add(JournalRecord& record, File& model);
+  // The statement of the last record is in the file, and these are the commit words now.
+  void Finish(const CommitWords& words);
+
+  // Brings to the disk what was added since the last flush, by whomever. `words`: those of the
+  // database. Without having the database to oneself.
+  void FlushRest(const CommitWords& words);
+  // Brings the whole of one that was left behind to the disk, before the database is changed by it.
+  void FlushWhatIsThere();
+  // Takes the mark away, then the name if nobody else has the file open. A journal without mark
+  // that keeps its name hinders nobody.
+  void Discard();
+  // As Discard, if the journal that this process last wrote in is still the one that is there.
+  void DiscardMine();
+  // Removes a journal without mark. This process must not write in one.
+  void RemoveRemains();
+
+  uint64_t Flushes() const { return flushes_; }
 
  private:
-  void Open();
+  bool IsStillMine();
+  void Adopt(const JournalRecord& record);
+  void Learn(const JournalContent& content);
+  void ReadAddedRecords();
+  void Forget();
+  void MarkTouched(uint32_t page);
 
   FileSystem& files_;
   Text path_;
   std::unique_ptr<File> file_;
   std::vector<uint8_t> buffer_;
+  uint64_t flushes_ = 0;
+
+  // The journal that this process writes in.
+  bool begun_ = false;    // there is one
+  bool written_ = false;  // and its head is in the file
+  JournalHead head_;
+  uint64_t end_ = 0;
+  uint32_t last_ = 0;         // record
+  uint32_t finished_ = 0;     // the last record whose statement was
+  uint16_t word_before_ = 0;  // of the last record
+  uint16_t word_after_ = 0;
+  CommitWords words_;          // of the database after the last statement that is known
+  std::vector<bool> touched_;  // pages of which there is the whole content
+  uint32_t unflushed_ = 0;     // records
+  bool flush_next_ = false;    // others' records may not be on the disk
+  bool spoiled_ = false;       // a flush has failed: what it should have written may be lost
 };
 
 }  // namespace rdv::jet

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
+#include "data/jet/file/recovery.h"
 #include "data/jet/format/errors.h"
 #include "runtime/error.h"
 
@@ -18,11 +20,6 @@ constexpr uint32_t kLongestRead = 32;
 // hours, but others of this engine look into its lock file for a moment.
 constexpr std::chrono::milliseconds kForeignWait{200};
 
-uint16_t NextCommitWord(uint16_t word) {
-  const bool counts_on = word >= kCommitIdle && word != 0xFFFF;
-  return counts_on ? static_cast<uint16_t>(word + 1) : static_cast<uint16_t>(kCommitIdle + 1);
-}
-
 // For giving something up at the end: an unlocking that fails leaves the lock to the closing of the
 // file, a file beside the database that cannot be removed hinders nobody.
 template <typename Action>
@@ -36,12 +33,12 @@ void Quietly(Action action) noexcept {
 
 }  // namespace
 
-Pager::Pager(FileSystem& files, Text path, std::chrono::milliseconds lock_wait, size_t cache_pages)
+Pager::Pager(FileSystem& files, Text path, std::chrono::milliseconds lock_wait, size_t cache_pages,
+             Suspects suspects)
     : files_(files),
       path_(std::move(path)),
       lock_wait_(lock_wait),
-      user_file_(files, path_),
-      journal_(files, path_),
+      suspects_(suspects),
       cache_(cache_pages) {
   try {
     OpenFile();
@@ -61,35 +58,61 @@ Pager::~Pager() {
   }
 }
 
+// Whatever lies beside the file is found by its one name, whichever link led to it.
 void Pager::OpenFile() {
+  database_.path = files_.CanonicalPath(path_);
   try {
-    file_ = files_.Open(path_, FileAccess::ReadWrite);
+    file_ = files_.Open(database_.path, FileAccess::ReadWrite);
   } catch (const FileError& error) {
     if (error.Problem() != FileProblem::Denied) throw;
     why_read_only_ = error.what();
-    file_ = files_.Open(path_, FileAccess::Read);
+    file_ = files_.Open(database_.path, FileAccess::Read);
   }
+  if (file_->Stamp().several_names)
+    why_read_only_ = "It has several names (hard links), so others may write it unseen";
+  database_.content = file_.get();
   lock_.emplace(*file_, lock_wait_);
+  user_file_.emplace(files_, database_.path);
+  transaction_.emplace(files_, database_.path);
 }
 
-// The header is judged after a statement that was cut off has been put back: the file may have an
+// The header is judged after what was left behind has been put right: the file may have an
 // incomplete page at its end until then.
 void Pager::ReadHeaderPage() {
   std::vector<uint8_t> start(kJet4.page_size);
   start.resize(file_->ReadAt(0, start));
-  if (start.size() >= kIdentitySize) identity_ = JournalIdentity(Bytes(start).first(kIdentitySize));
+  if (start.size() >= kIdentitySize)
+    database_.identity = JournalIdentity(Bytes(start).first(kIdentitySize));
   const bool jet4 = start.size() == kJet4.page_size &&
                     Load32(start.data() + kHeaderVersion) == static_cast<uint32_t>(Version::Jet4);
-  if (jet4 && Load16(start.data() + kJet4.header.commit_words) < kCommitIdle) {
-    Refresh();
-    RecoverAsReader();
+  if (jet4) {
+    database_.page_size = kJet4.page_size;
+    database_.words_at = kJet4.header.commit_words;
+    SeeState(CommitWords(Bytes(start).subspan(kJet4.header.commit_words)));
+    while (!judged_) PutRightAsReader();
   }
-  header_ = ReadHeader(
-      start, !overlay_.empty() ? uint64_t{PageCount()} * PageSize() : file_->Stamp().size, path_);
+  const uint64_t size =
+      overlaid_ ? uint64_t{PageCount()} * database_.page_size : file_->Stamp().size;
+  header_ = ReadHeader(start, size, path_);
+  database_.page_size = PageSize();
+  database_.words_at = Layout().header.commit_words;
 }
+
+PagerCounters Pager::Counters() const {
+  return {.pages_read = pages_read_,
+          .pages_written = transaction_->PagesWritten(),
+          .commits = transaction_->Commits(),
+          .flushes = transaction_->Flushes()};
+}
+
+// --- Reading statements ---
 
 void Pager::LockShared() {
   if (!lock_->AcquireShared()) RaiseFileInUse(path_);
+}
+
+void Pager::LockAlone() {
+  if (!lock_->AcquireExclusive()) RaiseFileInUse(path_);
 }
 
 void Pager::BeginRead() {
@@ -100,14 +123,15 @@ void Pager::BeginRead() {
   try {
     LockShared();
     Refresh();
-    while (Interrupted()) RecoverAsReader();
-    AwaitForeignWriter();
+    while (!judged_) PutRightAsReader();
+    AwaitOtherProgram();
+    RefuseSuspect(suspects_ != Suspects::Refused);
     readers_ = 1;
   } catch (const FileError& error) {
-    lock_->Release();
+    Quietly([this] { lock_->Release(); });
     RaiseFileError(error, path_);
   } catch (...) {
-    lock_->Release();
+    Quietly([this] { lock_->Release(); });
     throw;
   }
 }
@@ -120,115 +144,157 @@ void Pager::EndRead() noexcept {
 
 bool Pager::UnchangedSinceBegin() {
   try {
-    return writing_ || ReadCommitWords() == commit_words_;
+    return writing_ || ReadCommitWords() == words_;
   } catch (const FileError& error) {
     RaiseFileError(error, path_);
   }
 }
 
-Pager::CommitWords Pager::ReadCommitWords() {
-  CommitWords words{};
-  file_->ReadAt(Layout().header.commit_words, words);
+CommitWords Pager::ReadCommitWords() {
+  CommitWords words;
+  file_->ReadAt(database_.words_at, words.Storage());
   return words;
 }
 
 // Makes pages in memory good for the state of the file under the lock just taken.
 void Pager::Refresh() {
-  const CommitWords words = ReadCommitWords();
+  SeeState(ReadCommitWords());
+}
+
+void Pager::SeeState(const CommitWords& words) {
   const FileStamp stamp = file_->Stamp();
-  if (words == commit_words_ && stamp == stamp_) return;
-  commit_words_ = words;
+  if (words == words_ && stamp == stamp_) return;
+  words_ = words;
   stamp_ = stamp;
-  ForgetPages(stamp.size);
   overlay_.clear();
-  journal_missed_ = false;
-}
-
-bool Pager::Interrupted() const {
-  return Load16(commit_words_.data()) < kCommitIdle && overlay_.empty() && !journal_missed_;
-}
-
-// With the shared lock, before and after.
-void Pager::RecoverAsReader() {
-  if (why_read_only_.empty()) {
-    lock_->Release();
-    if (!lock_->AcquireExclusive()) RaiseFileInUse(path_);
-    Refresh();
-    if (Interrupted()) RecoverLocked();
-    lock_->Release();
-    LockShared();
-    Refresh();
-    return;
-  }
-  const std::optional<JournalContent> content = LoadJournal();
-  journal_missed_ = !content;
-  if (!content) return;
-  for (const PageImage& page : content->pages)
-    overlay_[page.number].assign(page.bytes, page.bytes + PageSize());
-  ForgetPages(content->file_size);
-}
-
-void Pager::RecoverLocked() {
-  const std::optional<JournalContent> content = LoadJournal();
-  journal_missed_ = !content;
-  if (!content) return;
-  if (user_file_.HasUsers()) RaiseFileInUse(path_);
-  PutBack(*content);
-  journal_.Invalidate();
-  Refresh();
-}
-
-// The journal of the statement that the file was left in, if there is one.
-std::optional<JournalContent> Pager::LoadJournal() {
-  std::optional<JournalContent> content = journal_.Load(PageSize(), PageCount());
-  if (!content || content->identity != identity_) return std::nullopt;
-  const auto others = [](const auto& words) { return Bytes(words).subspan(sizeof(uint16_t)); };
-  const bool of_this_state =
-      std::ranges::equal(others(content->commit_words), others(commit_words_)) &&
-      content->file_size <= kLargestFile && content->file_size % PageSize() == 0;
-  const bool inside = std::ranges::all_of(content->pages, [&](const PageImage& page) {
-    return page.number > 0 && (uint64_t{page.number} + 1) * PageSize() <= content->file_size;
-  });
-  if (!of_this_state || !inside) return std::nullopt;
-  return content;
-}
-
-void Pager::PutBack(const JournalContent& content) {
-  for (const PageImage& page : content.pages)
-    file_->WriteAt(uint64_t{page.number} * PageSize(), Bytes(page.bytes, PageSize()));
-  file_->Resize(content.file_size);
-  WriteFirstCommitWord(Load16(content.commit_words.data()));
-  written_ = true;
+  overlaid_ = false;
+  judged_ = false;
+  ForgetPages(static_cast<uint32_t>(std::min(stamp.size, kLargestFile) / database_.page_size));
 }
 
 // Another program announces its writing by a 0 in a commit word of its own, too.
-void Pager::AwaitForeignWriter() {
-  const auto at_work = [this] {
-    for (size_t slot = 1; slot < kCommitWordCount; ++slot) {
-      if (Load16(commit_words_.data() + slot * sizeof(uint16_t)) == kCommitWriting) return true;
-    }
-    return false;
-  };
-  if (!at_work()) return;
+void Pager::AwaitOtherProgram() {
+  if (!words_.OtherIsWriting()) return;
   Patience patience(lock_wait_);
-  while (at_work() && user_file_.HasUsers()) {
+  while (words_.OtherIsWriting() && user_file_->HasUsers()) {
     if (!patience.Wait()) RaiseFileInUse(path_);
     Refresh();
   }
 }
 
-void Pager::BeginWrite(bool mending) {
+// What its users say of themselves in the commit words is theirs to know as long as they are there.
+void Pager::RefuseSuspect(bool allowed) {
+  if (allowed || overlaid_) return;
+  const std::optional<Text> suspect = SuspectState(words_.Stored());
+  if (suspect && !user_file_->HasUsers()) RaiseDamaged(path_, *suspect);
+}
+
+// --- What was left behind ---
+
+// By a process that died in the middle of a statement, or by all that wrote.
+bool Pager::WasLeftBehind() {
+  if (database_.page_size != kJet4.page_size) return false;
+  if (words_.First() == kCommitWriting) return transaction_->Log().Exists();
+  return !lock_->IsPresent() && transaction_->Log().Exists() && !lock_->OthersArePresent();
+}
+
+// With the shared lock, before and after.
+void Pager::PutRightAsReader() {
+  if (!WasLeftBehind()) {
+    judged_ = true;
+    return;
+  }
+  if (why_read_only_.empty()) {
+    lock_->Release();
+    LockAlone();
+    bool allowed = true;
+    try {
+      Refresh();
+      if (!judged_ && WasLeftBehind()) PutRight();
+    } catch (const FileError& error) {
+      if (error.Problem() != FileProblem::Denied) throw;
+      allowed = false;
+    }
+    lock_->Release();
+    LockShared();
+    Refresh();
+    if (allowed) return;
+  }
+  PutRightInMemory();
+}
+
+// That of this file, if there is one.
+std::optional<JournalContent> Pager::LoadJournal() {
+  std::optional<JournalContent> journal = transaction_->Log().Load();
+  const bool of_this_file = journal && journal->head.identity == database_.identity &&
+                            journal->head.page_size == database_.page_size;
+  if (!of_this_file) journal.reset();
+  return journal;
+}
+
+// With the exclusive lock. A journal that the file has left behind is done with; one that does not
+// fit an unfinished statement stays for whoever repairs.
+void Pager::PutRight() {
+  judged_ = true;
+  const std::optional<JournalContent> journal = LoadJournal();
+  if (!journal) {
+    if (IsAtRest(words_.First())) transaction_->Log().RemoveRemains();
+    return;
+  }
+  const std::optional<RecoveryPlan> plan = PlanRecovery(*journal, *file_, words_);
+  const bool past = IsAtRest(words_.First()) && !IsAbout(*journal, words_);
+  if (!plan && !past) return;
+  try {
+    KeepOtherProgramsOut();
+    if (plan) {
+      transaction_->Log().FlushWhatIsThere();
+      PutBack(*file_, plan->state, database_.page_size, words_, database_.words_at,
+              plan->outcome == Outcome::NothingLost);
+    }
+    transaction_->FlushDatabase(*file_);
+    transaction_->Log().Discard();
+    user_file_->RemoveIfEmpty(*file_);
+  } catch (...) {
+    Quietly([this] { user_file_->Release(); });
+    throw;
+  }
+  stamp_ = {};
+  Refresh();
+  judged_ = true;
+}
+
+void Pager::PutRightInMemory() {
+  judged_ = true;
+  const std::optional<JournalContent> journal = LoadJournal();
+  if (!journal) return;
+  std::optional<RecoveryPlan> plan = PlanRecovery(*journal, *file_, words_);
+  if (!plan) return;
+  ForgetPages(plan->state.page_count);
+  overlay_ = std::move(plan->state.pages);
+  std::vector<uint8_t>& header = overlay_[0];
+  header.resize(database_.page_size);
+  file_->ReadAt(0, header);
+  std::ranges::copy(plan->state.words.Stored(), header.data() + database_.words_at);
+  overlaid_ = true;
+}
+
+// --- Writing statements ---
+
+void Pager::BeginWrite() {
   if (writing_ || readers_ > 0) Raise(LanguageError::InvalidProcedureCall);
   if (!why_read_only_.empty()) RaiseReadOnly(path_, FromUtf8(why_read_only_));
   if (!Layout().IsJet4()) RaiseReadOnly(path_, u"Access 97 files are only read");
   try {
-    if (!lock_->AcquireExclusive()) RaiseFileInUse(path_);
+    LockAlone();
     began_writing_ = true;
-    ExcludeOtherPrograms();
+    KeepOtherProgramsOut();
     Refresh();
-    if (Interrupted()) RecoverLocked();
-    const std::optional<Text> suspect = SuspectState(commit_words_);
-    if (suspect && !mending) RaiseDamaged(path_, *suspect);
+    if (!judged_ && WasLeftBehind()) {
+      PutRight();
+      KeepOtherProgramsOut();
+    }
+    judged_ = true;
+    RefuseSuspect(suspects_ == Suspects::Mended);
     writing_ = true;
     ++statement_;
   } catch (const FileError& error) {
@@ -240,9 +306,9 @@ void Pager::BeginWrite(bool mending) {
   }
 }
 
-void Pager::ExcludeOtherPrograms() {
+void Pager::KeepOtherProgramsOut() {
   Patience patience(std::min(kForeignWait, lock_wait_));
-  while (!user_file_.TryExclude()) {
+  while (!user_file_->TryExclude(*file_)) {
     if (!patience.Wait()) RaiseFileInUse(path_);
   }
 }
@@ -250,15 +316,24 @@ void Pager::ExcludeOtherPrograms() {
 // Gives up what BeginWrite took.
 void Pager::EndWrite() noexcept {
   writing_ = false;
+  mends_ = false;
   order_.Clear();
-  Quietly([this] { user_file_.Release(); });
+  Quietly([this] { user_file_->Release(); });
   Quietly([this] { lock_->Release(); });
 }
 
 void Pager::Commit() {
   try {
-    if (!cache_.Changed().empty()) WritePages();
+    if (!cache_.Changed().empty() || mends_) {
+      written_ = true;
+      lock_->BePresent();
+      transaction_->Write(database_, cache_, order_, words_, mends_);
+      ShowCommitWords(words_);
+      stamp_ = file_->Stamp();
+    }
   } catch (const FileError& error) {
+    // What the file is like is seen when the next statement begins.
+    stamp_ = {};
     Rollback();
     RaiseFileError(error, path_);
   } catch (...) {
@@ -273,98 +348,25 @@ void Pager::Commit() {
 void Pager::Rollback() noexcept {
   if (!cache_.Changed().empty()) ++generation_;
   cache_.Restore();
+  if (mends_) ShowCommitWords(words_);
   cache_.Trim();
   EndWrite();
 }
 
-void Pager::WritePages() {
-  std::vector<uint32_t>& changed = cache_.Changed();
-  const uint32_t count_before = cache_.CountBefore();
-  std::ranges::sort(changed);
-  std::vector<PageImage> images;
-  for (const uint32_t number : changed) {
-    if (number < count_before) images.push_back({number, cache_.At(number).before.get()});
-  }
-  const uint16_t word_before = Load16(commit_words_.data());
-  written_ = true;
-  journal_.Write(PageSize(), uint64_t{count_before} * PageSize(), identity_, commit_words_, images);
-  try {
-    WriteFirstCommitWord(kCommitWriting);
-    // New pages first: until one of the others leads to them they are nobody's.
-    const auto first_new = std::ranges::lower_bound(changed, count_before);
-    const auto write = [this](uint32_t number) {
-      file_->WriteAt(uint64_t{number} * PageSize(),
-                     Bytes(cache_.At(number).bytes.get(), PageSize()));
-    };
-    std::for_each(first_new, changed.end(), write);
-    std::vector<uint32_t> old_pages(changed.begin(), first_new);
-    if (!order_.Empty()) {
-      order_.Rank();
-      std::ranges::stable_sort(old_pages, {}, [&](uint32_t page) { return order_.RankOf(page); });
-    }
-    std::ranges::for_each(old_pages, write);
-    WriteFirstCommitWord(NextCommitWord(word_before));
-  } catch (const FileError&) {
-    UndoWritePages(word_before);
-    throw;
-  }
-  counters_.pages_written += changed.size();
-  ++counters_.commits;
-  try {
-    journal_.Invalidate();
-    stamp_ = file_->Stamp();
-  } catch (const FileError&) {
-    // The statement is in the file. The journal is that of a state which the commit word says is
-    // past, and the pages in memory are read again for want of a stamp.
-    stamp_ = {};
-  }
+void Pager::MendCommitWords() {
+  Load(0);
+  mends_ = true;
+  ShowCommitWords(Transaction::Mended(words_));
 }
 
-// What was written of a statement that failed is put back at once. Where that fails, too, the
-// commit word and the journal are there for whoever begins the next statement.
-void Pager::UndoWritePages(uint16_t word_before) {
-  try {
-    for (const uint32_t number : cache_.Changed()) {
-      if (number >= cache_.CountBefore()) break;
-      file_->WriteAt(uint64_t{number} * PageSize(),
-                     Bytes(cache_.At(number).before.get(), PageSize()));
-    }
-    file_->Resize(uint64_t{cache_.CountBefore()} * PageSize());
-    WriteFirstCommitWord(word_before);
-    journal_.Invalidate();
-    stamp_ = file_->Stamp();
-  } catch (const FileError&) {
-    stamp_ = {};
-  }
-}
-
-void Pager::WriteFirstCommitWord(uint16_t word) {
-  std::array<uint8_t, sizeof word> bytes{};
-  Store16(bytes.data(), word);
-  file_->WriteAt(Layout().header.commit_words, bytes);
-  std::ranges::copy(bytes, commit_words_.begin());
-  CopyCommitWordsToHeaderPage();
-}
-
-void Pager::CopyCommitWordsToHeaderPage() {
+// In the header page, as far as that is in memory.
+void Pager::ShowCommitWords(const CommitWords& words) {
   const PageCache::Page* header = cache_.Find(0);
   if (header == nullptr || !header->bytes) return;
-  std::ranges::copy(commit_words_, header->bytes.get() + Layout().header.commit_words);
+  std::ranges::copy(words.Stored(), header->bytes.get() + database_.words_at);
 }
 
-void Pager::MendCommitWords() {
-  for (size_t slot = 1; slot < kCommitWordCount; ++slot)
-    Store16(commit_words_.data() + slot * sizeof(uint16_t), kCommitIdle);
-  Store16(commit_words_.data(), kCommitIdle + 1);
-  written_ = true;
-  try {
-    file_->WriteAt(Layout().header.commit_words, commit_words_);
-    CopyCommitWordsToHeaderPage();
-    stamp_ = file_->Stamp();
-  } catch (const FileError& error) {
-    RaiseFileError(error, path_);
-  }
-}
+// --- Pages ---
 
 void Pager::RequireInFile(uint32_t number) const {
   if (number >= PageCount()) RaisePageOutsideFile(path_, number, PageCount());
@@ -405,10 +407,6 @@ Bytes Pager::PageInPassing(uint32_t number, std::span<const uint32_t> next) {
   return Bytes(page.bytes.get(), PageSize());
 }
 
-void Pager::GiveBack(uint32_t number) {
-  cache_.GiveBack(number);
-}
-
 // The first page, and with it as many of the others as lie close enough together: to read a few
 // bytes more is cheaper than to read once more.
 void Pager::ReadPages(uint32_t first, std::span<const uint32_t> next) {
@@ -417,7 +415,7 @@ void Pager::ReadPages(uint32_t first, std::span<const uint32_t> next) {
   for (const uint32_t number : next) {
     const uint32_t span = number - first + 1;
     const bool close = span <= kLongestRead && span <= 2 * (wanted + 1);
-    if (!close || number >= PageCount() || !overlay_.empty()) break;
+    if (!close || number >= PageCount() || overlaid_) break;
     end = number + 1;
     ++wanted;
   }
@@ -436,7 +434,7 @@ void Pager::ReadPages(uint32_t first, std::span<const uint32_t> next) {
       PageCache::Buffer bytes = cache_.NewBuffer();
       std::memcpy(bytes.get(), &read_ahead_[start], PageSize());
       cache_.Keep(number, std::move(bytes));
-      ++counters_.pages_read;
+      ++pages_read_;
     };
     keep(first);
     std::ranges::for_each(next.first(wanted - 1), keep);
@@ -454,7 +452,7 @@ void Pager::ReadPage(uint32_t number) {
     RaisePageOutsideFile(path_, number, PageCount());
   }
   cache_.Keep(number, std::move(bytes));
-  ++counters_.pages_read;
+  ++pages_read_;
 }
 
 uint8_t* Pager::Edit(uint32_t number) {
@@ -470,33 +468,54 @@ uint32_t Pager::Append() {
   return cache_.Append();
 }
 
-void Pager::ForgetPages(uint64_t file_size) {
-  cache_.Reset(static_cast<uint32_t>(std::min(file_size, kLargestFile) / PageSize()), PageSize());
+void Pager::ForgetPages(uint32_t page_count) {
+  cache_.Reset(page_count, database_.page_size);
   ++generation_;
 }
+
+// --- The end ---
 
 void Pager::Close() {
   if (!file_) return;
   std::optional<FileError> failure;
   try {
-    if (written_) {
-      file_->Flush();
-      ++counters_.flushes;
-    }
+    if (written_) LetJournalEnd();
   } catch (const FileError& error) {
     failure = error;
   }
-  // Nobody else can be about to use the files beside the database while the lock is held, and
-  // nobody needs them when no statement was left unfinished.
   Quietly([this] {
     if (!began_writing_ || !lock_->AcquireExclusive()) return;
-    const bool unfinished = Load16(ReadCommitWords().data()) < kCommitIdle;
-    if (written_ && !unfinished) Quietly([this] { journal_.Remove(); });
-    user_file_.RemoveIfEmpty();
+    transaction_->Log().RemoveRemains();
+    user_file_->RemoveIfEmpty(*file_);
   });
   lock_.reset();
   file_.reset();
   if (failure) RaiseFileError(*failure, path_);
+}
+
+// What the journal says has to be on the disk with what it is about: its name may be there again
+// after a loss of power. When all is, nobody needs it any more; it stays while a statement is
+// unfinished, and when only readers are in the way. If others go on with it, though, what is on the
+// disk now is not there for good.
+void Pager::LetJournalEnd() {
+  const CommitWords flushed = ReadCommitWords();
+  const auto flush = [&](const CommitWords& words) {
+    transaction_->Log().FlushRest(words);
+    transaction_->FlushDatabase(*file_);
+  };
+  flush(flushed);
+  if (!lock_->AcquireExclusive()) {
+    if (lock_->OthersArePresent()) throw FileError(FileProblem::InUse, "others are at work");
+    return;
+  }
+  const CommitWords words = ReadCommitWords();
+  if (IsAtRest(words.First())) {
+    if (words != flushed) flush(words);
+    Quietly([this] {
+      if (file_->Bears(database_.path)) transaction_->Log().DiscardMine();
+    });
+  }
+  lock_->Release();
 }
 
 }  // namespace rdv::jet

@@ -1,36 +1,33 @@
-// The pages of an open database file: kept in memory from statement to statement, changed there,
-// and written back all together or not at all.
+// The pages of an open database file, as statements see them: kept in memory from statement to
+// statement, changed there, and written back all together or not at all.
 //
-// What holds at every moment, also when the process ends there (the operating system keeps running,
-// so what was written to the file is in it):
-//   1. Pages are changed in memory only until Commit.
-//   2. Before Commit changes the file, the journal beside it holds every page that is about to
-//      change as it was, the size of the file and the commit words.
-//   3. From before the first page is changed until after the last, the first commit word is 0.
-//   4. So a first commit word other than 0 says that the pages are those of a whole statement, and
-//      a 0 that the writer is at work or is dead. Writers at work are excluded by the lock; whoever
-//      has the lock and finds a 0 puts the pages of the journal back, then the commit words.
-//      Putting back may be cut off and done again.
-//   5. Each commit changes the first commit word, so pages in memory are good as long as it (and
-//      the file's size and date) are those that they were read with.
-// Nothing is flushed before Close: a loss of power may lose the statements since the last one that
-// closed its connection, and may leave the file needing repair.
+// What holds at every moment:
+//   1. Inside a statement the file is locked, shared or exclusively, and is as after some whole
+//      statement: whatever a dead process or a loss of power left was put right first.
+//   2. Pages are changed in memory only until Commit, which does what transaction.h says.
+//   3. Each commit changes the first commit word, so pages in memory are good as long as it (and
+//   the
+//      file's size and date, where the system keeps one) are those that they were read with.
+//   4. A file that was left in the middle of a write and cannot be put right is not used, but by
+//   those
+//      who say that they can deal with it.
 #pragma once
 
-#include <array>
 #include <chrono>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
-#include <unordered_map>
+#include <string>
 #include <vector>
 
+#include "data/jet/file/access.h"
+#include "data/jet/file/commit_words.h"
 #include "data/jet/file/file.h"
-#include "data/jet/file/file_lock.h"
-#include "data/jet/file/journal.h"
 #include "data/jet/file/page_cache.h"
 #include "data/jet/file/page_order.h"
 #include "data/jet/file/page_source.h"
+#include "data/jet/file/transaction.h"
 #include "data/jet/format/format.h"
 #include "data/jet/format/header.h"
 
@@ -44,17 +41,21 @@ struct PagerCounters {
   uint64_t flushes = 0;
 };
 
+// Whether a file that was left in the middle of a write is used.
+enum class Suspects { Refused, Read, Mended };
+
 // Raises the engine's errors; those of the operating system come as such.
 class Pager : public PageSource {
  public:
-  // Reads the header page and nothing else, after mending what a dead writer left behind. A file
-  // that cannot be opened for writing is opened for reading.
-  Pager(FileSystem& files, Text path, std::chrono::milliseconds lock_wait, size_t cache_pages);
+  // Reads the header page and nothing else, after putting right what was left behind. A file that
+  // cannot be opened for writing is opened for reading.
+  Pager(FileSystem& files, Text path, std::chrono::milliseconds lock_wait, size_t cache_pages,
+        Suspects suspects = Suspects::Refused);
   ~Pager() override;
 
   const Header& FileHeader() const { return header_; }
   const Format& Layout() const { return header_.Layout(); }
-  const PagerCounters& Counters() const { return counters_; }
+  PagerCounters Counters() const;
 
   // Changes whenever what was derived from pages of earlier statements may no longer hold.
   uint64_t Generation() const { return generation_; }
@@ -64,8 +65,7 @@ class Pager : public PageSource {
   void EndRead() noexcept;
   // Whether nobody that does not know this engine's locks has written since the statement began.
   bool UnchangedSinceBegin();
-  // `mending`: also when the commit words tell that the file was left in the middle of a write.
-  void BeginWrite(bool mending = false);
+  void BeginWrite();
   // Ends the statement also when it raises; the file is then as it was before.
   void Commit();
   void Rollback() noexcept;
@@ -76,7 +76,7 @@ class Pager : public PageSource {
   uint32_t PageCount() const override { return cache_.Count(); }
   Bytes Page(uint32_t number) override;
   Bytes PageInPassing(uint32_t number, std::span<const uint32_t> next) override;
-  void GiveBack(uint32_t number) override;
+  void GiveBack(uint32_t number) override { cache_.GiveBack(number); }
   const Text& Path() const override { return path_; }
 
   // Inside a writing statement. The bytes stay where they are until its end; page 0 is not edited.
@@ -90,70 +90,70 @@ class Pager : public PageSource {
   PageOrder& Order() { return order_; }
   // A new page behind the last one, all zeros.
   uint32_t Append();
-  // Makes all commit words those of a file at rest.
+  // Makes all commit words those of a file at rest, with the rest of the statement.
   void MendCommitWords();
 
-  // Flushes what was written and gives the file up. Not inside a statement.
+  // Flushes what was written and gives the file up. Not inside a statement. What a flush that
+  // failed may have lost stays in the journal.
   void Close();
 
  private:
-  using CommitWords = std::array<uint8_t, kCommitWordCount * sizeof(uint16_t)>;
-
   void OpenFile();
   void ReadHeaderPage();
   void LockShared();
-  void AwaitForeignWriter();
+  void LockAlone();
+  void KeepOtherProgramsOut();
+  void AwaitOtherProgram();
+  void RefuseSuspect(bool allowed);
   void Refresh();
+  void SeeState(const CommitWords& words);
   CommitWords ReadCommitWords();
-  bool Interrupted() const;
-  void RecoverAsReader();
-  void RecoverLocked();
+  bool WasLeftBehind();
+  void PutRightAsReader();
+  void PutRight();
+  void PutRightInMemory();
   std::optional<JournalContent> LoadJournal();
-  void PutBack(const JournalContent& content);
-  void ExcludeOtherPrograms();
+  void LetJournalEnd();
   void EndWrite() noexcept;
-
-  void WritePages();
-  void UndoWritePages(uint16_t word_before);
-  void WriteFirstCommitWord(uint16_t word);
-  void CopyCommitWordsToHeaderPage();
+  void ShowCommitWords(const CommitWords& words);
 
   PageCache::Page& Load(uint32_t number);
   void ReadPages(uint32_t first, std::span<const uint32_t> next);
   void ReadPage(uint32_t number);
   void RequireInFile(uint32_t number) const;
-  void ForgetPages(uint64_t file_size);
+  void ForgetPages(uint32_t page_count);
 
   FileSystem& files_;
-  Text path_;
+  Text path_;  // as it was given
   std::chrono::milliseconds lock_wait_;
-  std::unique_ptr<File> file_;
+  Suspects suspects_;
   std::string why_read_only_;  // empty for a file that can be written
+  std::unique_ptr<File> file_;
+  DatabaseFile database_;
   std::optional<FileLock> lock_;
-  UserFile user_file_;
-  Journal journal_;
+  std::optional<UserFile> user_file_;
+  std::optional<Transaction> transaction_;
   Header header_;
 
-  int readers_ = 0;        // nested reading statements
-  uint64_t identity_ = 0;  // for the journal
+  int readers_ = 0;  // nested reading statements
   PageOrder order_;
   bool began_writing_ = false;  // at least once, whatever became of it
   bool writing_ = false;
   uint32_t statement_ = 0;  // the number of the last writing one
-  bool written_ = false;    // since the file was opened
-  CommitWords commit_words_{};
+  bool mends_ = false;
+  bool written_ = false;  // since the file was opened
+  CommitWords words_;
   FileStamp stamp_;
+  bool judged_ = false;  // the file with these words and this stamp was looked at
   uint64_t generation_ = 0;
-  PagerCounters counters_;
+  uint64_t pages_read_ = 0;
 
   PageCache cache_;
   std::unique_ptr<uint8_t[]> read_ahead_;
   size_t read_ahead_size_ = 0;
-
-  // An interrupted statement that cannot be put back, as the file cannot be written: its pages as
-  // they were. `journal_missed_`: there was no journal to take them from.
-  std::unordered_map<uint32_t, std::vector<uint8_t>> overlay_;
-  bool journal_missed_ = false;
+  // Pages of a file that cannot be put right, as it cannot be written: as they have to be.
+  std::map<uint32_t, std::vector<uint8_t>> overlay_;
+  bool overlaid_ = false;
 };
 
 }  // namespace rdv::jet

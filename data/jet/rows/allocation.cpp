@@ -154,6 +154,11 @@ void PageAllocator::ConvertToReferences() {
   std::vector<uint8_t> row(old.size(), 0);
   row[0] = kMapReference;
   for (size_t i = 0; i < maps; ++i) SetReference(row, i, AppendMapPage());
+  // Pages before the first that the row was about are not free either.
+  for (uint32_t page = 0; page < first; ++page) {
+    const uint32_t map_page = MapReference(row, page / pages_per_map);
+    ClearBit(EditMapPageBits(context_, map_page), page % pages_per_map);
+  }
   for (size_t bit = 0; bit < bits.size() * 8; ++bit) {
     const size_t page = first + bit;
     if (TestBit(bits, bit)) continue;

@@ -4,13 +4,18 @@
 // Among themselves the processes of this engine lock bytes of the database file far behind any page
 // that it can have. As long as a reader is at work it shares the reading byte; a writer has it
 // alone. Both come in through the waiting byte, which a writer keeps while it waits for the readers
-// to leave: no new reader starts then, so writers are not starved. The operating system gives up
-// the locks of a dead process.
+// to leave: no new reader starts then, so writers are not starved. From before its first statement
+// until it closes, a writer also shares the bytes of presence: a journal that nobody is present for
+// was left behind. The operating system gives up the locks of a dead process.
 //
 // Other programs announce themselves in the lock file (".ldb"): each user holds a lock on one byte
-// of it. A writer takes all those bytes for the time of its statement; it cannot while anyone is in
+// of it, as the documentation of the older versions says; that this version does the same is
+// believed. A writer takes all those bytes for the time of its statement and, where the system
+// knows that, opens the file so that nobody else can: a program that uses the database keeps its
+// lock file open, wherever in it its locks may be. So a writer cannot come in while anyone is in
 // there, and nobody comes in while it writes. What is written in the lock file does not matter, so
-// one that was left behind hinders nobody.
+// one that was left behind hinders nobody. A program that has the database to itself makes no lock
+// file: where the system does not refuse to open its database, it is not seen.
 #pragma once
 
 #include <chrono>
@@ -45,12 +50,19 @@ class FileLock {
   bool AcquireExclusive();
   void Release();
 
+  // Until the file is closed. Requires that the exclusive lock is held.
+  void BePresent();
+  bool IsPresent() const { return present_; }
+  // With the lock held in either way.
+  bool OthersArePresent();
+
  private:
   enum class Held { Nothing, Shared, Exclusive };
 
   File& file_;
   std::chrono::milliseconds wait_;
   Held held_ = Held::Nothing;
+  bool present_ = false;
 };
 
 // The other programs' lock file, beside the database.
@@ -60,17 +72,18 @@ class UserFile {
   UserFile(const UserFile&) = delete;
   UserFile& operator=(const UserFile&) = delete;
 
-  // Whether a lock file is there in which somebody else holds a lock. Makes no file.
+  // Whether a lock file is there in which somebody else holds a lock, or which cannot be looked
+  // into. Makes no file.
   bool HasUsers();
 
-  // Keeps the other programs out until Release; makes the file when it is not there. False when
-  // one is in. Raises FileError when the file cannot be made.
-  bool TryExclude();
+  // Keeps the other programs out until Release; makes the file when it is not there, as one that
+  // belongs to the database. False when one is in. Raises FileError when the file cannot be made.
+  bool TryExclude(File& database);
   void Release();
 
   // Removes a file of no use: one without any content, as only this engine makes them. To be called
   // while nobody else can be in TryExclude.
-  void RemoveIfEmpty();
+  void RemoveIfEmpty(File& database);
 
  private:
   FileSystem& files_;

@@ -1,4 +1,4 @@
-#include "data/jet/file/file_lock.h"
+#include "data/jet/file/access.h"
 
 #include <algorithm>
 #include <thread>
@@ -10,6 +10,11 @@ namespace {
 // offset can say.
 constexpr uint64_t kWaitingByte = 0x4000'0000'0000;
 constexpr uint64_t kReadingByte = kWaitingByte + 1;
+
+// Shared as a whole by whoever is present. Whoever wants to know tries one of them, each another
+// one, so that those who try do not meet each other.
+constexpr uint64_t kFirstPresence = kWaitingByte + 0x1000'0000;
+constexpr uint64_t kPresenceCount = 1 << 20;
 
 // One byte for each of the 255 users.
 constexpr uint64_t kFirstUser = 0x10000001;
@@ -76,54 +81,84 @@ void FileLock::Release() {
   held_ = Held::Nothing;
 }
 
+void FileLock::BePresent() {
+  if (present_) return;
+  if (!file_.TryLock(kFirstPresence, kPresenceCount, LockMode::Shared))
+    throw FileError(FileProblem::InUse, "others look for those who are present");
+  present_ = true;
+}
+
+bool FileLock::OthersArePresent() {
+  const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
+  constexpr uint64_t kFactor = 0x9E3779B97F4A7C15;
+  uint64_t place = (static_cast<uint64_t>(now) ^ reinterpret_cast<uintptr_t>(this)) * kFactor;
+  // Twice, lest two that try have met by chance.
+  for (int i = 0; i < 2; ++i, place *= kFactor) {
+    if (!file_.IsLocked(kFirstPresence + (place >> 32) % kPresenceCount)) return false;
+  }
+  return true;
+}
+
 UserFile::UserFile(FileSystem& files, const Text& database_path)
     : files_(files), path_(LockFilePath(database_path)) {}
 
 bool UserFile::HasUsers() {
-  if (excluding_ || !files_.Exists(path_)) return false;
+  if (excluding_) return false;
   try {
+    if (!files_.Exists(path_)) return false;
     const std::unique_ptr<File> file = files_.Open(path_, FileAccess::Read);
     if (!file->TryLock(kFirstUser, kUserCount, LockMode::Shared)) return true;
     file->Unlock(kFirstUser, kUserCount);
     return false;
   } catch (const FileError& error) {
-    return error.Problem() == FileProblem::InUse;
+    return error.Problem() != FileProblem::NotFound;  // what is not known is not free
   }
 }
 
-bool UserFile::TryExclude() {
-  if (file_ && !file_->Stamp().linked) file_.reset();
+bool UserFile::TryExclude(File& database) {
+  if (excluding_) return true;
   try {
-    if (!file_) file_ = files_.Open(path_, FileAccess::Create);
+    for (;;) {
+      if (!file_) file_ = files_.OpenBeside(database, path_, FileAccess::Alone);
+      if (!file_->TryLock(kFirstUser, kUserCount, LockMode::Exclusive)) {
+        if (files_.OpensAlone()) file_.reset();
+        return false;
+      }
+      excluding_ = true;
+      if (file_->Bears(path_)) return true;
+      // Somebody removed it before it was locked.
+      excluding_ = false;
+      file_.reset();
+    }
   } catch (const FileError& error) {
     if (error.Problem() == FileProblem::InUse) return false;
     throw;
   }
-  excluding_ = file_->TryLock(kFirstUser, kUserCount, LockMode::Exclusive);
-  return excluding_;
 }
 
 void UserFile::Release() {
   if (!excluding_) return;
   excluding_ = false;
-  file_->Unlock(kFirstUser, kUserCount);
+  if (files_.OpensAlone()) {
+    file_.reset();
+  } else {
+    file_->Unlock(kFirstUser, kUserCount);
+  }
 }
 
-void UserFile::RemoveIfEmpty() {
-  if (!file_ || !TryExclude()) return;
-  const bool empty = file_->Stamp().size == 0;
+void UserFile::RemoveIfEmpty(File& database) {
+  if (!TryExclude(database)) return;
+  std::unique_ptr<File> file = std::move(file_);
+  excluding_ = false;
+  if (file->Stamp().size != 0) return;
   // Removed under the lock where the system removes files that are open; where it does not, it does
   // not remove one that another program has opened meanwhile either.
-  if (empty) {
-    try {
-      files_.Remove(path_);
-    } catch (const FileError&) {
-      file_.reset();
-      files_.Remove(path_);
-    }
+  try {
+    files_.Remove(path_);
+  } catch (const FileError&) {
+    file.reset();
+    files_.Remove(path_);
   }
-  file_.reset();
-  excluding_ = false;
 }
 
 }  // namespace rdv::jet
