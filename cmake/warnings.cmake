@@ -17,6 +17,11 @@ if(WIN32)
   add_compile_definitions(UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0A00)
 endif()
 
+if(NOT WIN32 AND NOT RDV_SANITIZE AND NOT RDV_FUZZ)
+  # Whatever is written over later, the addresses of other libraries' functions are not.
+  add_link_options($<$<CONFIG:Release>:-Wl,-z,relro,-z,now,-z,noexecstack>)
+endif()
+
 if(RDV_SANITIZE)
   # Not optimised: this tree is compiled more often than it is waited for. Lines are all the reports need.
   add_compile_options(-O0 -g1 -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
