@@ -10,13 +10,6 @@ namespace {
 // Once so many rows are counted, lines are filled in up to here.
 constexpr int kLastFilledLine = 10;
 
-bool ShowsLine(const LineGrid& grid, int line) {
-  for (int row = 1; row <= grid.RowCount(); ++row) {
-    if (grid.Cell(row, column::kLine) == Decimal(line)) return true;
-  }
-  return false;
-}
-
 }  // namespace
 
 bool GridLoading::FormatLVControl() {
@@ -95,12 +88,12 @@ void GridLoading::ReplaceCard(DataBase& database) {
   });
 }
 
-// A stored line that no row shows, as the second of a music-on-hold pair, must not be given one:
+// A stored line has its row, or must not be given one, as the second of a music-on-hold pair:
 // saving would overwrite it.
 void GridLoading::FillWithNotInstalledLines(const Progress& progress) {
   const auto fill = [&](int line) {
     const auto number = static_cast<int16_t>(line);
-    if (progress.stored_lines.contains(number) || ShowsLine(form_.LVRDVLineConfig, line)) return;
+    if (progress.stored_lines.contains(number)) return;
     templates_.LoadDefaultNotInstalledLine(number, Target::NewRow);
   };
   if (progress.LineCounter >= kLastFilledLine) {

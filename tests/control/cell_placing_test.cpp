@@ -146,6 +146,14 @@ TEST_F(CellPlacing, ANodeNumberBelow1LeavesTheNumberListAsItIs) {
   EXPECT_EQ(form().cmbStartingNodeNumber.ListIndex(), 6);
 }
 
+// "0" and "Low" have the same code.
+TEST_F(CellPlacing, OfTwoEntriesWithTheSameCodeTheFirstIsSelected) {
+  grid().SetCell(kMohRow, column::kVolumeCode, u"0");
+  Click(kMohRow, column::kVolume);
+  EXPECT_EQ(form().cmbVolume.ListIndex(), 0);
+  EXPECT_EQ(form().cmbVolume.Text(), u"0");
+}
+
 TEST_F(CellPlacing, ALineTypeThatIsShownAfterAllIsSelected) {
   form().cmbLineType.SetVisible(true);
   grid().on_item_click(kMohRow);

@@ -242,6 +242,14 @@ TEST_F(Lifecycle, AssigningBeforeTheListsAreLoadedSetsTheTextAllTheSame) {
   EXPECT_EQ(form().cmbRDVType.ListIndex(), -1);
 }
 
+TEST_F(Lifecycle, RestoringTheDefaultBeforeTheColumnsAreMadeIsReportedForEachLineAndAddsNoRow) {
+  UseSite("plain");
+  Create();
+  Press(form().cmdShowDefaults);
+  EXPECT_EQ(grid().RowCount(), 0);
+  EXPECT_THAT(Messages(), SizeIs(11));
+}
+
 TEST_F(Lifecycle, ShowingAllEditorsLeavesTheLineTypeInvisible) {
   UseSite("plain");
   ShowEditors(form(), true);

@@ -96,6 +96,17 @@ TEST_F(Loading, SelectsNoRowAndLeavesNothingPending) {
   EXPECT_TRUE(form().fraConfiguration.Enabled());
 }
 
+TEST_F(Loading, LeavesNothingPendingOfWhatWasAndNoEditorOpen) {
+  UseSite("plain");
+  Show(1);
+  Click(1, column::kVolume);
+  ASSERT_TRUE(form().cmbVolume.Visible());
+  ASSERT_TRUE(form().cmdApply.Enabled());
+  ASSERT_TRUE(control().ShowControl(3));
+  EXPECT_FALSE(form().cmdApply.Enabled());
+  for (const Editor* editor : form().Editors()) EXPECT_FALSE(editor->Visible());
+}
+
 TEST_F(Loading, AConfigurationWithoutLinesGetsEightHybridLinesAndMusicOnHold9And11Stored) {
   for (const char* site : {"plain", "indexed"}) {
     UseSite(site);
@@ -123,6 +134,18 @@ TEST_F(Loading, AUnitThatBeginsWithAMusicOnHoldLine0IsNoEmptyOne) {
   Create();
   control().ShowControl(3);
   EXPECT_EQ(AllStoredLines(3), lines);
+  EXPECT_EQ(StoredCards(3), cards);
+}
+
+TEST_F(Loading, AUnitOfWhichOnlyAHiddenLineIsStoredIsNoEmptyOne) {
+  UseSite("plain");
+  for (int line = 1; line <= 12; ++line) {
+    if (line != 10) DeleteLine(Decimal(line));
+  }
+  const std::vector<Text> cards = StoredCards(3);
+  Show(3);
+  EXPECT_EQ(grid().RowCount(), 0);
+  EXPECT_THAT(StoredLines(3), ElementsAre(10));
   EXPECT_EQ(StoredCards(3), cards);
 }
 
@@ -330,6 +353,7 @@ TEST_F(Loading, TheSecondLoadKeepsEachListButForTheLineTypesWhichPileUp) {
   Show(1);
   const int node_numbers = form().cmbStartingNodeNumber.ListCount();
   ASSERT_TRUE(control().ShowControl(1));
+  EXPECT_EQ(grid().ColumnCount(), 20);
   EXPECT_EQ(form().cmbLineType.ListCount(), 8);
   EXPECT_EQ(form().cmbStartingNodeNumber.ListCount(), node_numbers);
   EXPECT_EQ(form().cmbPartition.ListCount(), 3);

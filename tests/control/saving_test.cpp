@@ -158,6 +158,15 @@ TEST_F(Saving, AMissingMusicOnHoldLineIsInsertedWithItsPartnerBeforeItIsUpdated)
             u"North,1,Music,11,2,6,6,Continuous,17,1,,0,0,0,8,0,0,0,0,0,3,1,1,12");
 }
 
+TEST_F(Saving, AnotherLineThatIsGoneMeanwhileIsNotInserted) {
+  Show(3);
+  DeleteLine(u"2");
+  form().cmdApply.SetEnabled(true);
+  Press(form().cmdApply);
+  EXPECT_THAT(Messages(), IsEmpty());
+  EXPECT_THAT(StoredLines(3), ElementsAre(1, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12));
+}
+
 TEST_F(Saving, ARestoredUnitFillsInTheMusicOnHoldLinesThatAreMissing) {
   UseSite("plain");
   for (const TextView line : {u"11", u"12"}) DeleteLine(line);
