@@ -328,16 +328,6 @@ TEST_F(Choices, AMaximumBelow1EndsTheRuleSilently) {
   EXPECT_THAT(Messages(), IsEmpty());
 }
 
-TEST_F(Choices, AMaximumThatNoNumberOfALineReachesEndsTheListAtTheLastOneThatDoes) {
-  CurrentSite().Execute(
-      u"UPDATE Node_Type_Max SET Max_Number = `m` WHERE Config_ID = `c` AND PartitionID = `p` AND "
-      u"NodeType_ID = `n`",
-      {u"2147483647", u"1", u"1", u"3"});
-  Select({kHybridRow});
-  Choose(form().cmbStartingNodeName, u"Directory", 3);
-  EXPECT_EQ(form().cmbStartingNodeNumber.ListCount(), 32767);
-}
-
 TEST_F(Choices, ANumberListThatHasTheMaximumAlreadyKeepsItsSelection) {
   Select({kHybridRow});
   grid().SetCell(kHybridRow, column::kStartingNodeNumber, u"12");
