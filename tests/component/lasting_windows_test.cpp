@@ -63,21 +63,27 @@ TEST_F(LastingWindows, ComeBackWhereTheContainerHasDestroyedThemWithItsOwn) {
   ExpectAllIsThere();
 }
 
+int left_calls = 0;
+
+LRESULT CALLBACK LeftProcedure(HWND, UINT, WPARAM, LPARAM) {
+  ++left_calls;
+  return 0;
+}
+
 // Some containers put a procedure of their own before that of the control's window and leave it
 // there.
 TEST_F(LastingWindows, TakeALeftProcedureWithThem) {
   PlaceAndLoad();
-  static int calls;
-  calls = 0;
+  left_calls = 0;
   const HWND form = placed_->Form();
-  const WNDPROC left = [](HWND, UINT, WPARAM, LPARAM) -> LRESULT { return ++calls, 0; };
-  const auto own = SetWindowLongPtrW(form, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(left));
+  const auto own =
+      SetWindowLongPtrW(form, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&LeftProcedure));
   SetWindowLongPtrW(form, GWLP_WNDPROC, own);
   placed_->object->Close(OLECLOSE_NOSAVE);
   placed_->object->SetClientSite(nullptr);
   EXPECT_FALSE(IsWindow(form));
   PumpMessages();
-  EXPECT_EQ(calls, 0);
+  EXPECT_EQ(left_calls, 0);
 }
 
 struct WatchedClasses {

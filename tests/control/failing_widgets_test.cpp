@@ -17,7 +17,7 @@ class FailingGrid : public memory::MemoryLineGrid {
   void AddColumn(TextView, Twips) override { Raise(LanguageError::InvalidPropertyValue); }
 
  private:
-  memory::Focus focus_;
+  memory::Focus focus_{"LVRDVLineConfig"};
 };
 
 class FailingList : public memory::MemoryComboBox {
@@ -26,7 +26,7 @@ class FailingList : public memory::MemoryComboBox {
   void AddItem(TextView, int32_t) override { Raise(LanguageError::InvalidPropertyValue); }
 
  private:
-  memory::Focus focus_;
+  memory::Focus focus_{"LVRDVLineConfig"};
 };
 
 class FailingWidgets : public ControlTest {};

@@ -20,7 +20,7 @@ class MemoryForm {
   const std::optional<std::string>& FocusedWidget() const { return focus_.Holder(); }
 
  private:
-  Focus focus_;
+  Focus focus_{"LVRDVLineConfig"};
 
  public:
   MemoryFrame fraConfiguration;

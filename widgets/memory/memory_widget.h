@@ -12,18 +12,25 @@ namespace rdv::memory {
 // Which widget of a form the keyboard goes to, by name.
 class Focus {
  public:
+  // `heir`: the widget that has it after one that is hidden.
+  explicit Focus(std::string heir) : heir_(std::move(heir)) {}
+
   const std::optional<std::string>& Holder() const { return holder_; }
   void Give(const std::string& widget) { holder_ = widget; }
   void TakeFrom(const std::string& widget) {
     if (holder_ == widget) holder_.reset();
   }
+  void LeaveHidden(const std::string& widget) {
+    if (holder_ == widget) holder_ = heir_;
+  }
 
  private:
+  const std::string heir_;
   std::optional<std::string> holder_;
 };
 
-// `Contract` is the widget's interface. A widget that is hidden or disabled loses the focus; one
-// whose frame is disabled keeps it, but the user reaches it no more.
+// `Contract` is the widget's interface. A widget that is hidden leaves the focus to the grid, one
+// that is disabled loses it; one whose frame is disabled keeps it, but the user reaches it no more.
 template <class Contract>
 class MemoryWidget : public Contract {
  public:
@@ -36,7 +43,7 @@ class MemoryWidget : public Contract {
   bool Visible() const override { return visible_; }
   void SetVisible(bool visible) override {
     visible_ = visible;
-    if (!visible) focus_.TakeFrom(name_);
+    if (!visible) focus_.LeaveHidden(name_);
   }
   bool Enabled() const override { return enabled_; }
   void SetEnabled(bool enabled) override {
