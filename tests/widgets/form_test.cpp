@@ -48,12 +48,12 @@ TEST_F(FormTest, OnlyTheNumberEditorsAndTheUnitTypeTakeTypedText) {
   }
 }
 
-TEST_F(FormTest, AWidgetThatIsHiddenOrDisabledLosesTheFocus) {
+TEST_F(FormTest, AWidgetThatIsHiddenLeavesTheFocusToTheGridAndOneThatIsDisabledLosesIt) {
   form.txtLabel.SetVisible(true);
   form.txtLabel.SetFocus();
   EXPECT_THAT(form.FocusedWidget(), Optional(std::string("txtLabel")));
   form.txtLabel.SetVisible(false);
-  EXPECT_EQ(form.FocusedWidget(), std::nullopt);
+  EXPECT_EQ(form.FocusedWidget(), "LVRDVLineConfig");
   form.cmdOK.SetFocus();
   form.cmdOK.SetEnabled(false);
   EXPECT_EQ(form.FocusedWidget(), std::nullopt);
