@@ -127,7 +127,7 @@ Text FileOfLink(const LinkedTable& link, const Text& path) {
   }
   const auto own_name = std::find_if(path.rbegin(), path.rend(), IsOwnSeparator).base();
   Text file(path.begin(), own_name);
-  for (const Text& part : way) file += part + u'/';
+  for (const Text& part : way) file += part + static_cast<char16_t>(fs::path::preferred_separator);
   file.pop_back();
   return file;
 }

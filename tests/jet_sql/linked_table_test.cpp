@@ -176,13 +176,13 @@ TEST_F(LinkedTables, ThatLeadElsewhereAreNamedAndNotFollowed) {
 
 TEST_F(LinkedTables, WhoseFileIsNotThereSayWhichOne) {
   Link(LinkTo(u"parts\\gone.mdb"));
-  const std::string gone = ToUtf8(main_.substr(0, main_.size() - 8)) + "parts/gone.mdb";
+  const std::string gone = (folder_.Path() / "parts" / "gone.mdb").string();
   EXPECT_EQ(ErrorOf(u"SELECT * FROM Lines"), "Could not find file '" + gone + "'.");
 }
 
 TEST(FileOfLink, LiesInTheFolderOfTheDatabaseOrBelowIt) {
   const auto file = [](const Text& database, const Text& path) {
-    return ToUtf8(FileOfLink(LinkTo(database), path));
+    return std::filesystem::path(ToUtf8(FileOfLink(LinkTo(database), path))).generic_string();
   };
   EXPECT_EQ(file(u"b.mdb", u"/site/a.mdb"), "/site/b.mdb");
   EXPECT_EQ(file(u".\\x\\..\\y\\b.mdb", u"/site/a.mdb"), "/site/y/b.mdb");
