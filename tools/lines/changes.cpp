@@ -116,7 +116,8 @@ class Change {
     if (!options_.dry_run) {
       outcome_.copy = stem;
       outcome_.copy += kCopyEnding;
-      CopyDatabase(session_.Database(), outcome_.copy);
+      RemoveDrafts(database);
+      CopySite(session_.Database(), outcome_.copy);
     }
     size_t worked_on = edits_.size();
     for (const PlannedUnit& unit : planned_) {

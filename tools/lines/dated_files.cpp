@@ -12,6 +12,8 @@ using namespace std::chrono;
 
 // Behind the name of the database.
 constexpr std::string_view kPattern = "-00000000-000000-000";
+// Behind the name that a file in the making is to have.
+constexpr const char* kDraftEnding = ".new";
 
 std::string Digits(unsigned number, size_t count) {
   std::string digits = std::to_string(number);
@@ -93,6 +95,15 @@ fs::path NextDatedStem(const fs::path& database) {
   }
   const std::string name = stem + stamp;
   return FolderOf(database) / fs::path(std::u8string(name.begin(), name.end()));
+}
+
+void RemoveDrafts(const fs::path& database) {
+  for (const std::string_view ending : {kCopyEnding, kRecordEnding}) {
+    for (const fs::path& draft : DatedFiles(database, std::string(ending) + kDraftEnding)) {
+      std::error_code ignored;
+      fs::remove(draft, ignored);
+    }
+  }
 }
 
 void RemoveOldest(const fs::path& database, std::string_view ending) {

@@ -22,6 +22,10 @@ std::filesystem::path NextDatedStem(const std::filesystem::path& database);
 std::vector<std::filesystem::path> DatedFiles(const std::filesystem::path& database,
                                               std::string_view ending);
 
+// Removes what a maker of such a file left when it died. For whoever has the database to itself:
+// then no maker is at work.
+void RemoveDrafts(const std::filesystem::path& database);
+
 // Removes all but the newest; what cannot be removed stays.
 void RemoveOldest(const std::filesystem::path& database, std::string_view ending);
 

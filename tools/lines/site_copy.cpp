@@ -1,44 +1,14 @@
 #include "tools/lines/site_copy.h"
 
-#include <algorithm>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "data/jet/check/check.h"
 #include "data/jet/engine.h"
-#include "data/jet/file/draft.h"
-#include "data/jet/file/file.h"
+#include "data/jet/file/database_copy.h"
 
 namespace rdv::lines {
 namespace {
-
-constexpr size_t kPiece = 1u << 20;
-
-// Calls use(offset, bytes) for the whole file, in pieces.
-template <typename Use>
-void ForEachPiece(jet::File& file, Use use) {
-  std::vector<uint8_t> buffer(kPiece);
-  for (uint64_t offset = 0;;) {
-    const size_t size = file.ReadAt(offset, buffer);
-    if (size == 0) return;
-    use(offset, jet::Bytes(buffer).first(size));
-    offset += size;
-  }
-}
-
-void CompareWith(jet::File& original, jet::File& copy) {
-  if (original.Stamp().size != copy.Stamp().size) {
-    throw std::runtime_error("the copy has another size than the database");
-  }
-  std::vector<uint8_t> there(kPiece);
-  ForEachPiece(original, [&](uint64_t offset, jet::Bytes piece) {
-    const size_t size = copy.ReadAt(offset, std::span(there).first(piece.size()));
-    if (size != piece.size() || !std::equal(piece.begin(), piece.end(), there.begin())) {
-      throw std::runtime_error("what was read back from the copy is not what the database holds");
-    }
-  });
-}
 
 void RequireSound(const Text& path, const Text& database) {
   const auto engine = jet::Engine::Open(path);
@@ -55,22 +25,9 @@ void RequireSound(const Text& path, const Text& database) {
 
 }  // namespace
 
-void CopyDatabase(const Text& database, const std::filesystem::path& copy) {
-  const Text path = copy.u16string();
-  try {
-    jet::FileSystem& files = jet::NativeFileSystem();
-    const auto original = files.Open(database, jet::FileAccess::Read);
-    jet::Draft draft(files, path);
-    ForEachPiece(*original, [&](uint64_t offset, jet::Bytes piece) {
-      draft.Content().WriteAt(offset, piece);
-    });
-    draft.Content().Flush();
-    CompareWith(*original, draft.Content());
-    RequireSound(draft.Path(), database);
-    draft.Publish();
-  } catch (const jet::FileError& error) {
-    jet::RaiseFileError(error, path);
-  }
+void CopySite(const Text& database, const std::filesystem::path& copy) {
+  jet::CopyHeldDatabase(jet::NativeFileSystem(), database, copy.u16string(),
+                        [&](const Text& draft) { RequireSound(draft, database); });
 }
 
 }  // namespace rdv::lines

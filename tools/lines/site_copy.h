@@ -7,9 +7,9 @@
 
 namespace rdv::lines {
 
-// Copies the database to `copy` and does not return before the copy is on the disk, has been read
-// back and compared, and was found sound as a database. The caller keeps other writers out. Raises
-// why there is no such copy; nothing of it is left then.
-void CopyDatabase(const Text& database, const std::filesystem::path& copy);
+// Copies the database that the caller is about to write to, inside its Writing and before it writes
+// anything. Returns when the copy is on the disk, was read back and compared, and was found sound
+// as a database. Raises why there is no such copy; nothing of it is left then.
+void CopySite(const Text& database, const std::filesystem::path& copy);
 
 }  // namespace rdv::lines

@@ -116,7 +116,8 @@ class Undo {
       if (!options_.dry_run) {
         outcome_.copy = NextDatedStem(database);
         outcome_.copy += kCopyEnding;
-        CopyDatabase(session_.Database(), outcome_.copy);
+        RemoveDrafts(database);
+        CopySite(session_.Database(), outcome_.copy);
       }
       const auto before = RowsOfUnits();
       for (const RowChange& row : outcome_.record.rows) TakeBack(session_, row);
