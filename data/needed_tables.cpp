@@ -1,5 +1,8 @@
 #include "data/needed_tables.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace rdv {
 namespace {
 
@@ -54,6 +57,13 @@ constexpr NeededTable kTables[] = {
 
 std::span<const NeededTable> NeededTables() {
   return kTables;
+}
+
+std::span<const TextView> ColumnsOf(TextView table) {
+  const auto found = std::find_if(
+      std::begin(kTables), std::end(kTables),
+      [table](const NeededTable& needed) { return EqualsIgnoringCase(needed.name, table); });
+  return found == std::end(kTables) ? std::span<const TextView>() : found->columns;
 }
 
 }  // namespace rdv

@@ -16,5 +16,7 @@ struct NeededTable {
 
 // By name; all names are found without regard to case.
 std::span<const NeededTable> NeededTables();
+// Of one of them, those by which its rows are told apart first.
+std::span<const TextView> ColumnsOf(TextView table);
 
 }  // namespace rdv

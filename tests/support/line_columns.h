@@ -1,36 +1,21 @@
 // The columns of a stored line, in the order of the parameters of Insert_All_Lines and
-// Update_All_Lines.
+// Update_All_Lines: as the control needs them, those by which a line is found behind the others.
 #pragma once
 
+#include <algorithm>
 #include <array>
 
+#include "data/needed_tables.h"
 #include "runtime/text.h"
 
 namespace rdv {
 
-inline constexpr std::array<TextView, 24> kLineColumns = {u"Partition_Name",
-                                                          u"Partition_ID",
-                                                          u"Starting_Node_Caption",
-                                                          u"Starting_Node_Type_ID",
-                                                          u"Starting_Node_Number",
-                                                          u"Volume_Name",
-                                                          u"Volume_ID",
-                                                          u"Mode_Caption",
-                                                          u"Mode_Type_ID",
-                                                          u"Mode_Ring_Number",
-                                                          u"Description",
-                                                          u"NIS_Option",
-                                                          u"RTQA_Option",
-                                                          u"ACD_Option",
-                                                          u"LineType",
-                                                          u"Impedance",
-                                                          u"SoftStop",
-                                                          u"rsvd1",
-                                                          u"rsvd2",
-                                                          u"rsvd3",
-                                                          u"Config_ID",
-                                                          u"Base_Slot_No",
-                                                          u"Slot_Offset",
-                                                          u"Line"};
+inline const std::array<TextView, 24> kLineColumns = [] {
+  constexpr size_t kKeys = 4;
+  std::array<TextView, 24> columns;
+  const std::span<const TextView> needed = ColumnsOf(u"Used_Lines");
+  std::rotate_copy(needed.begin(), needed.begin() + kKeys, needed.end(), columns.begin());
+  return columns;
+}();
 
 }  // namespace rdv

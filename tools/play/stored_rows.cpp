@@ -1,43 +1,16 @@
 #include "tools/play/stored_rows.h"
 
 #include <algorithm>
-#include <array>
 #include <span>
 
 #include "data/connection_route.h"
 #include "data/database.h"
+#include "data/needed_tables.h"
 #include "runtime/error.h"
 
 namespace rdv::play {
 namespace {
 
-constexpr auto kLineColumns = std::to_array<TextView>({u"Config_ID",
-                                                       u"Base_Slot_No",
-                                                       u"Slot_Offset",
-                                                       u"Line",
-                                                       u"Partition_Name",
-                                                       u"Partition_ID",
-                                                       u"Starting_Node_Caption",
-                                                       u"Starting_Node_Type_ID",
-                                                       u"Starting_Node_Number",
-                                                       u"Volume_Name",
-                                                       u"Volume_ID",
-                                                       u"Mode_Caption",
-                                                       u"Mode_Type_ID",
-                                                       u"Mode_Ring_Number",
-                                                       u"Description",
-                                                       u"NIS_Option",
-                                                       u"RTQA_Option",
-                                                       u"ACD_Option",
-                                                       u"LineType",
-                                                       u"Impedance",
-                                                       u"SoftStop",
-                                                       u"rsvd1",
-                                                       u"rsvd2",
-                                                       u"rsvd3"});
-constexpr auto kCardColumns = std::to_array<TextView>(
-    {u"Config_ID", u"Base_Slot_No", u"Slot_Offset", u"Slot_Caption", u"Card_Type_Name",
-     u"Card_Type_No", u"Card_Variant", u"Part_Num", u"Country_Code"});
 // The first columns of each table, by which rows are told apart: the configuration, then the order.
 constexpr size_t kConfigColumn = 0;
 constexpr size_t kLineKeys = 4;
@@ -77,9 +50,9 @@ std::optional<int32_t> NumberIn(const Value& field) {
   }
 }
 
-RowTable RowsOf(int16_t config, TextView table, std::span<const TextView> columns, size_t keys) {
+RowTable RowsOf(int16_t config, TextView table, size_t keys) {
   try {
-    RowTable chosen = Columns(WholeTable(table), columns);
+    RowTable chosen = Columns(WholeTable(table), ColumnsOf(table));
     std::erase_if(chosen.rows, [&](const std::vector<Value>& row) {
       return NumberIn(row[kConfigColumn]) != config;
     });
@@ -100,11 +73,11 @@ RowTable RowsOf(int16_t config, TextView table, std::span<const TextView> column
 }  // namespace
 
 RowTable StoredLines(int16_t config) {
-  return RowsOf(config, u"Used_Lines", kLineColumns, kLineKeys);
+  return RowsOf(config, u"Used_Lines", kLineKeys);
 }
 
 RowTable StoredCards(int16_t config) {
-  return RowsOf(config, u"Used_Cards", kCardColumns, kCardKeys);
+  return RowsOf(config, u"Used_Cards", kCardKeys);
 }
 
 }  // namespace rdv::play
