@@ -9,10 +9,15 @@
 namespace rdv::lines {
 
 // One line that is written over and over, a few times a second, and taken away at the end. Nothing
-// where nobody looks, and nothing for work that is done at once.
+// where nobody looks, and nothing for work that is done before anybody's patience ends.
 class Progress {
  public:
-  Progress(std::ostream& terminal, bool on_terminal, std::string what, size_t total);
+  static constexpr std::chrono::milliseconds kPatience{400};
+  static constexpr std::chrono::milliseconds kInterval{100};
+
+  Progress(std::ostream& terminal, bool on_terminal, std::string what, size_t total,
+           std::chrono::milliseconds patience = kPatience,
+           std::chrono::milliseconds interval = kInterval);
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
   ~Progress();
@@ -26,8 +31,9 @@ class Progress {
   const bool on_terminal_;
   const std::string what_;
   const size_t total_;
+  const std::chrono::milliseconds interval_;
   Clock::time_point next_;
-  bool shown_ = false;
+  size_t width_ = 0;  // of what is shown
 };
 
 }  // namespace rdv::lines
