@@ -26,26 +26,28 @@ table { border-collapse: collapse; }
 .bars td:last-child { width: 4.5rem; text-align: right; font-variant-numeric: tabular-nums; }
 .bars svg { display: block; width: 100%; height: .75rem; }
 .bars rect { fill: var(--bar); }
-ul.index { display: grid; grid-template-columns: repeat(auto-fill, minmax(6.5rem, 1fr)); gap: .1rem 1rem;
+ul.index { display: grid; grid-template-columns: repeat(auto-fill, minmax(8.5rem, 1fr)); gap: .1rem 1rem;
   padding: 0; list-style: none; margin: 0; font-variant-numeric: tabular-nums; }
 ul.index small { color: var(--soft); }
 a { color: #1a5a8a; }
 section { margin: 0 0 1.6rem; break-inside: avoid; }
 p { margin: 0 0 .5rem; }
 .unit { width: 100%; font-size: .86rem; table-layout: fixed; }
-.unit th:nth-child(1) { width: 4%; }
-.unit th:nth-child(2) { width: 9.5%; }
-.unit th:nth-child(3), .unit th:nth-child(4) { width: 10.5%; }
-.unit th:nth-child(5) { width: 8%; }
-.unit th:nth-child(6) { width: 11%; }
-.unit th:nth-child(7), .unit th:nth-child(8) { width: 7.5%; }
-.unit th:nth-child(9) { width: 10.5%; }
-.unit th:nth-child(10) { width: 7.5%; }
+.unit th:nth-child(1) { width: 3.8%; }
+.unit th:nth-child(2) { width: 9.6%; }
+.unit th:nth-child(3) { width: 10%; }
+.unit th:nth-child(4) { width: 10.6%; }
+.unit th:nth-child(5) { width: 8.6%; }
+.unit th:nth-child(6) { width: 10.4%; }
+.unit th:nth-child(7) { width: 7.6%; }
+.unit th:nth-child(8) { width: 8%; }
+.unit th:nth-child(9) { width: 11%; }
+.unit th:nth-child(10) { width: 7.4%; }
 .unit th { background: var(--head); text-align: left; font-weight: 600; }
-.unit th, .unit td { border: 1px solid var(--rule); padding: .18rem .45rem; vertical-align: top; }
+.unit th, .unit td { border: 1px solid var(--rule); padding: .18rem .4rem; vertical-align: top; }
 .unit td { overflow-wrap: break-word; }
 .unit td:first-child { text-align: right; font-variant-numeric: tabular-nums; }
-.unit .none td { color: #8b949e; }
+.unit .none td { color: #6b7480; }
 .unit .moh td:first-child { border-left: 3px solid var(--bar); }
 .unit td.found { background: var(--warn); color: var(--ink); outline: 1.5px solid #e0a100;
   outline-offset: -1.5px; }
