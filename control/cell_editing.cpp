@@ -63,7 +63,7 @@ void CellEditing::LVRDVLineConfig_MouseDown(Twips x, Twips y) {
   if (!row) return;
   const CellEditor* cell = EditorAt(x - RoundToInt32(grid.RowLeft(*row)));
   if (!cell || Contains(cell->refused, LineTypeOf(grid, *row))) return;
-  if (cell->load) (loaders_.*cell->load)(CInt(grid.Cell(*row, column::kLineTypeCode)));
+  if (cell->load) (loaders_.*cell->load)(LineTypeOf(grid, *row));
   Place(*cell, *row);
 }
 
@@ -144,17 +144,17 @@ void CellEditing::LVRDVLineConfig_ItemClick(int row) {
     const RowCells cells = CellsOf(form_.LVRDVLineConfig, row);
     state_.BusinessRules.PartitionID = CInt(cells[column::kPartitionCode]);
     if (form_.cmbLineType.Visible()) {
-      SelectByCode(form_.cmbLineType, CDbl(cells[column::kLineTypeCode]));
+      SelectByCode(form_.cmbLineType, CodeIn(cells[column::kLineTypeCode]));
     }
     LoadPartition(cells);
     if (form_.cmbStartingNodeName.Visible()) LoadStartingNode(cells);
     if (form_.cmbVolume.Visible()) LoadVolume(cells);
     if (form_.cmbModeType.Visible()) LoadMode(cells);
     if (form_.cmbImpedance.Visible()) {
-      SelectByCode(form_.cmbImpedance, CDbl(cells[column::kImpedanceCode]));
+      SelectByCode(form_.cmbImpedance, CodeIn(cells[column::kImpedanceCode]));
     }
     if (form_.cmbSoftStop.Visible()) {
-      SelectByCode(form_.cmbSoftStop, CDbl(cells[column::kSoftStopCode]));
+      SelectByCode(form_.cmbSoftStop, CodeIn(cells[column::kSoftStopCode]));
     }
     if (form_.cmbNISOption.Visible()) LoadNISOption(cells);
     LoadTexts(cells);
@@ -179,40 +179,40 @@ void CellEditing::ResetPartition() {
 void CellEditing::LoadPartition(const RowCells& cells) {
   ResetPartition();
   if (form_.cmbPartition.Visible()) {
-    SelectByCode(form_.cmbPartition, CDbl(cells[column::kPartitionCode]));
+    SelectByCode(form_.cmbPartition, CodeIn(cells[column::kPartitionCode]));
   }
 }
 
 void CellEditing::LoadStartingNode(const RowCells& cells) {
   ComboBox& name = form_.cmbStartingNodeName;
-  SelectByCode(name, CDbl(cells[column::kStartingNodeType]));
+  SelectByCode(name, CodeIn(cells[column::kStartingNodeType]));
   SelectFirstIfNone(name);
-  if (name.ItemData(name.ListIndex()) == node_type::kNone) {
+  if (SelectedEntry(name).code == node_type::kNone) {
     form_.cmbStartingNodeNumber.SetVisible(false);
   } else if (const int16_t number = CInt(cells[column::kStartingNodeNumber]); number >= 1) {
-    SelectByCode(form_.cmbStartingNodeNumber, number);
+    SelectByCode(form_.cmbStartingNodeNumber, Code{number});
   }
 }
 
 void CellEditing::LoadVolume(const RowCells& cells) {
-  SelectByCode(form_.cmbVolume, CDbl(cells[column::kVolumeCode]));
+  SelectByCode(form_.cmbVolume, CodeIn(cells[column::kVolumeCode]));
   SelectFirstIfNone(form_.cmbVolume);
 }
 
 void CellEditing::LoadMode(const RowCells& cells) {
-  const double mode = CDbl(cells[column::kModeType]);
+  const Code mode = CodeIn(cells[column::kModeType]);
   SelectByCode(form_.cmbModeType, mode);
   if (!Contains(ModeTypesWithNumber, mode)) {
     form_.cmbModeNumber.SetVisible(false);
   } else if (const int16_t number = CInt(cells[column::kModeNumber]); number >= 1) {
-    SelectByCode(form_.cmbModeNumber, number);
+    SelectByCode(form_.cmbModeNumber, Code{number});
   }
   SelectFirstIfNone(form_.cmbModeType);
 }
 
 void CellEditing::LoadNISOption(const RowCells& cells) {
   const Text& shown = cells[column::kNISOption];
-  SelectByCode(form_.cmbNISOption, ShowsNumber(shown) ? CInt(shown) : 0);
+  SelectByCode(form_.cmbNISOption, Code{ShowsNumber(shown) ? CInt(shown) : 0});
 }
 
 void CellEditing::LoadTexts(const RowCells& cells) {

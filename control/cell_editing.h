@@ -52,7 +52,7 @@ class CellEditing {
     KeepHidden,  // placed, never shown
     Shrink,      // shown, and cut to end inside the grid
   };
-  using Loader = bool (ListLoaders::*)(int16_t line_type);
+  using Loader = bool (ListLoaders::*)(Code line_type);
 
   struct CellEditor {
     int column;

@@ -13,7 +13,7 @@ constexpr int kLastFilledLine = 10;
 }  // namespace
 
 bool GridLoading::FormatLVControl() {
-  return RunLoader(state_, u"FormatLVControl", [&] {
+  return RunLoader(state_, u"FormatLVControl", BlockStart::OnALineOfItsOwn, [&] {
     LineGrid& grid = form_.LVRDVLineConfig;
     grid.SetReportView();
     grid.RemoveColumns();

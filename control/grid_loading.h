@@ -33,7 +33,7 @@ class GridLoading {
   struct Progress {
     int LineCounter = 1;  // number of the next row, and its key
     // The one in force: a line of unknown type keeps that of the line before.
-    int16_t line_type = 0;
+    Code line_type{0};
     std::set<int16_t> stored_lines;  // shown or not
   };
 

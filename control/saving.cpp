@@ -49,7 +49,7 @@ void Saving::WriteLine(DataBase& database, int row, LineArguments& current) {
   const bool installed = LineTypeOf(grid, row) != line_type::kNotInstalled;
   const RowCells cells = installed ? CellsOf(grid, row) : NotInstalledCells(line);
   current = LineArgumentsOf(cells, state_.BusinessRules.ConfigID, AcdOptionOf(line));
-  if (Contains(kMusicOnHoldLines, CDbl(line)) && !IsStored(database, line)) {
+  if (Contains(kMusicOnHoldLines, CInt(line)) && !IsStored(database, line)) {
     InsertMohPair(database, CInt(line));
   }
   database.Update_All_Lines(current);
@@ -69,25 +69,23 @@ void Saving::InsertMohPair(DataBase& database, int16_t first_line) const {
   const Text node_type = Decimal(node_type::kMusic);
   const Text mode_type = Decimal(mode_type::kContinuous);
   const Text volume = Decimal(volume::kDefaultMusicOnHold);
-  RowCells cells;
-  cells[column::kLineTypeCode] = Decimal(line_type::kMusicOnHold);
-  cells[column::kPartitionCode] = u"1";
-  cells[column::kPartition] = state_.PartitionList.Item(u"1");
-  cells[column::kStartingNodeType] = node_type;
-  cells[column::kStartingNodeNumber] = first_line == kMusicOnHoldLines.front() ? u"1" : u"2";
-  cells[column::kStartingNode] = state_.NodeNames.Item(node_type);
-  cells[column::kVolumeCode] = volume;
-  cells[column::kVolume] = volume;
-  cells[column::kModeType] = mode_type;
-  cells[column::kModeNumber] = u"1";
-  cells[column::kMode] = state_.ModeNames.Item(mode_type);
-  cells[column::kNISOption] = u"0";
-  cells[column::kEWTOption] = u"0";
-  cells[column::kImpedanceCode] = u"0";
-  cells[column::kSoftStopCode] = u"0";
+  LineRecord record = {
+      .Partition_Name = state_.PartitionList.Item(u"1"),
+      .Partition_ID = u"1",
+      .Starting_Node_Caption = state_.NodeNames.Item(node_type),
+      .Starting_Node_Type_ID = node_type,
+      .Starting_Node_Number = first_line == kMusicOnHoldLines.front() ? u"1" : u"2",
+      .Volume_Name = volume,
+      .Volume_ID = volume,
+      .Mode_Caption = state_.ModeNames.Item(mode_type),
+      .Mode_Type_ID = mode_type,
+      .Mode_Ring_Number = u"1",
+      .LineType = Decimal(line_type::kMusicOnHold),
+      .Config_ID = Decimal(state_.BusinessRules.ConfigID),
+  };
   for (const int line : {first_line + 0, first_line + 1}) {
-    cells[column::kLine] = Decimal(line);
-    database.Insert_All_Lines(LineArgumentsOf(cells, state_.BusinessRules.ConfigID, u"0"));
+    record.Line = Decimal(line);
+    database.Insert_All_Lines(ArgumentsOf(record));
   }
 }
 

@@ -3,8 +3,10 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 
 #include "rules/business_rules.h"
+#include "rules/line_codes.h"
 #include "runtime/keyed_collection.h"
 #include "runtime/text.h"
 
@@ -24,8 +26,8 @@ struct ControlState {
 
   bool ChinaImpedanceImplemented = false;
 
-  // The line type that the list of starting nodes was filled for; -1 for none.
-  int16_t StartNodeListLineType = -1;
+  // The line type that the list of starting nodes was filled for.
+  std::optional<Code> StartNodeListLineType;
 
   // Node number of the last music-on-hold line made from the template: 1, 2, 1, 2, ... It carries
   // over from one "Restore Default" to the next.

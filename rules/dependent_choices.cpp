@@ -5,7 +5,7 @@
 
 #include "data/database.h"
 #include "rules/error_report.h"
-#include "rules/line_codes.h"
+#include "rules/volume_captions.h"
 
 namespace rdv {
 namespace {
@@ -13,37 +13,19 @@ namespace {
 // A line stores its node's number as an Integer: a list goes no further, whatever the file says.
 constexpr int32_t kHighestNumber = std::numeric_limits<int16_t>::max();
 
-// Raises 381 when nothing is selected.
-Choice SelectedEntry(const ComboBox& list) {
-  const int index = list.ListIndex();
-  return {list.ItemData(index), list.List(index)};
-}
-
-bool ModeIsAllowed(DataBase& database, int16_t given_line_type, int32_t mode_type) {
+bool ModeIsAllowed(DataBase& database, Code given_line_type, Code mode_type) {
   database.Get_Line_Type_Allowed_Modes(Decimal(CardTypeFor(given_line_type)));
   Recordset& modes = database.rsGet_Line_Type_Allowed_Modes;
   bool allowed = false;
   for (; !allowed && !modes.EndOfFile(); modes.MoveNext()) {
     const Value& stored = modes.Field(u"Mode_Type_ID");
-    allowed = !IsNull(stored) && ToLong(stored) == mode_type;
+    allowed = !IsNull(stored) && Code{ToLong(stored)} == mode_type;
   }
   modes.Close();
   return allowed;
 }
 
 }  // namespace
-
-std::optional<Text> AcceptedVolume(double line_type, const Choice& volume) {
-  constexpr int32_t kLastMohVolume = 9;
-  if (line_type == line_type::kHybrid || line_type == line_type::kImpedance) {
-    const bool low = volume.code == volume::kLow && volume.caption != u"0";
-    if (volume.code != volume::kHigh && !low) return std::nullopt;
-  } else if (line_type == line_type::kMusicOnHold) {
-    if (volume.code < 0 || volume.code > kLastMohVolume) return std::nullopt;
-    if (volume.code == 0) return u"0";
-  }
-  return volume.caption;
-}
 
 template <typename Rule>
 void DependentChoices::Choose(const ComboBox& editor, LineTypes refused, Rule&& rule) {
@@ -110,7 +92,7 @@ void DependentChoices::cmbLineType_Click() {
   });
 }
 
-void DependentChoices::ShowModeNumberFor(int32_t mode_type) {
+void DependentChoices::ShowModeNumberFor(Code mode_type) {
   ComboBox& mode = form_.cmbModeType;
   ComboBox& number = form_.cmbModeNumber;
   const bool takes_number = Contains(ModeTypesWithNumber, mode_type);
@@ -136,8 +118,7 @@ void DependentChoices::cmbModeType_Click() {
     ShowModeNumberFor(mode.code);
     DataBase database;
     ForEachWrittenRow(form_, state_, kNotInstalledLines, [&](int row) {
-      const int16_t given_line_type = CInt(grid.Cell(row, column::kLineTypeCode));
-      if (!ModeIsAllowed(database, given_line_type, mode.code)) return;
+      if (!ModeIsAllowed(database, LineTypeOf(grid, row), mode.code)) return;
       const Text shown = form_.cmbModeNumber.Visible()
                              ? mode.caption + u"=" + grid.Cell(row, column::kModeNumber)
                              : mode.caption;
@@ -161,7 +142,7 @@ void DependentChoices::cmbStartingNodeNumber_Click() {
   LineGrid& grid = form_.LVRDVLineConfig;
   Choose(form_.cmbStartingNodeNumber, kNotInstalledLines, [&](int row, const Choice& number) {
     const Text node_type = grid.Cell(row, column::kStartingNodeType);
-    if (CDbl(node_type) == node_type::kNone) return;
+    if (CodeIn(node_type) == node_type::kNone) return;
     grid.SetCell(row, column::kStartingNodeNumber, Decimal(number.code));
     const Text& node = state_.NodeNames.Item(node_type);
     grid.SetCell(row, column::kStartingNode, node + u" " + number.caption);
@@ -176,8 +157,7 @@ void DependentChoices::cmbStartingNodeName_Click() {
     const Choice node = SelectedEntry(form_.cmbStartingNodeName);
     OfferNodeNumbersFor(node.code);
     ForEachWrittenRow(form_, state_, kNotInstalledLines, [&](int row) {
-      const int16_t given_line_type = CInt(grid.Cell(row, column::kLineTypeCode));
-      if (!Contains(StartNodeTypesOf(given_line_type), node.code)) return;
+      if (!Contains(StartNodeTypesOf(LineTypeOf(grid, row)), node.code)) return;
       const Text shown = node.code == node_type::kNone
                              ? node.caption
                              : node.caption + u" " + grid.Cell(row, column::kStartingNodeNumber);
@@ -187,7 +167,7 @@ void DependentChoices::cmbStartingNodeName_Click() {
 }
 
 // Asks for the partition that the host works in, whatever partition the line is given.
-void DependentChoices::OfferNodeNumbersFor(int32_t node_type) {
+void DependentChoices::OfferNodeNumbersFor(Code node_type) {
   ComboBox& name = form_.cmbStartingNodeName;
   ComboBox& number = form_.cmbStartingNodeNumber;
   DataBase database;

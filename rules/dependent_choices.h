@@ -4,23 +4,13 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 
+#include "rules/editors.h"
 #include "rules/grid_rows.h"
 #include "rules/line_templates.h"
 #include "widgets/form.h"
 
 namespace rdv {
-
-// An entry of a list: its item data and its caption.
-struct Choice {
-  int32_t code;
-  Text caption;
-};
-
-// What a line of that type shows for the volume; nothing where it does not take it. "Low" and the
-// "0" that only lines of music on hold are offered have the same code.
-std::optional<Text> AcceptedVolume(double line_type, const Choice& volume);
 
 // The handlers run whenever an entry is selected or the text changes, whoever did it; a selection
 // made by one handler runs another's inside it. cmbModeType_Click and
@@ -52,8 +42,8 @@ class DependentChoices {
   void Choose(const ComboBox& editor, LineTypes refused, Rule&& rule);
   void Write(int row, int code_column, int caption_column, const Choice& choice);
   void FilterTypedNumber(ComboBox& editor);
-  void ShowModeNumberFor(int32_t mode_type);
-  void OfferNodeNumbersFor(int32_t node_type);
+  void ShowModeNumberFor(Code mode_type);
+  void OfferNodeNumbersFor(Code node_type);
   void SelectNodeNumber();
 
   const Form& form_;

@@ -2,15 +2,24 @@
 
 namespace rdv {
 
+Choice SelectedEntry(const ComboBox& list) {
+  const int index = list.ListIndex();
+  return {Code{list.ItemData(index)}, list.List(index)};
+}
+
+void AddEntry(ComboBox& list, TextView caption, Code code) {
+  list.AddItem(caption, NumberOf(code));
+}
+
 void ShowEditors(const Form& form, bool Visible) {
   for (Editor* editor : form.Editors()) {
     editor->SetVisible(Visible && editor != &form.cmbLineType);
   }
 }
 
-void SelectByCode(ComboBox& list, double code) {
+void SelectByCode(ComboBox& list, Code code) {
   for (int index = 0; index < list.ListCount(); ++index) {
-    if (list.ItemData(index) == code) {
+    if (Code{list.ItemData(index)} == code) {
       list.SetListIndex(index);
       return;
     }

@@ -1,19 +1,6 @@
 #include "rules/error_report.h"
 
-#include <algorithm>
-#include <array>
-
 namespace rdv {
-namespace {
-
-constexpr std::array<TextView, 4> kProceduresOnALineOfTheirOwn = {
-    u"FormatLVControl",
-    u"Load_List_of_All_Card_Types",
-    u"Load_List_of_All_Node_Names",
-    u"Load_List_of_All_mode_Names",
-};
-
-}  // namespace
 
 Text ErrorBlock(const RuntimeError& error, TextView procedure) {
   return Text(u"Error Description:")
@@ -25,11 +12,9 @@ Text ErrorBlock(const RuntimeError& error, TextView procedure) {
       .append(procedure);
 }
 
-void AppendErrorBlock(ControlState& state, const RuntimeError& error, TextView procedure) {
-  if (std::find(kProceduresOnALineOfTheirOwn.begin(), kProceduresOnALineOfTheirOwn.end(),
-                procedure) != kProceduresOnALineOfTheirOwn.end()) {
-    state.LoadErrorText.append(kLineBreak);
-  }
+void AppendErrorBlock(ControlState& state, const RuntimeError& error, TextView procedure,
+                      BlockStart start) {
+  if (start == BlockStart::OnALineOfItsOwn) state.LoadErrorText.append(kLineBreak);
   state.LoadErrorText.append(ErrorBlock(error, procedure));
 }
 

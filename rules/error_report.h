@@ -14,9 +14,13 @@ inline constexpr TextView kErrorTitle = u"Error";
 // "Error Description:" DESCRIPTION, a line break, "Error Source: " SOURCE " - " PROCEDURE.
 Text ErrorBlock(const RuntimeError& error, TextView procedure);
 
-// The block of a loading step, appended to the text that ShowControl shows. Only some procedures
-// start on a line of their own; the blocks of the others run on from the block before.
-void AppendErrorBlock(ControlState& state, const RuntimeError& error, TextView procedure);
+// Where the block of a loading step starts: some begin a line, the others run on from the block
+// before.
+enum class BlockStart { RunOn, OnALineOfItsOwn };
+
+// The block of a loading step, appended to the text that ShowControl shows.
+void AppendErrorBlock(ControlState& state, const RuntimeError& error, TextView procedure,
+                      BlockStart start);
 
 // One plain box, with nothing but OK and without a title of its own.
 void ShowPlainMessage(Screen& screen, TextView text);
@@ -27,14 +31,19 @@ MessageReporter PlainReporter(Screen& screen);
 
 // Runs a loading step: true when it finished, false when an error stopped it and is on record.
 template <typename Body>
-bool RunLoader(ControlState& state, TextView procedure, Body&& body) {
+bool RunLoader(ControlState& state, TextView procedure, BlockStart start, Body&& body) {
   try {
     body();
     return true;
   } catch (const RuntimeError& error) {
-    AppendErrorBlock(state, error, procedure);
+    AppendErrorBlock(state, error, procedure, start);
     return false;
   }
+}
+
+template <typename Body>
+bool RunLoader(ControlState& state, TextView procedure, Body&& body) {
+  return RunLoader(state, procedure, BlockStart::RunOn, body);
 }
 
 // Runs a procedure that reports at once: true when it finished.

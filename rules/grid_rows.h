@@ -32,16 +32,17 @@ RowCells CellsOf(const LineGrid& grid, int row);
 
 // The line types to whose rows an editor never writes, which are also those for whose cells it is
 // not shown.
-using LineTypes = std::span<const int16_t>;
-inline constexpr std::array<int16_t, 0> kNoLineTypes = {};
-inline constexpr std::array<int16_t, 1> kNotInstalledLines = {line_type::kNotInstalled};
-inline constexpr std::array<int16_t, 2> kLinesWithoutOptions = {line_type::kNotInstalled,
-                                                                line_type::kMusicOnHold};
-inline constexpr std::array<int16_t, 3> kLinesWithoutImpedance = {
+using LineTypes = std::span<const Code>;
+inline constexpr std::array<Code, 0> kNoLineTypes = {};
+inline constexpr std::array kNotInstalledLines = {line_type::kNotInstalled};
+inline constexpr std::array kLinesWithoutOptions = {line_type::kNotInstalled,
+                                                    line_type::kMusicOnHold};
+// Nor a soft stop.
+inline constexpr std::array kLinesWithoutImpedance = {
     line_type::kNotInstalled, line_type::kImpedance, line_type::kMusicOnHold};
 
-inline double LineTypeOf(const LineGrid& grid, int row) {
-  return CDbl(grid.Cell(row, column::kLineTypeCode));
+inline Code LineTypeOf(const LineGrid& grid, int row) {
+  return CodeIn(grid.Cell(row, column::kLineTypeCode));
 }
 
 // Calls rule(row) for every selected row, first to last, but for those of a refused line type.

@@ -1,10 +1,18 @@
 #include "rules/line_codes.h"
 
-#include <algorithm>
+#include "runtime/conversion.h"
 
 namespace rdv {
 
-std::span<const int16_t> StartNodeTypesOf(int16_t given_line_type) {
+Text Decimal(Code code) {
+  return Decimal(NumberOf(code));
+}
+
+Code CodeIn(TextView cell) {
+  return Code{CLng(cell)};
+}
+
+std::span<const Code> StartNodeTypesOf(Code given_line_type) {
   switch (given_line_type) {
     case line_type::kImpedance:
       return StartNodeTypesType5;
@@ -17,22 +25,18 @@ std::span<const int16_t> StartNodeTypesOf(int16_t given_line_type) {
   }
 }
 
-bool Contains(std::span<const int16_t> codes, double code) {
-  return std::find(codes.begin(), codes.end(), code) != codes.end();
-}
-
-TextView ImpedanceCodeToCaption(int16_t code) {
+TextView ImpedanceCodeToCaption(Code code) {
   for (const ImpedanceCode& entry : kImpedanceCodes) {
     if (entry.code == code) return entry.caption;
   }
   return u"UNKNOWN";
 }
 
-int16_t ImpedanceCaptionToCode(TextView impedance_caption) {
+Code ImpedanceCaptionToCode(TextView impedance_caption) {
   for (const ImpedanceCode& entry : kImpedanceCodes) {
     if (entry.caption == impedance_caption) return entry.code;
   }
-  return 0;
+  return Code{0};
 }
 
 }  // namespace rdv

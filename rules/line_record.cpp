@@ -11,33 +11,55 @@ Text OptionOf(const Text& shown) {
 
 }  // namespace
 
+LineArguments ArgumentsOf(const LineRecord& record) {
+  return {record.Partition_Name,
+          record.Partition_ID,
+          record.Starting_Node_Caption,
+          record.Starting_Node_Type_ID,
+          record.Starting_Node_Number,
+          record.Volume_Name,
+          record.Volume_ID,
+          record.Mode_Caption,
+          record.Mode_Type_ID,
+          record.Mode_Ring_Number,
+          record.Description,
+          record.NIS_Option,
+          record.RTQA_Option,
+          record.ACD_Option,
+          record.LineType,
+          record.Impedance,
+          record.SoftStop,
+          record.rsvd1,
+          record.rsvd2,
+          record.rsvd3,
+          record.Config_ID,
+          record.Base_Slot_No,
+          record.Slot_Offset,
+          record.Line};
+}
+
 LineArguments LineArgumentsOf(const RowCells& cells, int16_t ConfigID, TextView ACD_Option) {
-  return {
-      cells[column::kPartition],            // Partition_Name
-      cells[column::kPartitionCode],        // Partition_ID
-      cells[column::kStartingNode],         // Starting_Node_Caption
-      cells[column::kStartingNodeType],     // Starting_Node_Type_ID
-      cells[column::kStartingNodeNumber],   // Starting_Node_Number
-      cells[column::kVolume],               // Volume_Name
-      cells[column::kVolumeCode],           // Volume_ID
-      cells[column::kMode],                 // Mode_Caption
-      cells[column::kModeType],             // Mode_Type_ID
-      cells[column::kModeNumber],           // Mode_Ring_Number
-      cells[column::kLabel],                // Description
-      OptionOf(cells[column::kNISOption]),  // NIS_Option
-      OptionOf(cells[column::kEWTOption]),  // RTQA_Option
-      Text(ACD_Option),                     // ACD_Option
-      cells[column::kLineTypeCode],         // LineType
-      cells[column::kImpedanceCode],        // Impedance
-      cells[column::kSoftStopCode],         // SoftStop
-      u"0",                                 // rsvd1
-      u"0",                                 // rsvd2
-      u"0",                                 // rsvd3
-      Decimal(ConfigID),                    // Config_ID
-      Text(kBaseSlotNo),                    // Base_Slot_No
-      Text(kSlotOffset),                    // Slot_Offset
-      cells[column::kLine],                 // Line
-  };
+  return ArgumentsOf({
+      .Partition_Name = cells[column::kPartition],
+      .Partition_ID = cells[column::kPartitionCode],
+      .Starting_Node_Caption = cells[column::kStartingNode],
+      .Starting_Node_Type_ID = cells[column::kStartingNodeType],
+      .Starting_Node_Number = cells[column::kStartingNodeNumber],
+      .Volume_Name = cells[column::kVolume],
+      .Volume_ID = cells[column::kVolumeCode],
+      .Mode_Caption = cells[column::kMode],
+      .Mode_Type_ID = cells[column::kModeType],
+      .Mode_Ring_Number = cells[column::kModeNumber],
+      .Description = cells[column::kLabel],
+      .NIS_Option = OptionOf(cells[column::kNISOption]),
+      .RTQA_Option = OptionOf(cells[column::kEWTOption]),
+      .ACD_Option = Text(ACD_Option),
+      .LineType = cells[column::kLineTypeCode],
+      .Impedance = cells[column::kImpedanceCode],
+      .SoftStop = cells[column::kSoftStopCode],
+      .Config_ID = Decimal(ConfigID),
+      .Line = cells[column::kLine],
+  });
 }
 
 }  // namespace rdv

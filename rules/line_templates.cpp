@@ -1,8 +1,8 @@
 #include "rules/line_templates.h"
 
-#include "data/settings_file.h"
 #include "rules/error_report.h"
 #include "rules/line_record.h"
+#include "rules/volume_captions.h"
 
 namespace rdv {
 
@@ -12,11 +12,11 @@ enum class NodeNumber { LineNumber, MohCounter };
 // impedance 0 and an empty label.
 struct LineTemplate {
   TextView procedure;
-  int16_t line_type;
-  int16_t starting_node_type;
+  Code line_type;
+  Code starting_node_type;
   NodeNumber starting_node_number;
-  int16_t volume;
-  int16_t mode_type;
+  Code volume;
+  Code mode_type;
   TextView nis_option;
   TextView ewt_option;
   TextView impedance;
@@ -31,10 +31,10 @@ constexpr int16_t kFirstModeNumber = 1;
 constexpr LineTemplate kHybridTemplate = {
     .procedure = u"LoadDefaultHybrideLine",
     .line_type = line_type::kHybrid,
-    .starting_node_type = 0,
+    .starting_node_type = Code{0},
     .starting_node_number = NodeNumber::LineNumber,
     .volume = volume::kHigh,
-    .mode_type = 1,
+    .mode_type = Code{1},
     .nis_option = caption::kDisabled,
     .ewt_option = caption::kDisabled,
     .impedance = u"Use Country Code",
@@ -44,10 +44,10 @@ constexpr LineTemplate kHybridTemplate = {
 constexpr LineTemplate kLowImpedanceTemplate = {
     .procedure = u"LoadDefaultLowImpedanceLine",
     .line_type = line_type::kImpedance,
-    .starting_node_type = 0,
+    .starting_node_type = Code{0},
     .starting_node_number = NodeNumber::LineNumber,
     .volume = volume::kHigh,
-    .mode_type = 13,
+    .mode_type = Code{13},
     .nis_option = caption::kDisabled,
     .ewt_option = caption::kNotApplicable,
     .impedance = caption::kNotApplicable,
@@ -155,10 +155,7 @@ RowCells LineTemplates::CellsFrom(const LineTemplate& source, int16_t line) {
   cells[column::kLineType] = state_.CardTypes.Item(Decimal(source.line_type));
   cells[column::kPartition] = state_.PartitionList.Item(partition);
   cells[column::kStartingNode] = state_.NodeNames.Item(node_type) + u" " + node_number;
-  cells[column::kVolume] =
-      source.volume == volume::kHigh
-          ? Text(caption::kHigh)
-          : GetMOHVolumeCaptionfromINI(Decimal(source.volume), PlainReporter(form_.screen));
+  cells[column::kVolume] = StoredVolumeCaption(source.volume, source.line_type, form_.screen);
   cells[column::kMode] = state_.ModeNames.Item(mode_type) + u"=" + mode_number;
   cells[column::kNISOption] = source.nis_option;
   cells[column::kEWTOption] = source.ewt_option;

@@ -1,9 +1,9 @@
 #include "rules/list_loaders.h"
 
 #include "data/database.h"
-#include "data/settings_file.h"
+#include "rules/editors.h"
 #include "rules/error_report.h"
-#include "rules/line_codes.h"
+#include "rules/volume_captions.h"
 
 namespace rdv {
 namespace {
@@ -12,57 +12,56 @@ void AddNumbers(ComboBox& list, int first, int last) {
   for (int number = first; number <= last; ++number) list.AddItem(Decimal(number), number);
 }
 
+Code IdOf(const Recordset& row) {
+  return Code{ToLong(row.Field(u"ID"))};
+}
+
+Text EnglishName(const Recordset& row) {
+  return ToText(row.Field(u"English_Name"));
+}
+
+// The table calls what is not installed by another name.
+Text CardTypeName(const Recordset& row) {
+  return IdOf(row) == line_type::kNotInstalled ? Text(caption::kNotInstalled) : EnglishName(row);
+}
+
 }  // namespace
 
-bool ListLoaders::Load_List_of_All_Card_Types() {
-  return RunLoader(state_, u"Load_List_of_All_Card_Types", [&] {
-    state_.CardTypes.Clear();
+// By `name_of` the row, under the decimal text of its code.
+bool ListLoaders::LoadNames(TextView procedure, KeyedCollection& names, void (DataBase::*get)(),
+                            Recordset DataBase::*result, Text (*name_of)(const Recordset&)) {
+  return RunLoader(state_, procedure, BlockStart::OnALineOfItsOwn, [&] {
+    names.Clear();
     DataBase database;
-    database.Get_All_Card_Name();
-    Recordset& rows = database.rsGet_All_Card_Name;
-    for (; !rows.EndOfFile(); rows.MoveNext()) {
-      const int32_t id = ToLong(rows.Field(u"ID"));
-      state_.CardTypes.Add(id == line_type::kNotInstalled ? Text(caption::kNotInstalled)
-                                                          : ToText(rows.Field(u"English_Name")),
-                           Decimal(id));
-    }
+    (database.*get)();
+    Recordset& rows = database.*result;
+    for (; !rows.EndOfFile(); rows.MoveNext()) names.Add(name_of(rows), Decimal(IdOf(rows)));
     rows.Close();
   });
+}
+
+bool ListLoaders::Load_List_of_All_Card_Types() {
+  return LoadNames(u"Load_List_of_All_Card_Types", state_.CardTypes, &DataBase::Get_All_Card_Name,
+                   &DataBase::rsGet_All_Card_Name, CardTypeName);
 }
 
 bool ListLoaders::Load_List_of_All_Node_Names() {
-  return RunLoader(state_, u"Load_List_of_All_Node_Names", [&] {
-    state_.NodeNames.Clear();
-    DataBase database;
-    database.Get_All_Node_Names();
-    Recordset& rows = database.rsGet_All_Node_Names;
-    for (; !rows.EndOfFile(); rows.MoveNext()) {
-      state_.NodeNames.Add(ToText(rows.Field(u"English_Name")), Decimal(ToLong(rows.Field(u"ID"))));
-    }
-    rows.Close();
-  });
+  return LoadNames(u"Load_List_of_All_Node_Names", state_.NodeNames, &DataBase::Get_All_Node_Names,
+                   &DataBase::rsGet_All_Node_Names, EnglishName);
 }
 
 bool ListLoaders::Load_List_of_All_mode_Names() {
-  return RunLoader(state_, u"Load_List_of_All_mode_Names", [&] {
-    state_.ModeNames.Clear();
-    DataBase database;
-    database.Get_All_Mode_Names();
-    Recordset& rows = database.rsGet_All_Mode_Names;
-    for (; !rows.EndOfFile(); rows.MoveNext()) {
-      state_.ModeNames.Add(ToText(rows.Field(u"English_Name")), Decimal(ToLong(rows.Field(u"ID"))));
-    }
-    rows.Close();
-  });
+  return LoadNames(u"Load_List_of_All_mode_Names", state_.ModeNames, &DataBase::Get_All_Mode_Names,
+                   &DataBase::rsGet_All_Mode_Names, EnglishName);
 }
 
 bool ListLoaders::LoadLineTypeToCombo() {
   return RunLoader(state_, u"LoadLineTypeToCombo", [&] {
-    for (const int16_t code : LineTypeCodes) {
-      form_.cmbLineType.AddItem(code == line_type::kNotInstalled
-                                    ? caption::kNotInstalled
-                                    : TextView(state_.CardTypes.Item(Decimal(code))),
-                                code);
+    for (const Code code : LineTypeCodes) {
+      AddEntry(form_.cmbLineType,
+               code == line_type::kNotInstalled ? caption::kNotInstalled
+                                                : TextView(state_.CardTypes.Item(Decimal(code))),
+               code);
     }
   });
 }
@@ -115,7 +114,7 @@ bool ListLoaders::LoadImpedanceToCombo() {
     form_.cmbImpedance.Clear();
     for (const ImpedanceCode& impedance : kImpedanceCodes) {
       if (impedance.code == kChinaImpedance && !state_.ChinaImpedanceImplemented) continue;
-      form_.cmbImpedance.AddItem(impedance.caption, impedance.code);
+      AddEntry(form_.cmbImpedance, impedance.caption, impedance.code);
     }
   });
 }
@@ -123,8 +122,8 @@ bool ListLoaders::LoadImpedanceToCombo() {
 bool ListLoaders::LoadSoftStopToCombo() {
   return RunLoader(state_, u"LoadSoftStopToCombo", [&] {
     form_.cmbSoftStop.Clear();
-    form_.cmbSoftStop.AddItem(caption::kDisabled, soft_stop::kDisabled);
-    form_.cmbSoftStop.AddItem(caption::kEnabled, soft_stop::kEnabled);
+    AddEntry(form_.cmbSoftStop, caption::kDisabled, soft_stop::kDisabled);
+    AddEntry(form_.cmbSoftStop, caption::kEnabled, soft_stop::kEnabled);
   });
 }
 
@@ -143,55 +142,49 @@ bool ListLoaders::LoadNodeNumberToCombo() {
   });
 }
 
-bool ListLoaders::LoadStartingNodeToCombo(int16_t given_line_type) {
+bool ListLoaders::LoadStartingNodeToCombo(Code given_line_type) {
   return RunLoader(state_, u"LoadStartingNodeToCombo", [&] {
     ComboBox& list = form_.cmbStartingNodeName;
-    if (list.ListCount() == 0) state_.StartNodeListLineType = -1;
+    if (list.ListCount() == 0) state_.StartNodeListLineType.reset();
     // Between lines of one type the list keeps its entries and its selection.
     if (state_.StartNodeListLineType == given_line_type) return;
     list.Clear();
-    const std::span<const int16_t> node_types = StartNodeTypesOf(given_line_type);
+    const std::span<const Code> node_types = StartNodeTypesOf(given_line_type);
     if (node_types.empty()) return;
-    for (const int16_t code : node_types) {
-      list.AddItem(state_.NodeNames.Item(Decimal(code)), code);
+    for (const Code code : node_types) {
+      AddEntry(list, state_.NodeNames.Item(Decimal(code)), code);
     }
     state_.StartNodeListLineType = given_line_type;
   });
 }
 
-Text ListLoaders::VolumeCaption(int32_t volume, int16_t given_line_type) const {
-  if (volume == volume::kHigh) return Text(caption::kHigh);
-  if (volume == volume::kLow) return Text(caption::kLow);
-  if (given_line_type == line_type::kMusicOnHold) {
-    return GetMOHVolumeCaptionfromINI(Decimal(volume), PlainReporter(form_.screen));
-  }
-  return Decimal(volume);
-}
-
-bool ListLoaders::LoadVolumeToCombo(int16_t given_line_type) {
+bool ListLoaders::LoadVolumeToCombo(Code given_line_type) {
   return RunLoader(state_, u"LoadVolumeToCombo", [&] {
     form_.cmbVolume.Clear();
     DataBase database;
     database.Get_Line_Type_Allowed_Volume(Decimal(CardTypeFor(given_line_type)));
-    if (given_line_type == line_type::kMusicOnHold) form_.cmbVolume.AddItem(u"0", 0);
+    if (given_line_type == line_type::kMusicOnHold) {
+      AddEntry(form_.cmbVolume, caption::kZeroVolume, volume::kLow);
+    }
     Recordset& volumes = database.rsGet_Line_Type_Allowed_Volume;
     for (; !volumes.EndOfFile(); volumes.MoveNext()) {
-      const int32_t volume = ToLong(volumes.Field(u"Volume_Type_ID"));
-      form_.cmbVolume.AddItem(VolumeCaption(volume, given_line_type), volume);
+      const Code volume{ToLong(volumes.Field(u"Volume_Type_ID"))};
+      AddEntry(form_.cmbVolume, OfferedVolumeCaption(volume, given_line_type, form_.screen),
+               volume);
     }
     volumes.Close();
   });
 }
 
-bool ListLoaders::LoadModeToCombo(int16_t given_line_type) {
+bool ListLoaders::LoadModeToCombo(Code given_line_type) {
   return RunLoader(state_, u"LoadModeToCombo", [&] {
     form_.cmbModeType.Clear();
     DataBase database;
     database.Get_Line_Type_Allowed_Modes(Decimal(CardTypeFor(given_line_type)));
     Recordset& modes = database.rsGet_Line_Type_Allowed_Modes;
     for (; !modes.EndOfFile(); modes.MoveNext()) {
-      const int32_t mode = ToLong(modes.Field(u"Mode_Type_ID"));
-      form_.cmbModeType.AddItem(state_.ModeNames.Item(Decimal(mode)), mode);
+      const Code mode{ToLong(modes.Field(u"Mode_Type_ID"))};
+      AddEntry(form_.cmbModeType, state_.ModeNames.Item(Decimal(mode)), mode);
     }
     modes.Close();
   });

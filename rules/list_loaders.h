@@ -10,6 +10,7 @@
 namespace rdv {
 
 class DataBase;
+class Recordset;
 
 // Each loader is true when it finished. An error stops it: what it had filled by then stays, its
 // block is in LoadErrorText, and it is false. Each makes a DataBase of its own where it needs one.
@@ -33,13 +34,14 @@ class ListLoaders {
   bool LoadNodeNumberToCombo();
 
   // Lists that depend on the type of the line being edited.
-  bool LoadStartingNodeToCombo(int16_t given_line_type);
-  bool LoadVolumeToCombo(int16_t given_line_type);
-  bool LoadModeToCombo(int16_t given_line_type);
+  bool LoadStartingNodeToCombo(Code given_line_type);
+  bool LoadVolumeToCombo(Code given_line_type);
+  bool LoadModeToCombo(Code given_line_type);
 
  private:
+  bool LoadNames(TextView procedure, KeyedCollection& names, void (DataBase::*get)(),
+                 Recordset DataBase::*result, Text (*name_of)(const Recordset&));
   bool PartitionEnabled(DataBase& database) const;
-  Text VolumeCaption(int32_t volume, int16_t given_line_type) const;
 
   const Form& form_;
   ControlState& state_;

@@ -61,12 +61,14 @@ bool UnitTypes::LoadDefaultRDVType() {
 }
 
 void UnitTypes::AssignIndextoDefaultBox(int16_t Line1LineType, int16_t Line5LineType) {
+  const Code line1{Line1LineType};
+  const Code line5{Line5LineType};
   // Hybrid lines in the first half settle the unit type by themselves, impedance lines do not.
-  if (Line1LineType == line_type::kImpedance && Line5LineType == line_type::kImpedance) {
+  if (line1 == line_type::kImpedance && line5 == line_type::kImpedance) {
     SelectByText(form_.cmbRDVType, kEightImpedanceLines);
-  } else if (Line1LineType == line_type::kHybrid && Line5LineType == line_type::kHybrid) {
+  } else if (line1 == line_type::kHybrid && line5 == line_type::kHybrid) {
     SelectByText(form_.cmbRDVType, kEightHybridLines);
-  } else if (Line1LineType == line_type::kHybrid) {
+  } else if (line1 == line_type::kHybrid) {
     SelectByText(form_.cmbRDVType, kFourHybridLines);
   }
 }

@@ -13,34 +13,15 @@ TEST(ErrorBlock, NamesDescriptionSourceAndProcedure) {
             u"Error Source: TLV_RDV_Line_Config - cmdApply_Click");
 }
 
-struct ProcedureRow {
-  TextView procedure;
-  bool on_a_line_of_its_own;
-};
-
-class CollectedBlock : public ::testing::TestWithParam<ProcedureRow> {};
-
-TEST_P(CollectedBlock, StartsOnALineOfItsOwnOnlyForFourProcedures) {
+TEST(CollectedBlock, RunsOnFromTheOneBeforeUnlessItsProcedureSaysThatItStartsALine) {
   ControlState state;
   state.LoadErrorText = u"before";
-  AppendErrorBlock(state, kFailure, GetParam().procedure);
-  EXPECT_EQ(state.LoadErrorText, u"before" + Text(GetParam().on_a_line_of_its_own ? u"\r\n" : u"") +
-                                     ErrorBlock(kFailure, GetParam().procedure));
+  AppendErrorBlock(state, kFailure, u"LoadData", BlockStart::RunOn);
+  EXPECT_EQ(state.LoadErrorText, u"before" + ErrorBlock(kFailure, u"LoadData"));
+  state.LoadErrorText = u"before";
+  AppendErrorBlock(state, kFailure, u"FormatLVControl", BlockStart::OnALineOfItsOwn);
+  EXPECT_EQ(state.LoadErrorText, u"before\r\n" + ErrorBlock(kFailure, u"FormatLVControl"));
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    AllLoaders, CollectedBlock,
-    ::testing::Values(
-        ProcedureRow{u"FormatLVControl", true}, ProcedureRow{u"Load_List_of_All_Card_Types", true},
-        ProcedureRow{u"Load_List_of_All_Node_Names", true},
-        ProcedureRow{u"Load_List_of_All_mode_Names", true},
-        ProcedureRow{u"LoadLineTypeToCombo", false}, ProcedureRow{u"LoadNISOptionToCombo", false},
-        ProcedureRow{u"LoadImpedanceToCombo", false}, ProcedureRow{u"LoadSoftStopToCombo", false},
-        ProcedureRow{u"LoadModeNumberToCombo", false},
-        ProcedureRow{u"LoadNodeNumberToCombo", false}, ProcedureRow{u"LoadDefaultRDVType", false},
-        ProcedureRow{u"LoadPartitionNameToCombo", false},
-        ProcedureRow{u"LoadStartingNodeToCombo", false}, ProcedureRow{u"LoadVolumeToCombo", false},
-        ProcedureRow{u"LoadModeToCombo", false}, ProcedureRow{u"LoadData", false}));
 
 TEST(Loader, ThatFailsIsFalseAndOnRecordOnce) {
   ControlState state;

@@ -198,55 +198,55 @@ TEST_F(Loaders, NodeNumbersAre1To999WithNothingSelected) {
 TEST_F(Loaders, StartingNodesFollowTheLineType) {
   LoadNames();
   const ComboBox& list = form().cmbStartingNodeName;
-  ASSERT_TRUE(loaders.LoadStartingNodeToCombo(8));
+  ASSERT_TRUE(loaders.LoadStartingNodeToCombo(Code{8}));
   EXPECT_THAT(Entries(list), ElementsAre(Entry(u"Music", 11), Entry(u"None", 999)));
-  ASSERT_TRUE(loaders.LoadStartingNodeToCombo(6));
+  ASSERT_TRUE(loaders.LoadStartingNodeToCombo(Code{6}));
   EXPECT_THAT(Codes(list), ElementsAre(0, 1, 2, 3, 4, 6, 7, 8, 9, 11, 13, 15, 999));
-  ASSERT_TRUE(loaders.LoadStartingNodeToCombo(5));
+  ASSERT_TRUE(loaders.LoadStartingNodeToCombo(Code{5}));
   EXPECT_THAT(Codes(list), ElementsAre(0, 1, 2, 3, 4, 6, 7, 8, 9, 13, 15, 999));
-  ASSERT_TRUE(loaders.LoadStartingNodeToCombo(1));
+  ASSERT_TRUE(loaders.LoadStartingNodeToCombo(Code{1}));
   EXPECT_THAT(Codes(list), IsEmpty());
 }
 
 TEST_F(Loaders, StartingNodesOfTheSameLineTypeKeepTheirSelection) {
   LoadNames();
   ComboBox& list = form().cmbStartingNodeName;
-  ASSERT_TRUE(loaders.LoadStartingNodeToCombo(6));
+  ASSERT_TRUE(loaders.LoadStartingNodeToCombo(Code{6}));
   list.SetListIndex(3);
-  ASSERT_TRUE(loaders.LoadStartingNodeToCombo(6));
+  ASSERT_TRUE(loaders.LoadStartingNodeToCombo(Code{6}));
   EXPECT_EQ(list.ListIndex(), 3);
 }
 
 TEST_F(Loaders, StartingNodesThatWereEmptiedAreLoadedAgain) {
   LoadNames();
   ComboBox& list = form().cmbStartingNodeName;
-  ASSERT_TRUE(loaders.LoadStartingNodeToCombo(6));
+  ASSERT_TRUE(loaders.LoadStartingNodeToCombo(Code{6}));
   list.Clear();
-  ASSERT_TRUE(loaders.LoadStartingNodeToCombo(6));
+  ASSERT_TRUE(loaders.LoadStartingNodeToCombo(Code{6}));
   EXPECT_EQ(list.ListCount(), 13);
 }
 
 TEST_F(Loaders, AMissingNodeNameStopsTheListWhereItIsMissed) {
   state.NodeNames.Add(u"Message", u"0");
-  EXPECT_FALSE(loaders.LoadStartingNodeToCombo(6));
+  EXPECT_FALSE(loaders.LoadStartingNodeToCombo(Code{6}));
   EXPECT_EQ(state.LoadErrorText, Block(u"LoadStartingNodeToCombo"));
   EXPECT_THAT(Entries(form().cmbStartingNodeName), ElementsAre(Entry(u"Message", 0)));
 }
 
 TEST_F(Loaders, VolumesOfAHybridLineAreThoseOfCardType7) {
-  ASSERT_TRUE(loaders.LoadVolumeToCombo(6));
+  ASSERT_TRUE(loaders.LoadVolumeToCombo(Code{6}));
   EXPECT_THAT(Entries(form().cmbVolume), ElementsAre(Entry(u"Low", 0), Entry(u"High", 128)));
   EXPECT_EQ(form().cmbVolume.ListIndex(), -1);
 }
 
 TEST_F(Loaders, VolumesOfAnImpedanceLineAreOrderedByCode) {
-  ASSERT_TRUE(loaders.LoadVolumeToCombo(5));
+  ASSERT_TRUE(loaders.LoadVolumeToCombo(Code{5}));
   EXPECT_THAT(Entries(form().cmbVolume),
               ElementsAre(Entry(u"Low", 0), Entry(u"3", 3), Entry(u"High", 128)));
 }
 
 TEST_F(Loaders, VolumesOfAMusicOnHoldLineBeginWith0WhichTheTableMayRepeatAsLow) {
-  ASSERT_TRUE(loaders.LoadVolumeToCombo(8));
+  ASSERT_TRUE(loaders.LoadVolumeToCombo(Code{8}));
   EXPECT_THAT(Entries(form().cmbVolume),
               ElementsAre(Entry(u"0", 0), Entry(u"Low", 0), Entry(u"Very low", 1), Entry(u"Low", 2),
                           Entry(u"Rather low", 3), Entry(u"Below medium", 4), Entry(u"Medium", 5),
@@ -256,14 +256,14 @@ TEST_F(Loaders, VolumesOfAMusicOnHoldLineBeginWith0WhichTheTableMayRepeatAsLow) 
 
 TEST_F(Loaders, Volume128OfAMusicOnHoldLineIsHighWhateverItsCaption) {
   UseSite("indexed");
-  ASSERT_TRUE(loaders.LoadVolumeToCombo(8));
+  ASSERT_TRUE(loaders.LoadVolumeToCombo(Code{8}));
   EXPECT_THAT(Entries(form().cmbVolume), ::testing::Contains(Entry(u"High", 128)));
 }
 
 TEST_F(Loaders, VolumesOfAMusicOnHoldLineBeginWith0EvenWhenTheTableHasNone) {
   CurrentSite().Execute(u"DELETE FROM SR_Card_Type_can_use_Volume WHERE Card_Type_ID = `c`",
                         {u"8"});
-  ASSERT_TRUE(loaders.LoadVolumeToCombo(8));
+  ASSERT_TRUE(loaders.LoadVolumeToCombo(Code{8}));
   EXPECT_THAT(Entries(form().cmbVolume), ElementsAre(Entry(u"0", 0)));
 }
 
@@ -271,10 +271,10 @@ TEST_F(Loaders, ModesOfAHybridLineAreThoseOfCardType7InTheOrderOfTheTable) {
   for (const char* site : {"plain", "indexed"}) {
     UseSite(site);
     LoadNames();
-    ASSERT_TRUE(loaders.LoadModeToCombo(6));
+    ASSERT_TRUE(loaders.LoadModeToCombo(Code{6}));
     EXPECT_THAT(Codes(form().cmbModeType), ElementsAre(1, 2, 3, 13, 24, 25, 26, 27, 32, 33))
         << site;
-    ASSERT_TRUE(loaders.LoadModeToCombo(8));
+    ASSERT_TRUE(loaders.LoadModeToCombo(Code{8}));
     EXPECT_THAT(
         Entries(form().cmbModeType),
         ElementsAre(Entry(u"Continuous", 17), Entry(u"On Demand", 18), Entry(u"Silent", 29)))
@@ -283,7 +283,7 @@ TEST_F(Loaders, ModesOfAHybridLineAreThoseOfCardType7InTheOrderOfTheTable) {
 }
 
 TEST_F(Loaders, ModesWithoutTheirNamesFail) {
-  EXPECT_FALSE(loaders.LoadModeToCombo(8));
+  EXPECT_FALSE(loaders.LoadModeToCombo(Code{8}));
   EXPECT_EQ(state.LoadErrorText, Block(u"LoadModeToCombo"));
 }
 

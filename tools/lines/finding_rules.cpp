@@ -3,11 +3,11 @@
 #include <algorithm>
 
 #include "data/settings_file.h"
-#include "rules/dependent_choices.h"
 #include "rules/label_validator.h"
 #include "rules/line_codes.h"
 #include "rules/stored_line.h"
 #include "rules/text_fields.h"
+#include "rules/volume_captions.h"
 #include "runtime/error.h"
 
 namespace rdv::lines {
@@ -18,6 +18,12 @@ std::optional<int32_t> LineFacts::Number(TextView field) const {
   } catch (const RuntimeError&) {
     return std::nullopt;
   }
+}
+
+std::optional<Code> LineFacts::CodeIn(TextView field) const {
+  const auto code = Number(field);
+  if (!code) return std::nullopt;
+  return Code{*code};
 }
 
 Text LineFacts::Stored(TextView field) const {
@@ -37,7 +43,7 @@ Text Quoted(TextView text) {
 }
 
 // The name of a code; null where none is defined.
-const Text* NameIn(const KeyedCollection& names, int32_t code) {
+const Text* NameIn(const KeyedCollection& names, Code code) {
   const Text key = Decimal(code);
   return names.Contains(key) ? &names.Item(key) : nullptr;
 }
@@ -78,19 +84,20 @@ Broken LineType(const LineFacts& line) {
 }
 
 Broken Partition(const LineFacts& line) {
-  const auto code = line.Number(u"Partition_ID");
+  const auto code = line.CodeIn(u"Partition_ID");
   if (!code) return Text(kEmpty);
   if (NameIn(line.State().PartitionList, *code)) return kFine;
   return Text(u"is no partition that this unit offers");
 }
 
 Broken PartitionCaption(const LineFacts& line) {
-  const Text* name = NameIn(line.State().PartitionList, line.Number(u"Partition_ID").value_or(-1));
+  const Text* name =
+      NameIn(line.State().PartitionList, line.CodeIn(u"Partition_ID").value_or(Code{-1}));
   return name ? RequireOneOf(line.Stored(u"Partition_Name"), {*name}) : kFine;
 }
 
 Broken NodeType(const LineFacts& line) {
-  const auto code = line.Number(u"Starting_Node_Type_ID");
+  const auto code = line.CodeIn(u"Starting_Node_Type_ID");
   if (!code) return Text(kEmpty);
   if (!NameIn(line.State().NodeNames, *code)) return Text(u"is no node type that is defined");
   if (Contains(StartNodeTypesOf(line.line_type), *code)) return kFine;
@@ -98,12 +105,12 @@ Broken NodeType(const LineFacts& line) {
 }
 
 Broken NodeNumber(const LineFacts& line) {
-  const auto type = line.Number(u"Starting_Node_Type_ID");
+  const auto type = line.CodeIn(u"Starting_Node_Type_ID");
   const auto number = line.Number(u"Starting_Node_Number");
   if (!number) return Text(kEmpty);
   if (!type || *type == node_type::kNone) return kFine;
   const int32_t partition = line.Number(u"Partition_ID").value_or(-1);
-  const auto highest = line.rules.HighestNodeNumber(line.config, partition, *type);
+  const auto highest = line.rules.HighestNodeNumber(line.config, partition, NumberOf(*type));
   if (*number < 1) return Text(u"is no node number");
   if (highest && *number > *highest) {
     return u"is beyond " + Decimal(*highest) +
@@ -116,7 +123,7 @@ Broken NodeNumber(const LineFacts& line) {
 }
 
 Broken NodeCaption(const LineFacts& line) {
-  const auto type = line.Number(u"Starting_Node_Type_ID");
+  const auto type = line.CodeIn(u"Starting_Node_Type_ID");
   const auto number = line.Number(u"Starting_Node_Number");
   const Text* name = type ? NameIn(line.State().NodeNames, *type) : nullptr;
   if (!name || !number) return kFine;
@@ -129,7 +136,7 @@ Broken NodeCaption(const LineFacts& line) {
 }
 
 Broken Volume(const LineFacts& line) {
-  const auto code = line.Number(u"Volume_ID");
+  const auto code = line.CodeIn(u"Volume_ID");
   if (!code) return Text(kEmpty);
   for (const Choice& offered : line.rules.OffersFor(line.line_type).volumes) {
     if (offered.code == *code && AcceptedVolume(line.line_type, offered)) return kFine;
@@ -138,36 +145,35 @@ Broken Volume(const LineFacts& line) {
 }
 
 Broken VolumeCaption(const LineFacts& line) {
-  const auto code = line.Number(u"Volume_ID");
+  const auto code = line.CodeIn(u"Volume_ID");
   if (!code) return kFine;
   const Text stored = line.Stored(u"Volume_Name");
   for (const Choice& offered : line.rules.OffersFor(line.line_type).volumes) {
     if (offered.code == *code && offered.caption == stored) return kFine;
   }
-  const Text shown = line.rules.StoredVolume(static_cast<int16_t>(*code), line.line_type);
+  const Text shown = line.rules.StoredVolume(*code, line.line_type);
   // New music-on-hold lines are stored with the code for a caption.
   if (IsMusicOnHold(line)) return RequireOneOf(stored, {shown, Decimal(*code)});
   return RequireOneOf(stored, {shown});
 }
 
 Broken Mode(const LineFacts& line) {
-  const auto code = line.Number(u"Mode_Type_ID");
+  const auto code = line.CodeIn(u"Mode_Type_ID");
   if (!code) return Text(kEmpty);
   if (!NameIn(line.State().ModeNames, *code)) return Text(u"is no mode that is defined");
-  const std::vector<int32_t>& allowed = line.rules.OffersFor(line.line_type).modes;
-  if (std::find(allowed.begin(), allowed.end(), *code) != allowed.end()) return kFine;
+  if (Contains(line.rules.OffersFor(line.line_type).modes, *code)) return kFine;
   return u"is no mode of " + OfThisType(line);
 }
 
 Broken ModeNumber(const LineFacts& line) {
-  const auto mode = line.Number(u"Mode_Type_ID");
+  const auto mode = line.CodeIn(u"Mode_Type_ID");
   if (!line.Number(u"Mode_Ring_Number")) return Text(kEmpty);
   if (IsMusicOnHold(line) || !mode || !Contains(ModeTypesWithNumber, *mode)) return kFine;
   return RequireWithin(line, u"Mode_Ring_Number", 1, kLastModeNumber);
 }
 
 Broken ModeCaption(const LineFacts& line) {
-  const auto mode = line.Number(u"Mode_Type_ID");
+  const auto mode = line.CodeIn(u"Mode_Type_ID");
   const auto number = line.Number(u"Mode_Ring_Number");
   const Text* name = mode ? NameIn(line.State().ModeNames, *mode) : nullptr;
   if (!name || !number) return kFine;
@@ -192,11 +198,11 @@ Broken EWTOption(const LineFacts& line) {
 
 Broken Impedance(const LineFacts& line) {
   if (IsMusicOnHold(line)) return RequireNone(line, u"Impedance");
-  const auto code = line.Number(u"Impedance");
+  const auto code = line.CodeIn(u"Impedance");
   if (!code) return Text(kEmpty);
   const memory::MemoryComboBox& list = line.rules.Reader().Widgets().cmbImpedance;
   for (int entry = 0; entry < list.ListCount(); ++entry) {
-    if (list.ItemData(entry) == *code) return kFine;
+    if (Code{list.ItemData(entry)} == *code) return kFine;
   }
   if (*code == kChinaImpedance) {
     return Text(ImpedanceCodeToCaption(kChinaImpedance)) + u" is not offered at this site";
@@ -206,7 +212,7 @@ Broken Impedance(const LineFacts& line) {
 
 Broken SoftStop(const LineFacts& line) {
   if (IsMusicOnHold(line)) return RequireNone(line, u"SoftStop");
-  const auto code = line.Number(u"SoftStop");
+  const auto code = line.CodeIn(u"SoftStop");
   if (!code) return Text(kEmpty);
   if (*code == soft_stop::kDisabled || *code == soft_stop::kEnabled) return kFine;
   return u"is neither 0 nor 1; the control shows " + Quoted(caption::kDisabled);

@@ -15,12 +15,13 @@ struct LineFacts {
   const Recordset& record;  // stands on the line
   int16_t config = 0;
   int16_t number = 0;
-  int16_t line_type = 0;  // the one that it is shown as
+  Code line_type{0};  // the one that it is shown as
   const SiteRules& rules;
 
   const ControlState& State() const { return rules.Reader().State(); }
   // Nothing for Null and for what is no whole number of 32 bits.
   std::optional<int32_t> Number(TextView field) const;
+  std::optional<Code> CodeIn(TextView field) const;
   // As people see it; Null is "".
   Text Stored(TextView field) const;
 };

@@ -63,7 +63,7 @@ class UnitCheck {
     }
     Recordset record;
     record.Open(unit_.stored);
-    int16_t line_type = 0;
+    Code line_type{0};
     for (; !record.EndOfFile(); record.MoveNext()) {
       line_type = StoredLineType(record).value_or(line_type);
       lines_.push_back({ToInteger(record.Field(u"Line")), line_type, lines_.size()});
@@ -79,7 +79,7 @@ class UnitCheck {
  private:
   struct Line {
     int16_t number;
-    int16_t type;
+    Code type;
     size_t row;  // in the stored table
   };
 
@@ -91,7 +91,7 @@ class UnitCheck {
     Apply(RulesOfAllLines(), line);
     if (line.line_type == line_type::kNotInstalled) {
       CheckNotInstalled(line);
-    } else if (line.line_type != 0) {
+    } else if (line.line_type != Code{0}) {
       Apply(RulesOfInstalledLines(), line);
     }
   }
@@ -115,7 +115,7 @@ class UnitCheck {
     }
   }
 
-  const Line* Find(int number, int16_t type) const {
+  const Line* Find(int number, Code type) const {
     for (const Line& line : lines_) {
       if (line.number == number && line.type == type) return &line;
     }
@@ -173,10 +173,10 @@ class UnitCheck {
 OfferedChoices ChoicesOf(const memory::MemoryForm& form) {
   OfferedChoices choices;
   for (int entry = 0; entry < form.cmbVolume.ListCount(); ++entry) {
-    choices.volumes.push_back({form.cmbVolume.ItemData(entry), form.cmbVolume.List(entry)});
+    choices.volumes.push_back({Code{form.cmbVolume.ItemData(entry)}, form.cmbVolume.List(entry)});
   }
   for (int entry = 0; entry < form.cmbModeType.ListCount(); ++entry) {
-    choices.modes.push_back(form.cmbModeType.ItemData(entry));
+    choices.modes.push_back(Code{form.cmbModeType.ItemData(entry)});
   }
   return choices;
 }
@@ -184,7 +184,7 @@ OfferedChoices ChoicesOf(const memory::MemoryForm& form) {
 }  // namespace
 
 SiteRules::SiteRules(SiteSession& session, UnitReader& reader) : reader_(reader) {
-  for (const int16_t type : {line_type::kImpedance, line_type::kHybrid, line_type::kMusicOnHold}) {
+  for (const Code type : {line_type::kImpedance, line_type::kHybrid, line_type::kMusicOnHold}) {
     reader.LoadListsOf(type);
     offers_[type] = ChoicesOf(reader.Widgets());
   }
@@ -201,7 +201,7 @@ std::vector<Finding> SiteRules::Check(const Unit& unit) const {
   return UnitCheck(*this, unit).Run();
 }
 
-const OfferedChoices& SiteRules::OffersFor(int16_t line_type) const {
+const OfferedChoices& SiteRules::OffersFor(Code line_type) const {
   static const OfferedChoices kNothing;
   const auto offers = offers_.find(line_type);
   return offers == offers_.end() ? kNothing : offers->second;
@@ -214,7 +214,7 @@ std::optional<int32_t> SiteRules::HighestNodeNumber(int16_t config, int32_t part
   return found->second;
 }
 
-Text SiteRules::StoredVolume(int16_t volume, int16_t line_type) const {
+Text SiteRules::StoredVolume(Code volume, Code line_type) const {
   const auto [known, is_new] = volume_captions_.try_emplace({volume, line_type});
   if (is_new) known->second = reader_.StoredVolume(volume, line_type);
   return known->second;

@@ -6,7 +6,7 @@
 #include <tuple>
 #include <vector>
 
-#include "rules/dependent_choices.h"
+#include "rules/editors.h"
 #include "tools/lines/unit.h"
 
 namespace rdv::lines {
@@ -25,7 +25,7 @@ struct Finding {
 // Which choices the editors offer for lines of one type.
 struct OfferedChoices {
   std::vector<Choice> volumes;
-  std::vector<int32_t> modes;
+  std::vector<Code> modes;
 };
 
 // What all units of a site are held against. Made inside a Reading or a Writing, with the reader
@@ -38,18 +38,18 @@ class SiteRules {
   // read last.
   std::vector<Finding> Check(const Unit& unit) const;
 
-  const OfferedChoices& OffersFor(int16_t line_type) const;
+  const OfferedChoices& OffersFor(Code line_type) const;
   // The highest number of a node type in a partition; nothing where it takes no number.
   std::optional<int32_t> HighestNodeNumber(int16_t config, int32_t partition, int32_t type) const;
   // What the control shows for a stored volume.
-  Text StoredVolume(int16_t volume, int16_t line_type) const;
+  Text StoredVolume(Code volume, Code line_type) const;
   const UnitReader& Reader() const { return reader_; }
 
  private:
   UnitReader& reader_;
-  std::map<int16_t, OfferedChoices> offers_;  // by line type
+  std::map<Code, OfferedChoices> offers_;  // by line type
   std::map<std::tuple<int16_t, int32_t, int32_t>, int32_t> highest_numbers_;
-  mutable std::map<std::pair<int16_t, int16_t>, Text> volume_captions_;  // as they were asked for
+  mutable std::map<std::pair<Code, Code>, Text> volume_captions_;  // as they were asked for
 };
 
 }  // namespace rdv::lines

@@ -4,7 +4,7 @@
 
 #include "data/settings_file.h"
 #include "rules/error_report.h"
-#include "rules/stored_line.h"
+#include "rules/volume_captions.h"
 #include "tools/lines/stored_lines.h"
 
 namespace rdv::lines {
@@ -59,11 +59,11 @@ Unit UnitReader::Read(int16_t config) {
   return unit;
 }
 
-Text UnitReader::StoredVolume(int16_t volume, int16_t line_type) {
+Text UnitReader::StoredVolume(Code volume, Code line_type) {
   return StoredVolumeCaption(volume, line_type, form_.screen);
 }
 
-bool UnitReader::LoadListsOf(int16_t line_type) {
+bool UnitReader::LoadListsOf(Code line_type) {
   bool loaded = true;
   for (const auto load : {&ListLoaders::LoadStartingNodeToCombo, &ListLoaders::LoadVolumeToCombo,
                           &ListLoaders::LoadModeToCombo}) {

@@ -38,9 +38,9 @@ class UnitReader {
   const ControlState& State() const { return state_; }
   const memory::MemoryForm& Widgets() const { return form_; }
   // What the grid shows for a stored volume.
-  Text StoredVolume(int16_t volume, int16_t line_type);
+  Text StoredVolume(Code volume, Code line_type);
   // Fills the lists of the editors for lines of a type. False when a loader failed.
-  bool LoadListsOf(int16_t line_type);
+  bool LoadListsOf(Code line_type);
 
  private:
   Text TakeFailure();
