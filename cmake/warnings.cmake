@@ -13,13 +13,8 @@ target_compile_options(rdv_warnings INTERFACE
 
 if(WIN32)
   # A library that hosts load by itself must not need a compiler's runtime beside it.
-  add_link_options(-static -static-libgcc -static-libstdc++ $<$<CONFIG:Release>:-s>)
+  add_link_options(-static -static-libgcc -static-libstdc++)
   add_compile_definitions(UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0A00)
-endif()
-
-if(NOT WIN32 AND NOT RDV_SANITIZE AND NOT RDV_FUZZ)
-  # Whatever is written over later, the addresses of other libraries' functions are not.
-  add_link_options($<$<CONFIG:Release>:-Wl,-z,relro,-z,now,-z,noexecstack>)
 endif()
 
 if(RDV_SANITIZE)
@@ -29,6 +24,7 @@ if(RDV_SANITIZE)
 endif()
 
 if(RDV_FUZZ)
+  add_compile_definitions(_GLIBCXX_ASSERTIONS)
   add_compile_options(-O1 -g1 -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
 endif()
