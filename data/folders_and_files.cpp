@@ -32,6 +32,15 @@ Text SuiteFolderIn(const Text& common_app_data) {
 
 #ifdef _WIN32
 
+// What RDV_COMMON_APPDATA names for this process; "" where it is not set.
+Text NamedFolder() {
+  const wchar_t* const name = L"RDV_COMMON_APPDATA";
+  Text folder(GetEnvironmentVariableW(name, nullptr, 0), u'\0');
+  const auto capacity = static_cast<DWORD>(folder.size());
+  folder.resize(GetEnvironmentVariableW(name, reinterpret_cast<wchar_t*>(folder.data()), capacity));
+  return folder;
+}
+
 bool FolderExists(const Text& path) {
   const DWORD attributes = GetFileAttributesW(reinterpret_cast<const wchar_t*>(path.c_str()));
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
@@ -68,6 +77,7 @@ Text EnvironmentVariable(const char* name) {
 #ifdef _WIN32
 
 Text GetSpecialFolder(int32_t folder) {
+  if (Text named = NamedFolder(); folder == kCommonAppDataFolder && !named.empty()) return named;
   char path[MAX_PATH] = {};
   Text result;
   LPITEMIDLIST items = nullptr;
@@ -80,6 +90,7 @@ Text GetSpecialFolder(int32_t folder) {
 }
 
 Text GetCommonAppDataFolder() {
+  if (Text named = NamedFolder(); !named.empty()) return named;
   return AsText(ReadRegistryValue(
       kLocalMachine, u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders",
       u"Common AppData", Text()));

@@ -24,13 +24,15 @@ inline constexpr TextView kPathSeparator = u"/";
 // The identifier of the common application data folder for GetSpecialFolder.
 inline constexpr int32_t kCommonAppDataFolder = 35;
 
-// The folder's path without a trailing separator, "" on failure. Off Windows only
-// kCommonAppDataFolder is known; its path is the value of RDV_COMMON_APPDATA.
+// The folder's path without a trailing separator, "" on failure. The common application data folder
+// is the value of RDV_COMMON_APPDATA where the environment has it, otherwise, on Windows, what the
+// shell says; off Windows no other folder is known.
 Text GetSpecialFolder(int32_t folder);
 
-// The second source of the same folder: the registry on Windows, the value "Common AppData" of
-// section [Shell Folders] in /etc/rdv/shell-folders.ini (RDV_SHELL_FOLDERS names another file)
-// elsewhere; "" if absent.
+// The second source of the same folder: on Windows RDV_COMMON_APPDATA once more, so that a process
+// that was given a folder never comes to the machine's, otherwise the registry; elsewhere the value
+// "Common AppData" of section [Shell Folders] in /etc/rdv/shell-folders.ini (RDV_SHELL_FOLDERS
+// names another file). "" if absent.
 Text GetCommonAppDataFolder();
 
 // Both end with the separator. The suite folder is that of the first source when it exists there,

@@ -7,14 +7,9 @@
 
 #include "data/folders_and_files.h"
 #include "data/settings_file.h"
+#include "tests/data/folder_sources.h"
 #include "tests/support/site_files.h"
 #include "tools/site_folder/site_folder.h"
-
-#ifdef _WIN32
-#include "tests/support/import_patch.h"
-// The shell's headers need the platform's before them.
-#include <shlobj.h>
-#endif
 
 namespace rdv {
 namespace {
@@ -44,8 +39,7 @@ class Folders : public testing::Test {
   test::TemporaryFolder first_;
   test::TemporaryFolder second_;
 
- private:
-  std::optional<SiteFolder> sources_;
+  std::optional<test::FolderSources> sources_;
 };
 
 TEST_F(Folders, TheFirstSourcesSuiteFolderIsTakenWhenItExists) {
@@ -75,9 +69,6 @@ TEST_F(Folders, TheDatabaseFolderLiesInTheSuiteFolder) {
   EXPECT_EQ(GetDatabaseFolder(), Below(SuiteFolderIn(first_), {u"Database"}));
 }
 
-// On Windows the shell writes the folder that it gives into the other source.
-#ifndef _WIN32
-
 TEST_F(Folders, TheSecondSourceIsTakenWhenTheFirstHasNoSuiteFolder) {
   std::filesystem::create_directories(first_.Path() / "Tolvane");
   MakeSuiteFolder(second_);
@@ -95,6 +86,8 @@ TEST_F(Folders, AFileInThePlaceOfTheSuiteFolderIsNoFolder) {
   std::ofstream(first_.Path() / "Tolvane" / "ORVANT+") << "x";
   EXPECT_EQ(GetSuiteFolder(), SuiteFolderIn(second_));
 }
+
+#ifndef _WIN32
 
 TEST_F(Folders, NamesAreMatchedAsTheyStandOnDisk) {
   std::filesystem::create_directories(first_.Path() / "TOLVANE" / "ORVANT+");
@@ -115,28 +108,9 @@ TEST_F(Folders, OnlyTheCommonApplicationDataFolderIsKnown) {
 
 #else
 
-HRESULT WINAPI GiveNoFolder(HWND, int, PIDLIST_ABSOLUTE*) {
-  return E_FAIL;
-}
-
-// The shell overwrites the second source with what it gives; so it gives nothing here.
-TEST_F(Folders, TheSecondSourceIsTakenWhenTheShellGivesNoFolder) {
-  const test::ImportPatch<decltype(GiveNoFolder)> no_folder(
-      GetModuleHandleW(nullptr), "SHGetSpecialFolderLocation", &GiveNoFolder);
-  MakeSuiteFolder(first_);
-  EXPECT_EQ(GetSpecialFolder(kCommonAppDataFolder), u"");
-  EXPECT_EQ(GetSuiteFolder(), SuiteFolderIn(second_));
-}
-
 TEST_F(Folders, ASecondSourceOfAnUnknownTypeIsReportedByTheReadersOfTheSettingsFile) {
-  const test::ImportPatch<decltype(GiveNoFolder)> no_folder(
-      GetModuleHandleW(nullptr), "SHGetSpecialFolderLocation", &GiveNoFolder);
   const uint64_t number = 7;
-  ASSERT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE,
-                            L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell "
-                            L"Folders",
-                            L"Common AppData", REG_QWORD, &number, sizeof number),
-            ERROR_SUCCESS);
+  sources_->Registry().SetFolder(REG_QWORD, &number, sizeof number);
   std::vector<Text> messages;
   const auto report = [&](TextView message) { messages.emplace_back(message); };
   EXPECT_EQ(GetMOHVolumeCaptionfromINI(u"6", report), u"");
@@ -147,7 +121,27 @@ TEST_F(Folders, ASecondSourceOfAnUnknownTypeIsReportedByTheReadersOfTheSettingsF
   EXPECT_EQ(messages, expected);
 }
 
+TEST_F(Folders, OnlyTheCommonApplicationDataFolderIsThatOfTheEnvironment) {
+  const SiteFolder named(Path(first_));
+  EXPECT_EQ(GetSpecialFolder(kCommonAppDataFolder), Path(first_));
+  EXPECT_EQ(GetSpecialFolder(0x7FF), u"");
+}
+
 #endif
+
+// A process that was given a folder never works on the machine's.
+TEST_F(Folders, ThatOfTheEnvironmentStandsForBothSources) {
+  MakeSuiteFolder(first_);
+  MakeSuiteFolder(second_);
+  const test::TemporaryFolder third;
+  {
+    const SiteFolder named(Path(third));
+    EXPECT_EQ(GetSuiteFolder(), SuiteFolderIn(third));
+    MakeSuiteFolder(third);
+    EXPECT_EQ(GetSuiteFolder(), SuiteFolderIn(third));
+  }
+  EXPECT_EQ(GetSuiteFolder(), SuiteFolderIn(first_));
+}
 
 }  // namespace
 }  // namespace rdv

@@ -5,12 +5,12 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include <optional>
 #include <string>
 #include <string_view>
 
 #include "data/folders_and_files.h"
 #include "runtime/error.h"
+#include "tests/data/folder_sources.h"
 
 namespace rdv {
 namespace {
@@ -96,70 +96,29 @@ TEST(SpecialFolder, IsThatOfTheShellAndEmptyForAnIdentifierThatIsNone) {
   EXPECT_EQ(GetSpecialFolder(0x7FF), u"");
 }
 
-// A value of the machine's registry that a test replaces; only a Wine prefix is a test's to change.
-class ReplacedCommonAppData {
- public:
-  static bool Possible() {
-    return GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") != nullptr;
-  }
-  ReplacedCommonAppData() {
-    RegOpenKeyExA(HKEY_LOCAL_MACHINE,
-                  "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders", 0,
-                  KEY_ALL_ACCESS, &key_);
-    DWORD size = sizeof saved_;
-    stored_ = RegQueryValueExA(key_, kName, nullptr, &type_, saved_, &size) == ERROR_SUCCESS;
-    size_ = size;
-  }
-  ~ReplacedCommonAppData() {
-    if (stored_) {
-      RegSetValueExA(key_, kName, 0, type_, saved_, size_);
-    } else {
-      RegDeleteValueA(key_, kName);
-    }
-    RegCloseKey(key_);
-  }
-  void Set(DWORD type, std::string_view bytes) const {
-    ASSERT_EQ(RegSetValueExA(key_, kName, 0, type, reinterpret_cast<const BYTE*>(bytes.data()),
-                             static_cast<DWORD>(bytes.size())),
-              ERROR_SUCCESS);
-  }
-
- private:
-  static constexpr const char* kName = "Common AppData";
-  HKEY key_ = nullptr;
-  BYTE saved_[1024] = {};
-  DWORD type_ = 0;
-  DWORD size_ = 0;
-  bool stored_ = false;
-};
-
 class SecondSource : public testing::Test {
  protected:
-  void SetUp() override {
-    if (!ReplacedCommonAppData::Possible())
-      GTEST_SKIP() << "the registry of this machine is not a test's to change";
-    registry_.emplace();
+  void Set(DWORD type, std::string_view bytes) const {
+    registry_.SetFolder(type, bytes.data(), bytes.size());
   }
 
-  std::optional<ReplacedCommonAppData> registry_;
+  const test::OwnMachineRegistry registry_;
 };
 
-// The shell writes its own folder there whenever it is asked for one, so that only the reading of
-// the value is seen here.
 TEST_F(SecondSource, IsTheRegistrysFolderWhetherItExistsOrNot) {
-  registry_->Set(REG_SZ, std::string_view("Z:\\none\0", 8));
+  registry_.SetFolder(u"Z:\\none");
   EXPECT_EQ(GetCommonAppDataFolder(), u"Z:\\none");
 }
 
 TEST_F(SecondSource, IsTurnedIntoTextWhateverItsType) {
-  registry_->Set(REG_DWORD, std::string_view("\x07\0\0\0", 4));
+  Set(REG_DWORD, std::string_view("\x07\0\0\0", 4));
   EXPECT_EQ(GetCommonAppDataFolder(), u"7");
-  registry_->Set(REG_BINARY, std::string_view("C\0:\0", 4));
+  Set(REG_BINARY, std::string_view("C\0:\0", 4));
   EXPECT_EQ(GetCommonAppDataFolder(), u"C:");
 }
 
 TEST_F(SecondSource, RaisesForAValueOfATypeThatIsNotRead) {
-  registry_->Set(REG_QWORD, std::string_view("12345678", 8));
+  Set(REG_QWORD, std::string_view("12345678", 8));
   EXPECT_THROW(GetCommonAppDataFolder(), RuntimeError);
 }
 

@@ -7,15 +7,15 @@
 
 namespace rdv {
 
-// Both sources of the folder's lookup give it for as long as the object lives. On Windows they
-// belong to the machine: changing them needs the administrator's rights, and another process that
-// asks for a folder of its own waits. Within a process the last one made must be the first to go.
+// Both sources of the folder's lookup give it to this process, and to those that it starts, for as
+// long as the object lives; the machine is not touched. The last one made must be the first to go.
 class SiteFolder {
  public:
-  // Throws std::runtime_error when the sources cannot be changed.
   explicit SiteFolder(const Text& folder);
+#ifndef _WIN32
   // Each source gives a folder of its own.
   SiteFolder(const Text& first_source, const Text& second_source);
+#endif
   SiteFolder(const SiteFolder&) = delete;
   SiteFolder& operator=(const SiteFolder&) = delete;
   ~SiteFolder();
