@@ -4,6 +4,7 @@
 #include <regex>
 
 #include "tests/lines/lines_site.h"
+#include "tests/support/sites/places.h"
 #include "tools/rdvsite/demonstration_site.h"
 
 namespace rdv::lines::test {
@@ -69,7 +70,7 @@ class InFolder {
 };
 
 TEST(Guide, ShowsWhatTheProgramPrints) {
-  const std::vector<Example> examples = ExamplesIn(ReadBytes(RDV_GUIDE));
+  const std::vector<Example> examples = ExamplesIn(ReadBytes(rdv::sites::Place("guide")));
   ASSERT_GE(examples.size(), 9u);
   const rdv::test::TemporaryFolder folder;
   const InFolder inside(folder.Path());
@@ -86,8 +87,7 @@ constexpr const char* kCommands[] = {"show",   "check",   "set",    "restore", "
                                      "import", "compare", "report", "undo"};
 
 TEST(Guide, ThePageOfTheManualAndTheCompletionKnowEveryCommand) {
-  const std::filesystem::path delivery =
-      std::filesystem::path(RDV_GUIDE).parent_path() / ".." / "delivery";
+  const std::filesystem::path delivery = rdv::sites::Place("delivery");
   const std::string manual = ReadBytes(delivery / "rdvlines.1");
   const std::string completion = ReadBytes(delivery / "rdvlines.bash");
   for (const std::string command : kCommands) {

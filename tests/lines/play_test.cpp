@@ -10,6 +10,7 @@
 #include <random>
 
 #include "tests/lines/lines_site.h"
+#include "tests/support/sites/places.h"
 
 namespace rdv::lines::test {
 namespace {
@@ -158,8 +159,8 @@ TEST_P(RandomChoices, MakeTheSameDatabaseAsAtTheControl) {
   EXPECT_GT(taken, kTries / 6);
   EXPECT_GT(refused, kTries / 6);
   WriteBytes(site.Scratch("script.rdv"), script);
-  const std::string command = std::string(RDV_PLAYER) + " --site '" + played.Folder() + "' '" +
-                              site.Scratch("script.rdv").string() + "' > /dev/null";
+  const std::string command = rdv::sites::Place("player").string() + " --site '" + played.Folder() +
+                              "' '" + site.Scratch("script.rdv").string() + "' > /dev/null";
   ASSERT_EQ(std::system(command.c_str()), 0) << script;
   EXPECT_THAT(Differences(site.Rows("Used_Lines"), played.Rows("Used_Lines")), IsEmpty()) << script;
   EXPECT_THAT(Differences(site.Rows("Used_Cards"), played.Rows("Used_Cards")), IsEmpty());
@@ -179,8 +180,8 @@ TEST(RestoredUnit, IsTheSameAsWithTheButtonOfTheControl) {
     }
   }
   WriteBytes(site.Scratch("script.rdv"), script);
-  const std::string command = std::string(RDV_PLAYER) + " --site '" + played.Folder() + "' '" +
-                              site.Scratch("script.rdv").string() + "' > /dev/null";
+  const std::string command = rdv::sites::Place("player").string() + " --site '" + played.Folder() +
+                              "' '" + site.Scratch("script.rdv").string() + "' > /dev/null";
   ASSERT_EQ(std::system(command.c_str()), 0);
   EXPECT_THAT(Differences(site.Rows("Used_Lines"), played.Rows("Used_Lines")), IsEmpty());
   EXPECT_THAT(Differences(site.Rows("Used_Cards"), played.Rows("Used_Cards")), IsEmpty());

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "tests/support/sites/places.h"
 #include "tests/support/window_probe.h"
 
 namespace rdv::test {
@@ -19,7 +20,7 @@ class Component : public ::testing::Environment {
  public:
   void Register() {
     if (library_) return;
-    library_ = LoadLibraryW(std::filesystem::path(RDV_COMPONENT).make_preferred().c_str());
+    library_ = LoadLibraryW(sites::Place("component").make_preferred().c_str());
     ASSERT_NE(library_, nullptr);
     ASSERT_EQ(Call("DllRegisterServer"), S_OK);
   }

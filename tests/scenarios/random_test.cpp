@@ -11,6 +11,7 @@
 #include "tests/scenarios/playing.h"
 #include "tests/scenarios/random_script.h"
 #include "tests/scenarios/same_answer.h"
+#include "tests/support/sites/places.h"
 
 namespace rdv::test {
 namespace {
@@ -21,8 +22,8 @@ class RandomScripts : public ::testing::TestWithParam<unsigned> {
  protected:
   void SetUp() override { MakeTheControlKnown(); }
 
-  static std::vector<std::string> AnswersOf(const char* player, const std::string& script,
-                                            const SiteFiles& site) {
+  static std::vector<std::string> AnswersOf(const std::filesystem::path& player,
+                                            const std::string& script, const SiteFiles& site) {
     Played played = Play(player, {{"random", script, &site}});
     EXPECT_EQ(played.status, 0) << played.errors;
     return played.answers["random"];
@@ -47,8 +48,9 @@ TEST_P(RandomScripts, EndTheSameWithEveryPlayer) {
   Keep(script);
   const SiteFiles site(database);
   const SiteFiles compared_site(database);
-  const std::vector<std::string> answers = AnswersOf(RDV_PLAYER, script, site);
-  const std::vector<std::string> compared = AnswersOf(RDV_MEMORY_PLAYER, script, compared_site);
+  const std::vector<std::string> answers = AnswersOf(sites::Place("player"), script, site);
+  const std::vector<std::string> compared =
+      AnswersOf(sites::Place("memory-player"), script, compared_site);
   ASSERT_GT(answers.size(), static_cast<size_t>(kActions));
   ASSERT_EQ(answers.size(), compared.size());
   for (size_t i = 0; i < answers.size(); ++i) {

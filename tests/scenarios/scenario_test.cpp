@@ -5,11 +5,13 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
+#include <map>
 #include <memory>
 
 #include "data/connection_route.h"
 #include "tests/scenarios/playing.h"
 #include "tests/scenarios/same_answer.h"
+#include "tests/support/sites/places.h"
 
 namespace rdv::test {
 namespace {
@@ -60,13 +62,15 @@ class Playing : public ::testing::Environment {
     for (const std::string& name : SelectedScripts()) scripts.push_back(Prepare(name));
     if (scripts.empty()) return;
     MakeTheControlKnown();
-    played_ = Play(RDV_PLAYER, scripts);
+    played_ = Play(sites::Place("player"), scripts);
   }
 
   const Played& Result() const { return played_; }
   const std::vector<std::string>& AnswersOf(const std::string& name) {
     return played_.answers[name];
   }
+  // As the script has left it; some have none.
+  fs::path DatabaseOf(const std::string& name) const { return databases_.at(name); }
 
  private:
   static std::vector<std::string> SelectedScripts() {
@@ -86,15 +90,17 @@ class Playing : public ::testing::Environment {
   }
 
   Script Prepare(const std::string& name) {
-    const fs::path file = fs::path(RDV_SCENARIO_DIR) / (name + ".rdv");
+    const fs::path file = sites::Place("scenarios") / (name + ".rdv");
     const StartingPoint start = StartingPointOf(LinesOf(file));
     const SiteFiles& site =
         *sites_.emplace_back(std::make_unique<SiteFiles>(start.database, SettingsFolder(start)));
     for (const std::string& statement : start.statements) Execute(site, statement);
+    databases_[name] = site.DatabaseFile();
     return {name, ContentsOf(file), &site};
   }
 
   std::vector<std::unique_ptr<SiteFiles>> sites_;
+  std::map<std::string, fs::path> databases_;
   Played played_;
 };
 
@@ -108,6 +114,8 @@ class Scenario : public ::testing::TestWithParam<std::string> {
     if (!folder) return;
     std::ofstream out(fs::path(folder) / (GetParam() + ".jsonl"), std::ios::binary);
     for (const std::string& answer : answers) out << answer << '\n';
+    if (fs::exists(playing.DatabaseOf(GetParam())))
+      CopySample(playing.DatabaseOf(GetParam()), fs::path(folder) / (GetParam() + ".mdb"));
   }
 };
 
@@ -115,7 +123,7 @@ TEST_P(Scenario, PrintsTheExpectedAnswers) {
   EXPECT_EQ(playing.Result().status, 0) << playing.Result().errors;
   const std::vector<std::string>& answers = playing.AnswersOf(GetParam());
   Keep(answers);
-  const fs::path file = fs::path(RDV_SCENARIO_DIR) / (GetParam() + ".jsonl");
+  const fs::path file = sites::Place("scenarios") / (GetParam() + ".jsonl");
   ASSERT_TRUE(fs::exists(file));
   const std::vector<std::string> expected = LinesOf(file);
   for (size_t line = 0; line < std::min(answers.size(), expected.size()); ++line) {
@@ -128,7 +136,7 @@ TEST_P(Scenario, PrintsTheExpectedAnswers) {
 
 std::vector<std::string> AllScenarios() {
   std::vector<std::string> names;
-  for (const fs::directory_entry& file : fs::directory_iterator(RDV_SCENARIO_DIR)) {
+  for (const fs::directory_entry& file : fs::directory_iterator(sites::Place("scenarios"))) {
     if (file.path().extension() == ".rdv") names.push_back(file.path().stem().string());
   }
   std::sort(names.begin(), names.end());

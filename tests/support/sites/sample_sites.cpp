@@ -4,6 +4,7 @@
 #include <random>
 #include <system_error>
 
+#include "tests/support/sites/places.h"
 #include "tests/support/sites/site_builder.h"
 
 namespace rdv::sites {
@@ -12,13 +13,12 @@ namespace {
 namespace fs = std::filesystem;
 
 fs::path FolderOf(const std::string& name) {
-  return fs::path(RDV_SITE_FOLDER) / name;
+  return Place("sites") / name;
 }
 
 // Beside its place first: others see all of it or nothing.
 void Make(const std::string& name) {
-  const fs::path drafts =
-      fs::path(RDV_SITE_FOLDER) / (".draft-" + std::to_string(std::random_device()()));
+  const fs::path drafts = Place("sites") / (".draft-" + std::to_string(std::random_device()()));
   const fs::path draft = drafts / name;
   MakeSite(ReadSite(name), draft);
   fs::create_directories(FolderOf(name).parent_path());
@@ -47,8 +47,8 @@ void RemakeSite(const std::string& name) {
 fs::path SamplePath(const std::string& name) {
   const fs::path path(name);
   const fs::path rest = path.lexically_relative(*path.begin());
-  if (*path.begin() == "foreign") return fs::path(RDV_SHARED_DIR) / "sites" / rest;
-  if (*path.begin() != "sites") return fs::path(RDV_SHARED_DIR) / path;
+  if (*path.begin() == "foreign") return Place("shared") / "sites" / rest;
+  if (*path.begin() != "sites") return Place("shared") / path;
   return SiteFolder(rest.parent_path().generic_string()) / rest.filename();
 }
 

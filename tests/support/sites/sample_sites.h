@@ -1,7 +1,7 @@
 // The files that tests work on. Those of the sites in tests/sites are made from their texts: each
 // once, by the first test that asks for it, and kept in the build tree; before a run of all tests
 // (see make_sites.cpp) all are made anew. Files that other programs have written lie outside of the
-// tree (RDV_SHARED_DIR), where there are any.
+// tree, where there are any. places.h finds all of them.
 #pragma once
 
 #include <filesystem>

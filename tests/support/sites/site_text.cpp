@@ -6,6 +6,8 @@
 #include <iterator>
 #include <utility>
 
+#include "tests/support/sites/places.h"
+
 namespace rdv::sites {
 namespace {
 
@@ -39,7 +41,7 @@ bool IsIndented(std::string_view line) {
 }
 
 std::string ReadText(const std::string& name) {
-  const fs::path path = fs::path(RDV_SITE_TEXTS) / (name + ".site");
+  const fs::path path = Place("site-texts") / (name + ".site");
   std::ifstream stream(path, std::ios::binary);
   if (!stream) throw SiteTextError("there is no " + path.string());
   return {std::istreambuf_iterator<char>(stream), {}};
@@ -388,7 +390,7 @@ Site ParseSite(const std::string& name, std::string_view text) {
 }
 
 std::vector<std::string> SiteNames(const std::string& folder) {
-  const fs::path texts(RDV_SITE_TEXTS);
+  const fs::path texts = Place("site-texts");
   std::vector<std::string> names;
   for (const auto& entry : fs::recursive_directory_iterator(texts / folder)) {
     fs::path name = entry.path().lexically_relative(texts);
