@@ -80,9 +80,9 @@ class FolderSources {
   const OwnMachineRegistry& Registry() const { return registry_; }
 
  private:
-  static HRESULT WINAPI GiveLocation(HWND, int, PIDLIST_ABSOLUTE* items) {
+  static HRESULT WINAPI GiveLocation(HWND, int folder, PIDLIST_ABSOLUTE* items) {
     *items = nullptr;
-    return first_.empty() ? E_FAIL : S_OK;
+    return folder == CSIDL_COMMON_APPDATA && !first_.empty() ? S_OK : E_FAIL;
   }
   // Paths of tests are ASCII.
   static BOOL WINAPI GivePath(PCIDLIST_ABSOLUTE, char* path) {
