@@ -75,6 +75,7 @@ class PictureOfLines : public OleTest {
     files_ = std::make_unique<SiteFiles>("plain");
     found_ = std::make_unique<SiteFolder>(files_->Folder().u16string());
     placed_ = std::make_unique<PlacedControl>();
+    placed_->container.place = {0, 0, kWidth, kHeight};
     ASSERT_EQ(placed_->Verb(OLEIVERB_INPLACEACTIVATE), S_OK);
   }
   void TearDown() override { placed_.reset(); }
@@ -110,8 +111,9 @@ class PictureOfLines : public OleTest {
     return place;
   }
 
+  // The form is whole in it.
   static constexpr int kWidth = 940;
-  static constexpr int kHeight = 400;
+  static constexpr int kHeight = 460;
   static constexpr long kSomeText = 500;  // pixels
 
   std::unique_ptr<SiteFiles> files_;
