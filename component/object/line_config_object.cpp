@@ -49,6 +49,7 @@ void LineConfigObject::Connect(LiveControl& live) {
   live.OnRemoveMe([this] { connections_.RaiseRemoveMe(); });
   live.Form().on_focus = [this](bool inside) { in_place_.OnFocus(inside); };
   live.Form().on_editing_change = [this] { container_.TellControlInfoChanged(); };
+  live.Form().on_windows_gone = [this] { in_place_.LeaveDestroyedWindows(); };
   live.Form().Screen().on_modal = [this](bool modal) { in_place_.OnModal(modal); };
 }
 
@@ -56,6 +57,7 @@ void LineConfigObject::Disconnect(LiveControl& live) {
   live.OnRemoveMe(nullptr);
   live.Form().on_focus = nullptr;
   live.Form().on_editing_change = nullptr;
+  live.Form().on_windows_gone = nullptr;
   live.Form().Screen().on_modal = nullptr;
 }
 

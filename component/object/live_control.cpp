@@ -12,6 +12,7 @@ LiveControl::LiveControl()
       form_(ModuleInstance(), parking_.Handle()),
       control_(form_.Widgets(), ControlOptions{.make_label_validator = MakeLabelValidator}) {
   parking_.TellOfChanges(form_);
+  form_.make_windows = [this] { MakeWindows(); };
 }
 
 void LiveControl::MakeWindows() {

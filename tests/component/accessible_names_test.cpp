@@ -14,6 +14,7 @@
 #include <set>
 #include <string>
 
+#include "rules/grid_columns.h"
 #include "tests/component/support/ole_test.h"
 #include "tests/component/support/placed_control.h"
 #include "tests/support/site_files.h"
@@ -41,7 +42,13 @@ class NamingService final : public IClassFactory, public IAccPropServices {
   std::wstring Name(HWND window) const { return Find(names_, window); }
   std::wstring Shortcut(HWND window) const { return Find(shortcuts_, window); }
   // Windows of which something is known.
-  size_t Known() const { return names_.size() + shortcuts_.size(); }
+  size_t Known() const { return names_.size() + shortcuts_.size() + items_.size(); }
+  // Of an item of a list, counted from 1.
+  std::wstring ItemName(HWND list, DWORD item) const {
+    const auto found = items_.find({list, item});
+    return found == items_.end() ? std::wstring() : found->second;
+  }
+  size_t KnownItems() const { return items_.size(); }
 
   STDMETHODIMP QueryInterface(REFIID iid, void** object) override {
     *object = nullptr;
@@ -64,14 +71,22 @@ class NamingService final : public IClassFactory, public IAccPropServices {
                               LPCWSTR text) override {
     EXPECT_TRUE(IsWindow(window));
     EXPECT_EQ(object, static_cast<DWORD>(OBJID_CLIENT));
-    EXPECT_EQ(child, static_cast<DWORD>(CHILDID_SELF));
+    if (child != static_cast<DWORD>(CHILDID_SELF)) {
+      EXPECT_EQ(property, PROPID_ACC_NAME);
+      items_[{window, child}] = text;
+      return S_OK;
+    }
     if (property == PROPID_ACC_NAME) names_[window] = text;
     if (property == PROPID_ACC_KEYBOARDSHORTCUT) shortcuts_[window] = text;
     return S_OK;
   }
-  STDMETHODIMP ClearHwndProps(HWND window, DWORD, DWORD, const MSAAPROPID* properties,
+  STDMETHODIMP ClearHwndProps(HWND window, DWORD, DWORD child, const MSAAPROPID* properties,
                               int count) override {
     EXPECT_TRUE(IsWindow(window));
+    if (child != static_cast<DWORD>(CHILDID_SELF)) {
+      items_.erase({window, child});
+      return S_OK;
+    }
     for (int index = 0; index < count; ++index) {
       if (properties[index] == PROPID_ACC_NAME) names_.erase(window);
       if (properties[index] == PROPID_ACC_KEYBOARDSHORTCUT) shortcuts_.erase(window);
@@ -119,6 +134,7 @@ class NamingService final : public IClassFactory, public IAccPropServices {
 
   Texts names_;
   Texts shortcuts_;
+  std::map<std::pair<HWND, DWORD>, std::wstring> items_;
   DWORD registered_ = 0;
   ULONG references_ = 1;
 };
@@ -222,14 +238,76 @@ TEST_F(AccessibleNames, AreForgottenWithTheWindowsOfTheContainer) {
   EXPECT_EQ(service_->Known(), 0u);
 }
 
-TEST_F(AccessibleNames, OfAnEditorSayTheLineThatItLiesOver) {
-  const SiteFiles files("plain");
-  const SiteFolder found(files.Folder().u16string());
-  const BoxAnswerer boxes;  // a stored label has two quotes in a row
+class AccessibleLines : public AccessibleNames {
+ protected:
+  void SetUp() override {
+    ASSERT_NO_FATAL_FAILURE(AccessibleNames::SetUp());
+    const BoxAnswerer boxes;  // a stored label has two quotes in a row
+    ASSERT_NO_FATAL_FAILURE(Show(1));
+  }
+
+  void Show(SHORT configuration) {
+    VARIANT_BOOL shown = VARIANT_FALSE;
+    placed_->As<LineConfigInterface>(kLineConfigInterfaceId)->ShowControl(configuration, &shown);
+    ASSERT_EQ(shown, VARIANT_TRUE);
+  }
+  HWND Grid() const { return placed_->Child(control_id::LVRDVLineConfig); }
+  int Rows() const { return static_cast<int>(SendMessageW(Grid(), LVM_GETITEMCOUNT, 0, 0)); }
+  std::wstring Cell(int row, int column) const {
+    wchar_t text[64] = L"";
+    LVITEMW item = {};
+    item.iSubItem = column - 1;
+    item.pszText = text;
+    item.cchTextMax = 64;
+    SendMessageW(Grid(), LVM_GETITEMTEXTW, static_cast<WPARAM>(row - 1),
+                 reinterpret_cast<LPARAM>(&item));
+    return text;
+  }
+  // As the row is seen.
+  std::wstring NameOfRow(int row) const {
+    const std::wstring label = Cell(row, column::kLabel);
+    return L"Line " + Cell(row, column::kLine) + (label.empty() ? L"" : L", " + label);
+  }
+  // The row that the window lies over, from 1.
+  int RowUnder(HWND window) const {
+    RECT place = {};
+    GetWindowRect(window, &place);
+    LVHITTESTINFO hit = {};
+    hit.pt = {place.left + 1, (place.top + place.bottom) / 2};
+    ScreenToClient(Grid(), &hit.pt);
+    SendMessageW(Grid(), LVM_SUBITEMHITTEST, 0, reinterpret_cast<LPARAM>(&hit));
+    return hit.iItem + 1;
+  }
+
+  const SiteFiles files_{"plain"};
+  const SiteFolder found_{files_.Folder().u16string()};
+};
+
+TEST_F(AccessibleLines, OfRowsSayTheLineAndItsLabel) {
+  ASSERT_GT(Rows(), 5);
+  for (int row = 1; row <= Rows(); ++row)
+    EXPECT_EQ(service_->ItemName(Grid(), static_cast<DWORD>(row)), NameOfRow(row));
+  EXPECT_EQ(service_->KnownItems(), static_cast<size_t>(Rows()));
+}
+
+TEST_F(AccessibleLines, OfRowsComeBackWithTheWindows) {
+  placed_->object->Close(OLECLOSE_NOSAVE);
+  EXPECT_EQ(service_->KnownItems(), 0u);
+  ASSERT_EQ(placed_->Verb(OLEIVERB_UIACTIVATE), S_OK);
+  for (int row = 1; row <= Rows(); ++row)
+    EXPECT_EQ(service_->ItemName(Grid(), static_cast<DWORD>(row)), NameOfRow(row));
+}
+
+TEST_F(AccessibleLines, OfRowsGoWithThem) {
+  const BoxAnswerer boxes;  // there are no partitions to name
   VARIANT_BOOL shown = VARIANT_FALSE;
-  placed_->As<LineConfigInterface>(kLineConfigInterfaceId)->ShowControl(1, &shown);
-  ASSERT_EQ(shown, VARIANT_TRUE);
-  SetFocus(placed_->Child(control_id::LVRDVLineConfig));
+  placed_->As<LineConfigInterface>(kLineConfigInterfaceId)->ShowControl(99, &shown);
+  EXPECT_EQ(service_->KnownItems(), static_cast<size_t>(Rows()));
+  EXPECT_EQ(Rows(), 0);
+}
+
+TEST_F(AccessibleLines, OfAnEditorSayTheLineThatItLiesOver) {
+  SetFocus(Grid());
   const auto press = [&](WPARAM key) {
     MSG event = {};
     event.hwnd = GetFocus();
@@ -244,6 +322,9 @@ TEST_F(AccessibleNames, OfAnEditorSayTheLineThatItLiesOver) {
   for (int cell = 0; cell < 200 && GetFocus() != placed_->Child(control_id::LVRDVLineConfig);
        ++cell) {
     spoken.push_back(Spoken(GetFocus()));
+    const int row = RowUnder(GetFocus());
+    ASSERT_GT(row, 0) << spoken.back();
+    EXPECT_THAT(spoken.back(), testing::StartsWith(L"Line " + Cell(row, column::kLine) + L", "));
     ASSERT_EQ(press(VK_TAB), S_OK);
   }
   for (const wchar_t* name :

@@ -63,6 +63,36 @@ TEST_F(LastingWindows, ComeBackWhereTheContainerHasDestroyedThemWithItsOwn) {
   ExpectAllIsThere();
 }
 
+HWND destroyed_by_the_box = nullptr;
+
+int WINAPI AnswerYesInDestroyedWindows(HWND, LPCWSTR, LPCWSTR, UINT) {
+  DestroyWindow(destroyed_by_the_box);
+  return IDYES;
+}
+
+// Saving begins when the box is closed; it must find what the user was asked about.
+TEST_F(LastingWindows, ThatTheContainerDestroysDuringTheQuestionWhetherToSaveAreSavedAllTheSame) {
+  placed_->container.place_in = destroyed_by_the_box =
+      CreateWindowExW(0, L"STATIC", L"", WS_CHILD | WS_VISIBLE, 0, 0, 1300, 500,
+                      placed_->container.Window(), nullptr, nullptr, nullptr);
+  PlaceAndLoad();
+  Change();
+  const HWND cancel = placed_->Child(control_id::cmdCancel);
+  {
+    const PatchedImport<decltype(AnswerYesInDestroyedWindows)> yes("MessageBoxW",
+                                                                   &AnswerYesInDestroyedWindows);
+    SendMessageW(GetParent(cancel), WM_COMMAND, MAKEWPARAM(control_id::cmdCancel, BN_CLICKED),
+                 reinterpret_cast<LPARAM>(cancel));
+  }
+  placed_->container.place_in = nullptr;
+  ASSERT_EQ(placed_->Verb(OLEIVERB_UIACTIVATE), S_OK);
+  EXPECT_EQ(AllTexts(), texts_);
+  EXPECT_FALSE(IsWindowEnabled(placed_->Child(control_id::cmdApply)));
+  // As it is stored.
+  ASSERT_NO_FATAL_FAILURE(Load());
+  EXPECT_EQ(Text(2, column::kLabel), L"not saved");
+}
+
 int left_calls = 0;
 
 LRESULT CALLBACK LeftProcedure(HWND, UINT, WPARAM, LPARAM) {

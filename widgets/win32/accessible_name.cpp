@@ -21,20 +21,25 @@ void WithServices(Work&& work) {
   services->Release();
 }
 
-void Describe(HWND window, const MSAAPROPID& property, const wchar_t* text) {
+void Describe(HWND window, DWORD child, const MSAAPROPID& property, const wchar_t* text) {
   WithServices([&](IAccPropServices& services) {
-    services.SetHwndPropStr(window, kClient, CHILDID_SELF, property, text);
+    services.SetHwndPropStr(window, kClient, child, property, text);
   });
 }
 
 }  // namespace
 
 void SetAccessibleName(HWND window, const wchar_t* name) {
-  Describe(window, PROPID_ACC_NAME, name);
+  Describe(window, CHILDID_SELF, PROPID_ACC_NAME, name);
+}
+
+// The items of a list view are its children, by their place.
+void SetAccessibleItemName(HWND list, int item, const wchar_t* name) {
+  Describe(list, static_cast<DWORD>(item), PROPID_ACC_NAME, name);
 }
 
 void SetAccessibleShortcut(HWND window, const wchar_t* keys) {
-  Describe(window, PROPID_ACC_KEYBOARDSHORTCUT, keys);
+  Describe(window, CHILDID_SELF, PROPID_ACC_KEYBOARDSHORTCUT, keys);
 }
 
 void ForgetAccessibleTexts(std::span<const HWND> windows) {
@@ -44,6 +49,13 @@ void ForgetAccessibleTexts(std::span<const HWND> windows) {
       services.ClearHwndProps(window, kClient, CHILDID_SELF, properties.data(),
                               static_cast<int>(properties.size()));
     }
+  });
+}
+
+void ForgetAccessibleItems(HWND list, int count) {
+  WithServices([&](IAccPropServices& services) {
+    for (int item = 1; item <= count; ++item)
+      services.ClearHwndProps(list, kClient, static_cast<DWORD>(item), &PROPID_ACC_NAME, 1);
   });
 }
 

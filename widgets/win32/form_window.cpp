@@ -20,7 +20,9 @@ namespace {
 constexpr const wchar_t* kFormClass = L"TLV_RDV_Line_Config.Form";
 // With whether a window of the form was given the focus, or pressed.
 constexpr UINT kCheckFocus = WM_APP;
-constexpr int kLineColumn = 10;  // of the grid: the line's number, as the user sees it
+// Of the grid: the line's number, as the user sees it, and what he calls it.
+constexpr int kLineColumn = 10;
+constexpr int kLabelColumn = 20;
 
 bool IsMousePress(UINT message) {
   return message == WM_LBUTTONDOWN || message == WM_RBUTTONDOWN || message == WM_MBUTTONDOWN ||
@@ -183,17 +185,30 @@ FormWindow::FormWindow(HINSTANCE module, HWND parent)
   cmbRDVType_.SetVisible(true);
   cmdApply_.SetEnabled(false);
   screen_.on_opening = [this] { focus_before_box_ = HasFocus(window_) ? GetFocus() : nullptr; };
-  screen_.on_closed = [this] {
-    const HWND before = std::exchange(focus_before_box_, nullptr);
-    // The system gives it to the host's window.
-    if (before && !HasFocus(window_) && !keyboard_.GoTo(before)) FocusTo(window_);
-  };
+  screen_.on_closed = [this] { AfterBox(); };
   for (Editor* editor : form_.Editors()) {
     if (auto* list = dynamic_cast<ComboBoxWindow*>(editor)) {
       list->on_step = [this](bool backward) { Notify(LVRDVLineConfig_.on_edit_next, backward); };
     }
   }
+  LVRDVLineConfig_.on_cell_set = [this](int row, int column) {
+    if (column == kLineColumn || column == kLabelColumn) NameRow(row);
+  };
+  LVRDVLineConfig_.on_rows_going = [this] {
+    ForgetAccessibleItems(LVRDVLineConfig_.Handle(), LVRDVLineConfig_.RowCount());
+  };
   Finish();
+}
+
+void FormWindow::AfterBox() {
+  const HWND before = std::exchange(focus_before_box_, nullptr);
+  if (!WindowsExist()) {
+    if (on_windows_gone) on_windows_gone();
+    if (!WindowsExist() && make_windows) make_windows();
+    return;
+  }
+  // The system gives it to the host's window.
+  if (before && !HasFocus(window_) && !keyboard_.GoTo(before)) FocusTo(window_);
 }
 
 // What belongs to the windows of now.
@@ -343,7 +358,19 @@ std::wstring FormWindow::NameOverCell(const Editor& editor, const wchar_t* name)
   return L"Line " + std::wstring(Wide(line)) + L", " + name;
 }
 
+// By itself the list view says the text of the first column, a code that nobody sees.
+void FormWindow::NameRow(int row) const {
+  const Text line = LVRDVLineConfig_.Cell(row, kLineColumn);
+  std::wstring name = L"Line " + std::wstring(Wide(line));
+  if (LVRDVLineConfig_.ColumnCount() >= kLabelColumn) {
+    const Text label = LVRDVLineConfig_.Cell(row, kLabelColumn);
+    if (!label.empty()) name.append(L", ").append(Wide(label));
+  }
+  SetAccessibleItemName(LVRDVLineConfig_.Handle(), row, name.c_str());
+}
+
 void FormWindow::ForgetNames() const {
+  ForgetAccessibleItems(LVRDVLineConfig_.Handle(), LVRDVLineConfig_.RowCount());
   std::vector<HWND> windows;
   EnumChildWindows(window_, &AddWindow, reinterpret_cast<LPARAM>(&windows));
   ForgetAccessibleTexts(windows);

@@ -86,6 +86,11 @@ class FormWindow {
   // A window inside was given the focus, or pressed while one has it; or the focus is not, or no
   // longer, inside. Comes more often than either changes.
   std::function<void(bool inside)> on_focus;
+  // A container has destroyed the windows while a message box stood: once for the container's own
+  // account of them, then, where there are still none, to make them. Whoever has asked the user
+  // goes on and needs what the widgets hold.
+  std::function<void()> on_windows_gone;
+  std::function<void()> make_windows;
   // The keyboard has come to an in-place editor or left it (KeyboardWalk::Editing).
   std::function<void()> on_editing_change;
 
@@ -102,6 +107,7 @@ class FormWindow {
   void Remember();
   void MakeAnew(HWND parent);
   void Finish();
+  void AfterBox();
   struct PlacedWidget {
     Lasting* widget;
     const FrameWindow* frame;  // null: in the form itself
@@ -110,6 +116,7 @@ class FormWindow {
   void NameWidgets();
   // Of an editor that is about to be seen over a cell of the grid.
   std::wstring NameOverCell(const Editor& editor, const wchar_t* name) const;
+  void NameRow(int row) const;
   void ForgetNames() const;
   void Refresh();
   void Layout();

@@ -109,6 +109,7 @@ int LineGridWindow::RowCount() const {
 }
 
 void LineGridWindow::RemoveRows() {
+  if (on_rows_going) on_rows_going();
   Send(LVM_DELETEALLITEMS);
   Send(LVM_SETSELECTIONMARK, 0, -1);
   keys_.clear();
@@ -168,6 +169,7 @@ void LineGridWindow::SetCell(int row, int column, TextView text) {
   item.pszText = reinterpret_cast<wchar_t*>(copy.data());
   if (!Send(LVM_SETITEMTEXTW, static_cast<WPARAM>(row - 1), reinterpret_cast<LPARAM>(&item)))
     RaiseOutOfMemory();
+  if (on_cell_set) on_cell_set(row, column);
 }
 
 Twips LineGridWindow::RowLeft(int row) const {

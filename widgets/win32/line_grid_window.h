@@ -1,6 +1,7 @@
 // The grid of lines on the platform's list view.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -63,6 +64,10 @@ class LineGridWindow : public WindowWidget<LineGrid>, private GridWatcher {
   std::optional<int> HitTest(Twips x, Twips y) const override;
 
   LRESULT OnNotify(const NMHDR& header) override;
+
+  // A cell has another text; the rows are about to go.
+  std::function<void(int row, int column)> on_cell_set;
+  std::function<void()> on_rows_going;
 
   void Remember() override;
   void MakeAnew(HWND parent) override;
