@@ -62,7 +62,7 @@ public class LineForm : Form {
     public LineForm(short configuration) {
         configuration_ = configuration;
         Text = "Lines of configuration " + configuration;
-        ClientSize = new System.Drawing.Size(920, 360);
+        ClientSize = new System.Drawing.Size(920, 448);
         lines_.BeginInit();
         lines_.Dock = DockStyle.Fill;
         Controls.Add(lines_);

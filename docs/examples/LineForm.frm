@@ -2,13 +2,13 @@ VERSION 5.00
 Object = "{6B0E2D9A-4C57-4F0B-9A38-51C7E2F4D801}#1.0#0"; "TLV_RDV_Line_Config.dll"
 Begin VB.Form LineForm
    Caption         =   "Lines"
-   ClientHeight    =   6000
-   ClientWidth     =   14000
+   ClientHeight    =   6720
+   ClientWidth     =   13800
    Begin TLV_RDV_Line_Config.ucRDVLineConfig Lines
-      Height          =   6000
+      Height          =   6720
       Left            =   0
       Top             =   0
-      Width           =   14000
+      Width           =   13800
    End
    Begin VB.Timer Leaving
       Enabled         =   0   'False

@@ -28,7 +28,7 @@ begin
   FConfiguration := Configuration;
   Caption := 'Lines';
   ClientWidth := 920;
-  ClientHeight := 360;
+  ClientHeight := 448;
   FLines := TucRDVLineConfig.Create(Self);
   FLines.Parent := Self;
   FLines.Align := alClient;

@@ -13,7 +13,7 @@ from win32com.client import gencache
 # The type library, 1.0; the class that is made from it has the methods.
 module = gencache.EnsureModule("{6B0E2D9A-4C57-4F0B-9A38-51C7E2F4D801}", 0, 1, 0)
 
-WIDTH, HEIGHT = 620, 220  # in dialog units: about 920 by 360 pixels at 96 dots per inch
+WIDTH, HEIGHT = 620, 276  # in dialog units: about 920 by 448 pixels at 96 dots per inch
 CONTROL_ID = 131
 
 

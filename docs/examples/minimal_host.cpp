@@ -132,7 +132,7 @@ int WINAPI wWinMain(HINSTANCE module, HINSTANCE, PWSTR, int) {
   // The text of such a window names the control that it holds.
   const HWND window =
       CreateWindowExW(0, L"AtlAxWin", kControl, WS_OVERLAPPEDWINDOW | WS_VISIBLE | WS_CLIPCHILDREN,
-                      CW_USEDEFAULT, CW_USEDEFAULT, 960, 440, nullptr, nullptr, module, nullptr);
+                      CW_USEDEFAULT, CW_USEDEFAULT, 960, 500, nullptr, nullptr, module, nullptr);
   if (!window) return EndWith(L"The window was not made.", HRESULT_FROM_WIN32(GetLastError()));
   IUnknown* control = nullptr;
   result = control_of(window, &control);

@@ -15,7 +15,7 @@ class LineFrame : public wxFrame {
  public:
   explicit LineFrame(IDispatch* control)
       : wxFrame(nullptr, wxID_ANY, "Lines of configuration 1", wxDefaultPosition,
-                wxSize(960, 440)) {
+                wxSize(960, 500)) {
     auto* const place = new wxActiveXContainer(this, IID_IDispatch, control);
     place->Bind(wxEVT_ACTIVEX, &LineFrame::OnEvent, this);
     methods_.SetDispatchPtr(control);

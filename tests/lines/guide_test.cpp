@@ -1,4 +1,5 @@
 // The examples of the guide, run as they stand there.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <regex>
@@ -94,6 +95,13 @@ TEST(Guide, ThePageOfTheManualAndTheCompletionKnowEveryCommand) {
     EXPECT_NE(manual.find(".B rdvlines " + command), std::string::npos) << command;
     EXPECT_TRUE(std::regex_search(completion, std::regex("\\b" + command + "\\b"))) << command;
   }
+}
+
+TEST(Help, TellsWhichWordsHaveToBeThere) {
+  EXPECT_THAT(RunWords({"set", "--help"}).out,
+              testing::HasSubstr("rdvlines set [OPTIONS] [SITE] CONFIG LINES CHANGES...\n"));
+  EXPECT_THAT(RunWords({"report", "--help"}).out,
+              testing::HasSubstr("rdvlines report [OPTIONS] [SITE] [CONFIG...]\n"));
 }
 
 TEST(Help, TellsOfEachCommandAndTheVersion) {

@@ -165,7 +165,7 @@ TEST(Import, RefusesLinesAndUnitsThatAreNotThere) {
               ElementsAre("refused: row 2, configuration 3, line 7000: the unit shows no such line",
                           StartsWith("refused: row 4, column 3, configuration 3, line 5, Line Type "
                                      "\"Hybrid Line\": the type of a line is never"),
-                          StartsWith("refused: configuration 9: no lines are stored"),
+                          StartsWith("refused: configuration 9: it is not in the site"),
                           "nothing was written"));
 }
 

@@ -186,6 +186,17 @@ TEST(Set, SaysWhichWordIsWrong) {
   EXPECT_THAT(site.Run("set", {"x", "1", "Volume=High"}).errors,
               HasSubstr("'x' is no number of a configuration"));
   EXPECT_EQ(site.Run("set", {"99999", "1", "Volume=High"}).code, 2);
+  EXPECT_THAT(site.Run("set", {"3", "0-2", "Volume=High"}).errors,
+              HasSubstr("lines are counted from 1 (see rdvlines set --help)"));
+}
+
+TEST(Set, RefusesAUnitThatTheSiteDoesNotKnowOrThatHasNoLines) {
+  const LinesSite site;
+  EXPECT_EQ(site.Run("set", {"99", "1", "Volume=High"}).out,
+            "refused: configuration 99: it is not in the site\nnothing was written\n");
+  EXPECT_EQ(site.Run("set", {"2", "1", "Volume=High"}).out,
+            "refused: configuration 2: no lines are stored; restore it to a unit type to make "
+            "them\nnothing was written\n");
 }
 
 TEST(Copies, AreMadeBeforeEachChangeAndHoldTheDatabaseAsItWas) {
@@ -245,6 +256,13 @@ TEST(Restore, MakesAUnitThatHasNoLinesAndUndoTakesItAwayAgain) {
   EXPECT_EQ(site.Run("undo").code, 0);
   EXPECT_THAT(site.Rows("Used_Lines"), testing::UnorderedElementsAreArray(lines));
   EXPECT_THAT(site.Rows("Used_Cards"), testing::UnorderedElementsAreArray(cards));
+}
+
+TEST(Restore, MakesNoUnitThatTheSiteDoesNotKnow) {
+  const Outcome restored = LinesSite().Run("restore", {"99", "4 Hybrid Lines 2 MOH Lines"});
+  EXPECT_EQ(restored.code, 1);
+  EXPECT_EQ(restored.out,
+            "refused: configuration 99: it is not in the site\nnothing was written\n");
 }
 
 TEST(Restore, TellsTheUnitTypesThatThereAre) {

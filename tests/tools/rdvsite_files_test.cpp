@@ -98,6 +98,7 @@ TEST_F(SiteTool, TellsWhichRightIsMissing) {
                                  "' can be written, but not its folder '" + folder.string() + "'"),
             0u)
       << change().errors;
+  EXPECT_EQ(change().code, kUnusable);
   allow(0666, 0777);
   EXPECT_EQ(change().out, "7\n");
 }

@@ -143,7 +143,7 @@ TEST_F(SiteTool, DumpsAllTablesOrThoseThatAreNamed) {
   EXPECT_EQ(nowhere.out, "");
   EXPECT_EQ(nowhere.errors,
             "rdvsite dump: there is no table 'UsedCards': did you mean 'Used_Cards'? (see rdvsite "
-            "--help)\n");
+            "dump --help)\n");
 }
 
 TEST_F(SiteTool, TakesTheFolderOfASiteForItsDatabase) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <ostream>
+#include <set>
 
 #include "tools/command_line/standard_output.h"
 #include "tools/command_line/suggestion.h"
@@ -11,6 +12,17 @@ namespace {
 
 constexpr size_t kColumnOfPurposes = 30;
 constexpr size_t kWidthOfWords = 18;
+
+class Formatter : public CLI::Formatter {
+ public:
+  std::set<const CLI::Option*> needed;
+
+  std::string make_option_usage(const CLI::Option* word) const override {
+    const std::string text = CLI::Formatter::make_option_usage(word);
+    const bool in_brackets = text.starts_with('[') && text.ends_with(']');
+    return in_brackets && needed.contains(word) ? text.substr(1, text.size() - 2) : text;
+  }
+};
 
 bool IsHelp(const std::string& word) {
   return word == "--help" || word == "-h";
@@ -74,7 +86,7 @@ CLI::App& CommandLine::AddCommand(const std::string& word, const std::string& pu
   auto app = std::make_unique<CLI::App>(purpose, name);
   app->allow_windows_style_options(false);  // the same words on every system
   app->set_help_flag("-h,--help", "Print this and end");
-  const auto formatter = std::make_shared<CLI::Formatter>();
+  const auto formatter = std::make_shared<Formatter>();
   formatter->column_width(kColumnOfPurposes);
   for (const char* label : {"REQUIRED", "TEXT", "INT", "UINT", "FLOAT"})
     formatter->label(label, "");
@@ -106,6 +118,10 @@ void CommandLine::TakeRest(CLI::App& command, size_t operands, std::vector<std::
   }
 }
 
+void CommandLine::ShowAsNeeded(CLI::App& command, const CLI::Option* word) {
+  dynamic_cast<Formatter&>(*command.get_formatter()).needed.insert(word);
+}
+
 int CommandLine::Execute(std::span<const std::string> arguments, std::ostream& out,
                          std::ostream& errors) {
   current_ = program_;
@@ -116,7 +132,7 @@ int CommandLine::Execute(std::span<const std::string> arguments, std::ostream& o
   } catch (const ReaderGone&) {
     return kDone;
   } catch (const UsageError& error) {
-    errors << current_ << ": " << error.what() << " (see " << program_ << " --help)\n";
+    errors << current_ << ": " << error.what() << " (see " << current_ << " --help)\n";
     return kUsage;
   } catch (const Refusal& error) {
     errors << current_ << ": " << error.what() << '\n';

@@ -58,6 +58,9 @@ class CommandLine {
   // all that follow the first `operands` words. Help shows them as [`name`...].
   void TakeRest(CLI::App& command, size_t operands, std::vector<std::string>& rest,
                 const std::string& name, const std::string& description);
+  // Help shows the word as one that has to be there. For a command that asks for it itself, because
+  // words before it may be left out.
+  static void ShowAsNeeded(CLI::App& command, const CLI::Option* word);
 
   // Runs what `arguments` (UTF-8, without the program's name) say and flushes `out`. Never raises.
   int Execute(std::span<const std::string> arguments, std::ostream& out, std::ostream& errors);

@@ -1,5 +1,6 @@
 #include "tools/lines/changes.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 #include "tools/lines/dated_files.h"
@@ -70,9 +71,14 @@ class Change {
   }
 
   void PlanAll() {
+    const std::vector<int16_t> known = KnownConfigurations(session_);
     size_t worked_on = 0;
     for (const UnitEdit& edit : edits_) {
-      Plan(edit);
+      if (std::binary_search(known.begin(), known.end(), edit.config)) {
+        Plan(edit);
+      } else {
+        Refuse(edit.config, u"it is not in the site");
+      }
       if (options_.done) options_.done(++worked_on);
     }
   }

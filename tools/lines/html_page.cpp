@@ -26,7 +26,7 @@ table { border-collapse: collapse; }
 .bars td:last-child { width: 4.5rem; text-align: right; font-variant-numeric: tabular-nums; }
 .bars svg { display: block; width: 100%; height: .75rem; }
 .bars rect { fill: var(--bar); }
-ul.index { display: grid; grid-template-columns: repeat(auto-fill, minmax(8.5rem, 1fr)); gap: .1rem 1rem;
+ul.index { display: grid; grid-template-columns: repeat(auto-fill, minmax(14rem, 1fr)); gap: .1rem 1rem;
   padding: 0; list-style: none; margin: 0; font-variant-numeric: tabular-nums; }
 ul.index small { color: var(--soft); }
 a { color: #1a5a8a; }
@@ -56,6 +56,10 @@ sup { color: var(--warn-ink); font-weight: 700; margin-left: .2rem; line-height:
 .notes li::marker { color: var(--warn-ink); font-weight: 700; }
 .notes q { color: var(--warn-ink); overflow-wrap: anywhere; }
 .empty { color: var(--soft); margin: 0; }
+@media screen {
+  section { overflow-x: auto; }
+  .unit { min-width: 60rem; }
+}
 @page { size: A4 landscape; margin: 12mm; }
 @media print {
   body { margin: 0; padding: 0; max-width: none; font-size: 9pt; }

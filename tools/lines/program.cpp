@@ -39,6 +39,7 @@ std::vector<LineRange> LinesIn(const std::string& word) {
     const size_t dash = part.find('-');
     LineRange range;
     range.first = NumberIn(part.substr(0, dash), "line");
+    if (range.first == 0) throw UsageError("lines are counted from 1");
     range.last = dash == std::string::npos ? range.first : NumberIn(part.substr(dash + 1), "line");
     if (range.last < range.first) throw UsageError("'" + part + "' runs backwards");
     ranges.push_back(range);
@@ -210,19 +211,19 @@ std::string Joined(std::span<const std::string> words) {
 struct Word {
   const char* name;
   const char* description;
+  bool needed = true;
   bool repeated = false;
 };
 
 // Which of them are there is for the command to say: the site may be left out.
 void AddWords(CLI::App& app, std::initializer_list<Word> words) {
   for (const Word& word : words) {
-    if (word.repeated) {
-      app.add_option_function<std::vector<std::string>>(
-          word.name, [](const std::vector<std::string>&) {}, word.description);
-    } else {
-      app.add_option_function<std::string>(
-          word.name, [](const std::string&) {}, word.description);
-    }
+    const CLI::Option* const added =
+        word.repeated ? app.add_option_function<std::vector<std::string>>(
+                            word.name, [](const std::vector<std::string>&) {}, word.description)
+                      : app.add_option_function<std::string>(
+                            word.name, [](const std::string&) {}, word.description);
+    if (word.needed) tools::CommandLine::ShowAsNeeded(app, added);
   }
 }
 
@@ -237,8 +238,9 @@ std::vector<std::string> WordsOf(const CLI::App& app) {
   return words;
 }
 
-constexpr Word kSite = {"SITE", "A site, as `help site` says"};
-constexpr Word kConfigs = {"CONFIG", "Configurations; without any, all that have lines", true};
+constexpr Word kSite = {"SITE", "A site, as `help site` says", false};
+constexpr Word kConfigs = {"CONFIG", "Configurations; without any, all that have lines", false,
+                           true};
 constexpr Word kConfig = {"CONFIG", "A configuration"};
 
 }  // namespace
@@ -290,7 +292,7 @@ int RunLines(std::span<const std::string> arguments, std::ostream& out, std::ost
                    {"CHANGES",
                     "COLUMN=VALUE...: a caption, and what a user picks or types there; done in the "
                     "order given",
-                    true}}));
+                    true, true}}));
 
   add_dry_run(add(
       "restore", "sets a unit up anew, as \"Restore Default\" does", RunRestore,

@@ -100,11 +100,11 @@ void AppendIndex(const std::map<int16_t, UnitFindings>& findings, std::string& t
     to += "<p>Nothing was found that could not have been chosen.</p>\n";
     return;
   }
-  to += "<p>By configuration; marked at their cells below.</p>\n<ul class=index>\n";
+  to += "<p>Each is marked at its cell below.</p>\n<ul class=index>\n";
   for (const auto& [config, of_unit] : findings) {
-    to += "<li><a href=#" + Anchor(config) + ">" + std::to_string(config) + "</a> <small>" +
-          std::to_string(of_unit.size()) + (of_unit.size() == 1 ? " finding" : " findings") +
-          "</small>\n";
+    to += "<li><a href=#" + Anchor(config) + ">Configuration " + std::to_string(config) +
+          "</a> <small>" + std::to_string(of_unit.size()) +
+          (of_unit.size() == 1 ? " finding" : " findings") + "</small>\n";
   }
   to += "</ul>\n";
 }

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "data/folders_and_files.h"
+#include "tools/command_line/command_line.h"
 
 namespace rdv::lines {
 namespace {
@@ -17,7 +18,13 @@ Text WithSeparator(const fs::path& folder) {
 }  // namespace
 
 SiteLocation LocateSite(const std::optional<Text>& site) {
-  if (!site) return {GetDatabaseFolder() + Text(names::kDatabaseFile), GetSuiteFolder()};
+  if (!site) {
+    if (GetSpecialFolder(kCommonAppDataFolder).empty() && GetCommonAppDataFolder().empty()) {
+      throw tools::UsageError(
+          "SITE is missing: this machine has no folder of common application data to look in");
+    }
+    return {GetDatabaseFolder() + Text(names::kDatabaseFile), GetSuiteFolder()};
+  }
   const fs::path path(*site);
   std::error_code ignored;
   if (fs::is_directory(path, ignored)) {

@@ -100,6 +100,11 @@ std::string Explained(const RuntimeError& error, const Text& path) {
   return text;
 }
 
+bool IsAboutFile(const RuntimeError& error, const Text& path) {
+  return static_cast<jet::ErrorNumber>(error.Number()) == jet::ErrorNumber::General &&
+         error.Description().find(u"'" + path + u"'") != Text::npos;
+}
+
 std::string Quoted(const Text& name) {
   return "'" + ToUtf8(name) + "'";
 }

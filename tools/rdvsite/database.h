@@ -24,6 +24,9 @@ std::unique_ptr<jet::Engine> OpenDatabase(const Text& path);
 // The sentence for an error of the engine that concerns the file at `path`.
 std::string Explained(const RuntimeError& error, const Text& path);
 
+// Whether it says that the file cannot be used, and not that a statement is refused.
+bool IsAboutFile(const RuntimeError& error, const Text& path);
+
 using tools::Described;
 
 std::string Quoted(const Text& name);

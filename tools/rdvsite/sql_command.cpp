@@ -2,6 +2,7 @@
 #include <functional>
 #include <memory>
 #include <ostream>
+#include <stdexcept>
 
 #include "data/jet/dump/json_writer.h"
 #include "data/jet/format/errors.h"
@@ -142,6 +143,7 @@ CommandResult Execute(const Text& path, const Options& options) {
   } catch (const jet::sql::SyntaxError& error) {
     throw tools::Refusal(Shown(error, options.statement));
   } catch (const RuntimeError& error) {
+    if (IsAboutFile(error, path)) throw std::runtime_error(Explained(error, path));
     throw tools::Refusal(Explained(error, path));
   }
 }
