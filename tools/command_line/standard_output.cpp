@@ -5,6 +5,7 @@
 
 #include "runtime/system_error.h"
 #include "runtime/text.h"
+#include "tools/command_line/console.h"
 
 #ifdef _WIN32
 #include <windows.h>
@@ -27,6 +28,11 @@ enum class Delivery { Taken, ReaderGone };
 // The whole text, or an error.
 Delivery Write(const char* text, size_t size) {
   const HANDLE out = GetStdHandle(STD_OUTPUT_HANDLE);
+  static Console console(out);
+  if (console.IsThere()) {
+    if (console.Write({text, size})) return Delivery::Taken;
+    throw OutputError(ToUtf8(SystemErrorText(GetLastError())));
+  }
   while (size > 0) {
     DWORD taken = 0;
     constexpr size_t kPiece = 1u << 20;
