@@ -17,7 +17,8 @@ _rdvlines() {
     show) options='--csv --json' ;;
     check | compare) options='--json' ;;
     set | restore | import | undo) options='--dry-run' ;;
-    export | report) options='--output' ;;
+    export) options='--output' ;;
+    report) options='--output --title' ;;
     *) return ;;
   esac
   if [[ $current == -* ]]; then

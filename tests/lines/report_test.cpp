@@ -5,6 +5,12 @@
 #include <cstdio>
 #include <cstdlib>
 
+#ifndef _WIN32
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
 #include "tests/lines/lines_site.h"
 
 namespace rdv::lines::test {
@@ -54,7 +60,37 @@ TEST(Report, IsTheSameEachTime) {
   EXPECT_EQ(ReadBytes(site.Scratch("one.html")), ReadBytes(site.Scratch("two.html")));
 }
 
+TEST(Report, HasTheTitleThatItIsGiven) {
+  const LinesSite site;
+  const std::filesystem::path page = site.Scratch("page.html");
+  site.Run("report", {"-o", page.string(), "--title", "Ward <A> & B"});
+  EXPECT_THAT(ReadBytes(page), HasSubstr("<h1>Ward &lt;A&gt; &amp; B</h1>"));
+  EXPECT_THAT(ReadBytes(page), HasSubstr("<title>Ward &lt;A&gt; &amp; B</title>"));
+}
+
 #ifndef _WIN32
+
+TEST(Report, IsWrittenToAPipeAndThroughALinkThatBothStay) {
+  const LinesSite site;
+  const std::filesystem::path page = site.Scratch("page.html");
+  const std::filesystem::path link = site.Scratch("link.html");
+  WriteBytes(page, "an older page");
+  std::filesystem::create_symlink(page, link);
+  EXPECT_EQ(site.Run("report", {"-o", link.string()}).code, 1);
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+  const std::string html = ReadBytes(page);
+  EXPECT_THAT(html, StartsWith("<!DOCTYPE html>"));
+
+  const std::filesystem::path pipe = site.Scratch("pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+  EXPECT_EQ(site.Run("report", {"-o", pipe.string()}).code, 1);
+  EXPECT_TRUE(std::filesystem::is_fifo(pipe));
+  std::string read_back(html.size() + 1, '\0');
+  EXPECT_EQ(read(reader, read_back.data(), read_back.size()), static_cast<ssize_t>(html.size()));
+  EXPECT_THAT(read_back, StartsWith(html));
+  close(reader);
+}
 
 // The first browser that is there and takes pictures without a display; "" without one.
 std::string Browser() {

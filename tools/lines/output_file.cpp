@@ -16,10 +16,33 @@ namespace {
   throw std::runtime_error(ToUtf8(path) + ": cannot be " + what + ": " + why);
 }
 
+// To what is no file and cannot be replaced by one: a device, a pipe.
+void WriteThrough(const Text& path, std::string_view content) {
+  std::ofstream stream(std::filesystem::path(path), std::ios::binary);
+  stream.write(content.data(), static_cast<std::streamsize>(content.size()));
+  if (!stream.flush()) Fail(path, "written", std::system_category().message(errno));
+}
+
+bool IsDeviceOrPipe(const std::filesystem::path& path) {
+  std::error_code ignored;
+  const std::filesystem::file_status status = std::filesystem::status(path, ignored);
+  return std::filesystem::exists(status) && std::filesystem::is_other(status);
+}
+
+// Where the links end that the name leads through, so that they stay.
+std::filesystem::path Target(const std::filesystem::path& path) {
+  std::error_code ignored;
+  const std::filesystem::path target = std::filesystem::canonical(path, ignored);
+  return target.empty() ? path : target;
+}
+
 }  // namespace
 
 void WriteFile(const Text& path, std::string_view content) {
-  const std::filesystem::path draft(path + u".new");
+  if (IsDeviceOrPipe(std::filesystem::path(path))) return WriteThrough(path, content);
+  const std::filesystem::path target = Target(std::filesystem::path(path));
+  std::filesystem::path draft = target;
+  draft += u".new";
   try {
     {
       const auto file = jet::NativeFileSystem().Open(draft.u16string(), jet::FileAccess::Create);
@@ -28,7 +51,7 @@ void WriteFile(const Text& path, std::string_view content) {
                     jet::Bytes(reinterpret_cast<const uint8_t*>(content.data()), content.size()));
       file->Flush();
     }
-    std::filesystem::rename(draft, std::filesystem::path(path));
+    std::filesystem::rename(draft, target);
   } catch (const jet::FileError& error) {
     Fail(path, "written", error.what());
   } catch (const std::filesystem::filesystem_error& error) {

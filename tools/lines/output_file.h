@@ -8,7 +8,8 @@
 
 namespace rdv::lines {
 
-// The file is there whole or, when this throws std::runtime_error, as it was before.
+// The file is there whole or, when this throws std::runtime_error, as it was before. What is no
+// file, a device or a pipe, is written to.
 void WriteFile(const Text& path, std::string_view content);
 // Throws std::runtime_error.
 std::string ReadFile(const Text& path);

@@ -99,6 +99,7 @@ struct Given {
   bool json = false;
   bool dry_run = false;
   std::string file;
+  std::string title = "Line configuration";
 
   Format ChosenFormat() const {
     if (csv && json) throw UsageError("'--csv' and '--json' exclude each other");
@@ -131,7 +132,7 @@ int RunExport(const Given& given, const Surroundings& around) {
 }
 
 int RunReport(const Given& given, const Surroundings& around) {
-  return Report(SiteAndConfigs(given), *FileIn(given), around);
+  return Report(SiteAndConfigs(given), *FileIn(given), FromUtf8(given.title), around);
 }
 
 int RunSet(const Given& given, const Surroundings& around) {
@@ -312,9 +313,10 @@ int RunLines(std::span<const std::string> arguments, std::ostream& out, std::ost
                {{"SITE1", "A site, as `help site` says"}, {"SITE2", "Another"}}),
            "Print JSON");
 
-  add_output(add("report", "writes one page for the file cabinet", RunReport, {kSite, kConfigs}),
-             "The page to write (HTML)")
-      ->required();
+  CLI::App& report =
+      add("report", "writes one page for the file cabinet", RunReport, {kSite, kConfigs});
+  add_output(report, "The page to write (HTML)")->required();
+  report.add_option("-t,--title", given.title, "The heading of the page")->option_text("TEXT");
 
   add_dry_run(add("undo", "takes the last change back", RunUndo, {kSite}));
 

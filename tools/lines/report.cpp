@@ -111,7 +111,8 @@ void AppendIndex(const std::map<int16_t, UnitFindings>& findings, std::string& t
 
 }  // namespace
 
-int Report(const Selection& selection, const Text& file, const Surroundings& around) {
+int Report(const Selection& selection, const Text& file, const Text& title,
+           const Surroundings& around) {
   const SiteContents contents = ReadSite(selection, WithFindings::Yes, around);
   std::map<int16_t, UnitFindings> by_config;
   for (const Finding& finding : contents.findings) by_config[finding.config].push_back(&finding);
@@ -127,7 +128,9 @@ int Report(const Selection& selection, const Text& file, const Surroundings& aro
     const auto found = by_config.find(unit.config);
     AppendUnit(unit, found == by_config.end() ? none : found->second, body);
   }
-  WriteFile(file, HtmlPage("Line configuration", body));
+  std::string heading;
+  AppendHtml(title, heading);
+  WriteFile(file, HtmlPage(heading, body));
   return contents.findings.empty() ? tools::kDone : tools::kFindings;
 }
 
