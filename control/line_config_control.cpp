@@ -209,6 +209,7 @@ bool ucRDVLineConfig::Core::LoadAllLists() {
   state_.LoadErrorText.clear();
   EndSilently([&] { SetComboDropWidths(form_); });
   grid_loading_.FormatLVControl();
+  state_.FileInUse.reset();
   for (const auto load : kListLoaders) (loaders_.*load)();
   unit_types_.LoadDefaultRDVType();
   EndSilently([&] { ShowEditors(form_, false); });

@@ -14,6 +14,11 @@ std::vector<Argument> ToArguments(std::span<const Text> texts) {
   return std::vector<Argument>(texts.begin(), texts.end());
 }
 
+// In the words of the engine and of the providers alike.
+bool SaysInUse(const RuntimeError& error) {
+  return error.Description().ends_with(u"; file already in use.");
+}
+
 }  // namespace
 
 Text DatabaseConnectionString() {
@@ -23,6 +28,10 @@ Text DatabaseConnectionString() {
 
 DataBase::DataBase() : connection_string_(DatabaseConnectionString()) {}
 
+DataBase::DataBase(std::optional<RuntimeError>& in_use) : DataBase() {
+  in_use_ = &in_use;
+}
+
 DataBase::~DataBase() = default;
 
 void DataBase::Close() {
@@ -30,6 +39,17 @@ void DataBase::Close() {
 }
 
 CommandResult DataBase::Run(Command command, std::span<const Argument> arguments) {
+  if (!in_use_) return RunNow(command, arguments);
+  if (*in_use_) throw RuntimeError(**in_use_);
+  try {
+    return RunNow(command, arguments);
+  } catch (const RuntimeError& error) {
+    if (SaysInUse(error)) *in_use_ = error;
+    throw;
+  }
+}
+
+CommandResult DataBase::RunNow(Command command, std::span<const Argument> arguments) {
   if (!Conn) {
     const SiteInPlace* site = SiteInPlace::Current();
     Conn = site ? site->Connect() : OpenConnection(connection_string_);

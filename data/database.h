@@ -4,11 +4,13 @@
 #include <array>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <span>
 
 #include "data/commands.h"
 #include "data/connection.h"
 #include "data/recordset.h"
+#include "runtime/error.h"
 
 namespace rdv {
 
@@ -26,6 +28,9 @@ class DataBase {
  public:
   // The database file of the data folder as it is when the object is made.
   DataBase();
+  // One of several that are used one after the other. As soon as others have kept the file from one
+  // of them for as long as it waits, `in_use` has its error; the rest raise that without waiting.
+  explicit DataBase(std::optional<RuntimeError>& in_use);
   ~DataBase();
 
   // Lets the connection go before the object goes, for procedures that write: raises when what was
@@ -66,7 +71,10 @@ class DataBase {
   CommandResult Run(Command command, std::span<const Argument> arguments);
   void Query(Recordset& recordset, Command command, std::initializer_list<TextView> arguments);
 
+  CommandResult RunNow(Command command, std::span<const Argument> arguments);
+
   Text connection_string_;
+  std::optional<RuntimeError>* in_use_ = nullptr;
   std::unique_ptr<Connection> Conn;
 };
 

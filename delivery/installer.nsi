@@ -23,6 +23,8 @@ ManifestDPIAware true
 SetCompressor /SOLID lzma
 CRCCheck force
 ShowInstDetails show
+; The times of the files would be those of the build.
+SetDateSave off
 
 VIProductVersion "${VERSION}.0"
 VIAddVersionKey "ProductName" "${PRODUCT}"
@@ -31,6 +33,8 @@ VIAddVersionKey "FileVersion" "${VERSION}"
 VIAddVersionKey "FileDescription" "Installs ${PRODUCT}"
 VIAddVersionKey "LegalCopyright" ""
 
+; The component runs in the processes of administrators: where users may write, they could replace it.
+DirText "The folder must lie in Program Files, where users cannot replace what administrators run."
 Page directory
 Page instfiles
 UninstPage uninstConfirm
@@ -38,6 +42,7 @@ UninstPage instfiles
 
 Var failed   ; why, or nothing
 Var written  ; whether files of this version may lie in the folder
+Var allowed  ; whether users cannot write where the component is to lie
 Var earlier  ; where a version is installed already, or nothing
 
 ; The component is for all users; without this it would register for the installing user alone
@@ -173,18 +178,29 @@ Var earlier  ; where a version is installed already, or nothing
   ${EndIf}
 !macroend
 
-; Where the site's database lies. What an administrator makes in the common application data folder
-; only he may change, so that users could not save; a folder that is there already keeps its rights.
-!define USERS "*S-1-5-32-545"  ; the group, whatever it is called in the system's language
+; Where the site's database lies. Users may change the files in the database's folder and make new ones,
+; as saving does; the folders themselves, and the settings, only administrators may change, rename and
+; replace. A folder that is there already keeps its rights.
+; The groups, whatever they are called in the system's language.
+!define USERS "*S-1-5-32-545"
+!define ADMINISTRATORS "*S-1-5-32-544"
+!define SYSTEM "*S-1-5-18"
+!macro Rights FOLDER ARGUMENTS
+  nsExec::ExecToLog '"$SYSDIR\icacls.exe" "${FOLDER}" ${ARGUMENTS}'
+  Pop $0
+  ${If} $0 != 0
+    DetailPrint "The rights of ${FOLDER} could not be set."
+  ${EndIf}
+!macroend
 !macro MakeDataFolder
   SetShellVarContext all
   ${IfNot} ${FileExists} "$APPDATA\Tolvane\ORVANT+\*.*"
     CreateDirectory "$APPDATA\Tolvane\ORVANT+\Database"
-    nsExec::ExecToLog '"$SYSDIR\icacls.exe" "$APPDATA\Tolvane\ORVANT+" /grant ${USERS}:(OI)(CI)M'
-    Pop $0
-    ${If} $0 != 0
-      DetailPrint "Users have no right to change the data in $APPDATA\Tolvane\ORVANT+."
-    ${EndIf}
+    !insertmacro Rights "$APPDATA\Tolvane" "/setowner ${ADMINISTRATORS}"
+    ; Nothing is inherited: whoever makes a folder in the common one would have all rights over it.
+    !insertmacro Rights "$APPDATA\Tolvane" "/inheritance:r /grant:r ${SYSTEM}:(OI)(CI)F ${ADMINISTRATORS}:(OI)(CI)F ${USERS}:(OI)(CI)RX"
+    ; Its files may be changed and removed (IO: this is for them alone), the folder only added to.
+    !insertmacro Rights "$APPDATA\Tolvane\ORVANT+\Database" "/grant ${USERS}:(OI)(IO)M /grant ${USERS}:(RX,WD)"
   ${EndIf}
 !macroend
 
@@ -196,6 +212,33 @@ Var earlier  ; where a version is installed already, or nothing
   RMDir "$APPDATA\Tolvane"
 !macroend
 
+; Sets $allowed to "yes" where the folder lies below Program Files of either word size.
+!macro AllowBelow FOLDER
+  StrLen $2 "${FOLDER}\"
+  StrCpy $3 $1 $2
+  ${If} $3 == "${FOLDER}\"
+    StrCpy $allowed "yes"
+  ${EndIf}
+!macroend
+
+Function CheckFolder
+  StrCpy $allowed ""
+  ; With every ".." carried out.
+  System::Call 'kernel32::GetFullPathName(t "$INSTDIR", i ${NSIS_MAX_STRLEN}, t .r1, p 0) i .r0'
+  !insertmacro AllowBelow "$PROGRAMFILES"
+  ${If} ${RunningX64}
+    !insertmacro AllowBelow "$PROGRAMFILES64"
+  ${EndIf}
+FunctionEnd
+
+; The page's button stays out of reach.
+Function .onVerifyInstDir
+  Call CheckFolder
+  ${If} $allowed == ""
+    Abort
+  ${EndIf}
+FunctionEnd
+
 Function .onInit
   ${If} ${RunningX64}
   ${AndIf} $INSTDIR == "$PROGRAMFILES\TLV RDV Line Configuration"
@@ -206,6 +249,11 @@ FunctionEnd
 Section
   StrCpy $failed ""
   StrCpy $written ""
+  Call CheckFolder
+  ${If} $allowed == ""
+    SetErrorLevel 2
+    Abort "$INSTDIR does not lie in Program Files: users could replace what is registered for the machine."
+  ${EndIf}
   ReadRegStr $earlier HKLM "${UNINSTALL_KEY}" "InstallLocation"
   !insertmacro ForAllFiles SetAside
   ${If} $failed == ""

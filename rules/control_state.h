@@ -7,6 +7,7 @@
 
 #include "rules/business_rules.h"
 #include "rules/line_codes.h"
+#include "runtime/error.h"
 #include "runtime/keyed_collection.h"
 #include "runtime/text.h"
 
@@ -17,6 +18,10 @@ struct ControlState {
 
   // Empty while no loading step has failed; each one that fails appends its block.
   Text LoadErrorText;
+
+  // While the lists are loaded: what the first said whom others kept from the database. The rest
+  // do not wait again to say the same.
+  std::optional<RuntimeError> FileInUse;
 
   // Captions by the decimal text of their code.
   KeyedCollection CardTypes;

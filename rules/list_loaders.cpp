@@ -32,7 +32,7 @@ bool ListLoaders::LoadNames(TextView procedure, KeyedCollection& names, void (Da
                             Recordset DataBase::*result, Text (*name_of)(const Recordset&)) {
   return RunLoader(state_, procedure, BlockStart::OnALineOfItsOwn, [&] {
     names.Clear();
-    DataBase database;
+    DataBase database(state_.FileInUse);
     (database.*get)();
     Recordset& rows = database.*result;
     for (; !rows.EndOfFile(); rows.MoveNext()) names.Add(name_of(rows), Decimal(IdOf(rows)));
@@ -82,7 +82,7 @@ bool ListLoaders::LoadPartitionNameToCombo() {
   return RunLoader(state_, u"LoadPartitionNameToCombo", [&] {
     form_.cmbPartition.Clear();
     state_.PartitionList.Clear();
-    DataBase database;
+    DataBase database(state_.FileInUse);
     const bool enabled = PartitionEnabled(database);
     database.Get_All_Partitions(Decimal(state_.BusinessRules.ConfigID));
     Recordset& partitions = database.rsGet_All_Partitions;

@@ -12,12 +12,12 @@ readonly DLLS=usr/lib/i386-linux-gnu/wine/i386-windows
 have_wine32() { [ -x /usr/lib/wine/wine ]; }
 
 # apt with lists, cache and state of its own, for the named architectures; the system's are not
-# touched.
+# touched. What it downloads is received by its own user, who has no other rights.
 own_apt() {
   local tool=$1 state=$2 architectures=$3
   shift 3
   local options=(-o "Dir::State::Lists=$state/lists" -o "Dir::Cache=$state/cache"
-    -o "Dir::State::status=$state/status" -o "APT::Sandbox::User=root")
+    -o "Dir::State::status=$state/status")
   local architecture
   for architecture in $architectures; do
     options+=(-o "APT::Architectures::=$architecture")
@@ -27,8 +27,9 @@ own_apt() {
 
 new_state() {
   local state=$1 status=$2
-  mkdir -p "$state/lists/partial" "$state/cache/archives/partial"
+  mkdir -p "$state/lists/partial" "$state/cache/archives/partial" "$state/download"
   cp "$status" "$state/status"
+  [ "$(id -u)" -ne 0 ] || chown _apt "$state/download"
 }
 
 # Whether wine32 could be installed beside everything that is installed now.
@@ -53,8 +54,8 @@ fetch_dlls() {
   new_state "$state" /dev/null
   # An index that is not needed may fail; the download tells whether those that are came.
   own_apt apt-get "$state" i386 update || true
-  (cd "$state" && own_apt apt-get "$state" i386 download "libwine:i386=$version") || return 1
-  dpkg-deb --fsys-tarfile "$state"/libwine_*_i386.deb |
+  (cd "$state/download" && own_apt apt-get "$state" i386 download "libwine:i386=$version") || return 1
+  dpkg-deb --fsys-tarfile "$state"/download/libwine_*_i386.deb |
     tar -x -C "$state" --wildcards "./$DLLS/*" || return 1
   # The symbols make three quarters of their size, and every new prefix gets a copy.
   find "$state/$DLLS" -type f -print0 | xargs -0 -n 50 i686-w64-mingw32-strip || true
@@ -64,7 +65,9 @@ fetch_dlls() {
 
 provide() {
   local scratch
-  scratch=$(mktemp -d "$RDV_OUT/wine/apt.XXXXXX")
+  # Where apt's own user gets to, which it may not where this tree lies.
+  scratch=$(mktemp -d)
+  chmod 755 "$scratch"
   trap "rm -rf '$scratch'" EXIT
   if [ "${RDV_WINE32:-}" != wow64 ] && installable "$scratch/both" && install_wine32; then
     return

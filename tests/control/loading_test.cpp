@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include "data/database.h"
+#include "data/site_in_place.h"
 #include "site_grids.h"
 #include "tests/support/control_fixture.h"
 
@@ -358,6 +359,45 @@ TEST_F(Loading, TheSecondLoadKeepsEachListButForTheLineTypesWhichPileUp) {
   EXPECT_EQ(form().cmbStartingNodeNumber.ListCount(), node_numbers);
   EXPECT_EQ(form().cmbPartition.ListCount(), 3);
   EXPECT_EQ(form().cmbRDVType.ListCount(), 3);
+}
+
+// It waits five seconds each time: four of the lists ask for the file.
+TEST_F(Loading, AFileThatOthersUseIsWaitedForOnceAndReportedForEachList) {
+  UseSite("plain");
+  int waits = 0;
+  const SiteInPlace busy(GetSuiteFolder(), [&]() -> std::unique_ptr<Connection> {
+    ++waits;
+    throw RuntimeError(-2147467259, u"Could not use 'NewDB.mdb'; file already in use.",
+                       u"Microsoft JET Database Engine");
+  });
+  Create();
+  EXPECT_FALSE(control().ShowControl(1));
+  EXPECT_EQ(waits, 1);
+  const auto messages = Messages();
+  ASSERT_EQ(messages.size(), 1u);
+  for (const char* list : {"Load_List_of_All_Card_Types", "Load_List_of_All_Node_Names",
+                           "Load_List_of_All_mode_Names", "LoadPartitionNameToCombo"}) {
+    EXPECT_THAT(ToUtf8(messages.front().text),
+                ::testing::HasSubstr(
+                    std::string("Error Description:Could not use 'NewDB.mdb'; file already in "
+                                "use.\r\nError Source: Microsoft JET Database Engine - ") +
+                    list));
+  }
+  // The next attempt is one of its own.
+  EXPECT_FALSE(control().ShowControl(1));
+  EXPECT_EQ(waits, 2);
+}
+
+TEST_F(Loading, AnyOtherFailureIsThatOfItsOwnList) {
+  UseSite("plain");
+  int attempts = 0;
+  const SiteInPlace broken(GetSuiteFolder(), [&]() -> std::unique_ptr<Connection> {
+    ++attempts;
+    throw RuntimeError(-2147467259, u"Not a valid password.", u"Microsoft JET Database Engine");
+  });
+  Create();
+  EXPECT_FALSE(control().ShowControl(1));
+  EXPECT_GE(attempts, 4);
 }
 
 }  // namespace

@@ -42,6 +42,7 @@ end() {
   if [ -n "$display_pid" ]; then
     kill "$display_pid"
     wait "$display_pid"
+    rm -f "$XAUTHORITY"
   fi 2>/dev/null
   # Programs that end with their server may still write for a moment.
   for _ in $(seq 50); do

@@ -349,6 +349,30 @@ TEST_F(LeftBehind, AFileIsTheSameThroughEveryLink) {
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(elsewhere), {}), 1);
 }
 
+// Whoever may write the folder may put anything there. Nobody waits for the other end of a pipe.
+TEST_F(LeftBehind, APipeInThePlaceOfTheFileIsRefusedAtOnce) {
+  std::filesystem::remove(path_);
+  ASSERT_EQ(mkfifo(path_.c_str(), 0600), 0);
+  EXPECT_NE(WhatRaises([&] { Open(); }).find("no ordinary file"), std::string::npos);
+}
+
+TEST_F(LeftBehind, ALinkInThePlaceOfADraftIsNotFollowed) {
+  const auto victim = folder_.Path() / "victim";
+  const auto made = folder_.Path() / "made.mdb";
+  const auto draft = folder_.Path() / "made.mdb.new";
+  std::ofstream(victim).close();
+  std::filesystem::create_symlink(victim, draft);
+  EXPECT_THROW(Engine::Create(PathText(made)), RuntimeError);
+  EXPECT_EQ(std::filesystem::file_size(victim), 0u);
+  EXPECT_FALSE(std::filesystem::exists(made));
+  // A name of its own leads there as well, and looks like a draft that nobody has begun to write.
+  std::filesystem::remove(draft);
+  std::filesystem::create_hard_link(victim, draft);
+  Engine::Create(PathText(made));
+  EXPECT_EQ(std::filesystem::file_size(victim), 0u);
+  EXPECT_EQ(std::filesystem::hard_link_count(made), 1u);
+}
+
 TEST_F(LeftBehind, AFileWithTwoNamesOfItsOwnIsReadAndNotWritten) {
   const auto other = folder_.Path() / "other.mdb";
   std::filesystem::create_hard_link(path_, other);

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
@@ -35,10 +36,11 @@ class EnvironmentVariable {
 };
 
 std::filesystem::path WriteShellFolders(const Text& folder) {
-  static int written = 0;
-  const std::filesystem::path path =
-      std::filesystem::temp_directory_path() /
-      ("rdv-shell-folders-" + std::to_string(getpid()) + "-" + std::to_string(++written) + ".ini");
+  // A name that nobody can foresee: others may write that folder, too.
+  std::string path = std::filesystem::temp_directory_path() / "rdv-shell-folders-XXXXXX.ini";
+  const int file = mkstemps(path.data(), 4);
+  if (file < 0) throw std::runtime_error("no file can be made in the folder for temporary files");
+  close(file);
   std::ofstream(path, std::ios::binary)
       << "[Shell Folders]\r\nCommon AppData=\"" << ToUtf8(folder) << "\"\r\n";
   return path;

@@ -1,5 +1,7 @@
 #include "widgets/memory/memory_screen.h"
 
+#include "widgets/message_text.h"
+
 namespace rdv::memory {
 namespace {
 
@@ -15,7 +17,7 @@ MessageAnswer MemoryScreen::ShowMessage(TextView text, int style, std::optional<
     answer = answers_.front();
     answers_.pop_front();
   }
-  messages_.push_back({Text(text), std::optional<Text>(title), style, answer});
+  messages_.push_back({MessageText(text), std::optional<Text>(title), style, answer});
   return answer;
 }
 

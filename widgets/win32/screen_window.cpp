@@ -1,6 +1,7 @@
 #include "widgets/win32/screen_window.h"
 
 #include "runtime/error.h"
+#include "widgets/message_text.h"
 #include "widgets/win32/editor_window.h"
 #include "widgets/win32/wide.h"
 
@@ -11,7 +12,7 @@ MessageAnswer WindowScreen::ShowMessage(TextView text, int style, std::optional<
   const HWND owner = IsWindowVisible(host) ? host : nullptr;
   Text caption = title ? Text(*title) : WindowText(host);
   if (caption.empty()) caption = kProductSource;
-  const Text message(text);
+  const Text message = MessageText(text);
   if (on_opening) on_opening();
   if (on_modal) on_modal(true);
   const int answer = MessageBoxW(owner, Wide(message), Wide(caption),

@@ -20,7 +20,8 @@ Draft::Draft(FileSystem& files, const Text& final_path)
     const FileStamp stamp = file->Stamp();
     // Whoever had it removed it in the meantime.
     if (!stamp.linked) continue;
-    if (stamp.size == 0) {
+    // An empty one with other names as well is somebody else's.
+    if (stamp.size == 0 && !stamp.several_names) {
       RemoveJournal();
       file_ = std::move(file);
       continue;

@@ -214,7 +214,8 @@ class PosixFileSystem : public FileSystem {
     const bool database = access == FileAccess::Read || access == FileAccess::ReadWrite;
     // The others have names that anybody can foresee: a link that somebody has laid there is not
     // followed.
-    const int flags = O_CLOEXEC | extra | (database ? 0 : O_NOFOLLOW) |
+    // Nothing is waited for: not for somebody at the other end of a pipe that bears the name.
+    const int flags = O_CLOEXEC | O_NONBLOCK | extra | (database ? 0 : O_NOFOLLOW) |
                       (access == FileAccess::Read ? O_RDONLY : O_RDWR);
     const std::string name = ToUtf8(path);
     const int descriptor = open(name.c_str(), flags, 0666);
@@ -225,7 +226,9 @@ class PosixFileSystem : public FileSystem {
     }
     auto file = std::make_unique<PosixFile>(descriptor);
     struct stat status {};
-    if (fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode)) RaiseErrno(EISDIR);
+    if (fstat(descriptor, &status) != 0) RaiseErrno(errno);
+    if (S_ISDIR(status.st_mode)) RaiseErrno(EISDIR);
+    if (!S_ISREG(status.st_mode)) throw FileError(FileProblem::Other, "it is no ordinary file");
     return file;
   }
 };

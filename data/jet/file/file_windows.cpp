@@ -118,7 +118,18 @@ class WindowsFile : public File {
   // renamed meanwhile either.
   bool Bears(const Text&) override { return true; }
 
+  // Of a file that was opened as what it is, not as what it leads to.
+  bool IsReparsePoint() const { return (Tag().FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0; }
+  bool IsLink() const { return IsReparsePoint() && IsReparseTagNameSurrogate(Tag().ReparseTag); }
+
  private:
+  FILE_ATTRIBUTE_TAG_INFO Tag() const {
+    FILE_ATTRIBUTE_TAG_INFO tag{};
+    // A file system that cannot tell has no links.
+    GetFileInformationByHandleEx(handle_, FileAttributeTagInfo, &tag, sizeof tag);
+    return tag;
+  }
+
   static DWORD Piece(size_t size) {
     constexpr size_t kLargest = 1u << 30;
     return static_cast<DWORD>(std::min(size, kLargest));
@@ -133,11 +144,20 @@ class WindowsFileSystem : public FileSystem {
     const DWORD rights =
         access == FileAccess::Read ? GENERIC_READ : DWORD{GENERIC_READ | GENERIC_WRITE};
     const bool makes = access != FileAccess::Read && access != FileAccess::ReadWrite;
-    const HANDLE handle = CreateFileW(Wide(path).c_str(), rights, Sharing(access), nullptr,
-                                      makes ? OPEN_ALWAYS : OPEN_EXISTING,
-                                      FILE_ATTRIBUTE_NORMAL | FILE_FLAG_RANDOM_ACCESS, nullptr);
-    if (handle == INVALID_HANDLE_VALUE) RaiseLastError(GetLastError());
-    return std::make_unique<WindowsFile>(handle);
+    const auto open = [&](DWORD more_flags) {
+      const HANDLE handle = CreateFileW(
+          Wide(path).c_str(), rights, Sharing(access), nullptr, makes ? OPEN_ALWAYS : OPEN_EXISTING,
+          FILE_ATTRIBUTE_NORMAL | FILE_FLAG_RANDOM_ACCESS | more_flags, nullptr);
+      if (handle == INVALID_HANDLE_VALUE) RaiseLastError(GetLastError());
+      return std::make_unique<WindowsFile>(handle);
+    };
+    if (!makes) return open(0);
+    // The others have names that anybody can foresee: a link that somebody has laid there is not
+    // followed. What else is opened this way (files that the system keeps in a form of its own) has
+    // to be opened again.
+    auto file = open(FILE_FLAG_OPEN_REPARSE_POINT);
+    if (!file->IsLink()) return file->IsReparsePoint() ? open(0) : std::move(file);
+    throw FileError(FileProblem::Denied, "a link bears its name");
   }
 
   // New files inherit the rights that the folder gives to its files, as the model did.
