@@ -5,12 +5,16 @@
 namespace rdv {
 namespace {
 
+// Of so many rows, with the header and a horizontal scroll bar.
+constexpr Twips GridHeight(int rows) { return kGridHeaderHeight + rows * kGridRowHeight + 285; }
+
 constexpr Twips kMargin = 120;
 constexpr Twips kFrameTop = 240;  // room for a frame's caption
 // The eleven columns take 13000; a vertical scroll bar fits beside them.
 constexpr Twips kGridWidth = 13320;
-// Eleven rows, the most that a unit is given, and a horizontal scroll bar.
-constexpr Twips kGridHeight = kGridHeaderHeight + 11 * kGridRowHeight + 285;
+// Eleven rows, the most that a unit is given.
+constexpr Twips kGridHeight = GridHeight(11);
+constexpr Twips kLeastGridHeight = GridHeight(3);
 constexpr Twips kButtonWidth = 1215;
 constexpr Twips kButtonHeight = 375;
 constexpr Twips kDefaultsFrameHeight = 735;
@@ -18,17 +22,17 @@ constexpr Twips kUnitTypeWidth = 3000;  // that of its dropped-down list
 constexpr Twips kUnitTypeHeight = 315;
 constexpr Twips kRestoreWidth = 1575;
 
-}  // namespace
-
-Size DesignSize() {
-  return {kGridWidth + 4 * kMargin,
-          kGridHeight + kFrameTop + kDefaultsFrameHeight + kButtonHeight + 5 * kMargin};
+constexpr Twips HeightAround(Twips grid) {
+  return grid + kFrameTop + kDefaultsFrameHeight + kButtonHeight + 5 * kMargin;
 }
 
+}  // namespace
+
+Size DesignSize() { return {kGridWidth + 4 * kMargin, HeightAround(kGridHeight)}; }
+
 FormLayout LayOut(Size size) {
-  const Size design = DesignSize();
-  const Twips width = std::max(size.width, design.width);
-  const Twips height = std::max(size.height, design.height);
+  const Twips width = std::max(size.width, DesignSize().width);
+  const Twips height = std::max(size.height, HeightAround(kLeastGridHeight));
 
   FormLayout layout;
   const Twips button_top = height - kMargin - kButtonHeight;

@@ -145,5 +145,21 @@ TEST_F(FormTest, ALargerFormHasALargerGrid) {
   EXPECT_EQ(large.LVRDVLineConfig.Height(), grid.Height() + 500);
 }
 
+// A host may have given the control less room than it wants.
+TEST_F(FormTest, InALowerFormTheGridIsLowerAndNothingIsCutOff) {
+  Size low = DesignSize();
+  low.height -= 1320;
+  const FormLayout layout = LayOut(low);
+  EXPECT_EQ(layout.grid.height, LayOut(DesignSize()).grid.height - 1320);
+  EXPECT_LT(layout.fraConfiguration.top + layout.fraConfiguration.height, layout.fraDefault.top);
+  EXPECT_LT(layout.fraDefault.top + layout.fraDefault.height, layout.cmdOK.top);
+  EXPECT_LT(layout.cmdOK.top + layout.cmdOK.height, low.height);
+}
+
+TEST_F(FormTest, TheGridOfTheLowestFormHasThreeRows) {
+  EXPECT_GE(LayOut({0, 0}).grid.height, kGridHeaderHeight + 3 * kGridRowHeight);
+  EXPECT_LT(LayOut({0, 0}).grid.height, kGridHeaderHeight + 4 * kGridRowHeight);
+}
+
 }  // namespace
 }  // namespace rdv::memory
