@@ -219,8 +219,8 @@ bool ucRDVLineConfig::Core::LoadAllLists() {
 void ucRDVLineConfig::Core::RaiseRemoveME() {
   if (!control_) return;
   // The host may destroy the control in it, and with the control its own function.
-  const std::function<void()> RemoveME = control_->RemoveME;
-  if (RemoveME) RemoveME();
+  const std::function<void()> handler = control_->RemoveME;
+  if (handler) handler();
 }
 
 ucRDVLineConfig::ucRDVLineConfig(const Form& form, ControlOptions options)

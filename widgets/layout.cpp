@@ -6,7 +6,9 @@ namespace rdv {
 namespace {
 
 // Of so many rows, with the header and a horizontal scroll bar.
-constexpr Twips GridHeight(int rows) { return kGridHeaderHeight + rows * kGridRowHeight + 285; }
+constexpr Twips GridHeight(int rows) {
+  return kGridHeaderHeight + rows * kGridRowHeight + 285;
+}
 
 constexpr Twips kMargin = 120;
 constexpr Twips kFrameTop = 240;  // room for a frame's caption
@@ -28,7 +30,9 @@ constexpr Twips HeightAround(Twips grid) {
 
 }  // namespace
 
-Size DesignSize() { return {kGridWidth + 4 * kMargin, HeightAround(kGridHeight)}; }
+Size DesignSize() {
+  return {kGridWidth + 4 * kMargin, HeightAround(kGridHeight)};
+}
 
 FormLayout LayOut(Size size) {
   const Twips width = std::max(size.width, DesignSize().width);

@@ -22,10 +22,10 @@ Size DesignSize();
 
 // Frames and grid grow with the control; the buttons keep their size and stay at the right edge
 // below the frames. In a lower control than that of the design size the grid shows fewer rows and
-// scrolls; less than three rows, or a part of its columns, it never has: then the layout is cut off.
-// Editors are placed over cells by the control; only their height is fixed.
-// The grid's rectangle and the editors share one coordinate system, that of fraConfiguration's
-// content; the widgets of fraDefault are likewise relative to it.
+// scrolls; less than three rows, or a part of its columns, it never has: then the layout is cut
+// off. Editors are placed over cells by the control; only their height is fixed. The grid's
+// rectangle and the editors share one coordinate system, that of fraConfiguration's content; the
+// widgets of fraDefault are likewise relative to it.
 struct FormLayout {
   Rectangle fraConfiguration;
   Rectangle grid;  // within fraConfiguration

@@ -111,6 +111,7 @@ class CellWalk : public OleTest {
 };
 
 TEST_F(CellWalk, TabOpensEveryCellInOrderAndEndsInTheGrid) {
+  if (!CanPaint()) GTEST_SKIP() << "rows have no height here";
   const BoxAnswerer boxes;  // a stored label has two quotes in a row
   EXPECT_EQ(Press(VK_DOWN), S_OK);
   ASSERT_EQ(SelectedRow(), 1);
@@ -122,6 +123,7 @@ TEST_F(CellWalk, TabOpensEveryCellInOrderAndEndsInTheGrid) {
 }
 
 TEST_F(CellWalk, ShiftTabOpensThemBackwards) {
+  if (!CanPaint()) GTEST_SKIP() << "rows have no height here";
   const BoxAnswerer boxes;
   const auto expected = AllCells();
   ASSERT_FALSE(expected.empty());

@@ -64,6 +64,9 @@ TEST_F(LibraryFile, ExportsTheFourEntryPointsAndNothingElse) {
 // The libraries that it imports are the system's. The only ones that are named at run time are
 // among its imports as well, so that none is ever taken from the current folder.
 TEST_F(LibraryFile, NamesNoLibraryThatIsYetToBeLoaded) {
+  // The last is what the version resource calls the library itself.
+  static const std::set<std::string> kAllowed = {"user32.dll", "msvcrt.dll", "advapi32.dll",
+                                                 "TLV_RDV_Line_Config.dll"};
   const std::string ending("\0.\0d\0l\0l\0\0", 10);
   std::set<std::string> named;
   for (size_t at = bytes_.find(ending); at != std::string::npos; at = bytes_.find(ending, at + 1)) {
@@ -71,11 +74,12 @@ TEST_F(LibraryFile, NamesNoLibraryThatIsYetToBeLoaded) {
     for (size_t each = at - 1; bytes_[each] > ' ' && bytes_[each + 1] == 0; each -= 2) {
       name.insert(name.begin(), bytes_[each]);
     }
+    // The last letter of a narrow text may stand right before the first of the name.
+    if (kAllowed.contains(name.substr(1))) name.erase(0, 1);
     named.insert(name);
   }
   EXPECT_TRUE(named.contains("user32.dll"));
-  named.erase("TLV_RDV_Line_Config.dll");  // what the version resource calls the library itself
-  EXPECT_THAT(named, testing::IsSubsetOf({"user32.dll", "msvcrt.dll", "advapi32.dll"}));
+  for (const std::string& name : named) EXPECT_TRUE(kAllowed.contains(name)) << name;
 }
 
 TEST_F(LibraryFile, LoadsAtRandomAddressesWithoutExecutableData) {

@@ -72,6 +72,7 @@ TEST_F(UserHands, EnterWhileEditingKeepsWhatWasChosen) {
 }
 
 TEST_F(UserHands, TabInAnOpenListTakesTheHighlightedEntry) {
+  if (!CanPaint()) GTEST_SKIP() << "no list drops down here";
   Open(control_id::cmbSoftStop);
   const std::wstring before = Text(row_, column::kSoftStop);
   const HWND list = GetFocus();

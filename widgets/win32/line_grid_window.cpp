@@ -266,6 +266,7 @@ std::optional<int> LineGridWindow::RowAt(POINT point) const {
 void LineGridWindow::SetRowHeight() {
   const int height = scale_.Pixels(kGridRowHeight) - 1;
   const HIMAGELIST images = ImageList_Create(1, height, ILC_COLOR, 0, 1);
+  if (!images) return;  // the rows keep the height that the list gives them
   const auto previous = reinterpret_cast<HIMAGELIST>(
       Send(LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(images)));
   if (previous) ImageList_Destroy(previous);

@@ -43,6 +43,15 @@ LRESULT Select(ComboBox& box, WPARAM index) {
   return box.selected;
 }
 
+// An arrow key in a closed list picks the neighbouring entry.
+void SelectNeighbour(HWND window, ComboBox& box, int direction) {
+  const LRESULT next = box.selected + direction;
+  if (next < 0 || next >= static_cast<LRESULT>(box.entries.size())) return;
+  Select(box, static_cast<WPARAM>(next));
+  Notify(window, CBN_SELENDOK);
+  Notify(window, CBN_SELCHANGE);
+}
+
 LRESULT OnListMessage(ComboBox& box, UINT message, WPARAM wparam, LPARAM lparam) {
   ComboBox::Entry* entry = wparam < box.entries.size() ? &box.entries[wparam] : nullptr;
   switch (message) {
@@ -111,6 +120,11 @@ LRESULT CALLBACK ComboBoxProcedure(HWND window, UINT message, WPARAM wparam, LPA
         SetFocus(box.text_part);
       } else {
         Notify(window, CBN_SETFOCUS);
+      }
+      return 0;
+    case WM_KEYDOWN:
+      if (wparam == VK_DOWN || wparam == VK_UP) {
+        SelectNeighbour(window, box, wparam == VK_DOWN ? 1 : -1);
       }
       return 0;
     case WM_KILLFOCUS:
