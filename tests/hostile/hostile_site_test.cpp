@@ -19,7 +19,6 @@ namespace {
 using jet::FileField;
 
 constexpr int16_t kConfig = 1;
-constexpr int32_t kHigh = 128;
 
 std::vector<uint8_t> ReadBytes(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
