@@ -7,7 +7,7 @@
 #include <system_error>
 #include <vector>
 
-#include "data/jet/file/file.h"
+#include "data/jet/file/draft.h"
 
 namespace rdv::lines {
 namespace {
@@ -41,22 +41,16 @@ std::filesystem::path Target(const std::filesystem::path& path) {
 void WriteFile(const Text& path, std::string_view content) {
   if (IsDeviceOrPipe(std::filesystem::path(path))) return WriteThrough(path, content);
   const std::filesystem::path target = Target(std::filesystem::path(path));
-  std::filesystem::path draft = target;
-  draft += u".new";
   try {
-    {
-      const auto file = jet::NativeFileSystem().Open(draft.u16string(), jet::FileAccess::Create);
-      file->Resize(0);
-      file->WriteAt(0,
-                    jet::Bytes(reinterpret_cast<const uint8_t*>(content.data()), content.size()));
-      file->Flush();
-    }
-    std::filesystem::rename(draft, target);
+    // In a file of its own, whatever bears the draft's name already.
+    jet::Draft draft(jet::NativeFileSystem(), target.u16string());
+    draft.Content().WriteAt(
+        0, jet::Bytes(reinterpret_cast<const uint8_t*>(content.data()), content.size()));
+    draft.Content().Flush();
+    std::filesystem::rename(std::filesystem::path(draft.Path()), target);
   } catch (const jet::FileError& error) {
     Fail(path, "written", error.what());
   } catch (const std::filesystem::filesystem_error& error) {
-    std::error_code ignored;
-    std::filesystem::remove(draft, ignored);
     Fail(path, "written", error.code().message());
   }
 }

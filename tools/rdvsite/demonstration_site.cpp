@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <fstream>
 #include <initializer_list>
+#include <string_view>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -11,7 +11,7 @@
 #include "data/folders_and_files.h"
 #include "data/jet/catalog/table_spec.h"
 #include "data/jet/engine.h"
-#include "data/jet/file/file.h"
+#include "data/jet/file/draft.h"
 #include "runtime/error.h"
 #include "tools/rdvsite/demonstration_tables.h"
 
@@ -297,22 +297,15 @@ void WriteDatabase(jet::Engine& engine, int configurations) {
 // Whether it made them. Those that are there are kept.
 bool WriteSettings(const std::filesystem::path& path) {
   if (std::filesystem::exists(path)) return false;
-  std::filesystem::path draft = path;
-  draft += ".new";
-  std::error_code error;
-  std::ofstream settings(draft, std::ios::binary | std::ios::trunc);
-  settings << kSettings;
-  settings.close();
   try {
-    if (!settings) RaiseFileAccess(path);
-    jet::NativeFileSystem().Rename(draft.u16string(), path.u16string());
+    const std::string_view text = kSettings;
+    jet::Draft draft(jet::NativeFileSystem(), path.u16string());
+    draft.Content().WriteAt(0,
+                            jet::Bytes(reinterpret_cast<const uint8_t*>(text.data()), text.size()));
+    draft.Publish();
   } catch (const jet::FileError& problem) {
-    std::filesystem::remove(draft, error);
     if (problem.Problem() == jet::FileProblem::Exists) return false;
     RaiseFileAccess(path);
-  } catch (...) {
-    std::filesystem::remove(draft, error);
-    throw;
   }
   return true;
 }
