@@ -2,7 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <regex>
+#include <set>
 
 #include "tests/lines/lines_site.h"
 #include "tests/support/sites/places.h"
@@ -96,6 +98,48 @@ TEST(Guide, ThePageOfTheManualAndTheCompletionKnowEveryCommand) {
     EXPECT_TRUE(std::regex_search(completion, std::regex("\\b" + command + "\\b"))) << command;
   }
 }
+
+#ifndef _WIN32
+
+std::set<std::string> OptionsIn(const std::string& text) {
+  std::set<std::string> options;
+  const std::regex option("--[a-z-]+");
+  for (std::sregex_iterator at(text.begin(), text.end(), option), end; at != end; ++at) {
+    options.insert(at->str());
+  }
+  return options;
+}
+
+// What the completion offers behind "rdvlines COMMAND --".
+std::string Completed(const std::string& command) {
+  const std::filesystem::path completion = rdv::sites::Place("delivery") / "rdvlines.bash";
+  const std::string script = "source '" + completion.string() + "'; COMP_WORDS=(rdvlines " +
+                             command + " --); COMP_CWORD=2; _rdvlines; echo \"${COMPREPLY[*]}\"";
+  std::string output;
+  FILE* const pipe = popen(
+      ("bash -c '" + std::regex_replace(script, std::regex("'"), "'\\''") + "'").c_str(), "r");
+  char piece[4096];
+  for (size_t size; (size = fread(piece, 1, sizeof piece, pipe)) > 0;) output.append(piece, size);
+  EXPECT_EQ(pclose(pipe), 0) << script;
+  return output;
+}
+
+TEST(Guide, TheCompletionOffersTheOptionsOfEachCommand) {
+  for (const std::string command : kCommands) {
+    const std::string help = RunWords({command, "--help"}).out;
+    // What stands behind the name of an option may name another one.
+    std::string names;
+    for (const std::string& line : LinesOf(help)) {
+      const size_t at = line.find_first_not_of(' ');
+      if (at != std::string::npos && at > 0 && line[at] == '-') {
+        names += line.substr(0, line.find(' ', at)) + " ";
+      }
+    }
+    EXPECT_EQ(OptionsIn(Completed(command)), OptionsIn(names)) << command;
+  }
+}
+
+#endif
 
 TEST(Help, TellsWhichWordsHaveToBeThere) {
   EXPECT_THAT(RunWords({"set", "--help"}).out,

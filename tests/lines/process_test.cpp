@@ -10,6 +10,7 @@
 #include <sstream>
 
 #include "tests/lines/lines_site.h"
+#include "tests/support/sites/places.h"
 #include "tools/lines/progress.h"
 #include "tools/rdvsite/demonstration_site.h"
 
@@ -40,12 +41,16 @@ TEST(Progress, IsNotShownWhereNobodyLooksNorOfWorkThatIsDoneAtOnce) {
   EXPECT_EQ(pipe.str(), "");
 }
 
+std::string Program() {
+  return "'" + rdv::sites::Place("rdvlines").string() + "'";
+}
+
 // What the program writes to a terminal of its own.
 std::string OnATerminal(const std::string& site, const std::string& output) {
   int terminal = 0;
   const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
   if (child == 0) {
-    const std::string command = RDV_LINES_PROGRAM " check '" + site + "' >'" + output + "'";
+    const std::string command = Program() + " check '" + site + "' >'" + output + "'";
     execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
     _exit(127);
   }
@@ -70,7 +75,7 @@ TEST(Process, ShowsHowFarLongWorkIsOnATerminalAndOnlyThere) {
   EXPECT_THAT(OnATerminal(site, output),
               testing::MatchesRegex("(\rconfiguration [0-9]+ of [0-9]+)+\r *\r"));
   const std::string command =
-      RDV_LINES_PROGRAM " check '" + site + "' 2>&1 >'" + output + ".2' | cat >'" + output + ".3'";
+      Program() + " check '" + site + "' 2>&1 >'" + output + ".2' | cat >'" + output + ".3'";
   EXPECT_EQ(std::system(command.c_str()), 0);
   EXPECT_EQ(ReadBytes(output + ".3"), "");
   EXPECT_EQ(ReadBytes(output + ".2"), ReadBytes(output));
