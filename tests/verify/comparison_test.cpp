@@ -1,0 +1,76 @@
+// What the kit makes of two runs, and of a machine before and after.
+#include "tools/verify/comparison.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "tests/support/site_files.h"
+
+namespace rdv::verify {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+TEST(Snapshots, TellWhatCameWentAndChanged) {
+  const Snapshot before = {{"kept", 1}, {"changed", 1}, {"gone", 1}};
+  const Snapshot after = {{"kept", 1}, {"changed", 2}, {"new", 1}};
+  EXPECT_THAT(Differences(before, after), ElementsAre("changed changed", "gone gone", "added new"));
+  EXPECT_THAT(Differences(before, before), ElementsAre());
+}
+
+TEST(Digests, DifferWithTheBytesAndTheirOrder) {
+  EXPECT_NE(Digest(kEmptyDigest, "ab", 2), Digest(kEmptyDigest, "ba", 2));
+  EXPECT_EQ(Digest(Digest(kEmptyDigest, "a", 1), "b", 1), Digest(kEmptyDigest, "ab", 2));
+}
+
+class Runs : public testing::Test {
+ protected:
+  void Write(const test::TemporaryFolder& folder, const char* name, const char* text) {
+    std::ofstream(folder.Path() / name, std::ios::binary) << text;
+  }
+  std::vector<Finding> Compare() { return CompareRuns(one_.Path(), other_.Path(), &BytesOf); }
+
+  test::TemporaryFolder one_;
+  test::TemporaryFolder other_;
+};
+
+TEST_F(Runs, WithTheSameAnswersAndDatabasesPass) {
+  for (const auto* folder : {&one_, &other_}) {
+    Write(*folder, "a.jsonl", "{}\n");
+    Write(*folder, "a.mdb", "rows");
+    Write(*folder, "b.jsonl", "{}\n");
+  }
+  const auto findings = Compare();
+  ASSERT_EQ(findings.size(), 2u);
+  EXPECT_EQ(findings[0].outcome, Outcome::Passed);
+  EXPECT_EQ(findings[1].outcome, Outcome::Passed);
+}
+
+TEST_F(Runs, WithOtherAnswersFailAndNameTheLine) {
+  Write(one_, "a.jsonl", "{}\n{\"shown\":true}\n");
+  Write(other_, "a.jsonl", "{}\n{\"shown\":false}\n");
+  const auto findings = Compare();
+  ASSERT_EQ(findings.size(), 1u);
+  EXPECT_EQ(findings[0].outcome, Outcome::Failed);
+  EXPECT_THAT(findings[0].text, HasSubstr("answers: line 2"));
+}
+
+TEST_F(Runs, WithOtherDatabasesFail) {
+  Write(one_, "a.jsonl", "{}\n");
+  Write(other_, "a.jsonl", "{}\n");
+  Write(one_, "a.mdb", "one");
+  EXPECT_EQ(Compare().at(0).outcome, Outcome::Failed) << "only one has a database";
+  Write(other_, "a.mdb", "other");
+  EXPECT_THAT(Compare().at(0).text, HasSubstr("databases: "));
+}
+
+TEST_F(Runs, OfWhichOneLacksAScenarioFail) {
+  Write(one_, "a.jsonl", "{}\n");
+  EXPECT_EQ(Compare().at(0).outcome, Outcome::Failed);
+}
+
+}  // namespace
+}  // namespace rdv::verify
