@@ -102,6 +102,10 @@ std::map<std::string, int> Measures(PlacedControl& placed) {
   row.left = LVIR_BOUNDS;
   SendMessageW(grid, LVM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&row));
   measures["row"] = row.bottom - row.top;
+  for (const auto& [id, name] : {std::pair{control_id::cmbRDVType, "list of the unit types"},
+                                 std::pair{control_id::cmbVolume, "list of the volumes"}}) {
+    measures[name] = static_cast<int>(SendMessageW(placed.Child(id), CB_GETDROPPEDWIDTH, 0, 0));
+  }
   // Without device contexts the system's font is of no resolution.
   if (!CanPaint()) return measures;
   for (const auto& [id, name] : {std::pair{control_id::cmdOK, "font of the buttons"},

@@ -138,6 +138,26 @@ TEST_F(UserHands, ScrollingLeavesTheFocusOnTheGrid) {
   EXPECT_EQ(Focus(), control_id::LVRDVLineConfig);
 }
 
+TEST_F(UserHands, APressOnTheHeaderLeavesTheFocusOnTheGridOrWhereItWas) {
+  const auto header = reinterpret_cast<HWND>(SendMessageW(Grid(), LVM_GETHEADER, 0, 0));
+  const auto press = [&] {
+    RECT caption = {};
+    SendMessageW(header, HDM_GETITEMRECT, column::kLabel - 1, reinterpret_cast<LPARAM>(&caption));
+    const LPARAM middle =
+        MAKELPARAM((caption.left + caption.right) / 2, (caption.top + caption.bottom) / 2);
+    SendMessageW(header, WM_LBUTTONDOWN, MK_LBUTTON, middle);
+    SendMessageW(header, WM_LBUTTONUP, 0, middle);
+    PumpMessages();
+  };
+  Open(control_id::cmbSoftStop);
+  press();
+  EXPECT_EQ(Focus(), control_id::LVRDVLineConfig) << "the cell is closed";
+  const HWND ok = placed_->Child(control_id::cmdOK);
+  SetFocus(ok);
+  press();
+  EXPECT_THAT(GetFocus(), testing::AnyOf(ok, Grid()));
+}
+
 TEST_F(UserHands, AMessageBoxGivesTheFocusBack) {
   SetFocus(placed_->Child(control_id::cmdCancel));
   PumpMessages();
