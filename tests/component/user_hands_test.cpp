@@ -139,6 +139,7 @@ TEST_F(UserHands, ScrollingLeavesTheFocusOnTheGrid) {
 }
 
 TEST_F(UserHands, APressOnTheHeaderLeavesTheFocusOnTheGridOrWhereItWas) {
+  if (!CanPaint()) GTEST_SKIP() << "a pressed header is painted, and nothing can be here";
   const auto header = reinterpret_cast<HWND>(SendMessageW(Grid(), LVM_GETHEADER, 0, 0));
   const auto press = [&] {
     RECT caption = {};
