@@ -26,6 +26,18 @@ size_t Count(const std::string& text, const std::string& part) {
   return count;
 }
 
+TEST(Report, IsNotWrittenOverADatabase) {
+  const LinesSite site;
+  const std::string before = site.Bytes();
+  for (const char* command : {"report", "export"}) {
+    const Outcome refused = site.Run(command, {"-o", site.Database().string()});
+    EXPECT_EQ(refused.code, 3);
+    EXPECT_NE(refused.errors.find("cannot be written: it is a database"), std::string::npos)
+        << refused.errors;
+  }
+  EXPECT_EQ(site.Bytes(), before);
+}
+
 TEST(Report, HoldsEveryUnitItsFindingsAndTheCounts) {
   const LinesSite site;
   const std::filesystem::path page = site.Scratch("page.html");

@@ -67,6 +67,8 @@ TEST(Csv, SaysWhereSomethingIsWrong) {
             "row 3, column 1: there is text behind the quote that closes the field");
   EXPECT_EQ(error_of("a,b\n1,M\xFCller\n"),
             "row 2, column 2: is not UTF-8; save the file as \"CSV UTF-8\"");
+  EXPECT_EQ(error_of(std::string_view("a,b\n\"1\0\",2\n", 11)),
+            "row 2, column 1: has a character that no file of text has");
 }
 
 class EverySite : public testing::TestWithParam<const char*> {};

@@ -95,6 +95,16 @@ TEST_F(SitePrograms, FailWhenADumpDoesNotFitOnTheDisk) {
   EXPECT_EQ(dump.printed, "rdvsite dump: the output cannot be written: No space left on device\n");
 }
 
+// A database that is opened then must not become what the program prints to.
+TEST_F(SitePrograms, LeaveTheDatabaseAloneWhereTheirOutputIsClosed) {
+  ASSERT_EQ(created_.code, kDone) << created_.printed;
+  const std::string sum = "cd " + Site() + " && find . -type f | sort | xargs sha256sum";
+  const std::string before = Shell(sum).printed;
+  EXPECT_EQ(Shell(Program() + " dump " + Site() + " 2>/dev/null >&-").code, kUnusable);
+  EXPECT_EQ(Shell(Program() + " dump " + Site() + " <&- 2>&- | wc -l").code, kDone);
+  EXPECT_EQ(Shell(sum).printed, before);
+}
+
 TEST_F(SitePrograms, EndQuietlyWhenTheReaderOfAPipeHasGone) {
   ASSERT_EQ(created_.code, kDone) << created_.printed;
   const std::string errors = (folder_.Path() / "errors").string();

@@ -232,8 +232,9 @@ TEST_F(SiteTool, TellsEngineErrorsWithNumberDescriptionAndSource) {
 TEST_F(SiteTool, HelpOnStatementsHasTheGrammarAndExamples) {
   const Outcome help = RunTool({"help", "sql"});
   EXPECT_EQ(help.code, kDone);
-  for (const char* part : {"SELECT item", "INSERT INTO", "ORDER BY", "IS [NOT] NULL", "\\N is Null",
-                           "rdvsite sql NewDB.mdb \"UPDATE"}) {
+  for (const char* part : {"SELECT [DISTINCT] [TOP number] item", "INSERT INTO", "ORDER BY",
+                           "COUNT(*)", "[NOT] IN (", "[NOT] BETWEEN", "[NOT] LIKE", "IS [NOT] NULL",
+                           "\\N is Null", "rdvsite sql NewDB.mdb \"UPDATE"}) {
     EXPECT_NE(help.out.find(part), std::string::npos) << part;
   }
 }

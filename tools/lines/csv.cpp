@@ -121,6 +121,7 @@ Text CsvReader::Field() {
     field = bytes_.substr(at_, end - at_);
     at_ = end;
   }
+  if (field.find('\0') != std::string::npos) Fail("has a character that no file of text has");
   if (!IsUtf8(field)) Fail("is not UTF-8; save the file as \"CSV UTF-8\"");
   return FromUtf8(field);
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "data/jet/file/draft.h"
+#include "data/jet/format/header.h"
 
 namespace rdv::lines {
 namespace {
@@ -36,11 +37,23 @@ std::filesystem::path Target(const std::filesystem::path& path) {
   return target.empty() ? path : target;
 }
 
+bool IsDatabase(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::vector<char> start(4096);
+  file.read(start.data(), static_cast<std::streamsize>(start.size()));
+  std::error_code ignored;
+  const auto size = std::filesystem::file_size(path, ignored);
+  const jet::Bytes bytes(reinterpret_cast<const uint8_t*>(start.data()),
+                         static_cast<size_t>(file.gcount()));
+  return !bytes.empty() && !jet::WhyNotRecognized(bytes, ignored ? 0 : size);
+}
+
 }  // namespace
 
 void WriteFile(const Text& path, std::string_view content) {
   if (IsDeviceOrPipe(std::filesystem::path(path))) return WriteThrough(path, content);
   const std::filesystem::path target = Target(std::filesystem::path(path));
+  if (IsDatabase(target)) Fail(path, "written", "it is a database");
   try {
     // In a file of its own, whatever bears the draft's name already.
     jet::Draft draft(jet::NativeFileSystem(), target.u16string());

@@ -9,7 +9,8 @@
 namespace rdv::lines {
 
 // The file is there whole or, when this throws std::runtime_error, as it was before. What is no
-// file, a device or a pipe, is written to.
+// file, a device or a pipe, is written to. A database is never written over: nobody who names one
+// for a table or a page means it.
 void WriteFile(const Text& path, std::string_view content);
 // Throws std::runtime_error.
 std::string ReadFile(const Text& path);

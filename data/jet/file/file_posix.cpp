@@ -210,6 +210,17 @@ class PosixFileSystem : public FileSystem {
   }
 
  private:
+  // Never one of the three that a program reads from and prints to: where its caller has closed
+  // those, what it prints would be written over the database.
+  static int AwayFromStandardStreams(int descriptor) {
+    if (descriptor > STDERR_FILENO) return descriptor;
+    const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    const int error = errno;
+    close(descriptor);
+    if (moved < 0) RaiseErrno(error);
+    return moved;
+  }
+
   static std::unique_ptr<PosixFile> OpenWith(const Text& path, FileAccess access, int extra) {
     const bool database = access == FileAccess::Read || access == FileAccess::ReadWrite;
     // The others have names that anybody can foresee: a link that somebody has laid there is not
@@ -224,9 +235,10 @@ class PosixFileSystem : public FileSystem {
         throw FileError(FileProblem::FolderNotFound, std::strerror(ENOENT));
       RaiseErrno(errno);
     }
-    auto file = std::make_unique<PosixFile>(descriptor);
+    const int kept = AwayFromStandardStreams(descriptor);
+    auto file = std::make_unique<PosixFile>(kept);
     struct stat status {};
-    if (fstat(descriptor, &status) != 0) RaiseErrno(errno);
+    if (fstat(kept, &status) != 0) RaiseErrno(errno);
     if (S_ISDIR(status.st_mode)) RaiseErrno(EISDIR);
     if (!S_ISREG(status.st_mode)) throw FileError(FileProblem::Other, "it is no ordinary file");
     return file;
