@@ -7,6 +7,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
+#include <filesystem>
 #include <sstream>
 
 #include "tests/lines/lines_site.h"
@@ -80,6 +82,38 @@ TEST(Process, ShowsHowFarLongWorkIsOnATerminalAndOnlyThere) {
   EXPECT_EQ(ReadBytes(output + ".3"), "");
   EXPECT_EQ(ReadBytes(output + ".2"), ReadBytes(output));
   EXPECT_THAT(ReadBytes(output), Not(HasSubstr("\r")));
+}
+
+// The words of the shell behind the program's own, and what came of them.
+struct Ended {
+  int code = 0;
+  std::string printed;
+};
+Ended Shell(const std::string& words) {
+  Ended ended;
+  FILE* pipe = popen((Program() + " " + words).c_str(), "r");
+  char piece[4096];
+  for (size_t size; (size = fread(piece, 1, sizeof piece, pipe)) > 0;)
+    ended.printed.append(piece, size);
+  ended.code = WEXITSTATUS(pclose(pipe));
+  return ended;
+}
+
+TEST(Process, SaysThatAChangeIsWrittenOfWhichItCannotTell) {
+  const LinesSite site;
+  const std::string before = site.Bytes();
+  const Ended set = Shell("set '" + site.Folder() + "' 1 all 'Label=Front desk' 2>&1 >/dev/full");
+  EXPECT_EQ(set.code, 3);
+  EXPECT_THAT(set.printed, HasSubstr("the change is written; the output cannot be: No space left"));
+  EXPECT_NE(site.Bytes(), before);
+}
+
+TEST(Process, SaysWhyAFileIsNoDatabaseThatItCanUse) {
+  const LinesSite site;
+  std::filesystem::resize_file(site.Database(), 0);
+  const Ended check = Shell("check '" + site.Folder() + "' 2>&1");
+  EXPECT_EQ(check.code, 3);
+  EXPECT_THAT(check.printed, HasSubstr("empty"));
 }
 
 }  // namespace

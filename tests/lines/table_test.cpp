@@ -86,18 +86,9 @@ TEST_P(EverySite, IsTheSameAfterAnExportAndAnImport) {
   EXPECT_THAT(site.FilesBesideDatabase(), IsEmpty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Sites, EverySite, testing::Values("plain", "plain2003"),
+INSTANTIATE_TEST_SUITE_P(Sites, EverySite,
+                         testing::Values("plain", "plain2003", "indexed", "large"),
                          [](const auto& site) { return std::string(site.param); });
-
-// A few units of the many: bench/ times all of them.
-TEST(Import, OfUnitsOfALargeSiteChangesNothing) {
-  const LinesSite site("large");
-  const std::string table = site.Scratch("table.csv").string();
-  ASSERT_EQ(site.Run("export", {"1", "5082", "-o", table}).code, 0);
-  const std::string before = site.Bytes();
-  EXPECT_EQ(site.Run("import", {table}).out, "nothing was written\n");
-  EXPECT_EQ(site.Bytes(), before);
-}
 
 // The table of a site with one text in the place of another.
 std::string Edited(const LinesSite& site, const std::string& from, const std::string& to) {

@@ -1,10 +1,12 @@
 #include "tools/lines/site_session.h"
 
+#include <stdexcept>
 #include <utility>
 
 #include "data/jet/sql/execution.h"
 #include "data/jet/sql/parameters.h"
 #include "data/jet/sql/statement_parser.h"
+#include "tools/database_file/explained.h"
 
 namespace rdv::lines {
 namespace {
@@ -31,6 +33,14 @@ bool IsReferenceQuery(TextView statement) {
   return statement.find(u"FROM SR_") != TextView::npos;
 }
 
+std::unique_ptr<jet::Engine> OpenDatabase(const Text& path) {
+  try {
+    return jet::Engine::Open(path, Options());
+  } catch (const RuntimeError& error) {
+    throw std::runtime_error(Explained(error, path));
+  }
+}
+
 }  // namespace
 
 // What a DataBase gets: it opens and closes nothing.
@@ -50,7 +60,7 @@ class SiteSession::Forwarding : public Connection {
 };
 
 SiteSession::SiteSession(SiteLocation location)
-    : location_(std::move(location)), engine_(jet::Engine::Open(location_.database, Options())) {}
+    : location_(std::move(location)), engine_(OpenDatabase(location_.database)) {}
 
 SiteSession::~SiteSession() = default;
 
@@ -65,11 +75,13 @@ SiteSession::Reading::~Reading() {
   session_.ForgetRows();
 }
 
-SiteSession::Writing::Writing(SiteSession& session)
+SiteSession::Writing::Writing(SiteSession& session) try
     : session_(session),
       scope_(*session.engine_),
       in_place_(session.location_.suite_folder, [&session] { return session.Connect(); }) {
   session_.ForgetRows();
+} catch (const RuntimeError& error) {
+  throw std::runtime_error(Explained(error, session.Database()));
 }
 
 SiteSession::Writing::~Writing() {

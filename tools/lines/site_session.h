@@ -19,7 +19,8 @@ namespace rdv::lines {
 
 // Every access lies in a Reading or a Writing. While one is open, every DataBase of this process
 // works in it: on one state of the file, or inside the one change that Commit makes. Not
-// thread-safe. Everything raises RuntimeError.
+// thread-safe. A database that cannot be opened, or not written, raises std::runtime_error with a
+// sentence for the user; everything else RuntimeError.
 class SiteSession {
  public:
   explicit SiteSession(SiteLocation location);

@@ -2,8 +2,10 @@
 #include <algorithm>
 #include <map>
 #include <ostream>
+#include <stdexcept>
 
 #include "tools/command_line/command_line.h"
+#include "tools/command_line/standard_output.h"
 #include "tools/lines/changes.h"
 #include "tools/lines/columns.h"
 #include "tools/lines/commands.h"
@@ -105,6 +107,16 @@ void PrintSavedBesides(const ChangeOutcome& outcome, std::ostream& out) {
   }
 }
 
+// A change of which nobody is told is there all the same.
+void RequireTold(std::ostream& out) {
+  try {
+    out.flush();
+  } catch (const tools::OutputError& error) {
+    throw std::runtime_error("the change is written; the output cannot be: " +
+                             std::string(error.what()));
+  }
+}
+
 int Finish(const ChangeOutcome& outcome, bool dry_run, const Surroundings& around) {
   Print(outcome.changes, around.out);
   if (outcome.written) PrintSavedBesides(outcome, around.out);
@@ -118,6 +130,7 @@ int Finish(const ChangeOutcome& outcome, bool dry_run, const Surroundings& aroun
     around.out << "written; the database from before is "
                << ToUtf8(outcome.copy.filename().u16string()) << '\n';
   }
+  if (outcome.written && !dry_run) RequireTold(around.out);
   return outcome.refused.empty() && outcome.conflicts.empty() ? kDone : kFindings;
 }
 

@@ -155,7 +155,10 @@ int Repair(const RepairOptions& options, std::ostream& out) {
   try {
     return RepairFile(path, options, out);
   } catch (const RuntimeError& error) {
-    throw std::runtime_error(Explained(error, path));
+    // What is wrong with the copy is not wrong with the file.
+    const Text copy = FromUtf8(options.copy);
+    const bool about_copy = !copy.empty() && error.Description().find(copy) != Text::npos;
+    throw std::runtime_error(about_copy ? Described(error) : Explained(error, path));
   }
 }
 

@@ -8,6 +8,7 @@
 #include "runtime/error.h"
 #include "runtime/text.h"
 #include "tools/command_line/command_line.h"
+#include "tools/database_file/explained.h"
 
 namespace rdv {
 
@@ -21,14 +22,9 @@ Text DatabasePath(const std::string& given);
 // Raises std::runtime_error with a sentence that says what is wrong and what can be done.
 std::unique_ptr<jet::Engine> OpenDatabase(const Text& path);
 
-// The sentence for an error of the engine that concerns the file at `path`.
-std::string Explained(const RuntimeError& error, const Text& path);
-
 // Whether it says that the file cannot be used, and not that a statement is refused.
 bool IsAboutFile(const RuntimeError& error, const Text& path);
 
 using tools::Described;
-
-std::string Quoted(const Text& name);
 
 }  // namespace rdv
