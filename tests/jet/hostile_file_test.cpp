@@ -287,6 +287,14 @@ TEST_F(HostileFile, AMapOfFreePagesThatStartsLateIsNotWrittenBehindItsEnd) {
   EXPECT_NE(Refusal(InsertThing), "");
 }
 
+TEST_F(HostileFile, AMapOfFreePagesThatStartsBehindTheFileIsAFinding) {
+  uint8_t* page = Page(kGlobalMapPage);
+  Store32(page + Load16(page + kJet4.data.slots) + kMapFirstPage, 32768);
+  Store();
+  EXPECT_NE(Findings().find("starts behind the end of the file"), std::string::npos) << Findings();
+  EXPECT_GT(WriteInEveryWay(), 0);
+}
+
 TEST_F(HostileFile, AMapThatStartsBehindTheLargestFileIsAFinding) {
   Set("Things.owned map.first page", 0xFFFFFFF8);
   Store();

@@ -52,6 +52,13 @@ void PageOwners::ClaimMap(RowId map, uint32_t table) {
 void PageOwners::CompareWithFreeMap() {
   const UsageMap free(file_, kFreePages, kOwnerGlobalMaps);
   const UsageMap pending(file_, kPendingPages, kOwnerGlobalMaps);
+  const Bytes row = RequireMap(file_, kFreePages, kOwnerGlobalMaps);
+  // Pages that the file grows by come right behind its end, and need a place in the map.
+  if (row[0] == kMapInline && Load32(row.data() + kMapFirstPage) > claims_.size()) {
+    Report(report_, {.kind = FindingKind::DamagedStructure,
+                     .page = kGlobalMapPage,
+                     .text = u"The map of free pages starts behind the end of the file"});
+  }
   std::vector<bool> marked(claims_.size(), false);
   for (const uint32_t page : free.Pages()) marked[page] = true;
   for (uint32_t page = 0; page < claims_.size(); ++page) {
