@@ -13,7 +13,6 @@ g++-mingw-w64-x86-64 build                compiles for 64-bit Windows
 g++-mingw-w64-i686   build                compiles for 32-bit Windows
 clang                build,native         compiles the tree with the sanitizers, in two thirds of the time
 libclang-rt-14-dev   build,native         its sanitizers
-lld                  build                links the tests for Windows, in a hundredth of the time
 mingw-w64-tools      build                widl makes the type library
 libcli11-dev         build,native         reads the arguments of the tools; headers only, for every system
 nlohmann-json3-dev   build,native         reads and writes JSON in tools and tests; headers only likewise
