@@ -15,6 +15,7 @@
 #include <string>
 
 #include "rules/grid_columns.h"
+#include "tests/component/support/grid_text.h"
 #include "tests/component/support/ole_test.h"
 #include "tests/component/support/placed_control.h"
 #include "tests/support/site_files.h"
@@ -253,16 +254,7 @@ class AccessibleLines : public AccessibleNames {
   }
   HWND Grid() const { return placed_->Child(control_id::LVRDVLineConfig); }
   int Rows() const { return static_cast<int>(SendMessageW(Grid(), LVM_GETITEMCOUNT, 0, 0)); }
-  std::wstring Cell(int row, int column) const {
-    wchar_t text[64] = L"";
-    LVITEMW item = {};
-    item.iSubItem = column - 1;
-    item.pszText = text;
-    item.cchTextMax = 64;
-    SendMessageW(Grid(), LVM_GETITEMTEXTW, static_cast<WPARAM>(row - 1),
-                 reinterpret_cast<LPARAM>(&item));
-    return text;
-  }
+  std::wstring Cell(int row, int column) const { return GridText(Grid(), row, column); }
   // As the row is seen.
   std::wstring NameOfRow(int row) const {
     const std::wstring label = Cell(row, column::kLabel);

@@ -7,6 +7,7 @@
 // clang-format on
 
 #include "rules/grid_columns.h"
+#include "tests/component/support/grid_text.h"
 #include "tests/component/support/held_key.h"
 #include "tests/component/support/ole_test.h"
 #include "tests/component/support/placed_control.h"
@@ -65,16 +66,7 @@ class CellWalk : public OleTest {
     return placed_->As<IOleInPlaceActiveObject>(IID_IOleInPlaceActiveObject)
         ->TranslateAccelerator(&event);
   }
-  std::wstring Text(int row, int column) {
-    wchar_t text[64] = L"";
-    LVITEMW item = {};
-    item.iSubItem = column - 1;
-    item.pszText = text;
-    item.cchTextMax = 64;
-    SendMessageW(Grid(), LVM_GETITEMTEXTW, static_cast<WPARAM>(row - 1),
-                 reinterpret_cast<LPARAM>(&item));
-    return text;
-  }
+  std::wstring Text(int row, int column) { return GridText(Grid(), row, column); }
   int Rows() { return static_cast<int>(SendMessageW(Grid(), LVM_GETITEMCOUNT, 0, 0)); }
   int SelectedRow() {
     return static_cast<int>(

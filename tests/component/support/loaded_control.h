@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "rules/grid_columns.h"
+#include "tests/component/support/grid_text.h"
 #include "tests/component/support/ole_test.h"
 #include "tests/component/support/placed_control.h"
 #include "tests/support/site_files.h"
@@ -63,16 +64,7 @@ class LoadedControl : public OleTest {
   HRESULT Press(WPARAM key) { return PressIn(GetFocus(), key); }
 
   int Rows() { return static_cast<int>(SendMessageW(Grid(), LVM_GETITEMCOUNT, 0, 0)); }
-  std::wstring Text(int row, int column) {
-    wchar_t text[64] = L"";
-    LVITEMW item = {};
-    item.iSubItem = column - 1;
-    item.pszText = text;
-    item.cchTextMax = 64;
-    SendMessageW(Grid(), LVM_GETITEMTEXTW, static_cast<WPARAM>(row - 1),
-                 reinterpret_cast<LPARAM>(&item));
-    return text;
-  }
+  std::wstring Text(int row, int column) { return GridText(Grid(), row, column); }
   void SetText(int row, int column, std::wstring text) {
     LVITEMW item = {};
     item.iSubItem = column - 1;
