@@ -75,6 +75,10 @@ void CountRows(benchmark::State& state, size_t count) {
                          benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 
+void Sizes(benchmark::internal::Benchmark* benchmark) {
+  benchmark->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+}
+
 // Both get rows that are ready in the form that they take, and an empty table; what is measured is
 // the insertion and the writing to the file, without the flush.
 void Insert_Engine(benchmark::State& state) {
@@ -104,15 +108,15 @@ void Insert_Engine(benchmark::State& state) {
   }
   CountRows(state, rows.size());
 }
-BENCHMARK(Insert_Engine)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(Insert_Engine)->Apply(Sizes);
 
-void Insert_Sqlite(benchmark::State& state) {
+void Insert_Sqlite(benchmark::State& state, SqlitePromise promise) {
   const RowTable lines = Lines(static_cast<size_t>(state.range(0)));
   const SqliteRows rows = ToSqlite(lines);
   for (auto _ : state) {
     state.PauseTiming();
     SqliteDatabase database =
-        CreateSqliteLines(WorkFolder() / "insert.sqlite", lines, {"Partition_ID, Line"});
+        CreateSqliteLines(WorkFolder() / "insert.sqlite", lines, {"Partition_ID, Line"}, promise);
     state.ResumeTiming();
     InsertSqliteLines(database.get(), rows);
     state.PauseTiming();
@@ -121,7 +125,8 @@ void Insert_Sqlite(benchmark::State& state) {
   }
   CountRows(state, rows.size());
 }
-BENCHMARK(Insert_Sqlite)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Insert_Sqlite, DELETE_OFF, {"DELETE", "OFF"})->Apply(Sizes);
+BENCHMARK_CAPTURE(Insert_Sqlite, WAL_OFF, {"WAL", "OFF"})->Apply(Sizes);
 
 }  // namespace
 }  // namespace rdv::bench

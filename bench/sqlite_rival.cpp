@@ -23,11 +23,14 @@ std::string ColumnDefinition(const Text& name, const RowTable& lines, size_t col
 
 }  // namespace
 
-SqliteDatabase OpenSqlite(const std::filesystem::path& file) {
+SqliteDatabase OpenSqlite(const std::filesystem::path& file, SqlitePromise promise) {
   sqlite3* database = nullptr;
   Check(sqlite3_open(file.c_str(), &database), database);
   SqliteDatabase owner(database);
-  Run(database, "PRAGMA synchronous=OFF");
+  Run(database, std::string("PRAGMA synchronous=") + promise.synchronous);
+  // DELETE is how a file begins; one that has WAL keeps it.
+  if (promise.journal_mode != SqlitePromise().journal_mode)
+    Run(database, std::string("PRAGMA journal_mode=") + promise.journal_mode);
   return owner;
 }
 
@@ -48,9 +51,10 @@ void BindText(sqlite3_stmt* statement, int position, const std::string& text) {
 }
 
 SqliteDatabase CreateSqliteLines(const std::filesystem::path& file, const RowTable& lines,
-                                 const std::vector<std::string>& more_indexes) {
+                                 const std::vector<std::string>& more_indexes,
+                                 SqlitePromise promise) {
   std::filesystem::remove(file);
-  SqliteDatabase database = OpenSqlite(file);
+  SqliteDatabase database = OpenSqlite(file, promise);
   std::string columns;
   for (size_t i = 0; i < lines.columns.size(); ++i)
     columns += ColumnDefinition(lines.columns[i], lines, i) + ", ";

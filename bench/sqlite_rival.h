@@ -20,9 +20,18 @@ struct SqliteCloser {
 using SqliteDatabase = std::unique_ptr<sqlite3, SqliteCloser>;
 using SqliteStatement = std::unique_ptr<sqlite3_stmt, SqliteCloser>;
 
+// What SQLite promises for the time after a loss of power. With `synchronous` OFF nothing, with
+// FULL what the engine promises: a transaction that has returned is there, whole. Both with either
+// kind of journal: one that keeps the pages as they were until the transaction ends (DELETE), and
+// one that gathers the new ones (WAL).
+struct SqlitePromise {
+  const char* journal_mode = "DELETE";
+  const char* synchronous = "OFF";
+};
+
 // All of these end the program with SQLite's message when a call fails: a rival that does not work
 // gives no figure.
-SqliteDatabase OpenSqlite(const std::filesystem::path& file);
+SqliteDatabase OpenSqlite(const std::filesystem::path& file, SqlitePromise promise = {});
 SqliteStatement Prepare(sqlite3* database, const std::string& statement);
 void Run(sqlite3* database, const std::string& statement);
 void BindText(sqlite3_stmt* statement, int position, const std::string& text);
@@ -30,7 +39,8 @@ void BindText(sqlite3_stmt* statement, int position, const std::string& text);
 // Makes `file` with an empty table Used_Lines of these lines' columns and the primary key
 // (Config_ID, Base_Slot_No, Slot_Offset, Line); `more_indexes` are column lists of further indexes.
 SqliteDatabase CreateSqliteLines(const std::filesystem::path& file, const RowTable& lines,
-                                 const std::vector<std::string>& more_indexes = {});
+                                 const std::vector<std::string>& more_indexes = {},
+                                 SqlitePromise promise = {});
 
 // Rows as SQLite takes them without converting anything: Null, a number, a text in UTF-8.
 using SqliteField = std::variant<std::monostate, int64_t, std::string>;
