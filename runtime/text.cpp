@@ -85,9 +85,11 @@ Text FromUtf8(std::string_view bytes) {
 }
 
 std::string ToUtf8(TextView text) {
-  std::string out;
-  out.reserve(text.size());
-  for (size_t i = 0; i < text.size(); ++i) {
+  constexpr char16_t kFirstOfTwoBytes = 0x80;
+  const auto plain =
+      std::ranges::find_if(text, [](char16_t unit) { return unit >= kFirstOfTwoBytes; });
+  std::string out(text.begin(), plain);
+  for (size_t i = out.size(); i < text.size(); ++i) {
     char32_t c = text[i];
     if (IsHighSurrogate(c) && i + 1 < text.size() && IsLowSurrogate(text[i + 1])) {
       c = 0x10000 + ((c - 0xD800) << 10) + (text[++i] - 0xDC00u);

@@ -217,6 +217,14 @@ void Engine::Delete(const TableDefinition& table, RowId row) {
   state_->MakeChange(table, [&] { state_->writer->Delete(table, row); });
 }
 
+bool Engine::ChangesForTheFirstTime(RowId row) {
+  return state_->pager.IsNewToJournal(row.page);
+}
+
+void Engine::Expect(std::span<const RowId> rows) {
+  for (const RowId row : rows) state_->pager.Expect(row.page);
+}
+
 void Engine::CreateTable(const TableSpec& spec) {
   state_->MakeDefinition([&](SchemaWriter& schema) { schema.CreateTable(spec); });
 }

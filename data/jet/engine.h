@@ -131,6 +131,12 @@ class Engine {
   void Update(const TableDefinition& table, RowId row, std::span<const Assignment> assignments);
   void Delete(const TableDefinition& table, RowId row);
 
+  // Inside a WriteScope; nothing but speed depends on these two. The first change of a page since
+  // the file was last flushed flushes the journal: with it comes what it takes to change the pages
+  // of the rows that are expected to be changed soon.
+  bool ChangesForTheFirstTime(RowId row);
+  void Expect(std::span<const RowId> rows);
+
   // Inside a WriteScope, which is to be given up without Commit when one of these raises. They end
   // the life of all definitions that Table and TableAt have given.
   void CreateTable(const TableSpec& spec);

@@ -369,6 +369,27 @@ TEST_F(PowerLossTest, AnApplyOfTenRowsIsThereWhenItHasReturned) {
   Prove();
 }
 
+// Their pages are in the journal before they change, from a statement that leaves them alone.
+TEST_F(PowerLossTest, RowsThatWereExpectedToChangeAreThereOrNotWhetherTheyDidOrNot) {
+  Start(Things(200));
+  const auto engine = Open();
+  std::vector<RowId> rows;
+  Do(*engine, [&](Engine& things) {
+    Update(things, 2, 3, 1);
+    for (const int32_t id : {120, 200, 280, 360}) rows.push_back(FindThing(things, id));
+    things.Expect(rows);
+  });
+  std::set<uint32_t> pages;
+  for (const RowId row : rows) pages.insert(row.page);
+  EXPECT_EQ(pages.size(), rows.size());
+  Do(*engine, [](Engine& things) { Update(things, 120, 3, 2); });
+  Do(*engine, [](Engine& things) { Update(things, 280, 3, 7); });
+  Do(*engine, [](Engine& things) { Update(things, 360, 3, 3); });
+  EXPECT_EQ(engine->Counters().flushes, 1u);
+  Close(*engine);
+  Prove();
+}
+
 TEST_F(PowerLossTest, SeveralConnectionsShareOneJournal) {
   Start(Things(40));
   const auto one = Open();

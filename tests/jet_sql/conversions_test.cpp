@@ -58,6 +58,25 @@ TEST(Conversions, RoundWholeNumbersHalfToEven) {
   EXPECT_EQ(Converted(ColumnType::Byte, u"255"), Value(uint8_t{255}));
 }
 
+// A few digits take a short way, which blanks around them keep them from.
+TEST(Conversions, GiveTheSameForAFewDigitsAloneAndBetweenBlanks) {
+  for (const ColumnType type : {ColumnType::Integer, ColumnType::Long, ColumnType::Byte}) {
+    for (int number = 0; number <= 255; ++number) {
+      const std::string digits = std::to_string(number);
+      for (const std::string& text : {digits, "0" + digits, "00" + digits.substr(0, 2)}) {
+        const Text alone(text.begin(), text.end());
+        EXPECT_EQ(Converted(type, alone), Converted(type, u" " + alone + u" ")) << text;
+      }
+    }
+  }
+  for (int number = 0; number < 32768; number += 7) {
+    const std::string digits = std::to_string(number);
+    const Text alone(digits.begin(), digits.end());
+    EXPECT_EQ(Converted(ColumnType::Integer, alone), Value(static_cast<int16_t>(number)));
+    EXPECT_EQ(Converted(ColumnType::Long, alone), Value(int32_t{number}));
+  }
+}
+
 TEST(Conversions, OverflowOutsideTheRangeOfWholeNumbers) {
   EXPECT_EQ(Converted(ColumnType::Integer, u"32767.4"), Value(int16_t{32767}));
   EXPECT_EQ(Converted(ColumnType::Integer, u"-32768"), Value(int16_t{-32768}));

@@ -30,6 +30,11 @@ class CommitWords {
   bool SameOthers(const CommitWords& words) const {
     return std::ranges::equal(Others(), words.Others());
   }
+  bool AllAtRest() const {
+    bool all = true;
+    for (size_t slot = 0; slot < kCommitWordCount; ++slot) all &= Word(slot) >= kCommitIdle;
+    return all;
+  }
   bool OtherIsWriting() const {
     for (size_t slot = 1; slot < kCommitWordCount; ++slot) {
       if (Word(slot) == kCommitWriting) return true;

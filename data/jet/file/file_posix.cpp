@@ -202,7 +202,8 @@ class PosixFileSystem : public FileSystem {
   void FlushFolder(const Text& path) override {
     const int folder = open(FolderOf(ToUtf8(path)).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (folder < 0) RaiseErrno(errno);
-    const bool failed = fsync(folder) != 0;
+    // The names are the folder's data.
+    const bool failed = fdatasync(folder) != 0;
     const int error = errno;
     close(folder);
     // EINVAL: a file system that knows no flushing of folders.

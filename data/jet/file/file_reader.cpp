@@ -1,6 +1,7 @@
 #include "data/jet/file/file_reader.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <string_view>
 #include <utility>
@@ -20,6 +21,10 @@ void AppendUnits(Bytes stored, Text& to) {
   const size_t old_size = to.size();
   const size_t count = stored.size() / kUnitSize;
   to.resize(old_size + count);
+  if constexpr (std::endian::native == std::endian::little) {
+    if (count != 0) std::memcpy(&to[old_size], stored.data(), count * kUnitSize);
+    return;
+  }
   for (size_t i = 0; i < count; ++i) {
     to[old_size + i] = static_cast<char16_t>(Load16(stored.data() + kUnitSize * i));
   }

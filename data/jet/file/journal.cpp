@@ -1,5 +1,6 @@
 #include "data/jet/file/journal.h"
 
+#include <algorithm>
 #include <array>
 #include <cassert>
 #include <utility>
@@ -9,6 +10,9 @@ namespace {
 
 // Where the journal ends for the sake of its size.
 constexpr uint64_t kLargest = uint64_t{64} << 20;
+
+// Zeros behind the first record, which are none: what some twenty short statements take.
+constexpr size_t kRoomAhead = size_t{16} << 10;
 
 }  // namespace
 
@@ -58,10 +62,8 @@ void Journal::Forget() {
 }
 
 bool Journal::IsStillMine() {
-  std::array<uint8_t, JournalHead::kSize> start{};
-  if (file_->ReadAt(0, start) < start.size()) return false;
-  const std::optional<JournalHead> head = ParseHead(start);
-  return head && head->salt == head_.salt;
+  std::array<uint8_t, JournalHead::kMarkSize> start{};
+  return file_->ReadAt(0, start) == start.size() && start == MarkOf(head_);
 }
 
 void Journal::MarkTouched(uint32_t page) {
@@ -141,16 +143,25 @@ void Journal::Begin(const JournalHead& head) {
   touched_.assign(head_.page_count, false);
 }
 
+bool Journal::Flushes(const JournalRecord& record) const {
+  return !written_ || flush_next_ || unflushed_ + 1 >= kMostUnflushedStatements ||
+         std::ranges::any_of(record.old_pages,
+                             [this](const JournalPage& page) { return IsNew(page.number); });
+}
+
 void Journal::Add(JournalRecord& record, File& model) {
   assert(begun_);
   record.number = last_ + 1;
   record.follows = finished_;
-  bool flush = !written_ || flush_next_ || unflushed_ + 1 >= kMostUnflushedStatements;
-  for (const JournalPage& page : record.old_pages) flush = flush || IsNew(page.number);
+  const bool flush = Flushes(record);
   buffer_.clear();
   if (!written_) AppendHead(head_, buffer_);
   const uint64_t start = written_ ? end_ : 0;
   AppendRecord(record, head_.salt, buffer_);
+  const uint64_t end = start + buffer_.size();
+  // Room for what follows: a file that does not grow is flushed without what the system has to note
+  // about it.
+  if (!written_) buffer_.resize(buffer_.size() + kRoomAhead);
   try {
     if (!written_) {
       if (file_ && !file_->Bears(path_)) file_.reset();
@@ -173,13 +184,15 @@ void Journal::Add(JournalRecord& record, File& model) {
     throw;
   }
   written_ = true;
-  end_ = start + buffer_.size();
+  end_ = end;
   last_ = record.number;
   word_before_ = record.word_before;
   word_after_ = record.word_after;
   unflushed_ = flush ? 0 : unflushed_ + 1;
   flush_next_ = flush_next_ && !flush;
-  for (const JournalPage& page : record.old_pages) MarkTouched(page.number);
+  for (const auto* pages : {&record.old_pages, &record.kept_pages}) {
+    for (const JournalPage& page : *pages) MarkTouched(page.number);
+  }
 }
 
 void Journal::Finish(const CommitWords& words) {

@@ -56,6 +56,10 @@ class Journal {
   void Begin(const JournalHead& head);
   // Whether the page has to be given as a whole.
   bool IsNew(uint32_t page) const;
+  // Whether the journal has the whole page already, as far as this process knows.
+  bool Has(uint32_t page) const { return begun_ && !IsNew(page); }
+  // Whether adding the record brings it to the disk. Then more pages in it cost next to nothing.
+  bool Flushes(const JournalRecord& record) const;
   // Adds a record; number and predecessor are filled in. It is on the disk where it has to be. When
   // it raises, there is no record. `model`: the database.
   void Add(JournalRecord& record, File& model);

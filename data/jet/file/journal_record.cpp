@@ -65,12 +65,18 @@ uint64_t ContentSum(Bytes bytes, uint64_t seed) {
   return total ^ total >> 32;
 }
 
+std::array<uint8_t, JournalHead::kMarkSize> MarkOf(const JournalHead& head) {
+  std::array<uint8_t, JournalHead::kMarkSize> mark;
+  std::ranges::copy(kHeadMark, mark.begin());
+  Store64(&mark[kSaltAt], head.salt);
+  return mark;
+}
+
 void AppendHead(const JournalHead& head, std::vector<uint8_t>& to) {
   const size_t start = to.size();
   to.resize(start + JournalHead::kSize);
   uint8_t* at = to.data() + start;
-  std::ranges::copy(kHeadMark, at);
-  Store64(at + kSaltAt, head.salt);
+  std::ranges::copy(MarkOf(head), at);
   Store32(at + kPageSizeAt, head.page_size);
   Store32(at + kPageCountAt, head.page_count);
   Store64(at + kIdentityAt, head.identity);
@@ -93,15 +99,18 @@ std::optional<JournalHead> ParseHead(Bytes bytes) {
 void AppendRecord(const JournalRecord& record, uint64_t salt, std::vector<uint8_t>& to) {
   assert(to.size() % kJournalSector == 0);
   const size_t start = to.size();
-  size_t length = kEntriesAt + (record.old_pages.size() + record.new_pages.size()) * kEntrySize;
-  for (const JournalPage& page : record.old_pages) length += page.length;
+  const size_t old_count = record.old_pages.size() + record.kept_pages.size();
+  size_t length = kEntriesAt + (old_count + record.new_pages.size()) * kEntrySize;
+  for (const auto* pages : {&record.old_pages, &record.kept_pages}) {
+    for (const JournalPage& page : *pages) length += page.length;
+  }
   length = static_cast<size_t>(ToSector(length));
   to.resize(start + length);
   uint8_t* const at = to.data() + start;
   Store32(at, kRecordMark);
   Store32(at + kNumberAt, record.number);
   Store32(at + kFollowsAt, record.follows);
-  Store32(at + kOldPagesAt, static_cast<uint32_t>(record.old_pages.size()));
+  Store32(at + kOldPagesAt, static_cast<uint32_t>(old_count));
   Store32(at + kNewPagesAt, static_cast<uint32_t>(record.new_pages.size()));
   Store32(at + kPagesBeforeAt, record.pages_before);
   Store32(at + kPagesAfterAt, record.pages_after);
@@ -110,7 +119,7 @@ void AppendRecord(const JournalRecord& record, uint64_t salt, std::vector<uint8_
   Store32(at + kAtRestAt, record.others_at_rest ? 1 : 0);
   Store32(at + kLengthAt, static_cast<uint32_t>(length));
   uint8_t* entry = at + kEntriesAt;
-  for (const auto* pages : {&record.old_pages, &record.new_pages}) {
+  for (const auto* pages : {&record.old_pages, &record.kept_pages, &record.new_pages}) {
     for (const JournalPage& page : *pages) {
       Store32(entry, page.number);
       Store16(entry + kStartAt, page.start);
@@ -119,10 +128,12 @@ void AppendRecord(const JournalRecord& record, uint64_t salt, std::vector<uint8_
       entry += kEntrySize;
     }
   }
-  for (const JournalPage& page : record.old_pages) {
-    assert(page.before.size() == page.length && page.length > 0);
-    std::memcpy(entry, page.before.data(), page.length);
-    entry += page.length;
+  for (const auto* pages : {&record.old_pages, &record.kept_pages}) {
+    for (const JournalPage& page : *pages) {
+      assert(page.before.size() == page.length && page.length > 0);
+      std::memcpy(entry, page.before.data(), page.length);
+      entry += page.length;
+    }
   }
   Store64(at + kRecordSumAt, SumWithout({at, length}, kRecordSumAt, salt));
 }

@@ -34,6 +34,7 @@
 // page.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -55,6 +56,7 @@ uint64_t ContentSum(Bytes bytes, uint64_t seed = 0);
 
 struct JournalHead {
   static constexpr size_t kSize = 2 * kJournalSector;
+  static constexpr size_t kMarkSize = 16;
 
   uint64_t salt = 0;
   uint32_t page_size = 0;
@@ -80,9 +82,15 @@ struct JournalRecord {
   uint16_t word_after = 0;
   bool others_at_rest = false;
   std::vector<JournalPage> old_pages;
+  // Whole ones that the statement leaves as they are: what is stored tells them from old ones by
+  // their sums only, and none is read back as kept.
+  std::vector<JournalPage> kept_pages;
   std::vector<JournalPage> new_pages;
 };
 
+// What a head begins with: tells a journal that was valid once from all others, and from itself
+// when it is not valid any more.
+std::array<uint8_t, JournalHead::kMarkSize> MarkOf(const JournalHead& head);
 void AppendHead(const JournalHead& head, std::vector<uint8_t>& to);
 std::optional<JournalHead> ParseHead(Bytes bytes);
 

@@ -73,7 +73,7 @@ class PageCache {
  private:
   // In groups, which are made when one of their pages is asked for: to open a large file costs
   // hardly more than to open a small one.
-  static constexpr uint32_t kGroup = 32;
+  static constexpr uint32_t kGroup = 8;
   using Group = std::array<Page, kGroup>;
 
   uint32_t Next(uint32_t number) const;

@@ -42,9 +42,7 @@ Pager::Pager(FileSystem& files, Text path, std::chrono::milliseconds lock_wait, 
       cache_(cache_pages) {
   try {
     OpenFile();
-    LockShared();
     ReadHeaderPage();
-    lock_->Release();
   } catch (const FileError& error) {
     RaiseFileError(error, path_);
   }
@@ -76,8 +74,8 @@ void Pager::OpenFile() {
   transaction_.emplace(files_, database_.path);
 }
 
-// The header is judged after what was left behind has been put right: the file may have an
-// incomplete page at its end until then.
+// A file may have an incomplete page at its end while a statement is written, and until one that
+// was cut off has been put back.
 void Pager::ReadHeaderPage() {
   std::vector<uint8_t> start(kJet4.page_size);
   start.resize(file_->ReadAt(0, start));
@@ -88,11 +86,15 @@ void Pager::ReadHeaderPage() {
   if (jet4) {
     database_.page_size = kJet4.page_size;
     database_.words_at = kJet4.header.commit_words;
-    SeeState(CommitWords(Bytes(start).subspan(kJet4.header.commit_words)));
-    while (!judged_) PutRightAsReader();
   }
-  const uint64_t size =
-      overlaid_ ? uint64_t{PageCount()} * database_.page_size : file_->Stamp().size;
+  uint64_t size = file_->Stamp().size;
+  if (jet4 && size % kJet4.page_size != 0) {
+    LockShared();
+    Refresh();
+    while (!judged_) PutRightAsReader();
+    size = overlaid_ ? uint64_t{PageCount()} * database_.page_size : file_->Stamp().size;
+    lock_->Release();
+  }
   header_ = ReadHeader(start, size, path_);
   database_.page_size = PageSize();
   database_.words_at = Layout().header.commit_words;
@@ -174,7 +176,7 @@ void Pager::SeeState(const CommitWords& words) {
 
 // Another program announces its writing by a 0 in a commit word of its own, too.
 void Pager::AwaitOtherProgram() {
-  if (!words_.OtherIsWriting()) return;
+  if (words_.AllAtRest() || !words_.OtherIsWriting()) return;
   Patience patience(lock_wait_);
   while (words_.OtherIsWriting() && user_file_->HasUsers()) {
     if (!patience.Wait()) RaiseFileInUse(path_);
@@ -184,7 +186,7 @@ void Pager::AwaitOtherProgram() {
 
 // What its users say of themselves in the commit words is theirs to know as long as they are there.
 void Pager::RefuseSuspect(bool allowed) {
-  if (allowed || overlaid_) return;
+  if (allowed || overlaid_ || words_.AllAtRest()) return;
   const std::optional<Text> suspect = SuspectState(words_.Stored());
   if (suspect && !user_file_->HasUsers()) RaiseDamaged(path_, *suspect);
 }
@@ -318,6 +320,7 @@ void Pager::EndWrite() noexcept {
   writing_ = false;
   mends_ = false;
   order_.Clear();
+  expected_.clear();
   Quietly([this] { user_file_->Release(); });
   Quietly([this] { lock_->Release(); });
 }
@@ -327,7 +330,7 @@ void Pager::Commit() {
     if (!cache_.Changed().empty() || mends_) {
       written_ = true;
       lock_->BePresent();
-      transaction_->Write(database_, cache_, order_, words_, mends_);
+      transaction_->Write(database_, cache_, order_, expected_, words_, mends_);
       ShowCommitWords(words_);
       stamp_ = file_->Stamp();
     }
@@ -459,6 +462,19 @@ uint8_t* Pager::Edit(uint32_t number) {
   if (!writing_ || number == 0) Raise(LanguageError::InvalidProcedureCall);
   Load(number);
   return cache_.Change(number);
+}
+
+// Whoever needs the page later will say what is wrong with it.
+void Pager::Expect(uint32_t number) {
+  if (!writing_ || number == 0 || number >= PageCount()) return;
+  PageCache::Page& page = cache_.At(number);
+  try {
+    if (!page.bytes) ReadPages(number, {});
+  } catch (const RuntimeError&) {
+    return;
+  }
+  page.holder = PageCache::Holder::Statement;
+  if (std::ranges::find(expected_, number) == expected_.end()) expected_.push_back(number);
 }
 
 uint32_t Pager::Append() {

@@ -47,8 +47,9 @@ enum class Suspects { Refused, Read, Mended };
 // Raises the engine's errors; those of the operating system come as such.
 class Pager : public PageSource {
  public:
-  // Reads the header page and nothing else, after putting right what was left behind. A file that
-  // cannot be opened for writing is opened for reading.
+  // Reads the header page and nothing else, unlocked, as what it says of the file never changes.
+  // What was left behind is put right by the first statement. A file that cannot be opened for
+  // writing is opened for reading.
   Pager(FileSystem& files, Text path, std::chrono::milliseconds lock_wait, size_t cache_pages,
         Suspects suspects = Suspects::Refused);
   ~Pager() override;
@@ -88,6 +89,10 @@ class Pager : public PageSource {
   void GiveUp(uint32_t number);
   // What pages wait for when they are written; forgotten at the end of the statement.
   PageOrder& Order() { return order_; }
+  // Statements that follow are likely to change the page. Nothing but speed depends on it.
+  void Expect(uint32_t number);
+  // Whether a change of the page brings the journal to the disk, as far as is known.
+  bool IsNewToJournal(uint32_t number) { return !transaction_->Log().Has(number); }
   // A new page behind the last one, all zeros.
   uint32_t Append();
   // Makes all commit words those of a file at rest, with the rest of the statement.
@@ -137,6 +142,7 @@ class Pager : public PageSource {
 
   int readers_ = 0;  // nested reading statements
   PageOrder order_;
+  std::vector<uint32_t> expected_;
   bool began_writing_ = false;  // at least once, whatever became of it
   bool writing_ = false;
   uint32_t statement_ = 0;  // the number of the last writing one

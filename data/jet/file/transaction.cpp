@@ -32,13 +32,14 @@ std::pair<size_t, size_t> Difference(const uint8_t* before, const uint8_t* after
 }  // namespace
 
 void Transaction::Write(const DatabaseFile& database, PageCache& cache, PageOrder& order,
-                        CommitWords& words, bool mends) {
+                        std::span<const uint32_t> expected, CommitWords& words, bool mends) {
   File& file = *database.content;
   if (!file.Bears(database.path))
     throw FileError(FileProblem::Other, "another file has its name by now; nothing was written");
   PrepareJournal(database, words, cache.CountBefore());
   JournalRecord record = Describe(database, cache);
   if (record.old_pages.empty() && record.new_pages.empty() && !mends) return;
+  if (journal_.Flushes(record)) Keep(database, cache, expected, record);
   CommitWords after = mends ? Mended(words) : words;
   after.SetFirst(mends ? after.First() : NextCommitWord(words.First()));
   record.word_before = words.First();
@@ -111,6 +112,20 @@ JournalRecord Transaction::Describe(const DatabaseFile& database, PageCache& cac
     record.old_pages.push_back(part);
   }
   return record;
+}
+
+void Transaction::Keep(const DatabaseFile& database, PageCache& cache,
+                       std::span<const uint32_t> expected, JournalRecord& record) const {
+  for (const uint32_t number : expected) {
+    const PageCache::Page& page = cache.At(number);
+    if (page.dirty || !journal_.IsNew(number)) continue;
+    const Bytes content(page.bytes.get(), database.page_size);
+    record.kept_pages.push_back({.number = number,
+                                 .start = 0,
+                                 .length = static_cast<uint16_t>(content.size()),
+                                 .sum_after = ContentSum(content),
+                                 .before = content});
+  }
 }
 
 void Transaction::WritePages(const DatabaseFile& database, const JournalRecord& record,

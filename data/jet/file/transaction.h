@@ -18,6 +18,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "data/jet/file/commit_words.h"
 #include "data/jet/file/file.h"
@@ -41,12 +42,14 @@ class Transaction {
  public:
   Transaction(FileSystem& files, const Text& database_path) : journal_(files, database_path) {}
 
-  // Writes what the cache has changed. `words`: those in the file; those that it has now, also when
-  // the call raises, as far as that is known. `mends`: makes all of them those of a file at rest.
-  // When it raises, the file is as it was; where even that fails, the first commit word and the
-  // journal are there for whoever begins the next statement.
-  void Write(const DatabaseFile& database, PageCache& cache, PageOrder& order, CommitWords& words,
-             bool mends);
+  // Writes what the cache has changed. `expected`: pages in memory that statements to come are
+  // likely to change; they come into the journal with this one's if that is flushed, so that it
+  // need not be for each of them. `words`: those in the file; those that it has now, also when the
+  // call raises, as far as that is known. `mends`: makes all of them those of a file at rest. When
+  // it raises, the file is as it was; where even that fails, the first commit word and the journal
+  // are there for whoever begins the next statement.
+  void Write(const DatabaseFile& database, PageCache& cache, PageOrder& order,
+             std::span<const uint32_t> expected, CommitWords& words, bool mends);
 
   // What a file is to have after mending.
   static CommitWords Mended(const CommitWords& words) {
@@ -66,6 +69,8 @@ class Transaction {
  private:
   void PrepareJournal(const DatabaseFile& database, const CommitWords& words, uint32_t page_count);
   JournalRecord Describe(const DatabaseFile& database, PageCache& cache) const;
+  void Keep(const DatabaseFile& database, PageCache& cache, std::span<const uint32_t> expected,
+            JournalRecord& record) const;
   void WritePages(const DatabaseFile& database, const JournalRecord& record, PageCache& cache,
                   PageOrder& order);
   void Undo(const DatabaseFile& database, const JournalRecord& record, PageCache& cache,

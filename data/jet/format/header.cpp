@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <numeric>
 #include <string_view>
@@ -137,8 +138,15 @@ std::optional<Text> WhyNotRecognized(Bytes start, uint64_t file_size) {
   return mismatch ? std::optional<Text>(mismatch->reason) : std::nullopt;
 }
 
+// The stream of the mask is the same for every file.
 void ApplyHeaderMask(std::span<uint8_t> page, const Format& format) {
-  ApplyRc4(kHeaderMaskKey, page.subspan(kHeaderMaskStart, format.header.masked_size));
+  static const auto mask = [] {
+    std::array<uint8_t, kHeaderSize - kHeaderMaskStart> stream{};
+    ApplyRc4(kHeaderMaskKey, stream);
+    return stream;
+  }();
+  const std::span<uint8_t> masked = page.subspan(kHeaderMaskStart, format.header.masked_size);
+  std::ranges::transform(masked, mask, masked.begin(), std::bit_xor<>());
 }
 
 std::array<uint8_t, 4> DateMask(double creation_date) {

@@ -131,6 +131,7 @@ size_t RowView::LoadOffset(size_t position) const {
 // Where variable column `index` starts; behind the last one, the end of the data.
 size_t RowView::VariableOffset(size_t index) const {
   size_t offset = LoadOffset(offsets_end_ - (index + 1) * format_->row.offset_size);
+  if (jumps_ == 0) return offset;
   for (size_t jump = 1; jump <= jumps_; ++jump) {
     const uint8_t first_behind = row_[jumps_end_ - jump];
     if (first_behind == kNoJump || first_behind > index) break;
@@ -183,7 +184,15 @@ const uint8_t* RowView::Require(const Column& column, Bytes field) const {
   return field.data();
 }
 
+// Whole numbers, which most columns hold, take the short way.
 Value RowView::Get(const Column& column) const {
+  const bool is_short = column.type == ColumnType::Integer;
+  if (column.fixed && (is_short || column.type == ColumnType::Long)) {
+    if (!Has(column)) return Null();
+    const int32_t number = FixedNumber(column);
+    if (is_short) return static_cast<int16_t>(number);
+    return number;
+  }
   const std::optional<Bytes> field = Field(column);
   if (column.type == ColumnType::Boolean) return field.has_value();
   if (!field) return Null();

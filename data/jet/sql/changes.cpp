@@ -31,9 +31,8 @@ Value ConstantFor(const Column& column, const BoundOperand& constant,
   return ToColumn(column, std::get<Literal>(constant));
 }
 
-void RequireNewTarget(const std::vector<const Column*>& targets, const Column& column) {
-  if (std::find(targets.begin(), targets.end(), &column) != targets.end())
-    RaiseSyntaxError(u"Duplicate output destination '" + column.name + u"'.");
+[[noreturn]] void RaiseSetTwice(const Column& column) {
+  RaiseSyntaxError(u"Duplicate output destination '" + column.name + u"'.");
 }
 
 // The SET list of an update.
@@ -47,15 +46,16 @@ class NewValues {
       if (column == nullptr && !no_column_) no_column_ = item.target.column;
       values_.push_back(names.Resolve(item.value));
     }
+    for (auto target = targets_.begin(); target != targets_.end() && !set_twice_; ++target) {
+      if (std::find(targets_.begin(), target, *target) != target) set_twice_ = *target;
+    }
   }
 
   // To be called when the arguments are known to suffice for all names.
   void RequireColumns() const {
     if (no_column_)
       RaiseSyntaxError(u"Cannot update '" + *no_column_ + u"'; field not updateable.");
-    for (size_t i = 0; i < targets_.size(); ++i)
-      RequireNewTarget({targets_.begin(), targets_.begin() + static_cast<ptrdiff_t>(i)},
-                       *targets_[i]);
+    if (set_twice_) RaiseSetTwice(*set_twice_);
   }
 
   // Before the first row of a run, which has arguments of its own.
@@ -85,6 +85,7 @@ class NewValues {
   std::vector<const Column*> targets_;  // null for a name that is no column
   std::vector<BoundOperand> values_;
   std::optional<Text> no_column_;
+  const Column* set_twice_ = nullptr;
   std::vector<Assignment> assignments_;
 };
 
@@ -93,7 +94,7 @@ std::vector<const Column*> TargetsOf(const Insert& insert, const TableDefinition
   for (const Text& name : insert.columns) {
     const Column* column = table.FindColumn(name);
     if (column == nullptr) RaiseUnknownInsertField(name);
-    RequireNewTarget(targets, *column);
+    if (std::ranges::find(targets, column) != targets.end()) RaiseSetTwice(*column);
     targets.push_back(column);
   }
   if (insert.columns.empty()) {
@@ -119,6 +120,8 @@ class UpdatePlan : public Plan {
     const std::vector<RowId> rows = FindMatches(engine.File(), table_, predicate_);
     for (const RowId row : rows)
       engine.Update(table_, row, values_.For(engine.File(), row, arguments));
+    if (rows.size() == 1 && engine.ChangesForTheFirstTime(rows.front()))
+      engine.Expect(Siblings(engine.File(), table_, predicate_));
     return Written(rows.size());
   }
 

@@ -139,6 +139,21 @@ Conversion ToNumber(const Column& column, const NumberText& number) {
   }
 }
 
+// Most numbers are a few digits and nothing else, and most columns have whole ones: these take the
+// short way. Nothing for all others.
+std::optional<Value> FewDigits(const Column& column, TextView text) {
+  constexpr size_t kFew = 4;
+  if (text.empty() || text.size() > kFew) return std::nullopt;
+  int16_t number = 0;
+  for (const char16_t unit : text) {
+    if (!IsDigit(unit)) return std::nullopt;
+    number = static_cast<int16_t>(number * 10 + (unit - u'0'));
+  }
+  if (column.type == ColumnType::Integer) return number;
+  if (column.type == ColumnType::Long) return int32_t{number};
+  return std::nullopt;
+}
+
 Conversion Convert(const Column& column, TextView text) {
   switch (column.type) {
     case ColumnType::Boolean:
@@ -156,6 +171,7 @@ Conversion Convert(const Column& column, TextView text) {
     default:
       break;
   }
+  if (auto value = FewDigits(column, text)) return Done(std::move(*value));
   const auto number = ParseNumberText(text);
   return number ? ToNumber(column, *number) : Conversion{};
 }

@@ -1,6 +1,7 @@
 #include "data/jet/sql/jet_connection.h"
 
 #include <algorithm>
+#include <cstring>
 #include <exception>
 #include <list>
 #include <map>
@@ -36,6 +37,11 @@ struct KnownStatement {
   uint64_t generation = 0;          // ... as it was then
   std::optional<LinkedTable> link;  // where the table was when it was found in another file
 
+  // In bytes, as most statements are long and asked for by the same words.
+  bool IsOf(TextView asked) const {
+    return text.size() == asked.size() &&
+           std::memcmp(text.data(), asked.data(), asked.size() * sizeof asked.front()) == 0;
+  }
   const Text& Table() const { return sql::TableOf(statement); }
   bool Reads() const { return std::holds_alternative<sql::Select>(statement); }
 };
@@ -72,7 +78,8 @@ class JetConnection : public Connection {
 
  private:
   KnownStatement& Known(TextView text) {
-    const auto known = std::ranges::find(statements_, text, &KnownStatement::text);
+    const auto known = std::ranges::find_if(
+        statements_, [text](const KnownStatement& one) { return one.IsOf(text); });
     if (known != statements_.end()) return *known;
     std::list<KnownStatement> fresh;
     fresh.emplace_back(text);

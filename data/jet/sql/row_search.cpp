@@ -7,9 +7,16 @@
 #include "data/jet/index/index_cursor.h"
 #include "data/jet/index/index_key.h"
 #include "data/jet/rows/table_scan.h"
+#include "runtime/error.h"
 
 namespace rdv::jet::sql {
 namespace {
+
+// More than a unit has lines.
+constexpr size_t kMostSiblings = 32;
+
+// How much of a key that is known is used.
+enum class OfKey { All, AllButTheLast };
 
 struct AccessPath {
   const RealIndex* index = nullptr;
@@ -27,13 +34,14 @@ const Value* GivenValue(const Predicate& predicate, const Column& column) {
 // The longest beginning of the index's columns that the condition gives values for and whose key is
 // known.
 AccessPath PathThrough(const FileReader& file, const TableDefinition& table, const RealIndex& index,
-                       const Predicate& predicate) {
+                       const Predicate& predicate, OfKey of_key) {
   std::vector<Value> values;
   for (const IndexColumn& part : index.columns) {
     const Value* value = GivenValue(predicate, table.columns[part.column]);
     if (value == nullptr) break;
     values.push_back(*value);
   }
+  if (of_key == OfKey::AllButTheLast && values.size() == index.columns.size()) values.pop_back();
   for (; !values.empty(); values.pop_back()) {
     if (auto key = TryBuildKey(file, table, index, values))
       return {&index, values.size(), std::move(*key)};
@@ -42,11 +50,11 @@ AccessPath PathThrough(const FileReader& file, const TableDefinition& table, con
 }
 
 AccessPath ChoosePath(const FileReader& file, const TableDefinition& table,
-                      const Predicate& predicate) {
+                      const Predicate& predicate, OfKey of_key = OfKey::All) {
   AccessPath best;
   if (predicate.Equalities().empty()) return best;
   for (const RealIndex& index : table.indexes) {
-    AccessPath path = PathThrough(file, table, index, predicate);
+    AccessPath path = PathThrough(file, table, index, predicate, of_key);
     const bool better = path.bound_columns > best.bound_columns;
     const bool as_good = path.index != nullptr && path.bound_columns == best.bound_columns;
     if (better || (as_good && index.unique && !best.index->unique)) best = std::move(path);
@@ -94,6 +102,24 @@ std::vector<RowId> FindMatches(const FileReader& file, const TableDefinition& ta
                                const Predicate& predicate) {
   std::vector<RowId> rows;
   ForEachMatch(file, table, predicate, [&](const RowView& row) { rows.push_back(row.Id()); });
+  return rows;
+}
+
+std::vector<RowId> Siblings(const FileReader& file, const TableDefinition& table,
+                            const Predicate& predicate) {
+  std::vector<RowId> rows;
+  const AccessPath path = ChoosePath(file, table, predicate, OfKey::AllButTheLast);
+  if (path.index == nullptr) return rows;
+  try {
+    IndexCursor cursor(file, table, *path.index);
+    for (cursor.Seek(path.key_prefix);
+         cursor.Valid() && rows.size() < kMostSiblings && cursor.KeyStartsWith(path.key_prefix);
+         cursor.Next()) {
+      rows.push_back(cursor.Row());
+    }
+  } catch (const RuntimeError&) {
+    // What is damaged there concerns whoever looks for it.
+  }
   return rows;
 }
 

@@ -65,8 +65,9 @@ bool RunningProgram::HasEnded() const {
   return WaitForSingleObject(process_, 0) == WAIT_OBJECT_0;
 }
 
-std::optional<unsigned> RunningProgram::Wait(unsigned seconds) {
-  if (WaitForSingleObject(process_, seconds * 1000) != WAIT_OBJECT_0) return std::nullopt;
+unsigned RunningProgram::Wait(unsigned seconds) {
+  if (WaitForSingleObject(process_, seconds * 1000) != WAIT_OBJECT_0)
+    throw std::runtime_error("did not end within " + std::to_string(seconds) + " seconds");
   DWORD code = 0;
   GetExitCodeProcess(process_, &code);
   return code;

@@ -8,11 +8,8 @@
 
 namespace rdv {
 
-// Whether a table may lie in another database, to which this one has a link.
-enum class Links { Allowed, Refused };
-
 // Sentences for people, "table Used_Cards is missing", and none for a database that has it all. The
 // engine is in a scope.
-std::vector<std::string> MissingParts(jet::Engine& engine, Links links);
+std::vector<std::string> MissingParts(jet::Engine& engine);
 
 }  // namespace rdv
