@@ -70,6 +70,8 @@ STDMETHODIMP ConnectionPoint::Unadvise(DWORD cookie) {
 }
 
 STDMETHODIMP ConnectionPoint::EnumConnections(IEnumConnections** enumerator) {
+  // Before the items have references that nobody would release.
+  if (!enumerator) return E_POINTER;
   return AtBoundary([&] {
     std::vector<CONNECTDATA> items;
     for (const Connection& each : connections_) {

@@ -33,6 +33,13 @@ SIZE PixelsOf(SIZEL extent) {
   return pixels;
 }
 
+// Hundredths of a millimetre in the pixels of a metafile's reference device.
+int InFrame(HDC context, LONG length, int pixels, int millimetres) {
+  constexpr int kPerMillimetre = 100;
+  return MulDiv(length, GetDeviceCaps(context, pixels),
+                GetDeviceCaps(context, millimetres) * kPerMillimetre);
+}
+
 }  // namespace
 
 STDMETHODIMP DataTransfer::QueryGetData(FORMATETC* format) {
@@ -97,7 +104,14 @@ HRESULT DataTransfer::GiveEnhancedMetafile(STGMEDIUM& medium) {
   const RECT frame = {0, 0, extent.cx, extent.cy};
   const HDC context = CreateEnhMetaFileW(nullptr, nullptr, &frame, nullptr);
   if (!context) return E_OUTOFMEMORY;
-  const HRESULT drawn = DrawInto(context, PixelsOf(extent));
+  // The frame is measured in the screen's millimetres, which need not be those of its resolution:
+  // what is drawn is stretched over all of it.
+  const SIZE pixels = PixelsOf(extent);
+  SetMapMode(context, MM_ANISOTROPIC);
+  SetWindowExtEx(context, pixels.cx, pixels.cy, nullptr);
+  SetViewportExtEx(context, InFrame(context, extent.cx, HORZRES, HORZSIZE),
+                   InFrame(context, extent.cy, VERTRES, VERTSIZE), nullptr);
+  const HRESULT drawn = DrawInto(context, pixels);
   const HENHMETAFILE metafile = CloseEnhMetaFile(context);
   if (FAILED(drawn) || !metafile) {
     if (metafile) DeleteEnhMetaFile(metafile);

@@ -174,16 +174,28 @@ void InPlace::OnFocus(bool inside) {
 
 bool InPlace::HostHasFocus() const {
   const HWND focus = GetFocus();
-  const HWND host = GetAncestor(object_.Live()->Form().Handle(), GA_ROOT);
-  return focus && focus != host && IsChild(host, focus);
+  const HWND form = object_.Live()->Form().Handle();
+  const HWND host = GetAncestor(form, GA_ROOT);
+  return focus && focus != host && IsChild(host, focus) && focus != form && !IsChild(form, focus);
 }
 
 void InPlace::TellFocus(bool inside) {
   if (std::exchange(focus_told_, inside) != inside) object_.Container().TellFocus(inside);
 }
 
-void InPlace::OnModal(bool modal) {
-  if (const ComPointer<IOleInPlaceFrame> frame = frame_) frame->EnableModeless(!modal);
+std::shared_ptr<void> InPlace::DisableHost() {
+  const ComPointer<IOleInPlaceFrame> frame = frame_;
+  if (!frame) return nullptr;
+  frame->EnableModeless(FALSE);
+  return std::shared_ptr<void>(nullptr, [frame](void*) { frame->EnableModeless(TRUE); });
+}
+
+// The keyboard may have come back to another window of the host than the control it had left.
+HRESULT InPlace::OnActivate(BOOL activate) {
+  return Guard([&] {
+    if (activate && Placed() && HostHasFocus()) UIDeactivate();
+    return S_OK;
+  });
 }
 
 STDMETHODIMP InPlace::GetWindow(HWND* window) {

@@ -1,6 +1,8 @@
 // The control inside a container's window: activation, place, focus and keys.
 #pragma once
 
+#include <memory>
+
 #include "component/com/com_pointer.h"
 #include "component/object/part.h"
 
@@ -36,8 +38,9 @@ class InPlace final : public Part<IOleInPlaceObject, IOleInPlaceActiveObject> {
 
   // The focus is in the control's windows, where the user has just put it, or is not.
   void OnFocus(bool inside);
-  // Around a message box: the container disables or enables its own windows.
-  void OnModal(bool modal);
+  // For a message box: the container's windows are disabled until the result goes. Containers count
+  // both, so it is the same frame that is told, wherever the control lies by then.
+  std::shared_ptr<void> DisableHost();
 
   STDMETHODIMP GetWindow(HWND* window) override;
   STDMETHODIMP ContextSensitiveHelp(BOOL enter) override;
@@ -48,8 +51,8 @@ class InPlace final : public Part<IOleInPlaceObject, IOleInPlaceActiveObject> {
   STDMETHODIMP ReactivateAndUndo() override { return E_NOTIMPL; }
 
   STDMETHODIMP TranslateAccelerator(LPMSG message) override;
-  STDMETHODIMP OnFrameWindowActivate(BOOL /*activate*/) override { return S_OK; }
-  STDMETHODIMP OnDocWindowActivate(BOOL /*activate*/) override { return S_OK; }
+  STDMETHODIMP OnFrameWindowActivate(BOOL activate) override { return OnActivate(activate); }
+  STDMETHODIMP OnDocWindowActivate(BOOL activate) override { return OnActivate(activate); }
   STDMETHODIMP ResizeBorder(LPCRECT /*border*/, IOleInPlaceUIWindow* /*window*/,
                             BOOL /*frame_window*/) override {
     return S_OK;
@@ -71,6 +74,7 @@ class InPlace final : public Part<IOleInPlaceObject, IOleInPlaceActiveObject> {
   void TakeFocus(Entry entry);
   // In a window of the same top-level window that is not the control's.
   bool HostHasFocus() const;
+  HRESULT OnActivate(BOOL activate);
   void TellFocus(bool inside);
   void TellWindows(IOleInPlaceActiveObject* active_object, Activity meanwhile);
 

@@ -50,7 +50,7 @@ void LineConfigObject::Connect(LiveControl& live) {
   live.Form().on_focus = [this](bool inside) { in_place_.OnFocus(inside); };
   live.Form().on_editing_change = [this] { container_.TellControlInfoChanged(); };
   live.Form().on_windows_gone = [this] { in_place_.LeaveDestroyedWindows(); };
-  live.Form().Screen().on_modal = [this](bool modal) { in_place_.OnModal(modal); };
+  live.Form().Screen().hold_host = [this] { return in_place_.DisableHost(); };
 }
 
 void LineConfigObject::Disconnect(LiveControl& live) {
@@ -58,7 +58,7 @@ void LineConfigObject::Disconnect(LiveControl& live) {
   live.Form().on_focus = nullptr;
   live.Form().on_editing_change = nullptr;
   live.Form().on_windows_gone = nullptr;
-  live.Form().Screen().on_modal = nullptr;
+  live.Form().Screen().hold_host = nullptr;
 }
 
 void LineConfigObject::Park() {

@@ -79,6 +79,7 @@ TEST_F(Events, TheConnectionPointsCanBeEnumeratedDefaultFirst) {
 
 TEST_F(Events, TheConnectionsCanBeEnumerated) {
   PlacedControl placed;
+  EXPECT_EQ(placed.events->EnumConnections(nullptr), E_POINTER);
   ComPointer<IEnumConnections> enumeration;
   ASSERT_EQ(placed.events->EnumConnections(enumeration.Receive()), S_OK);
   CONNECTDATA connection = {};

@@ -1,6 +1,8 @@
 // What the user has not saved belongs to the control: its windows may go and come back.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "tests/component/support/loaded_control.h"
 #include "tests/component/support/patched_import.h"
 
@@ -91,6 +93,32 @@ TEST_F(LastingWindows, ThatTheContainerDestroysDuringTheQuestionWhetherToSaveAre
   // As it is stored.
   ASSERT_NO_FATAL_FAILURE(Load());
   EXPECT_EQ(Text(2, column::kLabel), L"not saved");
+}
+
+IOleInPlaceObject* deactivated_by_the_box = nullptr;
+
+int WINAPI DeactivateMeanwhile(HWND, LPCWSTR, LPCWSTR, UINT) {
+  deactivated_by_the_box->InPlaceDeactivate();
+  return IDNO;
+}
+
+// Containers count: one that was disabled once more than enabled stays dead.
+TEST_F(LastingWindows, GiveBackTheContainerThatABoxHasDisabledAlsoWhenItDeactivatesThemMeanwhile) {
+  PlaceAndLoad();
+  Change();
+  const auto object = placed_->As<IOleInPlaceObject>(IID_IOleInPlaceObject);
+  deactivated_by_the_box = object.Get();
+  const HWND cancel = placed_->Child(control_id::cmdCancel);
+  placed_->container.TakeCalls();
+  {
+    const PatchedImport<decltype(DeactivateMeanwhile)> box("MessageBoxW", &DeactivateMeanwhile);
+    SendMessageW(GetParent(cancel), WM_COMMAND, MAKEWPARAM(control_id::cmdCancel, BN_CLICKED),
+                 reinterpret_cast<LPARAM>(cancel));
+  }
+  const auto calls = placed_->container.TakeCalls();
+  EXPECT_EQ(std::count(calls.begin(), calls.end(), "EnableModeless(FALSE)"), 1);
+  EXPECT_EQ(std::count(calls.begin(), calls.end(), "OnInPlaceDeactivate"), 1);
+  EXPECT_EQ(std::count(calls.begin(), calls.end(), "EnableModeless(TRUE)"), 1);
 }
 
 int left_calls = 0;

@@ -11,6 +11,7 @@
 
 #include "tests/component/support/bare_windows.h"
 #include "tests/component/support/ole_test.h"
+#include "tests/component/support/patched_import.h"
 #include "tests/component/support/placed_control.h"
 #include "widgets/win32/control_ids.h"
 
@@ -117,6 +118,33 @@ TEST_F(OlderContainers, KeepAPictureOfTheControlInAStorage) {
   format.cfFormat = CF_TEXT;
   STGMEDIUM none = {};
   EXPECT_EQ(data->GetData(&format, &none), DV_E_FORMATETC);
+}
+
+int WINAPI ResolveTwice(HDC context, int index) {
+  const int value = PatchedImport<decltype(ResolveTwice)>::original(context, index);
+  return index == LOGPIXELSX || index == LOGPIXELSY ? 2 * value : value;
+}
+
+// The system's resolution need not be that of the screen's millimetres, which measure the frame.
+TEST_F(OlderContainers, GetAMetafileThatFillsItsFrameWhateverTheResolution) {
+  if (!CanPaint()) GTEST_SKIP() << "nothing can be painted here";
+  const auto data = placed_->As<IDataObject>(IID_IDataObject);
+  FORMATETC format = {CF_ENHMETAFILE, nullptr, DVASPECT_CONTENT, -1, TYMED_ENHMF};
+  STGMEDIUM medium = {};
+  {
+    const PatchedImport<decltype(ResolveTwice)> resolution("GetDeviceCaps", &ResolveTwice);
+    ASSERT_EQ(data->GetData(&format, &medium), S_OK);
+  }
+  ENHMETAHEADER header = {};
+  ASSERT_NE(GetEnhMetaFileHeader(medium.hEnhMetaFile, sizeof header, &header), 0u);
+  ReleaseStgMedium(&medium);
+  const RECTL& frame = header.rclFrame;
+  EXPECT_NEAR(header.rclBounds.right - header.rclBounds.left,
+              MulDiv(frame.right - frame.left, header.szlDevice.cx, 100 * header.szlMillimeters.cx),
+              3);
+  EXPECT_NEAR(header.rclBounds.bottom - header.rclBounds.top,
+              MulDiv(frame.bottom - frame.top, header.szlDevice.cy, 100 * header.szlMillimeters.cy),
+              3);
 }
 
 TEST_F(OlderContainers, AreToldThatThereAreNoPropertyPagesAndThatThePictureHidesWhatIsBehind) {

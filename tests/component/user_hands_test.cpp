@@ -184,6 +184,24 @@ TEST_F(UserHands, TheHostsOwnWindowsEndUiActivation) {
   EXPECT_THAT(placed_->container.TakeCalls(), Contains("OnUIActivate"));
 }
 
+TEST_F(UserHands, AHostThatComesBackWithItsOwnWindowEndsUiActivation) {
+  const HWND neighbour = CreateWindowExW(0, L"EDIT", L"", WS_CHILD | WS_VISIBLE, 0, 0, 10, 10,
+                                         placed_->container.Window(), nullptr, nullptr, nullptr);
+  SetFocus(nullptr);
+  SetFocus(neighbour);
+  placed_->container.TakeCalls();
+  const auto active = placed_->As<IOleInPlaceActiveObject>(IID_IOleInPlaceActiveObject);
+  EXPECT_EQ(active->OnFrameWindowActivate(FALSE), S_OK);
+  EXPECT_THAT(placed_->container.TakeCalls(), Not(Contains("OnUIDeactivate")));
+  EXPECT_EQ(active->OnFrameWindowActivate(TRUE), S_OK);
+  EXPECT_THAT(placed_->container.TakeCalls(), Contains("OnUIDeactivate"));
+  SetFocus(Grid());
+  PumpMessages();
+  placed_->container.TakeCalls();
+  EXPECT_EQ(active->OnDocWindowActivate(TRUE), S_OK);
+  EXPECT_THAT(placed_->container.TakeCalls(), Not(Contains("OnUIDeactivate")));
+}
+
 TEST_F(UserHands, AnotherProgramOnlyBorrowsTheKeyboard) {
   placed_->container.TakeCalls();
   SetFocus(nullptr);

@@ -14,10 +14,10 @@ MessageAnswer WindowScreen::ShowMessage(TextView text, int style, std::optional<
   if (caption.empty()) caption = kProductSource;
   const Text message = MessageText(text);
   if (on_opening) on_opening();
-  if (on_modal) on_modal(true);
+  auto held = hold_host ? hold_host() : nullptr;
   const int answer = MessageBoxW(owner, Wide(message), Wide(caption),
                                  static_cast<UINT>(style) | (owner ? MB_APPLMODAL : MB_TASKMODAL));
-  if (on_modal) on_modal(false);
+  held.reset();
   if (on_closed) on_closed();
   return static_cast<MessageAnswer>(answer);
 }

@@ -1,6 +1,8 @@
 // Message boxes and the mouse pointer around the control's windows.
 #pragma once
 
+#include <memory>
+
 #include "widgets/widget.h"
 #include "widgets/win32/platform.h"
 
@@ -18,9 +20,9 @@ class WindowScreen : public Screen {
   // For WM_SETCURSOR: true when the pointer has been set and the windows' own ones do not count.
   bool ShowPointer() const;
 
-  // Around every message box: true before, false after. The host's other windows are then to be
-  // disabled with ours.
-  std::function<void(bool modal)> on_modal;
+  // Before every message box; what it gives is held as long as the box stands. The host's other
+  // windows are then to be disabled with ours.
+  std::function<std::shared_ptr<void>()> hold_host;
   // The same for the form itself, which keeps the focus over it.
   std::function<void()> on_opening;
   std::function<void()> on_closed;
