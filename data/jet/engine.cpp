@@ -10,12 +10,13 @@
 #include "data/jet/file/pager.h"
 #include "data/jet/file/write_context.h"
 #include "data/jet/format/errors.h"
+#include "data/jet/table/page_users.h"
 #include "data/jet/table/table_writer.h"
 #include "runtime/error.h"
 
 namespace rdv::jet {
 
-struct Engine::State : public TableSource {
+struct Engine::State : public AllTables {
   State(const Text& path, const EngineOptions& options)
       : pager(options.files ? *options.files : NativeFileSystem(), path, options.lock_wait,
               options.cache_pages, options.reads_suspect ? Suspects::Read : Suspects::Refused),
@@ -27,6 +28,9 @@ struct Engine::State : public TableSource {
 
   Catalog& OpenCatalog();
   const TableDefinition& TableAt(uint32_t page) override;
+  const TableDefinition* FindTableAt(uint32_t page) override;
+  std::vector<uint32_t> TablePages() override;
+  void KnowObjects();
   void RequireWritable(const TableDefinition& table) const;
 
   // Runs a change of rows; one that fails half done makes the scope unfit to be committed.
@@ -61,7 +65,8 @@ struct Engine::State : public TableSource {
   std::optional<Catalog> catalog;
   std::unordered_map<uint32_t, std::unique_ptr<TableDefinition>> tables;  // by page
   std::map<Text, const TableDefinition*, std::less<>> tables_by_name;     // upper case
-  std::unordered_map<uint32_t, CatalogObject> objects;  // local tables by page, once one is sought
+  std::map<uint32_t, CatalogObject> objects;  // local tables by page, once one is sought
+  TablesAsPageUsers page_users{file, *this};
   std::optional<PageAllocator> allocator;
   std::optional<TableWriter> writer;
   bool broken = false;
@@ -80,7 +85,7 @@ void Engine::State::Forget() {
   tables_by_name.clear();
   tables.clear();
   objects.clear();
-  allocator.emplace(context);
+  allocator.emplace(context, &page_users);
   writer.emplace(context, *allocator, *this);
 }
 
@@ -90,18 +95,34 @@ Catalog& Engine::State::OpenCatalog() {
 }
 
 const TableDefinition& Engine::State::TableAt(uint32_t page) {
+  const TableDefinition* table = FindTableAt(page);
+  if (!table) file.DamagedPage(page, u"is no table of the catalog");
+  return *table;
+}
+
+const TableDefinition* Engine::State::FindTableAt(uint32_t page) {
   const auto known = tables.find(page);
-  if (known != tables.end()) return *known->second;
-  if (objects.empty()) {
-    for (CatalogObject& object : OpenCatalog().All()) {
-      const uint32_t its_page = static_cast<uint32_t>(object.id);
-      if (object.IsLocalTable()) objects.try_emplace(its_page, std::move(object));
-    }
-  }
+  if (known != tables.end()) return known->second.get();
+  KnowObjects();
   const auto object = objects.find(page);
-  if (object == objects.end()) file.DamagedPage(page, u"is no table of the catalog");
+  if (object == objects.end()) return nullptr;
   auto table = std::make_unique<TableDefinition>(OpenCatalog().Table(object->second));
-  return *tables.emplace(page, std::move(table)).first->second;
+  return tables.emplace(page, std::move(table)).first->second.get();
+}
+
+void Engine::State::KnowObjects() {
+  if (!objects.empty()) return;
+  for (CatalogObject& object : OpenCatalog().All()) {
+    const uint32_t page = static_cast<uint32_t>(object.id);
+    if (object.IsLocalTable()) objects.try_emplace(page, std::move(object));
+  }
+}
+
+std::vector<uint32_t> Engine::State::TablePages() {
+  KnowObjects();
+  std::vector<uint32_t> pages;
+  for (const auto& [page, object] : objects) pages.push_back(page);
+  return pages;
 }
 
 // The engine's own tables change by their own rules; keys of texts are known for one order only.

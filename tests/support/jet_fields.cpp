@@ -288,6 +288,10 @@ const FileField& FindField(const std::vector<FileField>& fields, std::string_vie
   std::abort();
 }
 
+bool FieldIsThere(const std::vector<FileField>& fields, std::string_view name) {
+  return std::ranges::find(fields, name, &FileField::name) != fields.end();
+}
+
 uint32_t LoadField(Bytes file, const FileField& field) {
   uint32_t value = 0;
   for (size_t i = field.size; i-- > 0;) value = value << 8 | file[field.at + i];

@@ -25,6 +25,8 @@ std::vector<FileField> FieldsOf(Bytes file);
 // The field of that name; ends the program where there is none.
 const FileField& FindField(const std::vector<FileField>& fields, std::string_view name);
 
+bool FieldIsThere(const std::vector<FileField>& fields, std::string_view name);
+
 // The field's bytes, the lowest first.
 uint32_t LoadField(Bytes file, const FileField& field);
 void StoreField(std::vector<uint8_t>& file, const FileField& field, uint32_t value);

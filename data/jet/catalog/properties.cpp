@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "data/jet/catalog/catalog.h"
+#include "data/jet/rows/memory_budget.h"
 
 namespace rdv::jet {
 namespace {
@@ -29,7 +30,8 @@ Bytes TakeRest(ByteReader& reader, size_t size, size_t header_size) {
 
 class PropertyParser {
  public:
-  PropertyParser(const FileReader& file, Bytes bytes) : file_(file), reader_(bytes) {}
+  PropertyParser(const FileReader& file, Bytes bytes)
+      : file_(file), reader_(bytes), budget_(file) {}
 
   std::vector<Property> Parse() {
     const Bytes mark = reader_.Take(kMarkJet4.size());
@@ -48,8 +50,12 @@ class PropertyParser {
   Text Name(ByteReader& reader) {
     const uint16_t size = reader.U16();
     if (size > kMaxNameUnits * file_.Layout().UnitSize()) Fail();
-    return file_.DecodeName(reader.Take(size));
+    Text name = file_.DecodeName(reader.Take(size));
+    Keep(name);
+    return name;
   }
+
+  void Keep(const Text& name) { budget_.Take(sizeof name + name.size() * sizeof(char16_t)); }
 
   void ParseBlock() {
     const size_t size = reader_.U32();
@@ -83,12 +89,16 @@ class PropertyParser {
     const Bytes value = TakeRest(block, size, kValueHeaderSize);
     if (block.Failed() || name >= names_.size() || value_size > value.size()) Fail();
     property.name = names_[name];
+    budget_.Take(sizeof property + value_size);
+    Keep(property.owner);
+    Keep(property.name);
     property.value.assign(value.begin(), value.begin() + static_cast<std::ptrdiff_t>(value_size));
     properties_.push_back(std::move(property));
   }
 
   const FileReader& file_;
   ByteReader reader_;
+  MemoryBudget budget_;
   std::vector<Text> names_;
   std::vector<Property> properties_;
 };
@@ -165,6 +175,13 @@ bool IsSet(const Property& property) {
                      [](uint8_t byte) { return byte != 0; });
 }
 
+// A definition lives on from statement to statement, so nothing in it is longer than it can be.
+Text Expression(const FileReader& file, const Property& property) {
+  if (property.value.size() > kMaxExpressionUnits * file.Layout().UnitSize())
+    file.Damaged(u"A default or a rule of a column is too long");
+  return file.DecodeName(property.value);
+}
+
 }  // namespace
 
 std::vector<Property> ParseProperties(const FileReader& file, Bytes bytes) {
@@ -190,11 +207,9 @@ void ApplyProperties(const FileReader& file, Bytes properties, TableDefinition& 
     if (column == table.columns.end()) continue;
     if (property.name == kPropertyRequired) column->required = IsSet(property);
     if (property.name == kPropertyAllowZeroLength) column->allow_zero_length = IsSet(property);
-    if (property.name == kPropertyDefaultValue)
-      column->default_value = file.DecodeName(property.value);
-    if (property.name == kPropertyValidationRule) {
-      column->validation_rule = file.DecodeName(property.value);
-    }
+    if (property.name == kPropertyDefaultValue) column->default_value = Expression(file, property);
+    if (property.name == kPropertyValidationRule)
+      column->validation_rule = Expression(file, property);
   }
 }
 

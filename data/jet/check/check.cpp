@@ -1,9 +1,11 @@
 #include "data/jet/check/check.h"
 
 #include <algorithm>
+#include <set>
 
 #include "data/jet/catalog/catalog.h"
 #include "data/jet/check/check_parts.h"
+#include "data/jet/rows/memory_budget.h"
 #include "runtime/error.h"
 
 namespace rdv::jet {
@@ -11,14 +13,37 @@ namespace {
 
 constexpr size_t kMostFindings = 10000;
 
+size_t HeldBytes(const TableDefinition& table) {
+  size_t held = sizeof table + sizeof(RealIndex) * table.indexes.size() +
+                sizeof(LogicalIndex) * table.logical_indexes.size();
+  for (const Column& column : table.columns) {
+    held += sizeof column + sizeof(char16_t) * (column.name.size() + column.default_value.size() +
+                                                column.validation_rule.size());
+  }
+  return held;
+}
+
 std::vector<TableDefinition> ReadTables(const FileReader& file, CheckReport& report) {
   std::vector<TableDefinition> tables;
+  std::set<uint32_t> pages;
+  MemoryBudget budget(file);
   const Catalog catalog(file);
   for (const CatalogObject& object : catalog.All()) {
     if (!object.IsLocalTable()) continue;
     const uint32_t page = static_cast<uint32_t>(object.id);
-    Guarded(report, {.kind = FindingKind::DamagedStructure, .page = page, .table = page},
-            [&] { tables.push_back(catalog.Table(object)); });
+    const Finding damaged{
+        .kind = FindingKind::DamagedStructure, .page = page, .table = page, .text = {}};
+    if (!pages.insert(page).second) {
+      Finding twice = damaged;
+      twice.text = u"The table " + object.name + u" has the definition of another one";
+      Report(report, std::move(twice));
+      continue;
+    }
+    Guarded(report, damaged, [&] {
+      TableDefinition table = catalog.Table(object);
+      budget.Take(HeldBytes(table));
+      tables.push_back(std::move(table));
+    });
   }
   return tables;
 }

@@ -5,6 +5,7 @@
 #include "data/jet/index/index_key.h"
 #include "data/jet/rows/data_page.h"
 #include "data/jet/rows/long_value.h"
+#include "data/jet/rows/memory_budget.h"
 #include "data/jet/rows/row_codec.h"
 #include "runtime/error.h"
 
@@ -19,7 +20,7 @@ Text RowName(const TableDefinition& table, RowId row) {
 class RowWalk {
  public:
   RowWalk(const FileReader& file, const TableDefinition& table, CheckReport& report)
-      : file_(file), table_(table), report_(report), view_(file, table) {
+      : file_(file), table_(table), report_(report), view_(file, table), budget_(file) {
     contents_.keys.resize(table.indexes.size());
     contents_.keyless.resize(table.indexes.size());
   }
@@ -140,18 +141,23 @@ class RowWalk {
   // Where one key cannot be built, the index as a whole is not compared.
   void CollectKey(const RealIndex& index) {
     if (contents_.keyless[index.position]) return;
+    std::optional<jet::Key> key;
     try {
-      const auto key = KeyOfRow(file_, table_, index, view_);
-      if (key) contents_.keys[index.position].push_back(MakeEntry(*key, view_.Id()));
+      key = KeyOfRow(file_, table_, index, view_);
     } catch (const RuntimeError&) {
       contents_.keyless[index.position] = true;
     }
+    if (!key) return;
+    EntryBytes entry = MakeEntry(*key, view_.Id());
+    budget_.Take(sizeof entry + entry.size());
+    contents_.keys[index.position].push_back(std::move(entry));
   }
 
   const FileReader& file_;
   const TableDefinition& table_;
   CheckReport& report_;
   RowView view_;
+  MemoryBudget budget_;
   TableContents contents_;
   std::unordered_map<uint32_t, bool> hidden_;  // moved rows; whether a pointer leads there
 };

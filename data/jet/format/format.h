@@ -139,6 +139,7 @@ inline constexpr uint64_t kLargestFile = uint64_t{1} << 31;
 inline constexpr size_t kMaxColumns = 255;  // ever created in a table
 inline constexpr size_t kMaxIndexes = 32;   // of a table, those of relationships included
 inline constexpr size_t kMaxNameUnits = 64;
+inline constexpr size_t kMaxExpressionUnits = 2048;  // a default or a rule; believed
 
 // Header page, at the same place in both versions; kHeaderMaskStart on masked.
 inline constexpr std::array<uint8_t, 4> kHeaderMark = {0x00, 0x01, 0x00, 0x00};

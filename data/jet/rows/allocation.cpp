@@ -66,7 +66,7 @@ std::vector<uint8_t> EmptyMap(const Format& format) {
 
 uint32_t PageAllocator::Allocate() {
   if (const std::optional<uint32_t> free = FindFree()) {
-    if (context_.pager.AskedFor(*free))
+    if (context_.pager.AskedFor(*free) || (users_ != nullptr && users_->Have(*free)))
       context_.file.DamagedPage(*free, u"is in use, but the map says that it is free");
     MarkUsed(*free);
     lowest_ = *free + 1;

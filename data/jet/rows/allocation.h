@@ -11,14 +11,30 @@
 
 namespace rdv::jet {
 
+// Whoever may have a page although the map of free pages says that nobody has it.
+class PageUsers {
+ public:
+  PageUsers() = default;
+  PageUsers(const PageUsers&) = delete;
+  PageUsers& operator=(const PageUsers&) = delete;
+  virtual ~PageUsers() = default;
+
+  // Inside a statement. May read the page and what it takes to judge it.
+  virtual bool Have(uint32_t page) = 0;
+};
+
 // The map of free pages. Keeps in mind below which page none is free, as long as the file's pages
 // are changed by nobody else: one object serves until the pager's generation changes.
 class PageAllocator {
  public:
-  explicit PageAllocator(const WriteContext& context) : context_(context) {}
+  // `users`, which must outlive it, are asked before a page is taken on the word of the map; null
+  // where all who have pages are known to have asked for them in the statement.
+  explicit PageAllocator(const WriteContext& context, PageUsers* users = nullptr)
+      : context_(context), users_(users) {}
 
   // A page that belongs to nobody, all zeros: the lowest free one or a new one at the end. It is
-  // marked as used; entering it in its owner's map is the caller's.
+  // marked as used; entering it in its owner's map is the caller's. Raises the damaged file's error
+  // when the lowest one that is said to be free is not.
   uint32_t Allocate();
 
   // Requires that no owner's map has the page any more.
@@ -36,6 +52,7 @@ class PageAllocator {
   uint32_t AppendMapPage();
 
   const WriteContext& context_;
+  PageUsers* users_;
   uint32_t lowest_ = 0;  // no page below this one is free
 };
 

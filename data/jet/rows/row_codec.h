@@ -89,6 +89,7 @@ class FieldBuffer {
   explicit FieldBuffer(size_t room) : bytes_(room) {}
 
   size_t Size() const { return size_; }
+  size_t Room() const { return bytes_.size(); }
   const uint8_t* At(size_t position) const { return bytes_.data() + position; }
   // Room for `size` more bytes at the end.
   uint8_t* Extend(size_t size) {
@@ -122,6 +123,8 @@ class RowFields {
     bytes_.Clear();
   }
   size_t Count() const { return places_.size(); }
+  // What they take in memory.
+  size_t HeldBytes() const { return places_.size() * sizeof(Place) + bytes_.Room(); }
   // Nothing for Null; for a Boolean, there and empty when true. Valid until a field is set.
   std::optional<Bytes> operator[](size_t column) const {
     assert(column < places_.size());

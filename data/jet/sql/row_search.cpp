@@ -6,6 +6,7 @@
 
 #include "data/jet/index/index_cursor.h"
 #include "data/jet/index/index_key.h"
+#include "data/jet/rows/memory_budget.h"
 #include "data/jet/rows/table_scan.h"
 #include "runtime/error.h"
 
@@ -101,7 +102,11 @@ void ForEachMatch(const FileReader& file, const TableDefinition& table, const Pr
 std::vector<RowId> FindMatches(const FileReader& file, const TableDefinition& table,
                                const Predicate& predicate) {
   std::vector<RowId> rows;
-  ForEachMatch(file, table, predicate, [&](const RowView& row) { rows.push_back(row.Id()); });
+  MemoryBudget budget(file);
+  ForEachMatch(file, table, predicate, [&](const RowView& row) {
+    budget.Take(sizeof(RowId));
+    rows.push_back(row.Id());
+  });
   return rows;
 }
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "data/jet/format/errors.h"
+#include "data/jet/rows/memory_budget.h"
 #include "data/jet/sql/execution.h"
 #include "data/jet/sql/names.h"
 #include "data/jet/sql/predicate.h"
@@ -103,12 +104,16 @@ class Query : public Plan {
     std::vector<std::vector<Value>> rows;
     std::vector<std::vector<Value>> keys;
     std::set<std::vector<Value>, RowLess> met;
+    MemoryBudget budget(file);
     ForEachMatch(file, table_, predicate_, [&](const RowView& row) {
       if (order_.empty() && select_.top && rows.size() >= *select_.top) return;
       std::vector<Value> output = Output(row, arguments);
       if (select_.distinct && !met.insert(output).second) return;
+      budget.Take((select_.distinct ? 2 : 1) * HeldBytes(output));
       rows.push_back(std::move(output));
-      if (!order_.empty()) keys.push_back(Key(row));
+      if (order_.empty()) return;
+      keys.push_back(Key(row));
+      budget.Take(HeldBytes(keys.back()));
     });
     if (!order_.empty()) Sort(rows, keys);
     return rows;

@@ -22,6 +22,7 @@ class TableSource {
   TableSource& operator=(const TableSource&) = delete;
   virtual ~TableSource() = default;
 
+  // Raises the damaged file's error where there is none.
   virtual const TableDefinition& TableAt(uint32_t page) = 0;
 };
 

@@ -75,7 +75,7 @@ RowId TableWriter::Insert(const TableDefinition& table, std::span<const Assignme
 
 void TableWriter::Update(const TableDefinition& table, RowId row,
                          std::span<const Assignment> assignments) {
-  Plan plan;
+  Plan plan(context_.file);
   PlanUpdate(plan, table, row, {assignments.begin(), assignments.end()}, {});
   for (size_t i = 0; i < plan.Size(); ++i) FollowUpdate(plan, i);
   changing_ = true;
@@ -84,7 +84,7 @@ void TableWriter::Update(const TableDefinition& table, RowId row,
 }
 
 void TableWriter::Delete(const TableDefinition& table, RowId row) {
-  Plan plan;
+  Plan plan(context_.file);
   plan.Add(PrepareDelete(table, row));
   for (size_t i = 0; i < plan.Size(); ++i) FollowDelete(plan, i);
   changing_ = true;
@@ -101,6 +101,19 @@ void TableWriter::RowChange::BeginInsert(const TableDefinition& into) {
   indexes.clear();
   long_values.clear();
   autonumber = 0;
+}
+
+size_t TableWriter::RowChange::HeldBytes() const {
+  const auto size_of = [](const auto& part) { return part ? part->size() : 0; };
+  size_t held =
+      sizeof *this + fields.HeldBytes() + bytes.size() + sizeof(Followed) * followed.size();
+  for (const Assignment& assignment : assignments)
+    held += sizeof assignment.column + jet::HeldBytes(assignment.value);
+  for (const IndexChange& index : indexes)
+    held += sizeof index + size_of(index.removed) + size_of(index.added);
+  for (const LongValueChange& value : long_values)
+    held += sizeof value + size_of(value.removed) + size_of(value.added);
+  return held;
 }
 
 void TableWriter::PrepareInsert(const TableDefinition& table, std::span<const Assignment> values) {
@@ -275,8 +288,14 @@ TableWriter::RowChange* TableWriter::Plan::Find(const TableDefinition& table, Ro
 }
 
 void TableWriter::Plan::Add(RowChange change) {
+  budget_.Take(change.HeldBytes());
   by_row_.emplace(std::pair(change.table, change.row), changes_.size());
   changes_.push_back(std::move(change));
+}
+
+void TableWriter::Plan::Replace(RowChange& planned, RowChange change) {
+  budget_.Take(change.HeldBytes());
+  planned = std::move(change);
 }
 
 void TableWriter::Plan::CountFollowed(const FileReader& file, size_t rows) {
@@ -306,7 +325,7 @@ void TableWriter::PlanUpdate(Plan& plan, const TableDefinition& table, RowId row
       all_followed.push_back(before);
   }
   auto change = PrepareUpdate(table, row, std::move(assignments), std::move(all_followed));
-  if (change) *planned = std::move(*change);
+  if (change) plan.Replace(*planned, std::move(*change));
 }
 
 void TableWriter::FollowUpdate(Plan& plan, size_t number) {

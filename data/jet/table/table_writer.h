@@ -16,6 +16,7 @@
 #include "data/jet/file/write_context.h"
 #include "data/jet/format/schema.h"
 #include "data/jet/rows/allocation.h"
+#include "data/jet/rows/memory_budget.h"
 #include "data/jet/rows/row_codec.h"
 #include "data/jet/table/constraints.h"
 
@@ -68,14 +69,20 @@ class TableWriter {
 
     // As if made anew for a new row, but with the room that there is.
     void BeginInsert(const TableDefinition& into);
+    // What it takes in memory.
+    size_t HeldBytes() const;
   };
   // All changes of a statement's one: in their order, and by the row.
   class Plan {
    public:
+    explicit Plan(const FileReader& file) : budget_(file) {}
+
     size_t Size() const { return changes_.size(); }
     RowChange& operator[](size_t number) { return changes_[number]; }
     RowChange* Find(const TableDefinition& table, RowId row);
     void Add(RowChange change);
+    // In the place of one that is there.
+    void Replace(RowChange& planned, RowChange change);
     // Counts rows that relationships have led to. In a sound file each one leads to a row once, and
     // takes some bytes of it to say so.
     void CountFollowed(const FileReader& file, size_t rows);
@@ -88,6 +95,7 @@ class TableWriter {
     std::vector<RowChange> changes_;
     std::unordered_map<std::pair<const TableDefinition*, RowId>, size_t, HashOfRow> by_row_;
     uint64_t followed_ = 0;
+    MemoryBudget budget_;
   };
   // What the columns of a new row get: the caller's values and others.
   struct InsertedValues {

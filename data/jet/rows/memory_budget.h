@@ -1,0 +1,34 @@
+// How much of a file one statement may keep in memory.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "data/jet/file/file_reader.h"
+#include "runtime/value.h"
+
+namespace rdv::jet {
+
+// What is kept of a sound file is a small multiple of it. A file that was made to hurt may tell of
+// columns that its rows do not have, of rows that are all one, of one long value many times over:
+// some bytes of it then stand for kilobytes in memory. Whoever keeps what is read pays for it here;
+// one object serves one statement.
+class MemoryBudget {
+ public:
+  // `file` must outlive it.
+  explicit MemoryBudget(const FileReader& file);
+
+  // Raises the damaged file's error once more is kept than the file can stand for.
+  void Take(uint64_t bytes);
+
+ private:
+  const FileReader* file_;
+  uint64_t left_;
+};
+
+// What values take in memory, whatever they are: a Null takes as much as a number.
+size_t HeldBytes(const Value& value);
+size_t HeldBytes(const std::vector<Value>& row);
+
+}  // namespace rdv::jet
