@@ -110,9 +110,38 @@ Parts WayToFile(const Text& database, const Text& path) {
   return stays ? linked : Parts();
 }
 
+Text FolderOf(const Text& path) {
+  const auto own_name = std::find_if(path.rbegin(), path.rend(), IsOwnSeparator).base();
+  return own_name == path.begin() ? Text(u".") : Text(path.begin(), own_name);
+}
+
+// Where the file is that is named below the folder of the file at `path`: a folder or a file there
+// may be a link of the file system that leads elsewhere.
+Text RequireInFolder(const LinkedTable& link, const Text& path, const Text& file,
+                     FileSystem& files) {
+  const auto refuse = [&](const Text& where) {
+    RaiseNotFollowed(link, u"'" + link.database + u"', which " + where +
+                               u" outside of the folder of '" + path + u"'");
+  };
+  try {
+    const Text real = files.CanonicalPath(file);
+    const Parts folder = Split(files.CanonicalPath(FolderOf(path)), IsOwnSeparator);
+    const Parts parts = Split(real, IsOwnSeparator);
+    const auto end =
+        std::mismatch(folder.begin(), folder.end(), parts.begin(), parts.end(), SameName).first;
+    if (end != folder.end()) refuse(u"leads to '" + real + u"',");
+    return real;
+  } catch (const FileError& error) {
+    const bool absent =
+        error.Problem() == FileProblem::NotFound || error.Problem() == FileProblem::FolderNotFound;
+    if (!absent) refuse(u"may lie");
+    return file;
+  }
+}
+
 }  // namespace
 
-Text FileOfLink(const LinkedTable& link, const Text& path) {
+Text FileOfLink(const LinkedTable& link, const Text& path, FileSystem& files) {
   if (link.server) RaiseNotFollowed(link, u"a server (" + WithoutSecrets(link.connect) + u")");
   const Text kind(Trim(TextView(link.connect).substr(0, link.connect.find(u';'))));
   if (!kind.empty())
@@ -129,7 +158,7 @@ Text FileOfLink(const LinkedTable& link, const Text& path) {
   Text file(path.begin(), own_name);
   for (const Text& part : way) file += part + static_cast<char16_t>(fs::path::preferred_separator);
   file.pop_back();
-  return file;
+  return RequireInFolder(link, path, file, files);
 }
 
 }  // namespace rdv::jet

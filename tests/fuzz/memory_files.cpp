@@ -39,8 +39,7 @@ class MemoryFile : public File {
 std::unique_ptr<File> MemoryFiles::Open(const Text& path, FileAccess access) {
   const auto found = files_.find(path);
   if (found != files_.end()) return std::make_unique<MemoryFile>(found->second);
-  const bool make = access != FileAccess::Read && access != FileAccess::ReadWrite;
-  if (!make) throw FileError(FileProblem::NotFound, "there is none");
+  if (!MayMake(access)) throw FileError(FileProblem::NotFound, "there is none");
   Content content = std::make_shared<std::vector<uint8_t>>();
   files_.emplace(path, content);
   return std::make_unique<MemoryFile>(std::move(content));

@@ -372,6 +372,30 @@ TEST_F(LeftBehind, ALinkInThePlaceOfADraftIsNotFollowed) {
   EXPECT_EQ(std::filesystem::hard_link_count(made), 1u);
 }
 
+// Whoever lays a link where the journal and the lock file are expected would have others write to a
+// file of his choice, with their rights.
+TEST_F(LeftBehind, LinksInThePlaceOfWhatLiesBesideTheFileAreNotFollowed) {
+  const auto victim = folder_.Path() / "victim";
+  const std::string content = "not to be written to";
+  for (const auto& name : {Journal(), UserFilePath()}) {
+    for (const bool hard : {false, true}) {
+      std::ofstream(victim) << content;
+      if (hard) {
+        std::filesystem::create_hard_link(victim, name);
+      } else {
+        std::filesystem::create_symlink(victim, name);
+      }
+      const std::string refusal = WhatRaises([&] { Insert(*Open(), 50); });
+      EXPECT_NE(refusal, "") << name << (hard ? ", hard" : "");
+      std::ifstream file(victim);
+      EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), content) << name;
+      std::filesystem::remove(name);
+      std::filesystem::remove(victim);
+    }
+  }
+  Insert(*Open(), 50);
+}
+
 TEST_F(LeftBehind, AFileWithTwoNamesOfItsOwnIsReadAndNotWritten) {
   const auto other = folder_.Path() / "other.mdb";
   std::filesystem::create_hard_link(path_, other);

@@ -127,8 +127,7 @@ DiskContents SimulatedDisk::Contents() const {
 std::unique_ptr<File> SimulatedDisk::Open(const Text& path, FileAccess access) {
   const auto found = names_.find(path);
   if (found != names_.end()) return std::make_unique<OpenFile>(*this, found->second);
-  if (access == FileAccess::Read || access == FileAccess::ReadWrite)
-    throw FileError(FileProblem::NotFound, "there is none");
+  if (!MayMake(access)) throw FileError(FileProblem::NotFound, "there is none");
   names_[path] = files_.size();
   files_.emplace_back();
   operations_.push_back({.kind = Kind::Make, .file = files_.size() - 1, .name = path});

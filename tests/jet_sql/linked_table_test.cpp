@@ -174,6 +174,34 @@ TEST_F(LinkedTables, ThatLeadElsewhereAreNamedAndNotFollowed) {
                                               ToUtf8(main_) + "'" + refused);
 }
 
+#ifndef _WIN32
+
+// Whoever may write the folder may put a link there.
+TEST_F(LinkedTables, ThatALinkOfTheFileSystemLeadsOutOfTheFolderAreNamedAndNotFollowed) {
+  const test::TemporaryFolder elsewhere;
+  const auto outside = elsewhere.Path() / "lines.mdb";
+  std::filesystem::rename(ToUtf8(part_), outside);
+  std::filesystem::create_directory_symlink(elsewhere.Path(), folder_.Path() / "away");
+  std::filesystem::create_symlink(outside, ToUtf8(part_));
+  for (const Text& database : std::vector<Text>{u"away\\lines.mdb", u"parts\\lines.mdb"}) {
+    std::filesystem::remove(ToUtf8(main_));
+    Engine::Create(main_);
+    Link(LinkTo(database));
+    EXPECT_EQ(ErrorOf(u"SELECT * FROM Lines"),
+              "The table 'Lines' is linked to '" + ToUtf8(database) + "', which leads to '" +
+                  outside.string() + "', outside of the folder of '" + ToUtf8(main_) +
+                  "'. Such links are not followed.");
+  }
+}
+
+TEST_F(LinkedTables, AreFoundThroughALinkThatStaysInTheFolder) {
+  std::filesystem::create_directory_symlink(folder_.Path() / "parts", folder_.Path() / "here");
+  Link(LinkTo(u"here\\lines.mdb"));
+  EXPECT_TRUE(Run(main_, u"SELECT * FROM Lines").rows->rows.empty());
+}
+
+#endif
+
 TEST_F(LinkedTables, WhoseFileIsNotThereSayWhichOne) {
   Link(LinkTo(u"parts\\gone.mdb"));
   const std::string gone = (folder_.Path() / "parts" / "gone.mdb").string();

@@ -106,7 +106,7 @@ bool UserFile::HasUsers() {
   if (excluding_) return false;
   try {
     if (!files_.Exists(path_)) return false;
-    const std::unique_ptr<File> file = files_.Open(path_, FileAccess::Read);
+    const std::unique_ptr<File> file = files_.Open(path_, FileAccess::ReadBeside);
     if (!file->TryLock(kFirstUser, kUserCount, LockMode::Shared)) return true;
     file->Unlock(kFirstUser, kUserCount);
     return false;

@@ -39,14 +39,30 @@ class FileError : public std::exception {
   std::string reason_;
 };
 
+// All but the first two are for files that are made beside a database, under names that anybody can
+// foresee: none is opened through a link that bears the name, nor, but for drafts, a file that has
+// other names as well.
 enum class FileAccess {
   Read,
   ReadWrite,
-  Create,  // ReadWrite; made empty when it is not there
+  ReadBeside,
+  ReadWriteBeside,
+  Create,  // ReadWriteBeside; made empty when it is not there
   Draft,   // Create; may be renamed and removed while it is open in this way only
   Alone,   // Create; refused while anybody has it open, and keeps everybody out, where the system
            // knows that (FileSystem::OpensAlone)
 };
+
+inline bool IsBeside(FileAccess access) {
+  return access != FileAccess::Read && access != FileAccess::ReadWrite;
+}
+inline bool MayMake(FileAccess access) {
+  return IsBeside(access) && access != FileAccess::ReadBeside &&
+         access != FileAccess::ReadWriteBeside;
+}
+inline bool MayWrite(FileAccess access) {
+  return access != FileAccess::Read && access != FileAccess::ReadBeside;
+}
 
 enum class LockMode { Shared, Exclusive };
 
@@ -106,7 +122,7 @@ class FileSystem {
   virtual bool OpensAlone() const = 0;
   // False only when it is certain that there is none; raises FileError when that cannot be told.
   virtual bool Exists(const Text& path) = 0;
-  // The one spelling of the name of a file that is there, whichever links lead to it.
+  // The one spelling of the name of a file or folder that is there, whichever links lead to it.
   virtual Text CanonicalPath(const Text& path) = 0;
   // Also when it is open elsewhere, where the system allows that. Raises FileError.
   virtual void Remove(const Text& path) = 0;

@@ -138,13 +138,11 @@ class PosixFile : public File {
 class PosixFileSystem : public FileSystem {
  public:
   std::unique_ptr<File> Open(const Text& path, FileAccess access) override {
-    const bool makes = access != FileAccess::Read && access != FileAccess::ReadWrite;
-    return OpenWith(path, access, makes ? O_CREAT : 0);
+    return OpenWith(path, access, MayMake(access) ? O_CREAT : 0);
   }
 
   std::unique_ptr<File> OpenBeside(File& model, const Text& path, FileAccess access) override {
-    const bool makes = access != FileAccess::Read && access != FileAccess::ReadWrite;
-    if (!makes) return OpenWith(path, access, 0);
+    if (!MayMake(access)) return OpenWith(path, access, 0);
     // Made or found: another process may make or remove it in between.
     for (;;) {
       try {
@@ -223,15 +221,14 @@ class PosixFileSystem : public FileSystem {
   }
 
   static std::unique_ptr<PosixFile> OpenWith(const Text& path, FileAccess access, int extra) {
-    const bool database = access == FileAccess::Read || access == FileAccess::ReadWrite;
-    // The others have names that anybody can foresee: a link that somebody has laid there is not
-    // followed.
     // Nothing is waited for: not for somebody at the other end of a pipe that bears the name.
-    const int flags = O_CLOEXEC | O_NONBLOCK | extra | (database ? 0 : O_NOFOLLOW) |
-                      (access == FileAccess::Read ? O_RDONLY : O_RDWR);
+    const int flags = O_CLOEXEC | O_NONBLOCK | extra | (IsBeside(access) ? O_NOFOLLOW : 0) |
+                      (MayWrite(access) ? O_RDWR : O_RDONLY);
     const std::string name = ToUtf8(path);
     const int descriptor = open(name.c_str(), flags, 0666);
     if (descriptor < 0) {
+      if (errno == ELOOP && IsBeside(access))
+        throw FileError(FileProblem::Denied, "a link bears its name");
       if (errno == ENOENT && !FolderOfExists(name))
         throw FileError(FileProblem::FolderNotFound, std::strerror(ENOENT));
       RaiseErrno(errno);
@@ -242,6 +239,8 @@ class PosixFileSystem : public FileSystem {
     if (fstat(kept, &status) != 0) RaiseErrno(errno);
     if (S_ISDIR(status.st_mode)) RaiseErrno(EISDIR);
     if (!S_ISREG(status.st_mode)) throw FileError(FileProblem::Other, "it is no ordinary file");
+    if (IsBeside(access) && access != FileAccess::Draft && status.st_nlink > 1)
+      throw FileError(FileProblem::Denied, "it has other names as well");
     return file;
   }
 };

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <vector>
 
 #include "data/jet/file/file.h"
 #include "runtime/system_error.h"
@@ -118,6 +119,16 @@ class WindowsFile : public File {
   // renamed meanwhile either.
   bool Bears(const Text&) override { return true; }
 
+  // Who may do what with it, in the system's own form; nothing where that cannot be read.
+  std::vector<uint8_t> Rights() const {
+    DWORD size = 0;
+    GetKernelObjectSecurity(handle_, DACL_SECURITY_INFORMATION, nullptr, 0, &size);
+    std::vector<uint8_t> rights(size);
+    if (!GetKernelObjectSecurity(handle_, DACL_SECURITY_INFORMATION, rights.data(), size, &size))
+      rights.clear();
+    return rights;
+  }
+
   // Of a file that was opened as what it is, not as what it leads to.
   bool IsReparsePoint() const { return (Tag().FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0; }
   bool IsLink() const { return IsReparsePoint() && IsReparseTagNameSurrogate(Tag().ReparseTag); }
@@ -141,28 +152,17 @@ class WindowsFile : public File {
 class WindowsFileSystem : public FileSystem {
  public:
   std::unique_ptr<File> Open(const Text& path, FileAccess access) override {
-    const DWORD rights =
-        access == FileAccess::Read ? GENERIC_READ : DWORD{GENERIC_READ | GENERIC_WRITE};
-    const bool makes = access != FileAccess::Read && access != FileAccess::ReadWrite;
-    const auto open = [&](DWORD more_flags) {
-      const HANDLE handle = CreateFileW(
-          Wide(path).c_str(), rights, Sharing(access), nullptr, makes ? OPEN_ALWAYS : OPEN_EXISTING,
-          FILE_ATTRIBUTE_NORMAL | FILE_FLAG_RANDOM_ACCESS | more_flags, nullptr);
-      if (handle == INVALID_HANDLE_VALUE) RaiseLastError(GetLastError());
-      return std::make_unique<WindowsFile>(handle);
-    };
-    if (!makes) return open(0);
-    // The others have names that anybody can foresee: a link that somebody has laid there is not
-    // followed. What else is opened this way (files that the system keeps in a form of its own) has
-    // to be opened again.
-    auto file = open(FILE_FLAG_OPEN_REPARSE_POINT);
-    if (!file->IsLink()) return file->IsReparsePoint() ? open(0) : std::move(file);
-    throw FileError(FileProblem::Denied, "a link bears its name");
+    return IsBeside(access) ? OpenOwn(path, access, nullptr)
+                            : OpenWith(path, access, OPEN_EXISTING, 0, nullptr);
   }
 
-  // New files inherit the rights that the folder gives to its files, as the model did.
-  std::unique_ptr<File> OpenBeside(File&, const Text& path, FileAccess access) override {
-    return Open(path, access);
+  // A new file gets the model's rights. Where they cannot be read, it inherits those that the
+  // folder gives to its files, as the model may have done.
+  std::unique_ptr<File> OpenBeside(File& model, const Text& path, FileAccess access) override {
+    std::vector<uint8_t> rights = static_cast<WindowsFile&>(model).Rights();
+    SECURITY_ATTRIBUTES attributes{
+        .nLength = sizeof attributes, .lpSecurityDescriptor = rights.data(), .bInheritHandle = 0};
+    return OpenOwn(path, access, rights.empty() ? nullptr : &attributes);
   }
 
   bool OpensAlone() const override { return true; }
@@ -179,7 +179,7 @@ class WindowsFileSystem : public FileSystem {
   Text CanonicalPath(const Text& path) override {
     const HANDLE handle =
         CreateFileW(Wide(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                    nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+                    nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     if (handle == INVALID_HANDLE_VALUE) RaiseLastError(GetLastError());
     std::wstring name = Asked([&](wchar_t* buffer, DWORD size) {
       return GetFinalPathNameByHandleW(handle, buffer, size, VOLUME_NAME_DOS);
@@ -213,6 +213,46 @@ class WindowsFileSystem : public FileSystem {
   void FlushFolder(const Text&) override {}
 
  private:
+  static std::unique_ptr<WindowsFile> OpenWith(const Text& path, FileAccess access, DWORD how,
+                                               DWORD more_flags, SECURITY_ATTRIBUTES* rights) {
+    const HANDLE handle = CreateFileW(
+        Wide(path).c_str(), MayWrite(access) ? DWORD{GENERIC_READ | GENERIC_WRITE} : GENERIC_READ,
+        Sharing(access), rights, how, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_RANDOM_ACCESS | more_flags,
+        nullptr);
+    if (handle == INVALID_HANDLE_VALUE) RaiseLastError(GetLastError());
+    return std::make_unique<WindowsFile>(handle);
+  }
+
+  // Made or found, never made over what is there: another process may make or remove it in between.
+  static std::unique_ptr<File> OpenOwn(const Text& path, FileAccess access,
+                                       SECURITY_ATTRIBUTES* rights) {
+    for (;;) {
+      if (MayMake(access)) {
+        try {
+          return OpenWith(path, access, CREATE_NEW, FILE_FLAG_OPEN_REPARSE_POINT, rights);
+        } catch (const FileError& error) {
+          if (error.Problem() != FileProblem::Exists) throw;
+        }
+      }
+      try {
+        return OpenFound(path, access);
+      } catch (const FileError& error) {
+        if (!MayMake(access) || error.Problem() != FileProblem::NotFound) throw;
+      }
+    }
+  }
+
+  // A link is opened as what it is, and refused. What else is opened this way (files that the
+  // system keeps in a form of its own) has to be opened again.
+  static std::unique_ptr<File> OpenFound(const Text& path, FileAccess access) {
+    auto file = OpenWith(path, access, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    if (file->IsLink()) throw FileError(FileProblem::Denied, "a link bears its name");
+    if (file->IsReparsePoint()) file = OpenWith(path, access, OPEN_EXISTING, 0, nullptr);
+    if (access != FileAccess::Draft && file->Stamp().several_names)
+      throw FileError(FileProblem::Denied, "it has other names as well");
+    return file;
+  }
+
   static DWORD Sharing(FileAccess access) {
     if (access == FileAccess::Alone) return 0;
     const DWORD usual = FILE_SHARE_READ | FILE_SHARE_WRITE;

@@ -29,7 +29,7 @@ Journal::Journal(FileSystem& files, const Text& database_path)
 
 std::optional<JournalContent> Journal::Load() {
   if (!files_.Exists(path_)) return std::nullopt;
-  const std::unique_ptr<File> file = files_.Open(path_, FileAccess::Read);
+  const std::unique_ptr<File> file = files_.Open(path_, FileAccess::ReadBeside);
   JournalContent content;
   content.storage.resize(JournalHead::kSize);
   if (file->ReadAt(0, content.storage) < JournalHead::kSize) return std::nullopt;
@@ -117,7 +117,7 @@ Journal::State Journal::Look(const CommitWords& words, uint64_t identity) {
   if (!begun_) {
     const std::optional<JournalContent> content = Load();
     if (!content || content->head.identity != identity) return State::None;
-    file_ = files_.Open(path_, FileAccess::ReadWrite);
+    file_ = files_.Open(path_, FileAccess::ReadWriteBeside);
     Learn(*content);
   } else if (words.First() != words_.First()) {
     ReadAddedRecords();
@@ -210,7 +210,7 @@ void Journal::FlushRest(const CommitWords& words) {
 }
 
 void Journal::FlushWhatIsThere() {
-  if (!file_ || !file_->Bears(path_)) file_ = files_.Open(path_, FileAccess::ReadWrite);
+  if (!file_ || !file_->Bears(path_)) file_ = files_.Open(path_, FileAccess::ReadWriteBeside);
   ++flushes_;
   file_->Flush();
   files_.FlushFolder(path_);
@@ -219,7 +219,7 @@ void Journal::FlushWhatIsThere() {
 void Journal::Discard() {
   Forget();
   if (!files_.Exists(path_)) return;
-  if (!file_ || !file_->Bears(path_)) file_ = files_.Open(path_, FileAccess::ReadWrite);
+  if (!file_ || !file_->Bears(path_)) file_ = files_.Open(path_, FileAccess::ReadWriteBeside);
   const std::array<uint8_t, sizeof(uint64_t)> zeros{};
   file_->WriteAt(0, zeros);
   file_.reset();
