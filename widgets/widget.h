@@ -116,8 +116,8 @@ class Screen {
  public:
   virtual ~Screen() = default;
 
-  // Modal. Shows the text as MessageText makes it. Without a title of its own the box shows that of
-  // the host's window.
+  // Modal. Shows text and title as MessageText makes them. Without a title of its own the box shows
+  // that of the host's window.
   virtual MessageAnswer ShowMessage(TextView text, int style, std::optional<TextView> title) = 0;
   virtual MousePointer Pointer() const = 0;
   virtual void SetPointer(MousePointer pointer) = 0;

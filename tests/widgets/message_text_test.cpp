@@ -54,6 +54,7 @@ TEST(MessageText, IsWhatAScreenShows) {
   screen.ShowMessage(TextView(u"a\0\u202Eb", 4), 0, u"c\u202Ed");
   ASSERT_EQ(screen.Messages().size(), 1u);
   EXPECT_EQ(screen.Messages().front().text, u"a\uFFFD\uFFFDb");
+  EXPECT_EQ(screen.Messages().front().title, u"c\uFFFDd");
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "widgets/memory/memory_screen.h"
 
+#include <utility>
+
 #include "widgets/message_text.h"
 
 namespace rdv::memory {
@@ -17,7 +19,9 @@ MessageAnswer MemoryScreen::ShowMessage(TextView text, int style, std::optional<
     answer = answers_.front();
     answers_.pop_front();
   }
-  messages_.push_back({MessageText(text), std::optional<Text>(title), style, answer});
+  std::optional<Text> caption;
+  if (title) caption = MessageText(*title);
+  messages_.push_back({MessageText(text), std::move(caption), style, answer});
   return answer;
 }
 

@@ -10,7 +10,7 @@ namespace rdv::win32 {
 MessageAnswer WindowScreen::ShowMessage(TextView text, int style, std::optional<TextView> title) {
   const HWND host = GetAncestor(form_, GA_ROOT);
   const HWND owner = IsWindowVisible(host) ? host : nullptr;
-  Text caption = title ? Text(*title) : WindowText(host);
+  Text caption = MessageText(title ? Text(*title) : WindowText(host));
   if (caption.empty()) caption = kProductSource;
   const Text message = MessageText(text);
   if (on_opening) on_opening();
