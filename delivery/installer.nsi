@@ -8,6 +8,7 @@ Unicode true
 !include LogicLib.nsh
 !include x64.nsh
 !include "${FILES}"
+!include "data_folder.nsh"
 
 !define PRODUCT "TLV RDV Line Configuration"
 !define COMPONENT "TLV_RDV_Line_Config.dll"
@@ -40,7 +41,7 @@ Page instfiles
 UninstPage uninstConfirm
 UninstPage instfiles
 
-Var failed   ; why, or nothing
+; $failed, of data_folder.nsh: why, or nothing.
 Var written  ; whether files of this version may lie in the folder
 Var allowed  ; whether users cannot write where the component is to lie
 Var earlier  ; where a version is installed already, or nothing
@@ -178,40 +179,6 @@ Var earlier  ; where a version is installed already, or nothing
   ${EndIf}
 !macroend
 
-; Where the site's database lies. Users may change the files in the database's folder and make new ones,
-; as saving does; the folders themselves, and the settings, only administrators may change, rename and
-; replace. A folder that is there already keeps its rights.
-; The groups, whatever they are called in the system's language.
-!define USERS "*S-1-5-32-545"
-!define ADMINISTRATORS "*S-1-5-32-544"
-!define SYSTEM "*S-1-5-18"
-!macro Rights FOLDER ARGUMENTS
-  nsExec::ExecToLog '"$SYSDIR\icacls.exe" "${FOLDER}" ${ARGUMENTS}'
-  Pop $0
-  ${If} $0 != 0
-    DetailPrint "The rights of ${FOLDER} could not be set."
-  ${EndIf}
-!macroend
-!macro MakeDataFolder
-  SetShellVarContext all
-  ${IfNot} ${FileExists} "$APPDATA\Tolvane\ORVANT+\*.*"
-    CreateDirectory "$APPDATA\Tolvane\ORVANT+\Database"
-    !insertmacro Rights "$APPDATA\Tolvane" "/setowner ${ADMINISTRATORS}"
-    ; Nothing is inherited: whoever makes a folder in the common one would have all rights over it.
-    !insertmacro Rights "$APPDATA\Tolvane" "/inheritance:r /grant:r ${SYSTEM}:(OI)(CI)F ${ADMINISTRATORS}:(OI)(CI)F ${USERS}:(OI)(CI)RX"
-    ; Its files may be changed and removed (IO: this is for them alone), the folder only added to.
-    !insertmacro Rights "$APPDATA\Tolvane\ORVANT+\Database" "/grant ${USERS}:(OI)(IO)M /grant ${USERS}:(RX,WD)"
-  ${EndIf}
-!macroend
-
-; A folder that holds data stays.
-!macro RemoveDataFolder
-  SetShellVarContext all
-  RMDir "$APPDATA\Tolvane\ORVANT+\Database"
-  RMDir "$APPDATA\Tolvane\ORVANT+"
-  RMDir "$APPDATA\Tolvane"
-!macroend
-
 ; Sets $allowed to "yes" where the folder lies below Program Files of either word size.
 !macro AllowBelow FOLDER
   StrLen $2 "${FOLDER}\"
@@ -264,6 +231,9 @@ Section
   ${If} $failed == ""
     !insertmacro RegisterAll
   ${EndIf}
+  ${If} $failed == ""
+    !insertmacro MakeDataFolder
+  ${EndIf}
   ${If} $failed != ""
     DetailPrint "$failed"
     SetOutPath "$TEMP"
@@ -283,7 +253,6 @@ Section
     RMDir "$earlier"
   ${EndIf}
 
-  !insertmacro MakeDataFolder
   SetShellVarContext all
   ${If} ${RunningX64}
     CreateShortcut "$SMPROGRAMS\${PRODUCT}.lnk" "$INSTDIR\win64\rdvhost.exe"
