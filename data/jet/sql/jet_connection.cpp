@@ -152,7 +152,8 @@ class JetConnection : public Connection {
   CommandResult RunLinked(KnownStatement& known, std::span<const Argument> arguments) {
     FindLink(known);
     if (!known.link) return RunIn(*engine_, path_, known, arguments).value();
-    const Text path = FileOfLink(*known.link, path_, options_.files ? *options_.files : NativeFileSystem());
+    const Text path =
+        FileOfLink(*known.link, path_, options_.files ? *options_.files : NativeFileSystem());
     std::unique_ptr<Engine>& engine = linked_[path];
     if (!engine) engine = Engine::Open(path, options_);
     return RunIn(*engine, path, known, arguments).value();
