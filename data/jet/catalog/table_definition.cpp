@@ -84,18 +84,26 @@ class DefinitionParser {
       table_.columns.push_back(ParseColumn(descriptors.subspan(i * format_.column.size)));
     }
     for (Column& column : table_.columns) column.name = Name();
-    const auto by_number = [](const Column& left, const Column& right) {
-      return left.number < right.number;
-    };
-    if (!std::is_sorted(table_.columns.begin(), table_.columns.end(), by_number)) {
-      std::sort(table_.columns.begin(), table_.columns.end(), by_number);
-    }
+    SortColumns();
     const auto same = [](const Column& left, const Column& right) {
       return left.number == right.number;
     };
     const auto twice = std::adjacent_find(table_.columns.begin(), table_.columns.end(), same);
     if (twice != table_.columns.end()) Fail();
     RequireOwnPlaces();
+  }
+
+  // By number; each column moves once at most, as they are large.
+  void SortColumns() {
+    std::vector<Column>& columns = table_.columns;
+    if (std::ranges::is_sorted(columns, {}, &Column::number)) return;
+    std::vector<Column*> order;
+    for (Column& column : columns) order.push_back(&column);
+    std::ranges::sort(order, {}, &Column::number);
+    std::vector<Column> sorted;
+    sorted.reserve(columns.size());
+    for (Column* column : order) sorted.push_back(std::move(*column));
+    columns = std::move(sorted);
   }
 
   // No two columns share bytes of the fixed area or a place among the variable ones.

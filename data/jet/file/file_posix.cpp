@@ -36,7 +36,9 @@ bool FolderOfExists(const std::string& path) {
 
 class PosixFile : public File {
  public:
-  explicit PosixFile(int descriptor) : descriptor_(descriptor) {}
+  // `status`: that of the descriptor.
+  PosixFile(int descriptor, const struct stat& status)
+      : descriptor_(descriptor), device_(status.st_dev), number_(status.st_ino) {}
   ~PosixFile() override { close(descriptor_); }
 
   size_t ReadAt(uint64_t offset, std::span<uint8_t> into) override {
@@ -91,14 +93,12 @@ class PosixFile : public File {
   }
 
   bool Bears(const Text& path) override {
-    struct stat mine {};
     struct stat named {};
-    if (fstat(descriptor_, &mine) != 0) RaiseErrno(errno);
     if (stat(ToUtf8(path).c_str(), &named) != 0) {
       if (errno == ENOENT || errno == ENOTDIR) return false;
       RaiseErrno(errno);
     }
-    return mine.st_dev == named.st_dev && mine.st_ino == named.st_ino;
+    return device_ == named.st_dev && number_ == named.st_ino;
   }
 
   // What cannot be given is left: the file's maker may use it all the same.
@@ -133,6 +133,8 @@ class PosixFile : public File {
   }
 
   int descriptor_;
+  dev_t device_;  // these two are the file, whatever it is called
+  ino_t number_;
 };
 
 class PosixFileSystem : public FileSystem {
@@ -234,9 +236,10 @@ class PosixFileSystem : public FileSystem {
       RaiseErrno(errno);
     }
     const int kept = AwayFromStandardStreams(descriptor);
-    auto file = std::make_unique<PosixFile>(kept);
     struct stat status {};
-    if (fstat(kept, &status) != 0) RaiseErrno(errno);
+    const int failure = fstat(kept, &status) != 0 ? errno : 0;
+    auto file = std::make_unique<PosixFile>(kept, status);
+    if (failure != 0) RaiseErrno(failure);
     if (S_ISDIR(status.st_mode)) RaiseErrno(EISDIR);
     if (!S_ISREG(status.st_mode)) throw FileError(FileProblem::Other, "it is no ordinary file");
     if (IsBeside(access) && access != FileAccess::Draft && status.st_nlink > 1)

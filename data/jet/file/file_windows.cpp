@@ -202,6 +202,8 @@ class WindowsFileSystem : public FileSystem {
     if (!DeleteFileW(Wide(path).c_str())) RaiseLastError(GetLastError());
   }
 
+  // Documented: it does not replace what bears the name, nor return before the file is moved on the
+  // disk.
   void Rename(const Text& from, const Text& to) override {
     if (!MoveFileExW(Wide(from).c_str(), Wide(to).c_str(), MOVEFILE_WRITE_THROUGH))
       RaiseLastError(GetLastError());

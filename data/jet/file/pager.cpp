@@ -167,6 +167,7 @@ void Pager::SeeState(const CommitWords& words) {
   const FileStamp stamp = file_->Stamp();
   if (words == words_ && stamp == stamp_) return;
   words_ = words;
+  at_rest_ = words.AllAtRest();
   stamp_ = stamp;
   overlay_.clear();
   overlaid_ = false;
@@ -176,7 +177,7 @@ void Pager::SeeState(const CommitWords& words) {
 
 // Another program announces its writing by a 0 in a commit word of its own, too.
 void Pager::AwaitOtherProgram() {
-  if (words_.AllAtRest() || !words_.OtherIsWriting()) return;
+  if (at_rest_ || !words_.OtherIsWriting()) return;
   Patience patience(lock_wait_);
   while (words_.OtherIsWriting() && user_file_->HasUsers()) {
     if (!patience.Wait()) RaiseFileInUse(path_);
@@ -186,7 +187,7 @@ void Pager::AwaitOtherProgram() {
 
 // What its users say of themselves in the commit words is theirs to know as long as they are there.
 void Pager::RefuseSuspect(bool allowed) {
-  if (allowed || overlaid_ || words_.AllAtRest()) return;
+  if (allowed || overlaid_ || at_rest_) return;
   const std::optional<Text> suspect = SuspectState(words_.Stored());
   if (suspect && !user_file_->HasUsers()) RaiseDamaged(path_, *suspect);
 }

@@ -149,6 +149,7 @@ class Pager : public PageSource {
   bool mends_ = false;
   bool written_ = false;  // since the file was opened
   CommitWords words_;
+  bool at_rest_ = false;  // whether all of them are; unknown counts as not
   FileStamp stamp_;
   bool judged_ = false;  // the file with these words and this stamp was looked at
   uint64_t generation_ = 0;

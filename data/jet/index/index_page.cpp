@@ -56,7 +56,8 @@ IndexPageView::IndexPageView(const FileReader& file, uint32_t table_page, uint32
   mask_ = MaskOf(file.Layout(), page_);
   entries_ = page_.subspan(layout.entries);
   child_size_ = IsLeaf() ? 0 : kEntryChildSize;
-  if (Used() > entries_.size()) file.DamagedPage(number, u"marks index entries behind its end");
+  if (LowestBit(mask_, entries_.size() + 1))
+    file.DamagedPage(number, u"marks index entries behind its end");
   const auto first = EntryAt(0);
   if (!first) return;
   first_ = *first;

@@ -89,6 +89,21 @@ RowView::RowView(const FileReader& file, const TableDefinition& table)
   }
 }
 
+inline size_t RowView::LoadOffset(size_t position) const {
+  return format_->IsJet4() ? Load16(&row_[position]) : row_[position];
+}
+
+// Where variable column `index` starts; behind the last one, the end of the data.
+inline size_t RowView::VariableOffset(size_t index) const {
+  size_t offset = LoadOffset(offsets_end_ - (index + 1) * format_->row.offset_size);
+  for (size_t jump = 1; jump <= jumps_; ++jump) {
+    const uint8_t first_behind = row_[jumps_end_ - jump];
+    if (first_behind == kNoJump || first_behind > index) break;
+    offset += kJumpDistance;
+  }
+  return offset;
+}
+
 void RowView::Reset(RowId id, Bytes row) {
   if (row.size() > rows_left_) file_->Damaged(u"More rows are led to than the file has");
   rows_left_ -= row.size();
@@ -122,35 +137,6 @@ void RowView::ParseVariablePart() {
   if (offsets_end_ < start + table_size) DamagedRow();
   end_of_data_ = VariableOffset(variable_count_);
   if (end_of_data_ > offsets_end_ - table_size) DamagedRow();
-}
-
-size_t RowView::LoadOffset(size_t position) const {
-  return format_->IsJet4() ? Load16(&row_[position]) : row_[position];
-}
-
-// Where variable column `index` starts; behind the last one, the end of the data.
-size_t RowView::VariableOffset(size_t index) const {
-  size_t offset = LoadOffset(offsets_end_ - (index + 1) * format_->row.offset_size);
-  if (jumps_ == 0) return offset;
-  for (size_t jump = 1; jump <= jumps_; ++jump) {
-    const uint8_t first_behind = row_[jumps_end_ - jump];
-    if (first_behind == kNoJump || first_behind > index) break;
-    offset += kJumpDistance;
-  }
-  return offset;
-}
-
-// Whether the null mask has the column's bit.
-bool RowView::Has(const Column& column) const {
-  const size_t number = column.number;
-  return number < column_count_ &&
-         (row_[mask_ + number / kBitsPerByte] >> (number % kBitsPerByte) & 1) != 0;
-}
-
-const uint8_t* RowView::FixedField(const Column& column, size_t size) const {
-  const size_t start = format_->row.count_size + column.fixed_offset;
-  if (start + size > mask_) DamagedField(column);
-  return row_.data() + start;
 }
 
 std::optional<Bytes> RowView::Field(const Column& column) const {
@@ -224,12 +210,6 @@ Value RowView::Get(const Column& column) const {
     default:
       return Binary(field->begin(), field->end());
   }
-}
-
-int32_t RowView::FixedNumber(const Column& column) const {
-  if (column.type == ColumnType::Integer)
-    return static_cast<int16_t>(Load16(FixedField(column, sizeof(int16_t))));
-  return static_cast<int32_t>(Load32(FixedField(column, sizeof(int32_t))));
 }
 
 std::optional<int32_t> RowView::WholeNumber(const Column& column) const {

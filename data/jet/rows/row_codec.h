@@ -49,9 +49,22 @@ class RowView {
   void ParseVariablePart();
   size_t LoadOffset(size_t position) const;
   size_t VariableOffset(size_t index) const;
-  bool Has(const Column& column) const;
-  const uint8_t* FixedField(const Column& column, size_t size) const;
-  int32_t FixedNumber(const Column& column) const;  // of a fixed Integer or Long column
+  // Whether the null mask has the column's bit.
+  bool Has(const Column& column) const {
+    const size_t number = column.number;
+    return number < column_count_ && (row_[mask_ + number / 8] >> (number % 8) & 1) != 0;
+  }
+  const uint8_t* FixedField(const Column& column, size_t size) const {
+    const size_t start = format_->row.count_size + column.fixed_offset;
+    if (start + size > mask_) DamagedField(column);
+    return row_.data() + start;
+  }
+  // Of a fixed Integer or Long column.
+  int32_t FixedNumber(const Column& column) const {
+    if (column.type == ColumnType::Integer)
+      return static_cast<int16_t>(Load16(FixedField(column, sizeof(int16_t))));
+    return static_cast<int32_t>(Load32(FixedField(column, sizeof(int32_t))));
+  }
   void AppendOtherText(const Column& column, Text& to) const;
   const uint8_t* Require(const Column& column, Bytes field) const;
   Bytes LongField(Bytes field) const;

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cassert>
+#include <cstring>
 
 #include "data/jet/format/errors.h"
 #include "data/jet/format/text_units.h"
@@ -101,6 +102,17 @@ bool IsStoredAsNull(const Column& column, const Value& value) {
   return column.type == ColumnType::Boolean && !As<bool>(value);
 }
 
+// Most fields are a number of two or four bytes.
+void CopyField(Bytes field, uint8_t* to) {
+  if (field.size() == sizeof(uint16_t)) {
+    std::memcpy(to, field.data(), sizeof(uint16_t));
+  } else if (field.size() == sizeof(uint32_t)) {
+    std::memcpy(to, field.data(), sizeof(uint32_t));
+  } else {
+    std::ranges::copy(field, to);
+  }
+}
+
 // Where the parts of a row lie.
 struct RowLayout {
   size_t data = 0;         // of the variable columns
@@ -180,7 +192,7 @@ void RowFields::SetPlace(size_t column, size_t start) {
 
 void RowFields::Set(size_t column, Bytes stored) {
   const size_t start = bytes_.Size();
-  std::ranges::copy(stored, bytes_.Extend(stored.size()));
+  CopyField(stored, bytes_.Extend(stored.size()));
   SetPlace(column, start);
 }
 
@@ -210,7 +222,7 @@ void EncodeRow(const TableDefinition& table, const RowFields& fields, std::vecto
     row[layout.mask + column.number / 8] |= static_cast<uint8_t>(1 << (column.number % 8));
     if (!column.fixed) continue;
     assert(field->size() == FixedSize(column));
-    std::ranges::copy(*field, row.data() + kJet4.row.count_size + column.fixed_offset);
+    CopyField(*field, row.data() + kJet4.row.count_size + column.fixed_offset);
   }
   StoreVariableColumns(table, fields, layout, row);
 }
