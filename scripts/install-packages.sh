@@ -3,6 +3,7 @@
 #   scripts/install-packages.sh PURPOSE...     purposes: build test run lint package bench
 #   native, for the native tests alone
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
+answer_help "$@"
 
 # package            purposes             why
 readonly PACKAGES='

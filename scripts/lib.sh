@@ -11,6 +11,16 @@ die() {
   exit 1
 }
 
+# Of a script that was asked for help: prints what stands at its head, and ends it.
+answer_help() {
+  case ${1:-} in
+    --help | -h | help)
+      sed -n '2,/^[^#]/{s/^# \{0,1\}//p}' "$0"
+      exit 0
+      ;;
+  esac
+}
+
 # Runs a command with the rights of the system's administrator.
 as_root() {
   if [ "$(id -u)" -eq 0 ]; then

@@ -1,10 +1,12 @@
 #!/usr/bin/env bash
 # Makes Wine able to run 32-bit programs, and says how on the last line of its output:
+#   scripts/wine32.sh
 #   full   Debian's wine32 is installed
 #   wow64  the 64-bit Wine runs them with the 32-bit DLLs in out/wine/wine32; they do everything
 #          but paint
 #   none   this machine offers neither; the reason goes to stderr
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
+answer_help "$@"
 
 readonly FOLDER=$RDV_OUT/wine/wine32
 readonly DLLS=usr/lib/i386-linux-gnu/wine/i386-windows

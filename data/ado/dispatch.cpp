@@ -36,6 +36,26 @@ Text SystemMessage(HRESULT result) {
 }
 
 // Takes over the texts of the exception.
+// The same engine under the names of its successors. Users and hosts know the first one.
+struct Renamed {
+  TextView source;
+  TextView in_texts;
+};
+constexpr Renamed kFirst = {u"Microsoft JET Database Engine", u"Microsoft Jet database engine"};
+constexpr Renamed kSuccessors[] = {
+    {u"Microsoft Access Database Engine", u"Microsoft Access database engine"},
+    {u"Microsoft Office Access Database Engine", u"Microsoft Office Access database engine"}};
+
+void NameEngine(Text& source, Text& description) {
+  for (const Renamed& successor : kSuccessors) {
+    if (source != successor.source) continue;
+    source = kFirst.source;
+    for (size_t at = 0; (at = description.find(successor.in_texts, at)) != Text::npos;
+         at += kFirst.in_texts.size())
+      description.replace(at, successor.in_texts.size(), kFirst.in_texts);
+  }
+}
+
 [[noreturn]] void RaiseException(EXCEPINFO& exception) {
   if (exception.pfnDeferredFillIn != nullptr) exception.pfnDeferredFillIn(&exception);
   Text description = TextOf(exception.bstrDescription);
@@ -47,6 +67,7 @@ Text SystemMessage(HRESULT result) {
   const HRESULT result = FAILED(exception.scode) ? exception.scode : DISP_E_EXCEPTION;
   const int32_t number = exception.wCode != 0 ? int32_t{exception.wCode} : ErrorNumber(result);
   if (description.empty()) description = SystemMessage(result);
+  NameEngine(source, description);
   throw RuntimeError(number, std::move(description), std::move(source));
 }
 

@@ -103,8 +103,11 @@ void SetAsideProvider(TextView name) {
 }
 
 bool SaysThatProviderIsMissing(const RuntimeError& error) {
-  return error.Number() == kProviderNotFound || error.Number() == kCannotCreateObject ||
-         error.Number() == static_cast<int32_t>(REGDB_E_CLASSNOTREG);
+  // The last two: the class is registered, but its library is gone or one of the other word size.
+  constexpr int32_t kMissing[] = {
+      kProviderNotFound, kCannotCreateObject, static_cast<int32_t>(REGDB_E_CLASSNOTREG),
+      HRESULT_FROM_WIN32(ERROR_MOD_NOT_FOUND), HRESULT_FROM_WIN32(ERROR_BAD_EXE_FORMAT)};
+  return std::ranges::find(kMissing, error.Number()) != std::end(kMissing);
 }
 
 }  // namespace rdv::ado

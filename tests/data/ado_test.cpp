@@ -233,6 +233,35 @@ TEST_F(AdoRoute, AnErrorThatTellsNothingHasANumberAndADescriptionAllTheSame) {
   }
 }
 
+TEST_F(AdoRoute, NamesTheEngineAsUsersKnowItWhicheverOfItsSuccessorsSpeaks) {
+  for (const Text name : {u"Microsoft Access", u"Microsoft Office Access"}) {
+    stand_in_.FailWith(
+        RuntimeError(-2147217865, u"The " + name + u" database engine cannot find the input table.",
+                     name + u" Database Engine"));
+    try {
+      connection_->Execute(u"SELECT * FROM orvsettings", {});
+      FAIL() << "the error was lost";
+    } catch (const RuntimeError& error) {
+      EXPECT_EQ(error.Number(), -2147217865);
+      EXPECT_EQ(error.Source(), u"Microsoft JET Database Engine");
+      EXPECT_EQ(error.Description(),
+                u"The Microsoft Jet database engine cannot find the input table.");
+    }
+  }
+}
+
+TEST_F(AdoRoute, LeavesTheNamesOfOthersAsTheyAre) {
+  stand_in_.FailWith(
+      RuntimeError(3265, u"The Microsoft Access database engine", u"ADODB.Recordset"));
+  try {
+    connection_->Execute(u"SELECT * FROM orvsettings", {});
+    FAIL() << "the error was lost";
+  } catch (const RuntimeError& error) {
+    EXPECT_EQ(error.Source(), u"ADODB.Recordset");
+    EXPECT_EQ(error.Description(), u"The Microsoft Access database engine");
+  }
+}
+
 TEST_F(AdoRoute, RaisesWhatOpeningRaises) {
   const Text path = (folder_.Path() / "none.mdb").u16string();
   try {

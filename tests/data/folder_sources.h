@@ -70,7 +70,7 @@ class FolderSources {
   FolderSources(const Text& first, const Text& second)
       : location_(GetModuleHandleW(nullptr), "SHGetSpecialFolderLocation", &GiveLocation),
         path_(GetModuleHandleW(nullptr), "SHGetPathFromIDListA", &GivePath) {
-    first_ = ToUtf8(first);
+    first_ = InCodePage(first);
     if (!second.empty()) registry_.SetFolder(second);
   }
   ~FolderSources() { first_.clear(); }
@@ -84,7 +84,15 @@ class FolderSources {
     *items = nullptr;
     return folder == CSIDL_COMMON_APPDATA && !first_.empty() ? S_OK : E_FAIL;
   }
-  // Paths of tests are ASCII.
+  static std::string InCodePage(const Text& text) {
+    const auto* units = reinterpret_cast<const wchar_t*>(text.c_str());
+    std::string bytes(text.size() * 4, '\0');
+    const int size =
+        WideCharToMultiByte(CP_ACP, 0, units, static_cast<int>(text.size()), bytes.data(),
+                            static_cast<int>(bytes.size()), nullptr, nullptr);
+    bytes.resize(static_cast<size_t>(size));
+    return bytes;
+  }
   static BOOL WINAPI GivePath(PCIDLIST_ABSOLUTE, char* path) {
     first_.copy(path, MAX_PATH - 1);
     return TRUE;

@@ -184,6 +184,15 @@ TEST_F(Opening, TakesTheEngineWhereTheProvidersClassIsNotRegistered) {
   EXPECT_EQ(stand_in_.Notes().connection_strings.size(), 1u);
 }
 
+TEST_F(Opening, TakesTheEngineWhereTheProvidersLibraryCannotBeLoaded) {
+  for (const long code : {ERROR_MOD_NOT_FOUND, ERROR_BAD_EXE_FORMAT}) {
+    const std::wstring name = L"TLV_RDV_Test.Broken" + std::to_wstring(code);
+    Register(name.c_str());
+    stand_in_.FailOpeningWith(RuntimeError(HRESULT_FROM_WIN32(code), u"It cannot be loaded", {}));
+    EXPECT_GT(RowsThrough(reinterpret_cast<const char16_t*>(name.c_str())), 0u) << code;
+  }
+}
+
 TEST_F(Opening, LeavesOtherErrorsOfTheProviderToTheCaller) {
   Register(L"TLV_RDV_Test.Refusing");
   stand_in_.Provide(u"TLV_RDV_Test.Refusing");

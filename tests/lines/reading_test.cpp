@@ -69,13 +69,48 @@ TEST(Show, RefusesAConfigurationThatTheSiteDoesNotKnow) {
   EXPECT_EQ(shown.errors, "rdvlines show: configuration 99 is not in the site\n");
 }
 
-TEST(Show, SaysWhyASiteCannotBeUsed) {
+TEST(EveryCommand, SaysWhichFileLacksWhat) {
+  const LinesSite sound;
   const LinesSite site("broken/10-missing-table", "");
-  const Outcome shown = site.Run("show");
+  const std::string table = site.Scratch("table.csv").string();
+  ASSERT_EQ(sound.Run("export", {"-o", table}).code, 0);
+  const std::vector<std::vector<std::string>> commands = {
+      {"show", site.Folder()},
+      {"check", site.Folder()},
+      {"set", site.Folder(), "3", "1", "Volume=High"},
+      {"restore", site.Folder(), "3", "4 Hybrid Lines 2 MOH Lines"},
+      {"export", site.Folder()},
+      {"import", site.Folder(), table},
+      {"compare", sound.Folder(), site.Folder()},
+      {"report", site.Folder(), "-o", site.Scratch("page.html").string()}};
+  for (const std::vector<std::string>& words : commands) {
+    const Outcome run = RunWords(words);
+    EXPECT_EQ(run.code, 3) << words[0];
+    EXPECT_EQ(run.errors, "rdvlines " + words[0] + ": '" + site.Database().string() +
+                              "' cannot be used: table SR_Mode_Type_Names is missing\n");
+    EXPECT_EQ(run.out, "") << words[0];
+  }
+  EXPECT_THAT(site.FilesBesideDatabase(), IsEmpty());
+}
+
+TEST(EveryCommand, SaysWhichFileHasANameThatTheControlCannotRead) {
+  const LinesSite site;
+  site.Execute(u"UPDATE SR_Mode_Type_Names SET English_Name = NULL WHERE ID = 2");
+  for (const std::vector<std::string>& words :
+       {std::vector<std::string>{"show", site.Folder()},
+        std::vector<std::string>{"set", site.Folder(), "3", "1", "Volume=High"}}) {
+    const Outcome run = RunWords(words);
+    EXPECT_EQ(run.code, 3) << words[0];
+    EXPECT_THAT(run.errors, HasSubstr("'" + site.Database().string() +
+                                      "' cannot be used: Error Description:Invalid use of Null"));
+  }
+}
+
+TEST(Show, SaysThatThereIsNoSite) {
+  const LinesSite site;
+  const Outcome shown = RunWords({"show", site.Scratch("nowhere").string()});
   EXPECT_EQ(shown.code, 3);
-  EXPECT_THAT(shown.errors, HasSubstr("SR_Mode_Type_Names"));
-  EXPECT_EQ(shown.out, "");
-  EXPECT_EQ(RunWords({"show", site.Scratch("nowhere").string()}).code, 3);
+  EXPECT_THAT(shown.errors, HasSubstr("Could not find file '" + site.Scratch("nowhere").string()));
 }
 
 TEST(Show, TellsAUnitThatTheControlCannotShow) {
@@ -204,6 +239,25 @@ INSTANTIATE_TEST_SUITE_P(
               u"UPDATE Used_Lines SET Volume_ID = 5 WHERE Config_ID = 3 AND Line = 10",
               ", line 10, Volume \"5\": differs from \"6\" in the first half of the pair, line 9"}),
     [](const auto& fault) { return std::string(fault.param.name); });
+
+// Without a highest number of its own a node type keeps the number that the line had before.
+TEST(Check, HoldsANodeNumberWithoutAMaximumAgainstAllListsOfTheUnit) {
+  const LinesSite site;
+  site.Execute(u"UPDATE Node_Type_Max SET Max_Number = 20 WHERE Config_ID = 3");
+  site.Execute(u"DELETE FROM Node_Type_Max WHERE Config_ID = 3 AND NodeType_ID = 1");
+  const auto found_with = [&](const Text& number) {
+    site.Execute(u"UPDATE Used_Lines SET Starting_Node_Number = " + number +
+                 u", Starting_Node_Caption = 'Menu " + number +
+                 u"' WHERE Config_ID = 3 AND Line = 2 AND Base_Slot_No = 1 AND Slot_Offset = 1");
+    return LinesOf(site.Run("check", {"3"}).out);
+  };
+  EXPECT_THAT(found_with(u"20"), Not(Contains(HasSubstr("line 2"))));
+  EXPECT_THAT(found_with(u"21"),
+              Contains("configuration 3, line 2, Starting Node \"21\": is beyond 20, the highest "
+                       "number of any list of this unit"));
+  site.Execute(u"UPDATE Node_Type_Max SET Max_Number = 1 WHERE Config_ID = 3");
+  EXPECT_THAT(found_with(u"2"), Not(Contains(HasSubstr("line 2"))));
+}
 
 TEST(Check, SaysThatAUnitCannotBeShownAndWhichLineKeepsItFromIt) {
   const LinesSite site;

@@ -71,10 +71,13 @@ TEST(Csv, SaysWhereSomethingIsWrong) {
             "row 2, column 1: has a character that no file of text has");
 }
 
-class EverySite : public testing::TestWithParam<const char*> {};
+// A site and which of its settings.
+using SiteAndSettings = std::pair<const char*, const char*>;
+
+class EverySite : public testing::TestWithParam<SiteAndSettings> {};
 
 TEST_P(EverySite, IsTheSameAfterAnExportAndAnImport) {
-  const LinesSite site(GetParam(), "");
+  const LinesSite site(GetParam().first, GetParam().second);
   const std::string table = site.Scratch("table.csv").string();
   site.Run("export", {"-o", table});
   EXPECT_THAT(ReadBytes(table), StartsWith(std::string(kByteOrderMark) + kHeader));
@@ -86,9 +89,16 @@ TEST_P(EverySite, IsTheSameAfterAnExportAndAnImport) {
   EXPECT_THAT(site.FilesBesideDatabase(), IsEmpty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Sites, EverySite,
-                         testing::Values("plain", "plain2003", "indexed", "large"),
-                         [](const auto& site) { return std::string(site.param); });
+INSTANTIATE_TEST_SUITE_P(
+    Sites, EverySite,
+    testing::Values(SiteAndSettings{"plain", ""}, SiteAndSettings{"plain", "ini-china"},
+                    SiteAndSettings{"plain", "ini-nochina"},
+                    SiteAndSettings{"plain2003", "ini-china"},
+                    SiteAndSettings{"indexed", "ini-nochina"}, SiteAndSettings{"large", ""}),
+    [](const auto& site) {
+      const std::string settings = site.param.second;
+      return site.param.first + (settings.empty() ? settings : "_" + settings.substr(4));
+    });
 
 // The table of a site with one text in the place of another.
 std::string Edited(const LinesSite& site, const std::string& from, const std::string& to) {

@@ -110,7 +110,12 @@ const auto* const environment = ::testing::AddGlobalTestEnvironment(&playing);
 class Scenario : public ::testing::TestWithParam<std::string> {
  protected:
   void Keep(const std::vector<std::string>& answers) const {
+#ifdef _WIN32
+    // In the letters that folders have, not in those of a code page.
+    const wchar_t* folder = _wgetenv(L"RDV_SCENARIO_OUTPUT");
+#else
     const char* folder = std::getenv("RDV_SCENARIO_OUTPUT");
+#endif
     if (!folder) return;
     std::ofstream out(fs::path(folder) / (GetParam() + ".jsonl"), std::ios::binary);
     for (const std::string& answer : answers) out << answer << '\n';

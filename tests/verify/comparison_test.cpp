@@ -7,6 +7,7 @@
 #include <fstream>
 
 #include "tests/support/site_files.h"
+#include "tools/verify/database_text.h"
 
 namespace rdv::verify {
 namespace {
@@ -19,6 +20,18 @@ TEST(Snapshots, TellWhatCameWentAndChanged) {
   const Snapshot after = {{"kept", 1}, {"changed", 2}, {"new", 1}};
   EXPECT_THAT(Differences(before, after), ElementsAre("changed changed", "gone gone", "added new"));
   EXPECT_THAT(Differences(before, before), ElementsAre());
+}
+
+TEST(Snapshots, TellTheProductsTracesFromWhatOtherProgramsDoMeanwhile) {
+  const Snapshot before = {{"HKLM\\Store", 1}, {"HKLM\\{A}", 1}};
+  const Snapshot registered = {{"HKLM\\Store", 1}, {"HKLM\\{A}", 2}, {"HKLM\\{B}", 1}};
+  const auto written = WrittenBetween(before, registered);
+  EXPECT_THAT(written, ElementsAre("HKLM\\{A}", "HKLM\\{B}"));
+  const Snapshot after = {
+      {"HKLM\\Store", 2}, {"HKLM\\{A}", 1}, {"HKLM\\{B}", 1}, {"HKLM\\Tlv_rdv_x", 1}};
+  const Traces traces = SortTraces(Differences(before, after), written);
+  EXPECT_THAT(traces.ours, ElementsAre("added HKLM\\Tlv_rdv_x", "added HKLM\\{B}"));
+  EXPECT_THAT(traces.others, ElementsAre("changed HKLM\\Store"));
 }
 
 TEST(Digests, DifferWithTheBytesAndTheirOrder) {
@@ -65,6 +78,24 @@ TEST_F(Runs, WithOtherDatabasesFail) {
   EXPECT_EQ(Compare().at(0).outcome, Outcome::Failed) << "only one has a database";
   Write(other_, "a.mdb", "other");
   EXPECT_THAT(Compare().at(0).text, HasSubstr("databases: "));
+}
+
+TEST_F(Runs, ThatNeverWereGiveNothing) {
+  EXPECT_THAT(CompareRuns(one_.Path() / "missing", other_.Path() / "missing", &BytesOf),
+              testing::IsEmpty());
+  EXPECT_THAT(FilesOf(one_.Path() / "missing", ".mdb"), testing::IsEmpty());
+}
+
+TEST(Readings, DifferWhereOnlyOneReadsTheFileOrBothReadOtherRows) {
+  const Reading rows = {true, "rows\n"};
+  const Reading other = {true, "others\n"};
+  const Reading refused = {false, "Engine: Unrecognized database format."};
+  const Reading refused_otherwise = {false, "Provider: no such format"};
+  EXPECT_EQ(DifferenceOf(rows, rows), "");
+  EXPECT_EQ(DifferenceOf(refused, refused_otherwise), "");
+  EXPECT_THAT(DifferenceOf(rows, other), HasSubstr("others"));
+  EXPECT_THAT(DifferenceOf(rows, refused_otherwise), HasSubstr("only the engine reads it"));
+  EXPECT_THAT(DifferenceOf(refused, rows), HasSubstr("only the provider reads it"));
 }
 
 TEST_F(Runs, OfWhichOneLacksAScenarioFail) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "tools/command_line/command_line.h"
 #include "tools/lines/dated_files.h"
 #include "tools/lines/site_copy.h"
 #include "tools/lines/stored_lines.h"
@@ -71,6 +72,8 @@ class Change {
   }
 
   void PlanAll() {
+    // What keeps every unit from being shown is said once, before any unit is asked for.
+    const UnitReader site(session_);
     const std::vector<int16_t> known = KnownConfigurations(session_);
     size_t worked_on = 0;
     for (const UnitEdit& edit : edits_) {
@@ -125,10 +128,12 @@ class Change {
       RemoveDrafts(database);
       CopySite(session_.Database(), outcome_.copy);
     }
-    size_t worked_on = edits_.size();
-    for (const PlannedUnit& unit : planned_) {
-      MakeChange(unit);
-      if (options_.done) options_.done(++worked_on);
+    try {
+      MakeChanges();
+    } catch (...) {
+      // Of a database that stays as it is nobody needs a copy.
+      Remove(outcome_.copy);
+      throw;
     }
     outcome_.written = true;
     if (options_.dry_run) return;
@@ -139,12 +144,24 @@ class Change {
     try {
       writing.Commit();
     } catch (...) {
-      std::error_code ignored;
-      std::filesystem::remove(record, ignored);
+      Remove(record);
       throw;
     }
     RemoveOldest(database, kCopyEnding);
     RemoveOldest(database, kRecordEnding);
+  }
+
+  static void Remove(const std::filesystem::path& file) {
+    std::error_code ignored;
+    if (!file.empty()) std::filesystem::remove(file, ignored);
+  }
+
+  void MakeChanges() {
+    size_t worked_on = edits_.size();
+    for (const PlannedUnit& unit : planned_) {
+      MakeChange(unit);
+      if (options_.done) options_.done(++worked_on);
+    }
   }
 
   void MakeChange(const PlannedUnit& unit) {
@@ -158,12 +175,11 @@ class Change {
       std::vector<CellChange> differences;
       CompareCells(config, unit.after, editor.Rows(), differences);
       if (!differences.empty()) {
-        throw std::runtime_error(
-            "another program has changed what may be chosen; nothing was written, try again");
+        throw std::runtime_error("another program has changed what may be chosen; try again");
       }
       editor.Apply();
     } catch (const std::exception& error) {
-      throw std::runtime_error(UnitName(config) + ": " + error.what());
+      throw tools::Refusal("nothing was written; " + UnitName(config) + ": " + error.what());
     }
     CompareRows(ChangedTable::Lines, config, unit.read, ReadStoredLines(session_, config),
                 outcome_.rows);

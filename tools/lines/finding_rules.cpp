@@ -104,20 +104,26 @@ Broken NodeType(const LineFacts& line) {
   return u"is no starting node of " + OfThisType(line);
 }
 
+// Where the site says no highest number, the control offers none and keeps the one that the line
+// has: from another node type or partition of the unit, or from its number, as a new line has it.
+Broken NumberWithoutList(const LineFacts& line, int32_t number) {
+  const int32_t highest = line.rules.HighestNodeNumber(line.config);
+  if (number <= std::max<int32_t>(highest, line.number)) return kFine;
+  return u"is beyond " + Decimal(highest) + u", the highest number of any list of this unit";
+}
+
 Broken NodeNumber(const LineFacts& line) {
   const auto type = line.CodeIn(u"Starting_Node_Type_ID");
   const auto number = line.Number(u"Starting_Node_Number");
   if (!number) return Text(kEmpty);
   if (!type || *type == node_type::kNone) return kFine;
+  if (*number < 1) return Text(u"is no node number");
   const int32_t partition = line.Number(u"Partition_ID").value_or(-1);
   const auto highest = line.rules.HighestNodeNumber(line.config, partition, NumberOf(*type));
-  if (*number < 1) return Text(u"is no node number");
-  if (highest && *number > *highest) {
+  if (!highest) return NumberWithoutList(line, *number);
+  if (*number > *highest) {
     return u"is beyond " + Decimal(*highest) +
            u", the highest number of this node type in partition " + Decimal(partition);
-  }
-  if (*number > kLastStartingNodeNumber) {
-    return u"is beyond " + Decimal(kLastStartingNodeNumber) + u", the highest number of any list";
   }
   return kFine;
 }

@@ -191,9 +191,15 @@ SiteRules::SiteRules(SiteSession& session, UnitReader& reader) : reader_(reader)
   const RowTable highest =
       session.Rows(u"SELECT Config_ID, PartitionID, NodeType_ID, Max_Number FROM Node_Type_Max");
   for (const std::vector<Value>& row : highest.rows) {
-    if (std::any_of(row.begin(), row.end(), IsNull)) continue;
-    highest_numbers_.emplace(std::tuple(ToInteger(row[0]), ToLong(row[1]), ToLong(row[2])),
-                             ToLong(row[3]));
+    if (std::any_of(row.begin(), row.end() - 1, IsNull)) continue;
+    // A row without a number leaves the list as it is loaded.
+    const bool says_none = IsNull(row[3]);
+    const int32_t number = says_none ? kLastStartingNodeNumber : ToLong(row[3]);
+    const int16_t config = ToInteger(row[0]);
+    int32_t& of_unit = highest_of_unit_[config];
+    of_unit = std::max(of_unit, number);
+    if (says_none) continue;
+    highest_numbers_.emplace(std::tuple(config, ToLong(row[1]), ToLong(row[2])), number);
   }
 }
 
@@ -212,6 +218,11 @@ std::optional<int32_t> SiteRules::HighestNodeNumber(int16_t config, int32_t part
   const auto found = highest_numbers_.find({config, partition, type});
   if (found == highest_numbers_.end()) return std::nullopt;
   return found->second;
+}
+
+int32_t SiteRules::HighestNodeNumber(int16_t config) const {
+  const auto found = highest_of_unit_.find(config);
+  return found == highest_of_unit_.end() ? 0 : found->second;
 }
 
 Text SiteRules::StoredVolume(Code volume, Code line_type) const {

@@ -39,8 +39,11 @@ class SiteRules {
   std::vector<Finding> Check(const Unit& unit) const;
 
   const OfferedChoices& OffersFor(Code line_type) const;
-  // The highest number of a node type in a partition; nothing where it takes no number.
+  // The highest number of a node type in a partition; nothing where the site does not say it, and
+  // the control offers no number.
   std::optional<int32_t> HighestNodeNumber(int16_t config, int32_t partition, int32_t type) const;
+  // The highest one that any list of the unit offers; 0 where there is none.
+  int32_t HighestNodeNumber(int16_t config) const;
   // What the control shows for a stored volume.
   Text StoredVolume(Code volume, Code line_type) const;
   const UnitReader& Reader() const { return reader_; }
@@ -49,6 +52,7 @@ class SiteRules {
   UnitReader& reader_;
   std::map<Code, OfferedChoices> offers_;  // by line type
   std::map<std::tuple<int16_t, int32_t, int32_t>, int32_t> highest_numbers_;
+  std::map<int16_t, int32_t> highest_of_unit_;
   mutable std::map<std::pair<Code, Code>, Text> volume_captions_;  // as they were asked for
 };
 

@@ -7,6 +7,7 @@
 #include "data/jet/sql/parameters.h"
 #include "data/jet/sql/statement_parser.h"
 #include "tools/database_file/explained.h"
+#include "tools/database_file/missing_parts.h"
 
 namespace rdv::lines {
 namespace {
@@ -80,12 +81,26 @@ SiteSession::Writing::Writing(SiteSession& session) try
       scope_(*session.engine_),
       in_place_(session.location_.suite_folder, [&session] { return session.Connect(); }) {
   session_.ForgetRows();
+  session_.RequireParts();
 } catch (const RuntimeError& error) {
   throw std::runtime_error(Explained(error, session.Database()));
 }
 
 SiteSession::Writing::~Writing() {
   session_.ForgetRows();
+}
+
+void SiteSession::RequireParts() {
+  // One lock and one copy are of one file: what lies in another could be lost.
+  std::string missing;
+  for (const std::string& part : MissingParts(*engine_, Links::Refused)) {
+    missing += (missing.empty() ? "" : "; ") + part;
+  }
+  if (!missing.empty()) RaiseUnusable(missing);
+}
+
+void SiteSession::RaiseUnusable(const std::string& why) const {
+  throw std::runtime_error(Quoted(Database()) + " cannot be used: " + why);
 }
 
 std::unique_ptr<Connection> SiteSession::Connect() {

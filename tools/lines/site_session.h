@@ -62,6 +62,11 @@ class SiteSession {
     const SiteInPlace in_place_;
   };
 
+  // Throws where a table or a column is missing. Inside a Reading; a Writing does it by itself.
+  void RequireParts();
+  // Throws std::runtime_error with the file's name and the reason.
+  [[noreturn]] void RaiseUnusable(const std::string& why) const;
+
   // Inside a Reading or a Writing.
   CommandResult Execute(TextView statement, std::span<const Argument> arguments);
   // For a statement that returns rows.
@@ -95,6 +100,7 @@ auto ReadConsistently(SiteSession& session, Read read) {
   for (int attempt = 1; attempt <= kAttempts; ++attempt) {
     const SiteSession::Reading reading(session);
     try {
+      session.RequireParts();
       auto result = read();
       if (reading.StillValid()) return result;
     } catch (const std::exception&) {

@@ -1,7 +1,5 @@
 #include "tools/lines/unit.h"
 
-#include <stdexcept>
-
 #include "data/settings_file.h"
 #include "rules/error_report.h"
 #include "rules/volume_captions.h"
@@ -40,7 +38,7 @@ UnitReader::UnitReader(SiteSession& session)
         &ListLoaders::LoadSoftStopToCombo, &ListLoaders::LoadModeNumberToCombo}) {
     loaded = (loaders_.*load)() && loaded;
   }
-  if (!loaded) throw std::runtime_error(ToUtf8(OnOneLine(state_.LoadErrorText)));
+  if (!loaded) session.RaiseUnusable(ToUtf8(OnOneLine(state_.LoadErrorText)));
 }
 
 Unit UnitReader::Read(int16_t config) {

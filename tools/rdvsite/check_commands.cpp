@@ -11,9 +11,9 @@
 #include "data/jet/file/database_copy.h"
 #include "data/jet/file/file.h"
 #include "data/jet/format/errors.h"
+#include "tools/database_file/missing_parts.h"
 #include "tools/rdvsite/commands.h"
 #include "tools/rdvsite/database.h"
-#include "tools/rdvsite/missing_parts.h"
 
 namespace rdv {
 namespace {
@@ -55,7 +55,7 @@ Verdict Examine(const Text& path, bool file_only) {
     Verdict verdict;
     verdict.file = jet::CheckFile(engine->File());
     try {
-      if (!file_only) verdict.missing = MissingParts(*engine);
+      if (!file_only) verdict.missing = MissingParts(*engine, Links::Allowed);
     } catch (const RuntimeError& error) {
       // Of a damaged catalog, which is among the findings already.
       verdict.missing = {"whether all is there cannot be told: " + Described(error)};

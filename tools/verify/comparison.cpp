@@ -1,9 +1,10 @@
 #include "tools/verify/comparison.h"
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
-#include <set>
 #include <stdexcept>
+#include <system_error>
 
 namespace rdv::verify {
 namespace {
@@ -13,9 +14,7 @@ namespace fs = std::filesystem;
 // Without the ending, of all files of answers.
 std::set<std::string> ScenariosIn(const fs::path& folder) {
   std::set<std::string> names;
-  for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-    if (entry.path().extension() == ".jsonl") names.insert(entry.path().stem().string());
-  }
+  for (const fs::path& file : FilesOf(folder, ".jsonl")) names.insert(file.stem().string());
   return names;
 }
 
@@ -51,7 +50,37 @@ std::string Difference(const std::string& name, const fs::path& one, const fs::p
   return rows == other_rows ? "" : "databases: " + FirstDifference(rows, other_rows);
 }
 
+// Whether one of the product's names stands in it, in letters of either size.
+bool HasOwnName(std::string text) {
+  constexpr std::string_view kOwnNames[] = {"tlv_rdv", "tolvane", "orvant", "rdvhost"};
+  std::transform(text.begin(), text.end(), text.begin(), [](char letter) {
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+  });
+  return std::any_of(std::begin(kOwnNames), std::end(kOwnNames),
+                     [&](std::string_view name) { return text.find(name) != std::string::npos; });
+}
+
 }  // namespace
+
+std::set<std::string> WrittenBetween(const Snapshot& before, const Snapshot& after) {
+  std::set<std::string> names;
+  for (const auto& [name, digest] : after) {
+    const auto then = before.find(name);
+    if (then == before.end() || then->second != digest) names.insert(name);
+  }
+  return names;
+}
+
+Traces SortTraces(const std::vector<std::string>& differences,
+                  const std::set<std::string>& written) {
+  Traces traces;
+  for (const std::string& line : differences) {
+    const std::string name = line.substr(line.find(' ') + 1);
+    const bool own = HasOwnName(name) || written.contains(name);
+    (own ? traces.ours : traces.others).push_back(line);
+  }
+  return traces;
+}
 
 std::vector<std::string> Differences(const Snapshot& before, const Snapshot& after) {
   std::map<std::string, std::string> found;
@@ -88,6 +117,16 @@ std::vector<Finding> CompareRuns(const fs::path& one, const fs::path& other,
     findings.push_back({difference.empty() ? Outcome::Passed : Outcome::Failed, name, difference});
   }
   return findings;
+}
+
+std::vector<fs::path> FilesOf(const fs::path& folder, std::string_view extension) {
+  std::vector<fs::path> files;
+  std::error_code none;
+  for (const fs::directory_entry& entry : fs::directory_iterator(folder, none)) {
+    if (entry.path().extension() == extension) files.push_back(entry.path());
+  }
+  std::sort(files.begin(), files.end());
+  return files;
 }
 
 std::string BytesOf(const fs::path& file) {

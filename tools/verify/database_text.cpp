@@ -43,4 +43,14 @@ std::string TextOfDatabase(Connection& connection) {
   return text;
 }
 
+std::string DifferenceOf(const Reading& engine, const Reading& provider) {
+  if (engine.read != provider.read) {
+    const Reading& refused = engine.read ? provider : engine;
+    return std::string("only the ") + (engine.read ? "engine" : "provider") +
+           " reads it; the other says\n" + refused.text;
+  }
+  if (!engine.read || engine.text == provider.text) return "";
+  return "the engine reads\n" + engine.text + "the provider\n" + provider.text;
+}
+
 }  // namespace rdv::verify

@@ -24,9 +24,11 @@ fs::path KitFolder() {
 int Run(const rdv::verify::Options& options, std::ostream& out) {
   // Pictures in the pixels that the screen has.
   SetProcessDPIAware();
+  const fs::path page = KitFolder() / "report.html";
+  // A run that cannot begin leaves none, so that nobody takes an earlier one's for its own.
+  fs::remove(page);
   rdv::verify::Kit kit(KitFolder(), options, out);
   const rdv::verify::Report report = kit.Run();
-  const fs::path page = KitFolder() / "report.html";
   std::ofstream file(page, std::ios::binary | std::ios::trunc);
   WriteHtml(report, file);
   file.close();
@@ -44,7 +46,7 @@ int rdv::tools::Program(std::span<const std::string> arguments, std::ostream& ou
   std::vector<std::string> files;
   CommandLine line("rdvverify", "proves the product on this machine and writes report.html");
   CLI::App& run = line.Add("run", "runs every step", [&] { return Run(options, out); });
-  run.add_option("--bits", options.bits, "The word sizes to try")
+  run.add_option("--bits", options.bits, "The word sizes to try; all of the system otherwise")
       ->delimiter(',')
       ->check(CLI::IsMember({64, 32}));
   run.add_option("--suites", options.suites, "The test programs to run")->delimiter(',');

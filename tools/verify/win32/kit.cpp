@@ -3,7 +3,9 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <functional>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <ostream>
 #include <sstream>
 #include <stdexcept>
@@ -27,6 +29,8 @@ namespace fs = std::filesystem;
 constexpr std::string_view kScenarios = "scenario_tests";
 constexpr std::string_view kComponent = "component_tests";
 constexpr std::string_view kSuiteEnding = "_tests.exe";
+// In the place of the exit code of a program that had to be ended.
+constexpr unsigned kNeverEnded = 0xFFFFFFFF;
 constexpr std::string_view kNoLists =
     "this Wine makes no drop-down lists for programs of this word size";
 
@@ -53,6 +57,12 @@ std::string ByEngine(const fs::path& database) {
   } catch (const RuntimeError& error) {
     return "error " + std::to_string(error.Number());
   }
+}
+
+std::string Lines(const std::vector<std::string>& lines) {
+  std::string text;
+  for (const std::string& line : lines) text += line + '\n';
+  return text;
 }
 
 // A folder of the kit's that is removed with all that is in it.
@@ -98,8 +108,10 @@ Report Kit::Run() {
   if (options_.tests_only) report_.limits.emplace_back("nothing but the test programs was run");
   if (!options_.only.empty())
     report_.limits.push_back("only the tests that match " + options_.only + " were run");
-  if (options_.bits.size() < 2) {
-    report_.limits.push_back("only programs of " + std::to_string(options_.bits.front()) +
+  const std::vector<int> possible = WordSizes();
+  const std::vector<int>& bits_tried = options_.bits.empty() ? possible : options_.bits;
+  if (bits_tried.size() < possible.size()) {
+    report_.limits.push_back("only programs of " + std::to_string(bits_tried.front()) +
                              " bits were tried");
   }
   const Snapshot before = TakeSnapshot();
@@ -109,7 +121,7 @@ Report Kit::Run() {
     const Environment site(L"RDV_COMMON_APPDATA", (work_ / "nowhere").c_str());
     const Environment temp(L"TEMP", (work_ / "temp").c_str());
     const Environment tmp(L"TMP", (work_ / "temp").c_str());
-    for (const int bits : options_.bits) RunWordSize(bits);
+    for (const int bits : bits_tried) RunWordSize(bits);
   }
   LookForTraces(before);
   return report_;
@@ -136,8 +148,10 @@ void Kit::RunWordSize(int bits) {
 void Kit::RunSuites(int bits) {
   {
     Step& step = Begin(step::kSites, bits);
-    const Printed made = RunProgram(bits, "make_sites.exe", L"");
-    step.Check(made.code == 0, "the sites of the tests", made.text);
+    Attempt(step, "the sites of the tests", [&] {
+      const Printed made = RunProgram(bits, "make_sites.exe", L"");
+      step.Check(made.code == 0, "the sites of the tests", made.text);
+    });
     End(step);
   }
   std::vector<std::string> programs;
@@ -165,14 +179,12 @@ void Kit::RunSuite(int bits, const std::string& program, const std::string& name
   if (!kept.empty()) fs::create_directories(kept);
   const Environment keep(L"RDV_SCENARIO_OUTPUT", kept.empty() ? nullptr : kept.c_str());
   Step& step = Begin(name, bits);
-  try {
+  Attempt(step, "the program", [&] {
     const std::wstring filter =
         options_.only.empty() ? L"" : L" \"--gtest_filter=" + Wide(options_.only) + L'"';
     const Printed ended = RunProgram(bits, program, L"--gtest_color=no" + filter);
     step.findings = FindingsOf(ended.text, ended.code);
-  } catch (const std::exception& error) {
-    step.Add(Outcome::Failed, "the program", error.what());
-  }
+  });
   End(step);
 }
 
@@ -183,13 +195,20 @@ void Kit::CompareRoutes(int bits, const Probe& probe) {
     step.Add(Outcome::Skipped, "all scenarios", "no provider can be created");
     return End(step);
   }
+  if (!IsChosen(std::string(kScenarios))) {
+    Step& step = Begin(step::kRoutes, bits);
+    step.Add(Outcome::Skipped, "all scenarios", std::string(kScenarios) + " was not to be run");
+    return End(step);
+  }
   {
     const Environment route(L"RDV_DATABASE_ROUTE", L"jet");
     RunSuite(bits, std::string(kScenarios) + ".exe", std::string(kScenarios) + " by the engine",
              Kept("engine", bits));
   }
   Step& step = Begin(step::kRoutes, bits);
-  step.findings = CompareRuns(Kept("chosen", bits), Kept("engine", bits), &ByEngine);
+  Attempt(step, "all scenarios", [&] {
+    step.findings = CompareRuns(Kept("chosen", bits), Kept("engine", bits), &ByEngine);
+  });
   if (step.findings.empty()) step.Add(Outcome::Skipped, "all scenarios", "none was played");
   End(step);
 }
@@ -201,18 +220,16 @@ void Kit::ReadWithProvider(int bits, const Probe& probe) {
     return End(step);
   }
   for (const char* route : {"chosen", "engine"}) {
-    for (const fs::directory_entry& entry : fs::directory_iterator(Kept(route, bits))) {
-      if (entry.path().extension() != ".mdb") continue;
-      const std::string name = std::string(route) + ", " + entry.path().stem().string();
-      const Printed read = RunProgram(
-          bits, "rdvverify.exe", L"read " + Wide(probe.provider) + L' ' + Quoted(entry.path()));
-      const auto answer = nlohmann::json::parse(read.text, nullptr, false);
-      if (!answer.is_object()) {
-        step.Add(Outcome::Failed, name, read.text);
-        continue;
-      }
-      const std::string difference = answer.value("difference", "");
-      step.Check(difference.empty(), name, difference);
+    for (const fs::path& database : FilesOf(Kept(route, bits), ".mdb")) {
+      const std::string name = std::string(route) + ", " + database.stem().string();
+      Attempt(step, name, [&] {
+        const Printed read = RunProgram(bits, "rdvverify.exe",
+                                        L"read " + Wide(probe.provider) + L' ' + Quoted(database));
+        const auto answer = nlohmann::json::parse(read.text, nullptr, false);
+        if (!answer.is_object()) throw std::runtime_error(read.text);
+        const std::string difference = answer.value("difference", "");
+        step.Check(difference.empty(), name, difference);
+      });
     }
   }
   if (step.findings.empty()) step.Add(Outcome::Skipped, "all files", "none was written");
@@ -223,18 +240,27 @@ void Kit::Register(int bits, const Probe& probe) {
   const fs::path regsvr32 = SystemProgram(bits, L"regsvr32.exe");
   const std::wstring library = Quoted(ProgramFolder(bits) / "TLV_RDV_Line_Config.dll");
   Step& step = Begin(step::kRegistering, bits);
-  const Printed registered = RunProgram(regsvr32, L"/s " + library);
-  step.Check(registered.code == 0, "registering",
-             "exit code " + std::to_string(registered.code) + ' ' + registered.text);
-  const bool usable = registered.code == 0 && (probe.lists || IsWindows());
-  if (usable) PlayOnce(bits, step);
-  if (registered.code == 0 && !usable) step.Add(Outcome::Skipped, "playing", std::string(kNoLists));
+  bool is_registered = false;
+  Attempt(step, "registering", [&] {
+    const Snapshot before = TakeSnapshot();
+    const Printed registered = RunProgram(regsvr32, L"/s " + library);
+    written_.merge(WrittenBetween(before, TakeSnapshot()));
+    is_registered = registered.code == 0;
+    step.Check(is_registered, "registering",
+               "exit code " + std::to_string(registered.code) + ' ' + registered.text);
+  });
+  const bool usable = probe.lists || IsWindows();
+  if (is_registered && usable) Attempt(step, "playing", [&] { PlayOnce(bits, step); });
+  if (is_registered && !usable) step.Add(Outcome::Skipped, "playing", std::string(kNoLists));
   End(step);
-  if (registered.code == 0) ShowHost(bits, probe);
+  if (is_registered) ShowHost(bits, probe);
+  // Also after a registering that failed in its midst.
   Step& last = Begin(step::kRegistering, bits);
-  const Printed gone = RunProgram(regsvr32, L"/s /u " + library);
-  last.Check(gone.code == 0, "unregistering", "exit code " + std::to_string(gone.code));
-  last.Check(!IsRegistered(), "nothing is registered afterwards", "the control still is");
+  Attempt(last, "unregistering", [&] {
+    const Printed gone = RunProgram(regsvr32, L"/s /u " + library);
+    last.Check(gone.code == 0, "unregistering", "exit code " + std::to_string(gone.code));
+    last.Check(!IsRegistered(), "nothing is registered afterwards", "the control still is");
+  });
   End(last);
 }
 
@@ -266,10 +292,26 @@ Kit::Printed Kit::RunProgram(int bits, const std::string& program, const std::ws
 
 Kit::Printed Kit::RunProgram(const fs::path& program, const std::wstring& arguments) {
   const fs::path output = work_ / "output" / (std::to_string(++outputs_) + ".txt");
-  RunningProgram running(program, arguments, output);
-  constexpr unsigned kSecondsPerMinute = 60;
-  const unsigned code = running.Wait(options_.minutes * kSecondsPerMinute);
-  return {code, BytesOf(output)};
+  std::optional<unsigned> code;
+  {
+    RunningProgram running(program, arguments, output);
+    constexpr unsigned kSecondsPerMinute = 60;
+    code = running.Wait(options_.minutes * kSecondsPerMinute);
+  }
+  // What it had printed until it was ended tells where it stood.
+  const std::string late =
+      code ? ""
+           : "\nended, as it still ran after " + std::to_string(options_.minutes) + " minutes\n";
+  return {code.value_or(kNeverEnded), BytesOf(output) + late};
+}
+
+// Whatever goes wrong in one step, the others are run and the report is written.
+void Kit::Attempt(Step& step, std::string_view what, const std::function<void()>& action) {
+  try {
+    action();
+  } catch (const std::exception& error) {
+    step.Add(Outcome::Failed, std::string(what), error.what());
+  }
 }
 
 Step& Kit::Begin(std::string_view name, int bits) {
@@ -298,10 +340,13 @@ fs::path Kit::Kept(const std::string& route, int bits) const {
 
 void Kit::LookForTraces(const Snapshot& before) {
   Step& step = Begin(step::kTraces, 0);
-  const std::vector<std::string> differences = Differences(before, TakeSnapshot());
-  std::string lines;
-  for (const std::string& line : differences) lines += line + '\n';
-  step.Check(differences.empty(), "registry and site", lines);
+  Attempt(step, "registry and site", [&] {
+    const Traces traces = SortTraces(Differences(before, TakeSnapshot()), written_);
+    step.Check(traces.ours.empty(), "registry and site", Lines(traces.ours));
+    // In half an hour other programs write into the registry, too.
+    if (!traces.others.empty())
+      step.Add(Outcome::Skipped, "what other programs changed meanwhile", Lines(traces.others));
+  });
   step.Check(!fs::exists(work_), "the kit's own working folder", "is still there");
   End(step);
 }

@@ -3,7 +3,9 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <iosfwd>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -13,11 +15,11 @@
 namespace rdv::verify {
 
 struct Options {
-  std::vector<int> bits = {64, 32};  // the word sizes that are tried
-  std::vector<std::string> suites;   // the test programs that are run; none for all
-  std::string only;                  // the pattern of their tests that are run; "" for all
-  bool tests_only = false;           // nothing is registered, no host is shown
-  unsigned minutes = 45;             // that each program may take
+  std::vector<int> bits;            // the word sizes that are tried; none for all of the system
+  std::vector<std::string> suites;  // the test programs that are run; none for all
+  std::string only;                 // the pattern of their tests that are run; "" for all
+  bool tests_only = false;          // nothing is registered, no host is shown
+  unsigned minutes = 45;            // that each program may take
 };
 
 class Kit {
@@ -56,6 +58,7 @@ class Kit {
   Probe Ask(int bits);
   Printed RunProgram(int bits, const std::string& program, const std::wstring& arguments);
   Printed RunProgram(const std::filesystem::path& program, const std::wstring& arguments);
+  static void Attempt(Step& step, std::string_view what, const std::function<void()>& action);
   Step& Begin(std::string_view name, int bits);
   void End(const Step& step);
   std::filesystem::path ProgramFolder(int bits) const;
@@ -67,6 +70,7 @@ class Kit {
   std::ostream& progress_;
   Report report_;
   int outputs_ = 0;
+  std::set<std::string> written_;  // in the registry, by registering
 };
 
 }  // namespace rdv::verify

@@ -131,6 +131,13 @@ std::string Appearance() {
 
 }  // namespace
 
+std::vector<int> WordSizes() {
+  // Only 64-bit systems have a folder for the libraries of 32-bit programs.
+  wchar_t folder[MAX_PATH] = L"";
+  if (GetSystemWow64DirectoryW(folder, MAX_PATH) == 0) return {32};
+  return {64, 32};
+}
+
 bool IsWindows() {
   return Imported<const char * CDECL()>(L"ntdll.dll", "wine_get_version") == nullptr;
 }

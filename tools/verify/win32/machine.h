@@ -12,6 +12,9 @@ using Facts = std::vector<std::pair<std::string, std::string>>;
 // System, rights, languages, screens, fonts, appearance.
 Facts AboutTheMachine();
 
+// Of the programs that this system runs: 64 and 32, or 32 alone.
+std::vector<int> WordSizes();
+
 // Windows itself, not Wine.
 bool IsWindows();
 

@@ -4,6 +4,8 @@
 // COM's headers need the platform's before them.
 #include <objbase.h>
 
+#include <functional>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <ostream>
 
@@ -26,19 +28,14 @@ bool MakesDropDownLists() {
   return list != nullptr;
 }
 
-// "" where both ways read the same.
-std::string Difference(const Text& provider, const Text& file) {
+Reading Read(const std::function<std::unique_ptr<Connection>()>& open) {
   try {
-    const auto by_engine = jet::OpenJetConnection(file);
-    const std::string expected = TextOfDatabase(*by_engine);
-    by_engine->Close();
-    const auto by_provider =
-        ado::OpenAdoConnection(ForProvider(u"Provider=;Data Source=" + file, provider));
-    const std::string read = TextOfDatabase(*by_provider);
-    by_provider->Close();
-    return read == expected ? "" : "the engine reads\n" + expected + "the provider\n" + read;
+    const auto connection = open();
+    std::string text = TextOfDatabase(*connection);
+    connection->Close();
+    return {true, std::move(text)};
   } catch (const RuntimeError& error) {
-    return ToUtf8(error.Source() + u": " + error.Description());
+    return {false, ToUtf8(error.Source() + u": " + error.Description())};
   }
 }
 
@@ -55,9 +52,13 @@ void PrintReadings(const std::string& provider, std::span<const std::string> fil
                    std::ostream& out) {
   CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
   for (const std::string& file : files) {
-    out << nlohmann::json{{"file", file},
-                          {"difference", Difference(FromUtf8(provider), FromUtf8(file))}}
-        << '\n';
+    const Text path = FromUtf8(file);
+    const Reading engine = Read([&] { return jet::OpenJetConnection(path); });
+    const Reading other = Read([&] {
+      return ado::OpenAdoConnection(
+          ForProvider(u"Provider=;Data Source=" + path, FromUtf8(provider)));
+    });
+    out << nlohmann::json{{"file", file}, {"difference", DifferenceOf(engine, other)}} << '\n';
   }
   CoUninitialize();
 }

@@ -65,9 +65,8 @@ bool RunningProgram::HasEnded() const {
   return WaitForSingleObject(process_, 0) == WAIT_OBJECT_0;
 }
 
-unsigned RunningProgram::Wait(unsigned seconds) {
-  if (WaitForSingleObject(process_, seconds * 1000) != WAIT_OBJECT_0)
-    throw std::runtime_error("did not end within " + std::to_string(seconds) + " seconds");
+std::optional<unsigned> RunningProgram::Wait(unsigned seconds) {
+  if (WaitForSingleObject(process_, seconds * 1000) != WAIT_OBJECT_0) return std::nullopt;
   DWORD code = 0;
   GetExitCodeProcess(process_, &code);
   return code;

@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 namespace rdv::verify {
@@ -22,9 +23,8 @@ class RunningProgram {
 
   DWORD Id() const { return id_; }
   bool HasEnded() const;
-  // Waits so long at most; throws std::runtime_error when it has not ended then. Gives its exit
-  // code.
-  unsigned Wait(unsigned seconds);
+  // Waits so long at most and gives its exit code; none when it has not ended then.
+  std::optional<unsigned> Wait(unsigned seconds);
 
  private:
   HANDLE job_ = nullptr;
