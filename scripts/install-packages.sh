@@ -18,7 +18,10 @@ mingw-w64-tools      build                widl makes the type library
 libcli11-dev         build,native         reads the arguments of the tools; headers only, for every system
 nlohmann-json3-dev   build,native         reads and writes JSON in tools and tests; headers only likewise
 googletest           build,native         the sources of the test framework, built for each system
-python3              lint                 runs scripts/mutate
+python3              test,lint            runs scripts/mutate, and parses the example in Python
+mono-mcs             test                 compiles the example in C#
+libmono-system-windows-forms4.0-cil test  with the forms that it uses
+fp-compiler          test                 compiles the example for Delphi
 git                  test,lint            lists the files that the checks of the tree read
 clang-format         test,lint            checks the layout of the sources
 clang-tidy           lint                 analyses the sources

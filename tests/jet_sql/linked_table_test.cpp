@@ -5,63 +5,15 @@
 #include <memory>
 #include <string>
 
-#include "data/jet/catalog/catalog.h"
-#include "data/jet/catalog/system_tables.h"
 #include "data/jet/catalog/table_spec.h"
-#include "data/jet/file/pager.h"
-#include "data/jet/file/write_context.h"
 #include "data/jet/linked_file.h"
 #include "data/jet/sql/jet_connection.h"
-#include "data/jet/table/table_writer.h"
 #include "runtime/error.h"
+#include "tests/support/link_maker.h"
 #include "tests/support/site_files.h"
 
 namespace rdv::jet::sql {
 namespace {
-
-constexpr size_t kObjectDatabase = 8;
-constexpr size_t kObjectConnect = 9;
-constexpr size_t kObjectForeignName = 10;
-
-// Enters a link in the catalog, as another program does.
-class LinkMaker : public TableSource {
- public:
-  explicit LinkMaker(const Text& path)
-      : pager_(NativeFileSystem(), path, std::chrono::milliseconds(0), 16),
-        file_(pager_, pager_.FileHeader()) {
-    pager_.BeginRead();
-    objects_ = ReadTableDefinition(file_, kObjectsPage, kObjectsName);
-    pager_.EndRead();
-  }
-
-  void Make(const LinkedTable& link) {
-    pager_.BeginWrite();
-    const WriteContext context{pager_, file_};
-    PageAllocator allocator(context);
-    TableWriter rows(context, allocator, *this);
-    std::vector<Assignment> values =
-        ObjectRow({.id = static_cast<int32_t>(0x80000100u + made_++),
-                   .parent = kTablesContainer,
-                   .type = link.server ? kObjectLinkedOdbcTable : kObjectLinkedTable,
-                   .name = link.name,
-                   .date = 40000,
-                   .owner = EncryptedSid(pager_.FileHeader().sid_key, kAdminSid),
-                   .flags = 0x200000});
-    values.push_back({kObjectDatabase, link.database});
-    values.push_back({kObjectConnect, link.connect});
-    values.push_back({kObjectForeignName, link.foreign_name});
-    rows.Insert(objects_, values);
-    pager_.Commit();
-  }
-
-  const TableDefinition& TableAt(uint32_t) override { return objects_; }
-
- private:
-  Pager pager_;
-  FileReader file_;
-  TableDefinition objects_;
-  uint32_t made_ = 0;
-};
 
 LinkedTable LinkTo(const Text& database, const Text& connect = {}, bool server = false) {
   return {.name = u"Lines",
@@ -88,7 +40,7 @@ class LinkedTables : public testing::Test {
     });
   }
 
-  void Link(const LinkedTable& link) { LinkMaker(main_).Make(link); }
+  void Link(const LinkedTable& link) { test::LinkMaker(main_).Make(link); }
 
   static CommandResult Run(const Text& path, TextView statement) {
     const auto connection = OpenJetConnection(path, {.lock_wait = std::chrono::milliseconds(0)});

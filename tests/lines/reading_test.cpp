@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/lines/lines_site.h"
+#include "tests/support/link_maker.h"
 
 namespace rdv::lines::test {
 namespace {
@@ -12,6 +13,7 @@ namespace {
 using nlohmann::json;
 using testing::Contains;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
@@ -93,6 +95,19 @@ TEST(EveryCommand, SaysWhichFileLacksWhat) {
   EXPECT_THAT(site.FilesBesideDatabase(), IsEmpty());
 }
 
+TEST(EveryCommand, KeepsAwayFromASiteThatLiesInTwoFiles) {
+  const LinesSite site("broken/10-missing-table", "");
+  rdv::test::LinkMaker(site.Database().u16string())
+      .Make({.name = u"SR_Mode_Type_Names",
+             .database = u"names.mdb",
+             .foreign_name = u"SR_Mode_Type_Names",
+             .connect = {}});
+  const Outcome shown = site.Run("show");
+  EXPECT_EQ(shown.code, 3);
+  EXPECT_THAT(shown.errors,
+              HasSubstr("table SR_Mode_Type_Names lies in another file, 'names.mdb'\n"));
+}
+
 TEST(EveryCommand, SaysWhichFileHasANameThatTheControlCannotRead) {
   const LinesSite site;
   site.Execute(u"UPDATE SR_Mode_Type_Names SET English_Name = NULL WHERE ID = 2");
@@ -111,6 +126,14 @@ TEST(Show, SaysThatThereIsNoSite) {
   const Outcome shown = RunWords({"show", site.Scratch("nowhere").string()});
   EXPECT_EQ(shown.code, 3);
   EXPECT_THAT(shown.errors, HasSubstr("Could not find file '" + site.Scratch("nowhere").string()));
+  const std::filesystem::path scratch = site.Scratch("").parent_path();
+  EXPECT_EQ(
+      RunWords({"show", scratch.string()}).errors,
+      "rdvlines show: '" + scratch.string() +
+          "' is a folder, and no site: there is no Tolvane/ORVANT+/Database/NewDB.mdb in it\n");
+  const std::filesystem::path inside = site.Database().parent_path();
+  EXPECT_THAT(RunWords({"show", inside.string()}).errors,
+              EndsWith(std::filesystem::path(site.Folder()).filename().string() + "'\n"));
 }
 
 TEST(Show, TellsAUnitThatTheControlCannotShow) {

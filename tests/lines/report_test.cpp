@@ -72,6 +72,12 @@ TEST(Report, IsTheSameEachTime) {
   EXPECT_EQ(ReadBytes(site.Scratch("one.html")), ReadBytes(site.Scratch("two.html")));
 }
 
+TEST(Report, IsPrintedWhereTheFileIsADash) {
+  const LinesSite site;
+  site.Run("report", {"-o", site.Scratch("page.html").string()});
+  EXPECT_EQ(site.Run("report", {"-o", "-"}).out, ReadBytes(site.Scratch("page.html")));
+}
+
 TEST(Report, HasTheTitleThatItIsGiven) {
   const LinesSite site;
   const std::filesystem::path page = site.Scratch("page.html");

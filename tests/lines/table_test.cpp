@@ -67,6 +67,10 @@ TEST(Csv, SaysWhereSomethingIsWrong) {
             "row 3, column 1: there is text behind the quote that closes the field");
   EXPECT_EQ(error_of("a,b\n1,M\xFCller\n"),
             "row 2, column 2: is not UTF-8; save the file as \"CSV UTF-8\"");
+  EXPECT_EQ(error_of(std::string_view("\xFF\xFE"
+                                      "a\0,\0b\0",
+                                      8)),
+            "row 1, column 1: the file is UTF-16; save it as \"CSV UTF-8\"");
   EXPECT_EQ(error_of(std::string_view("a,b\n\"1\0\",2\n", 11)),
             "row 2, column 1: has a character that no file of text has");
 }
@@ -254,6 +258,12 @@ TEST(Export, PrintsTheSameEachTime) {
   const LinesSite site;
   EXPECT_EQ(site.Run("export").out, site.Run("show", {"--csv"}).out);
   EXPECT_EQ(LinesOf(site.Run("export", {"3"}).out).size(), 11u);
+}
+
+TEST(Export, PrintsWhereTheFileIsADash) {
+  const LinesSite site;
+  EXPECT_EQ(site.Run("export", {"-o", "-"}).out, site.Run("export").out);
+  EXPECT_FALSE(std::filesystem::exists("-"));
 }
 
 TEST(Export, SaysWhyAFileCannotBeWritten) {

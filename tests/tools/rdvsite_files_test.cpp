@@ -8,6 +8,8 @@
 #include "data/jet/sql/parameters.h"
 #include "data/jet/sql/statement_parser.h"
 #include "data/needed_tables.h"
+#include "tests/support/link_maker.h"
+#include "tests/support/sites/sample_sites.h"
 #include "tests/tools/site_tool.h"
 #include "tools/rdvsite/demonstration_tables.h"
 
@@ -138,6 +140,20 @@ TEST_F(SiteTool, FindsWhatTheControlNeedsAndTheDatabaseLacks) {
     EXPECT_NE(outcome.out.find(line), std::string::npos) << line << outcome.out;
   EXPECT_NE(outcome.out.find("\nsound: "), std::string::npos) << outcome.out;
   EXPECT_EQ(RunTool({"check", "--file-only", path}).code, kDone);
+}
+
+TEST_F(SiteTool, TakesATableOfAnotherFileForNoMissingOne) {
+  const std::filesystem::path path = folder_.Path() / "linking.mdb";
+  test::CopySample(sites::SiteFolder("broken/10-missing-table") / "NewDB.mdb", path);
+  EXPECT_NE(RunTool({"check", path.string()}).out.find("SR_Mode_Type_Names is missing"),
+            std::string::npos);
+  test::LinkMaker(path.u16string())
+      .Make({.name = u"SR_Mode_Type_Names",
+             .database = u"names.mdb",
+             .foreign_name = u"SR_Mode_Type_Names",
+             .connect = {}});
+  const Outcome linking = RunTool({"check", path.string()});
+  EXPECT_EQ(linking.out.find("missing"), std::string::npos) << linking.out;
 }
 
 TEST_F(SiteTool, SaysThatADatabaseIsNotThatOfASite) {

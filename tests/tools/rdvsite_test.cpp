@@ -186,6 +186,32 @@ TEST_F(SiteTool, NamesEachColumnThatIsUnknown) {
             "Microsoft JET Database Engine)\n");
 }
 
+TEST_F(SiteTool, NamesTheColumnAndTheValueThatItDoesNotTake) {
+  Create();
+  const std::pair<std::string, std::string> mismatches[] = {
+      {"SELECT * FROM Used_Lines WHERE Line = 1 AND Volume_ID = 'loud'",
+       "column 'Volume_ID' (INT) does not take 'loud'"},
+      {"SELECT * FROM Used_Lines WHERE 5 < Description",
+       "column 'Description' (TEXT) does not take '5'"},
+      {"UPDATE Used_Lines SET Volume_ID = 'loud', Impedance = 'high' WHERE Line = 1",
+       "column 'Volume_ID' (INT) does not take 'loud'; column 'Impedance' (INT) does not "
+       "take 'high'"},
+      {"INSERT INTO Used_Lines (Config_ID, Line) VALUES (1, 'one')",
+       "column 'Line' (INT) does not take 'one'"}};
+  for (const auto& [statement, text] : mismatches) {
+    const Outcome outcome = Sql(statement);
+    EXPECT_EQ(outcome.code, kFindings) << statement;
+    EXPECT_EQ(outcome.errors.substr(0, outcome.errors.find(" (error")),
+              "rdvsite sql: " + text + ". Data type mismatch in criteria expression.");
+  }
+  EXPECT_EQ(Sql("UPDATE Used_Lines SET Volume_ID = v WHERE Line = l", {"99999", "1"})
+                .errors.substr(0, 71),
+            "rdvsite sql: column 'Volume_ID' (INT) does not take '99999'. Overflow (");
+  EXPECT_NE(Sql("UPDATE Used_Lines SET Description = d WHERE Line = 1", {std::string(300, 'x')})
+                .errors.find("column 'Description' (TEXT) does not take 'xxx"),
+            std::string::npos);
+}
+
 TEST_F(SiteTool, RefusesMoreArgumentsThanTheStatementTakesAndWritesNothing) {
   Create();
   const Outcome outcome =

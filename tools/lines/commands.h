@@ -32,10 +32,10 @@ enum class Format { Text, Csv, Json };
 
 int Show(const Selection& selection, Format format, const Surroundings& around);
 int Check(const Selection& selection, Format format, const Surroundings& around);
-// Without a file, to `out`.
+// Both without a file to `out`.
 int Export(const Selection& selection, const std::optional<Text>& file, const Surroundings& around);
 // `title` is the heading of the page.
-int Report(const Selection& selection, const Text& file, const Text& title,
+int Report(const Selection& selection, const std::optional<Text>& file, const Text& title,
            const Surroundings& around);
 int Compare(const Text& left, const Text& right, Format format, const Surroundings& around);
 

@@ -75,6 +75,9 @@ CsvError::CsvError(size_t row, size_t column, const std::string& why)
                          ": " + why) {}
 
 CsvReader::CsvReader(std::string_view bytes) : bytes_(bytes) {
+  if (bytes_.starts_with("\xFF\xFE") || bytes_.starts_with("\xFE\xFF")) {
+    throw CsvError(1, 1, "the file is UTF-16; save it as \"CSV UTF-8\"");
+  }
   if (bytes_.starts_with(kByteOrderMark)) bytes_.remove_prefix(kByteOrderMark.size());
   separator_ = SeparatorOf(bytes_);
 }

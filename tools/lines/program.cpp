@@ -114,8 +114,9 @@ Selection SiteAndConfigs(const Given& given) {
   return selection;
 }
 
+// Nothing stands for standard output, as a dash does.
 std::optional<Text> FileIn(const Given& given) {
-  if (given.file.empty()) return std::nullopt;
+  if (given.file.empty() || given.file == "-") return std::nullopt;
   return FromUtf8(given.file);
 }
 
@@ -132,7 +133,7 @@ int RunExport(const Given& given, const Surroundings& around) {
 }
 
 int RunReport(const Given& given, const Surroundings& around) {
-  return Report(SiteAndConfigs(given), *FileIn(given), FromUtf8(given.title), around);
+  return Report(SiteAndConfigs(given), FileIn(given), FromUtf8(given.title), around);
 }
 
 int RunSet(const Given& given, const Surroundings& around) {
@@ -300,7 +301,7 @@ int RunLines(std::span<const std::string> arguments, std::ostream& out, std::ost
       {kSite, kConfig, {"UNITTYPE", "As in the control's list: \"8 Hybrid Lines 2 MOH Lines\""}}));
 
   add_output(add("export", "writes a table for a spreadsheet", RunExport, {kSite, kConfigs}),
-             "Write to a file, not to standard output");
+             "Write to a file, not to standard output (-)");
 
   add_dry_run(
       add("import", "reads such a table back, all of it or nothing", RunImport,
@@ -315,7 +316,7 @@ int RunLines(std::span<const std::string> arguments, std::ostream& out, std::ost
 
   CLI::App& report =
       add("report", "writes one page for the file cabinet", RunReport, {kSite, kConfigs});
-  add_output(report, "The page to write (HTML)")->required();
+  add_output(report, "The page to write (HTML); - is standard output")->required();
   report.add_option("-t,--title", given.title, "The heading of the page")->option_text("TEXT");
 
   add_dry_run(add("undo", "takes the last change back", RunUndo, {kSite}));

@@ -111,7 +111,7 @@ void AppendIndex(const std::map<int16_t, UnitFindings>& findings, std::string& t
 
 }  // namespace
 
-int Report(const Selection& selection, const Text& file, const Text& title,
+int Report(const Selection& selection, const std::optional<Text>& file, const Text& title,
            const Surroundings& around) {
   const SiteContents contents = ReadSite(selection, WithFindings::Yes, around);
   std::map<int16_t, UnitFindings> by_config;
@@ -130,7 +130,12 @@ int Report(const Selection& selection, const Text& file, const Text& title,
   }
   std::string heading;
   AppendHtml(title, heading);
-  WriteFile(file, HtmlPage(heading, body));
+  const std::string page = HtmlPage(heading, body);
+  if (file) {
+    WriteFile(*file, page);
+  } else {
+    around.out << page;
+  }
   return contents.findings.empty() ? tools::kDone : tools::kFindings;
 }
 

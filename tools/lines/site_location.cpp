@@ -4,6 +4,7 @@
 
 #include "data/folders_and_files.h"
 #include "tools/command_line/command_line.h"
+#include "tools/database_file/database_of_site.h"
 
 namespace rdv::lines {
 namespace {
@@ -28,9 +29,8 @@ SiteLocation LocateSite(const std::optional<Text>& site) {
   const fs::path path(*site);
   std::error_code ignored;
   if (fs::is_directory(path, ignored)) {
-    const fs::path suite = path / names::kCompanyFolder / names::kSuiteFolder;
-    return {(suite / names::kDatabaseFolder / names::kDatabaseFile).u16string(),
-            WithSeparator(suite)};
+    const fs::path database = DatabaseOfSite(path);
+    return {database.u16string(), WithSeparator(database.parent_path().parent_path())};
   }
   const fs::path folder = fs::absolute(path, ignored).parent_path();
   const bool is_database_folder =

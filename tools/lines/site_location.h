@@ -14,7 +14,8 @@ struct SiteLocation {
 
 // `site` is the folder that plays the common application data folder, or a database file: its
 // settings lie in the folder above one named "Database", else beside it. Without one, what the
-// control finds on this machine. Nothing is opened.
+// control finds on this machine. Throws std::runtime_error for a folder that has no database.
+// Nothing is opened.
 SiteLocation LocateSite(const std::optional<Text>& site);
 
 }  // namespace rdv::lines

@@ -4,15 +4,9 @@
 #include <stdexcept>
 
 #include "data/jet/format/errors.h"
+#include "tools/database_file/database_of_site.h"
 
 namespace rdv {
-namespace {
-
-// Below the common application data folder.
-constexpr const char* kDatabaseInSite = "Tolvane/ORVANT+/Database/NewDB.mdb";
-
-}  // namespace
-
 void AddFileOperand(CLI::App& command, std::string& file) {
   command.add_option("FILE", file, "The database, or the folder that holds a site")
       ->required()
@@ -23,10 +17,7 @@ Text DatabasePath(const std::string& given) {
   const std::filesystem::path path(FromUtf8(given));
   std::error_code ignored;
   if (!std::filesystem::is_directory(path, ignored)) return path.u16string();
-  const std::filesystem::path database = path / kDatabaseInSite;
-  if (std::filesystem::exists(database, ignored)) return database.u16string();
-  throw std::runtime_error("'" + given + "' is a folder, and no site: there is no " +
-                           kDatabaseInSite + " in it");
+  return DatabaseOfSite(path).u16string();
 }
 
 std::unique_ptr<jet::Engine> OpenDatabase(const Text& path) {

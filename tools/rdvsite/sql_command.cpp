@@ -14,6 +14,7 @@
 #include "tools/command_line/suggestion.h"
 #include "tools/rdvsite/commands.h"
 #include "tools/rdvsite/database.h"
+#include "tools/rdvsite/refused_values.h"
 
 namespace rdv {
 namespace {
@@ -125,6 +126,28 @@ void PrintRows(const RowTable& table, std::ostream& out) {
   json.Flush();
 }
 
+std::vector<Argument> ArgumentsOf(const Options& options) {
+  std::vector<Argument> values;
+  for (const std::string& argument : options.arguments)
+    values.push_back(argument == "\\N" ? Argument() : Argument(FromUtf8(argument)));
+  return values;
+}
+
+// What the engine's error does not say: which column it is about, and which value.
+std::string WithRefusedValues(const RuntimeError& error, const Text& path, const Options& options) {
+  std::string refused;
+  try {
+    const jet::sql::Statement statement = jet::sql::ParseStatement(FromUtf8(options.statement));
+    const auto engine = OpenDatabase(path);
+    const jet::Engine::ReadScope scope(*engine);
+    const jet::TableDefinition& table = engine->Table(jet::sql::TableOf(statement));
+    refused = RefusedValues(statement, table, ArgumentsOf(options), error);
+  } catch (const std::exception&) {
+    // The table lies in another file, or the statement is none: the error says it all.
+  }
+  return (refused.empty() ? "" : refused + ". ") + Explained(error, path);
+}
+
 CommandResult Execute(const Text& path, const Options& options) {
   const Text text = FromUtf8(options.statement);
   try {
@@ -137,18 +160,15 @@ CommandResult Execute(const Text& path, const Options& options) {
       if (!engine->Link(table)) RequireArguments(statement, engine->Table(table), options);
     }
     engine->Close();
-    std::vector<Argument> values;
-    for (const std::string& argument : options.arguments)
-      values.push_back(argument == "\\N" ? Argument() : Argument(FromUtf8(argument)));
     const auto connection = jet::OpenJetConnection(path);
-    CommandResult result = connection->Execute(text, values);
+    CommandResult result = connection->Execute(text, ArgumentsOf(options));
     connection->Close();
     return result;
   } catch (const jet::sql::SyntaxError& error) {
     throw tools::Refusal(Shown(error, options.statement));
   } catch (const RuntimeError& error) {
     if (IsAboutFile(error, path)) throw std::runtime_error(Explained(error, path));
-    throw tools::Refusal(Explained(error, path));
+    throw tools::Refusal(WithRefusedValues(error, path, options));
   }
 }
 

@@ -1,0 +1,13 @@
+// Where the database of a site lies.
+#pragma once
+
+#include <filesystem>
+
+namespace rdv {
+
+// In the folder that plays the common application data folder. Throws std::runtime_error with a
+// sentence for people where there is none; of a folder inside of a site it says which one was
+// meant.
+std::filesystem::path DatabaseOfSite(const std::filesystem::path& folder);
+
+}  // namespace rdv
