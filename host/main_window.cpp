@@ -25,6 +25,9 @@ constexpr int kButtonWidth = 75;
 // What a control of the usual size takes.
 constexpr SIZE kFallbackControlSize = {920, 448};
 
+// The program has one. What a window itself holds for its owner any process can change.
+MainWindow* the_window = nullptr;
+
 }  // namespace
 
 MainWindow::MainWindow(const Options& options) : options_(options) {
@@ -70,9 +73,9 @@ int MainWindow::Run() {
 LRESULT CALLBACK MainWindow::Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
   if (message == WM_NCCREATE) {
     const auto* creation = reinterpret_cast<const CREATESTRUCTW*>(lparam);
-    SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(creation->lpCreateParams));
+    the_window = static_cast<MainWindow*>(creation->lpCreateParams);
   }
-  auto* self = reinterpret_cast<MainWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+  MainWindow* const self = the_window;
   if (!self || !self->panel_) return DefWindowProcW(window, message, wparam, lparam);
   return self->Handle(message, wparam, lparam);
 }
@@ -121,7 +124,7 @@ LRESULT MainWindow::Handle(UINT message, WPARAM wparam, LPARAM lparam) {
 // The control's parent: when Tab comes to it, the control gets the focus.
 LRESULT CALLBACK MainWindow::PanelProcedure(HWND window, UINT message, WPARAM wparam,
                                             LPARAM lparam) {
-  auto* self = reinterpret_cast<MainWindow*>(GetWindowLongPtrW(GetParent(window), GWLP_USERDATA));
+  MainWindow* const self = the_window;
   if (message == WM_SETFOCUS && self && self->control_) {
     self->control_->GiveFocus();
     return 0;

@@ -317,6 +317,30 @@ TEST_F(GridWindow, ResizingLeavesNoTextHighlighted) {
   EXPECT_EQ(highlighted(), 3);
 }
 
+// What a window holds for its owner any process of the desktop can change, and it can put any
+// window into a message: neither is followed.
+TEST_F(GridWindow, WhatOthersHavePlantedInWindowsIsNotFollowed) {
+  constexpr LONG_PTR kPlanted = 0x4141410;  // leads to no memory of this process
+  const HWND foreign = CreateWindowExW(0, L"BUTTON", L"", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr,
+                                       nullptr, nullptr);
+  SetWindowLongPtrW(foreign, GWLP_USERDATA, kPlanted);
+  const LONG_PTR own = SetWindowLongPtrW(FormWindow(), GWLP_USERDATA, kPlanted);
+  const HWND frame = GetParent(Grid());
+  for (const HWND window : {FormWindow(), frame}) {
+    SendMessageW(window, WM_COMMAND, MAKEWPARAM(1, BN_CLICKED), reinterpret_cast<LPARAM>(foreign));
+    NMHDR header = {.hwndFrom = foreign, .idFrom = 1, .code = NM_CLICK};
+    SendMessageW(window, WM_NOTIFY, 1, reinterpret_cast<LPARAM>(&header));
+    SendMessageW(window, WM_CTLCOLORSTATIC, 0, reinterpret_cast<LPARAM>(foreign));
+    SendMessageW(window, WM_SYSCOLORCHANGE, 0, 0);
+  }
+  // The control goes on as before.
+  form().cmbRDVType.SetListIndex(0);
+  EXPECT_EQ(form().cmbRDVType.ListIndex(), 0);
+  EXPECT_TRUE(IsWindow(FormWindow()));
+  SetWindowLongPtrW(FormWindow(), GWLP_USERDATA, own);
+  DestroyWindow(foreign);
+}
+
 // Of the grid and its header, at the moment when each is destroyed.
 std::map<HWND, WNDPROC> procedures_at_the_end;
 

@@ -13,6 +13,7 @@
 #include "widgets/win32/parking_window.h"
 #include "widgets/win32/platform.h"
 #include "widgets/win32/wide.h"
+#include "widgets/win32/window_map.h"
 
 namespace rdv::win32 {
 namespace {
@@ -29,8 +30,13 @@ bool IsMousePress(UINT message) {
          message == WM_XBUTTONDOWN;
 }
 
+WindowMap<FormWindow>& Forms() {
+  static WindowMap<FormWindow> forms;
+  return forms;
+}
+
 FormWindow* FormOf(HWND window) {
-  return reinterpret_cast<FormWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+  return Forms().Find(window);
 }
 
 void RegisterClasses(HINSTANCE module, WNDPROC procedure) {
@@ -213,7 +219,8 @@ void FormWindow::AfterBox() {
 
 // What belongs to the windows of now.
 void FormWindow::Finish() {
-  SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+  Forms().RemoveAllOf(this);
+  Forms().Add(window_, this);
   screen_.SetForm(window_);
   fraConfiguration_.SetMainChild(LVRDVLineConfig_.Handle());
   keyboard_.SetStops({{{LVRDVLineConfig_.Handle(), 0},
@@ -291,6 +298,7 @@ void FormWindow::MakeAnew(HWND parent) {
 }
 
 FormWindow::~FormWindow() {
+  Forms().RemoveAllOf(this);
   if (IsWindow(window_)) ForgetNames();
   SetWindowLongPtrW(window_, GWLP_USERDATA, 0);
   LVRDVLineConfig_.Unhook();

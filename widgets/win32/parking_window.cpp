@@ -1,8 +1,17 @@
 #include "widgets/win32/parking_window.h"
 
 #include "widgets/win32/form_window.h"
+#include "widgets/win32/window_map.h"
 
 namespace rdv::win32 {
+namespace {
+
+WindowMap<const FormWindow>& FormsToTell() {
+  static WindowMap<const FormWindow> forms;
+  return forms;
+}
+
+}  // namespace
 
 ParkingWindow::ParkingWindow(HINSTANCE module) {
   WNDCLASSEXW description = {};
@@ -14,8 +23,17 @@ ParkingWindow::ParkingWindow(HINSTANCE module) {
   window_ = MakeWindow(module, nullptr, {.window_class = kClass, .style = WS_POPUP});
 }
 
+ParkingWindow::~ParkingWindow() {
+  FormsToTell().Remove(window_);
+  DestroyWindow(window_);
+}
+
+void ParkingWindow::TellOfChanges(const FormWindow& form) {
+  FormsToTell().Add(window_, &form);
+}
+
 LRESULT CALLBACK ParkingWindow::Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
-  const auto* form = reinterpret_cast<const FormWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+  const FormWindow* form = FormsToTell().Find(window);
   const bool passed_on = message == WM_SYSCOLORCHANGE || message == WM_SETTINGCHANGE;
   if (form && passed_on && form->WindowsExist())
     SendMessageW(form->Handle(), message, wparam, lparam);

@@ -16,13 +16,11 @@ class ParkingWindow {
   explicit ParkingWindow(HINSTANCE module);
   ParkingWindow(const ParkingWindow&) = delete;
   ParkingWindow& operator=(const ParkingWindow&) = delete;
-  ~ParkingWindow() { DestroyWindow(window_); }
+  ~ParkingWindow();
   HWND Handle() const { return window_; }
 
   // `form` is there whenever this window is sent a message of the system.
-  void TellOfChanges(const FormWindow& form) {
-    SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(&form));
-  }
+  void TellOfChanges(const FormWindow& form);
 
  private:
   static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);

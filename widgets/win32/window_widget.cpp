@@ -1,9 +1,8 @@
 #include "widgets/win32/window_widget.h"
 
-#include <unordered_map>
-
 #include "runtime/error.h"
 #include "widgets/win32/wide.h"
+#include "widgets/win32/window_map.h"
 
 namespace rdv::win32 {
 namespace {
@@ -19,35 +18,9 @@ namespace {
   throw RuntimeError(static_cast<int32_t>(code), FromWide({text, length}), Text(kProductSource));
 }
 
-// The widgets of the windows made here, by window. A message names its sender by a handle that any
-// process can put into it, so what a window itself holds for its owner says nothing.
-class TargetMap {
- public:
-  void Add(HWND window, NotificationTarget* target) {
-    AcquireSRWLockExclusive(&lock_);
-    targets_[window] = target;
-    ReleaseSRWLockExclusive(&lock_);
-  }
-  void Remove(HWND window) {
-    AcquireSRWLockExclusive(&lock_);
-    targets_.erase(window);
-    ReleaseSRWLockExclusive(&lock_);
-  }
-  NotificationTarget* Find(HWND window) {
-    AcquireSRWLockShared(&lock_);
-    const auto found = targets_.find(window);
-    NotificationTarget* target = found == targets_.end() ? nullptr : found->second;
-    ReleaseSRWLockShared(&lock_);
-    return target;
-  }
-
- private:
-  SRWLOCK lock_ = SRWLOCK_INIT;  // each control lives on a thread of its own
-  std::unordered_map<HWND, NotificationTarget*> targets_;
-};
-
-TargetMap& Targets() {
-  static TargetMap targets;
+// The widgets of the windows made here.
+WindowMap<NotificationTarget>& Targets() {
+  static WindowMap<NotificationTarget> targets;
   return targets;
 }
 
