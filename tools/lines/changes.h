@@ -37,7 +37,10 @@ struct RefusedChoice {
   bool operator==(const RefusedChoice&) const = default;
 };
 
-// What is to be done to one unit. Run twice, on a unit in the same state each time.
+// What is to be done to one unit. Run twice, on a unit in the same state each time: to see what
+// comes of it while nobody is kept from writing, and once more under the lock, where what may be
+// chosen can be another by now. Loaded units are not kept between the two: of a large site there
+// are thousands.
 struct UnitEdit {
   int16_t config = 0;
   std::function<void(UnitEditor& unit, std::vector<RefusedChoice>& refused)> edit;
