@@ -4,6 +4,7 @@
 
 #include "bench/sample_files.h"
 #include "control/line_config_control.h"
+#include "rules/grid_columns.h"
 #include "widgets/memory/memory_form.h"
 
 namespace rdv::bench {
@@ -15,7 +16,7 @@ constexpr int kVolumeColumn = 14;
 
 void ShowControl(benchmark::State& state, const fs::path& site, int16_t configuration) {
   UseSite(site);
-  memory::MemoryForm form;
+  memory::MemoryForm form(kGridContent);
   ucRDVLineConfig control(form.Widgets(), {});
   for (auto _ : state) {
     if (!control.ShowControl(configuration)) {
@@ -62,7 +63,7 @@ void PickForAllRows(benchmark::State& state, memory::MemoryForm& form, int entry
 
 void ChooseForAllRows(benchmark::State& state) {
   UseSite(CopySite("plain", "choose"));
-  memory::MemoryForm form;
+  memory::MemoryForm form(kGridContent);
   ucRDVLineConfig control(form.Widgets(), {});
   control.ShowControl(1);
   Require(state, form.LVRDVLineConfig.UserClickCell(1, kVolumeColumn));
@@ -80,7 +81,7 @@ BENCHMARK(ChooseForAllRows)->Unit(benchmark::kMicrosecond);
 // All rows of the unit chosen for and written; the connection's one flush to disk included.
 void ApplyAllRows(benchmark::State& state) {
   UseSite(CopySite("plain", "apply"));
-  memory::MemoryForm form;
+  memory::MemoryForm form(kGridContent);
   ucRDVLineConfig control(form.Widgets(), {});
   control.ShowControl(1);
   int entry = 0;

@@ -226,14 +226,31 @@ void CellEditing::LoadTexts(const RowCells& cells) {
 
 // The number half of a pair is never given it.
 void CellEditing::FocusShownEditor() {
-  const std::array<Editor*, 10> focusable = {&form_.cmbPartition, &form_.cmbStartingNodeName,
-                                             &form_.cmbVolume,    &form_.cmbModeType,
-                                             &form_.cmbNISOption, &form_.txtEWTOption,
-                                             &form_.cmbLineType,  &form_.cmbImpedance,
-                                             &form_.cmbSoftStop,  &form_.txtLabel};
-  for (Editor* editor : focusable) {
-    if (editor->Visible()) editor->SetFocus();
+  for (const CellEditor& cell : cell_editors_) {
+    if (cell.editor->Visible()) cell.editor->SetFocus();
   }
+}
+
+bool CellEditing::FocusOtherHalf(bool backward) {
+  for (const CellEditor& cell : cell_editors_) {
+    if (!cell.right_half) continue;
+    const Editor* from = backward ? cell.right_half : cell.editor;
+    Editor* to = backward ? cell.editor : cell.right_half;
+    if (!from->Focused() || !to->Visible()) continue;
+    to->SetFocus();
+    return true;
+  }
+  return false;
+}
+
+int CellEditing::FirstEditedColumn() const {
+  const auto first = std::ranges::find_if(
+      cell_editors_, [](const CellEditor& cell) { return cell.fit != Fit::KeepHidden; });
+  return first->column;
+}
+
+int CellEditing::LastEditedColumn() const {
+  return cell_editors_.back().column;
 }
 
 void CellEditing::LVRDVLineConfig_MouseUp(Twips x, Twips y) {

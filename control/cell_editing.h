@@ -34,6 +34,13 @@ class CellEditing {
   // with all editors hidden, for a cell without an editor.
   bool OpenCell(int row, int column);
 
+  // From the half of a pair of editors that has the focus to the other one; false where none has.
+  bool FocusOtherHalf(bool backward);
+
+  // The columns between which cells have editors that can be seen.
+  int FirstEditedColumn() const;
+  int LastEditedColumn() const;
+
   void LVRDVLineConfig_KeyPress(char16_t key);
   void LVRDVLineConfig_ColumnClick(int column);
 
@@ -86,7 +93,7 @@ class CellEditing {
   const Form& form_;
   ControlState& state_;
   ListLoaders& loaders_;
-  const std::array<CellEditor, 10> cell_editors_;
+  const std::array<CellEditor, 10> cell_editors_;  // by column
 };
 
 }  // namespace rdv

@@ -1,38 +1,34 @@
 #include "control/cell_walk.h"
 
-#include <array>
-#include <utility>
-
 #include "rules/editors.h"
 
 namespace rdv {
-namespace {
-
-constexpr int kFirstEditedColumn = column::kPartition;
-constexpr int kLastEditedColumn = column::kLabel;
-
-}  // namespace
+CellWalk::CellWalk(const Form& form, CellEditing& editing)
+    : form_(form), editing_(editing), column_(editing.FirstEditedColumn()) {}
 
 void CellWalk::EditCurrentCell() {
   const LineGrid& grid = form_.LVRDVLineConfig;
   const auto row = grid.SelectedItem() ? grid.SelectedItem() : grid.FocusedRow();
   if (!row || Open(*row, column_)) return;
-  for (int column = kFirstEditedColumn; column <= kLastEditedColumn; ++column) {
+  const int last = editing_.LastEditedColumn();
+  for (int column = editing_.FirstEditedColumn(); column <= last; ++column) {
     if (Open(*row, column)) return;
   }
 }
 
 void CellWalk::EditNextCell(bool backward) {
-  if (StepWithinPair(backward)) return;
+  if (editing_.FocusOtherHalf(backward)) return;
   const LineGrid& grid = form_.LVRDVLineConfig;
+  const int first = editing_.FirstEditedColumn();
+  const int last = editing_.LastEditedColumn();
   const int step = backward ? -1 : 1;
   int row = grid.SelectedItem().value_or(1);
   int column = column_;
   for (;;) {
     column += step;
-    if (column < kFirstEditedColumn || column > kLastEditedColumn) {
+    if (column < first || column > last) {
       row += step;
-      column = backward ? kLastEditedColumn : kFirstEditedColumn;
+      column = backward ? last : first;
     }
     if (row < 1 || row > grid.RowCount()) return StopEditing();
     if (Open(row, column)) return;
@@ -53,21 +49,6 @@ bool CellWalk::Open(int row, int column) {
   if (!editing_.OpenCell(row, column)) return false;
   column_ = column;
   return true;
-}
-
-bool CellWalk::StepWithinPair(bool backward) {
-  const std::array<std::pair<ComboBox*, ComboBox*>, 2> pairs = {{
-      {&form_.cmbStartingNodeName, &form_.cmbStartingNodeNumber},
-      {&form_.cmbModeType, &form_.cmbModeNumber},
-  }};
-  for (const auto& [left, right] : pairs) {
-    const ComboBox* from = backward ? right : left;
-    ComboBox* to = backward ? left : right;
-    if (!from->Focused() || !to->Visible()) continue;
-    to->SetFocus();
-    return true;
-  }
-  return false;
 }
 
 }  // namespace rdv

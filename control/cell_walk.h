@@ -2,7 +2,6 @@
 #pragma once
 
 #include "control/cell_editing.h"
-#include "rules/grid_columns.h"
 #include "widgets/form.h"
 
 namespace rdv {
@@ -12,7 +11,7 @@ namespace rdv {
 class CellWalk {
  public:
   // Both outlive the object.
-  CellWalk(const Form& form, CellEditing& editing) : form_(form), editing_(editing) {}
+  CellWalk(const Form& form, CellEditing& editing);
 
   // Opens the cell of the current row in the column that was opened last by keyboard, else the
   // first one of the row that has an editor. The current row is the selected item, else the focused
@@ -30,11 +29,10 @@ class CellWalk {
 
  private:
   bool Open(int row, int column);
-  bool StepWithinPair(bool backward);
 
   const Form& form_;
   CellEditing& editing_;
-  int column_ = column::kPartition;  // of the cell opened last
+  int column_;  // of the cell opened last
 };
 
 }  // namespace rdv

@@ -1,7 +1,9 @@
 #include "control/line_config_control.h"
 
 #include <array>
+#include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "control/cell_editing.h"
 #include "control/cell_walk.h"
@@ -18,26 +20,10 @@
 namespace rdv {
 namespace {
 
-struct DropDownWidth {
-  ComboBox* list;
-  int pixels;
-};
-
 void SetComboDropWidths(const Form& form) {
-  const std::array<DropDownWidth, 11> widths = {{
-      {&form.cmbLineType, 200},
-      {&form.cmbPartition, 200},
-      {&form.cmbStartingNodeName, 200},
-      {&form.cmbStartingNodeNumber, 50},
-      {&form.cmbVolume, 50},
-      {&form.cmbModeType, 200},
-      {&form.cmbModeNumber, 50},
-      {&form.cmbNISOption, 50},
-      {&form.cmbImpedance, 200},
-      {&form.cmbSoftStop, 50},
-      {&form.cmbRDVType, 200},
-  }};
-  for (const DropDownWidth& width : widths) width.list->SetDropDownWidth(width.pixels);
+  ForEachWidget(form, []<class Widget>(Widget& widget, const WidgetEntry& entry) {
+    if constexpr (std::is_same_v<Widget, ComboBox>) widget.SetDropDownWidth(entry.drop_down_width);
+  });
 }
 
 // The order in which failures are listed, and in which a list may rely on another.
@@ -79,17 +65,16 @@ class ucRDVLineConfig::Core : public std::enable_shared_from_this<Core> {
   Business_Rules& BusinessRules() { return state_.BusinessRules; }
 
  private:
-  // Where a procedure that handles an event begins and ends: an error that it lets out goes no
-  // further, and the control may be destroyed while it runs.
+  // Binds the handler of an event until the control is released, which may happen while it runs.
   template <typename Part, typename... Arguments>
-  std::function<void(Arguments...)> Handler(Part& part, void (Part::*procedure)(Arguments...)) {
-    return [core = weak_from_this(), &part, procedure](Arguments... arguments) {
+  void Bind(std::function<void(Arguments...)>& event, Part& part,
+            void (Part::*procedure)(Arguments...)) {
+    event = [core = weak_from_this(), &part, procedure](Arguments... arguments) {
       if (const std::shared_ptr<Core> alive = core.lock()) {
-        EndSilently([&part = part, procedure = procedure, &arguments...] {
-          (part.*procedure)(arguments...);
-        });
+        (part.*procedure)(arguments...);
       }
     };
+    releases_.push_back([&event] { event = nullptr; });
   }
 
   void ShowDefaults();
@@ -99,7 +84,8 @@ class ucRDVLineConfig::Core : public std::enable_shared_from_this<Core> {
   }
   void RaiseRemoveME();
 
-  ucRDVLineConfig* control_;  // null once it is destroyed
+  ucRDVLineConfig* control_;                     // null once it is destroyed
+  std::vector<std::function<void()>> releases_;  // one for each event that is bound
   const Form form_;
   ControlState state_;
   ListLoaders loaders_;
@@ -115,65 +101,44 @@ class ucRDVLineConfig::Core : public std::enable_shared_from_this<Core> {
 
 void ucRDVLineConfig::Core::BindHandlers() {
   LineGrid& grid = form_.LVRDVLineConfig;
-  grid.on_mouse_down = Handler(cell_editing_, &CellEditing::LVRDVLineConfig_MouseDown);
-  grid.on_item_click = Handler(cell_editing_, &CellEditing::LVRDVLineConfig_ItemClick);
-  grid.on_mouse_up = Handler(cell_editing_, &CellEditing::LVRDVLineConfig_MouseUp);
-  grid.on_key_press = Handler(cell_editing_, &CellEditing::LVRDVLineConfig_KeyPress);
-  grid.on_column_click = Handler(cell_editing_, &CellEditing::LVRDVLineConfig_ColumnClick);
-  grid.on_before_move = Handler(cell_editing_, &CellEditing::LVRDVLineConfig_BeforeMove);
-  grid.on_edit = Handler(cell_walk_, &CellWalk::EditCurrentCell);
-  grid.on_edit_next = Handler(cell_walk_, &CellWalk::EditNextCell);
-  grid.on_edit_end = Handler(cell_walk_, &CellWalk::StopEditing);
-  grid.on_edit_cancel = Handler(cell_walk_, &CellWalk::CancelEditing);
+  Bind(grid.on_mouse_down, cell_editing_, &CellEditing::LVRDVLineConfig_MouseDown);
+  Bind(grid.on_item_click, cell_editing_, &CellEditing::LVRDVLineConfig_ItemClick);
+  Bind(grid.on_mouse_up, cell_editing_, &CellEditing::LVRDVLineConfig_MouseUp);
+  Bind(grid.on_key_press, cell_editing_, &CellEditing::LVRDVLineConfig_KeyPress);
+  Bind(grid.on_column_click, cell_editing_, &CellEditing::LVRDVLineConfig_ColumnClick);
+  Bind(grid.on_before_move, cell_editing_, &CellEditing::LVRDVLineConfig_BeforeMove);
+  Bind(grid.on_edit, cell_walk_, &CellWalk::EditCurrentCell);
+  Bind(grid.on_edit_next, cell_walk_, &CellWalk::EditNextCell);
+  Bind(grid.on_edit_end, cell_walk_, &CellWalk::StopEditing);
+  Bind(grid.on_edit_cancel, cell_walk_, &CellWalk::CancelEditing);
 
   using Choices = DependentChoices;
-  form_.cmbLineType.on_click = Handler(choices_, &Choices::cmbLineType_Click);
-  form_.cmbPartition.on_click = Handler(choices_, &Choices::cmbPartition_Click);
-  form_.cmbStartingNodeName.on_click = Handler(choices_, &Choices::cmbStartingNodeName_Click);
-  form_.cmbStartingNodeNumber.on_click = Handler(choices_, &Choices::cmbStartingNodeNumber_Click);
-  form_.cmbStartingNodeNumber.on_change = Handler(choices_, &Choices::cmbStartingNodeNumber_Change);
-  form_.cmbVolume.on_click = Handler(choices_, &Choices::cmbVolume_Click);
-  form_.cmbModeType.on_click = Handler(choices_, &Choices::cmbModeType_Click);
-  form_.cmbModeNumber.on_click = Handler(choices_, &Choices::cmbModeNumber_Click);
-  form_.cmbModeNumber.on_change = Handler(choices_, &Choices::cmbModeNumber_Change);
-  form_.cmbNISOption.on_click = Handler(choices_, &Choices::cmbNISOption_Click);
-  form_.cmbImpedance.on_click = Handler(choices_, &Choices::cmbImpedance_Click);
-  form_.cmbSoftStop.on_click = Handler(choices_, &Choices::cmbSoftStop_Click);
+  Bind(form_.cmbLineType.on_click, choices_, &Choices::cmbLineType_Click);
+  Bind(form_.cmbPartition.on_click, choices_, &Choices::cmbPartition_Click);
+  Bind(form_.cmbStartingNodeName.on_click, choices_, &Choices::cmbStartingNodeName_Click);
+  Bind(form_.cmbStartingNodeNumber.on_click, choices_, &Choices::cmbStartingNodeNumber_Click);
+  Bind(form_.cmbStartingNodeNumber.on_change, choices_, &Choices::cmbStartingNodeNumber_Change);
+  Bind(form_.cmbVolume.on_click, choices_, &Choices::cmbVolume_Click);
+  Bind(form_.cmbModeType.on_click, choices_, &Choices::cmbModeType_Click);
+  Bind(form_.cmbModeNumber.on_click, choices_, &Choices::cmbModeNumber_Click);
+  Bind(form_.cmbModeNumber.on_change, choices_, &Choices::cmbModeNumber_Change);
+  Bind(form_.cmbNISOption.on_click, choices_, &Choices::cmbNISOption_Click);
+  Bind(form_.cmbImpedance.on_click, choices_, &Choices::cmbImpedance_Click);
+  Bind(form_.cmbSoftStop.on_click, choices_, &Choices::cmbSoftStop_Click);
 
-  form_.txtEWTOption.on_change = Handler(text_fields_, &TextFields::txtEWTOption_Change);
-  form_.txtLabel.on_change = Handler(text_fields_, &TextFields::txtLabel_Change);
+  Bind(form_.txtEWTOption.on_change, text_fields_, &TextFields::txtEWTOption_Change);
+  Bind(form_.txtLabel.on_change, text_fields_, &TextFields::txtLabel_Change);
 
-  form_.cmdShowDefaults.on_click = Handler(*this, &Core::ShowDefaults);
-  form_.cmdApply.on_click = Handler(saving_, &Saving::cmdApply_Click);
-  form_.cmdOK.on_click = Handler(saving_, &Saving::cmdOK_Click);
-  form_.cmdCancel.on_click = Handler(saving_, &Saving::cmdCancel_Click);
+  Bind(form_.cmdShowDefaults.on_click, *this, &Core::ShowDefaults);
+  Bind(form_.cmdApply.on_click, saving_, &Saving::cmdApply_Click);
+  Bind(form_.cmdOK.on_click, saving_, &Saving::cmdOK_Click);
+  Bind(form_.cmdCancel.on_click, saving_, &Saving::cmdCancel_Click);
 }
 
 void ucRDVLineConfig::Core::Release() {
   control_ = nullptr;
-
-  LineGrid& grid = form_.LVRDVLineConfig;
-  grid.on_mouse_down = nullptr;
-  grid.on_item_click = nullptr;
-  grid.on_mouse_up = nullptr;
-  grid.on_key_press = nullptr;
-  grid.on_column_click = nullptr;
-  grid.on_before_move = nullptr;
-  grid.on_edit = nullptr;
-  grid.on_edit_next = nullptr;
-  grid.on_edit_end = nullptr;
-  grid.on_edit_cancel = nullptr;
-
-  for (Editor* editor : form_.Editors()) editor->on_change = nullptr;
-  for (ComboBox* list :
-       {&form_.cmbLineType, &form_.cmbPartition, &form_.cmbStartingNodeName,
-        &form_.cmbStartingNodeNumber, &form_.cmbVolume, &form_.cmbModeType, &form_.cmbModeNumber,
-        &form_.cmbNISOption, &form_.cmbImpedance, &form_.cmbSoftStop}) {
-    list->on_click = nullptr;
-  }
-  for (Button* button : {&form_.cmdShowDefaults, &form_.cmdApply, &form_.cmdOK, &form_.cmdCancel}) {
-    button->on_click = nullptr;
-  }
+  for (const std::function<void()>& release : releases_) release();
+  releases_.clear();
 }
 
 bool ucRDVLineConfig::Core::ShowControl(int16_t Given_ConfigID) {

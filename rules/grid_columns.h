@@ -4,8 +4,9 @@
 #pragma once
 
 #include <array>
+#include <numeric>
 
-#include "widgets/widget.h"
+#include "widgets/layout.h"
 
 namespace rdv {
 
@@ -72,5 +73,11 @@ constexpr bool StandInTheirOrder() {
   return true;
 }
 static_assert(StandInTheirOrder());
+
+// All columns, and the most rows that a unit is given.
+inline constexpr GridContent kGridContent = {
+    std::accumulate(kGridColumns.begin(), kGridColumns.end(), Twips{0},
+                    [](Twips sum, const GridColumn& column) { return sum + column.width; }),
+    11};
 
 }  // namespace rdv

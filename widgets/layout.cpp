@@ -12,11 +12,9 @@ constexpr Twips GridHeight(int rows) {
 
 constexpr Twips kMargin = 120;
 constexpr Twips kFrameTop = 240;  // room for a frame's caption
-// The eleven columns take 13000; a vertical scroll bar fits beside them.
-constexpr Twips kGridWidth = 13320;
-// Eleven rows, the most that a unit is given.
-constexpr Twips kGridHeight = GridHeight(11);
-constexpr Twips kLeastGridHeight = GridHeight(3);
+// Beside the columns.
+constexpr Twips kVerticalScrollBar = 320;
+constexpr int kLeastRows = 3;
 constexpr Twips kButtonWidth = 1215;
 constexpr Twips kButtonHeight = 375;
 constexpr Twips kDefaultsFrameHeight = 735;
@@ -30,13 +28,13 @@ constexpr Twips HeightAround(Twips grid) {
 
 }  // namespace
 
-Size DesignSize() {
-  return {kGridWidth + 4 * kMargin, HeightAround(kGridHeight)};
+Size DesignSize(const GridContent& content) {
+  return {content.width + kVerticalScrollBar + 4 * kMargin, HeightAround(GridHeight(content.rows))};
 }
 
-FormLayout LayOut(Size size) {
-  const Twips width = std::max(size.width, DesignSize().width);
-  const Twips height = std::max(size.height, HeightAround(kLeastGridHeight));
+FormLayout LayOut(Size size, const GridContent& content) {
+  const Twips width = std::max(size.width, DesignSize(content).width);
+  const Twips height = std::max(size.height, HeightAround(GridHeight(kLeastRows)));
 
   FormLayout layout;
   const Twips button_top = height - kMargin - kButtonHeight;

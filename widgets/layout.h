@@ -17,8 +17,13 @@ struct Size {
   Twips height = 0;
 };
 
-// Shows all eleven visible columns and ten rows.
-Size DesignSize();
+// What the grid shows without scrolling at the design size.
+struct GridContent {
+  Twips width = 0;  // of all columns
+  int rows = 0;
+};
+
+Size DesignSize(const GridContent& content);
 
 // Frames and grid grow with the control; the buttons keep their size and stay at the right edge
 // below the frames. In a lower control than that of the design size the grid shows fewer rows and
@@ -37,7 +42,7 @@ struct FormLayout {
   Rectangle cmdApply;
 };
 
-FormLayout LayOut(Size size);
+FormLayout LayOut(Size size, const GridContent& content);
 
 inline constexpr Twips kEditorHeight = 315;
 // How far below the top of its row an editor is placed.

@@ -15,13 +15,27 @@ namespace rdv {
 
 using Twips = double;
 
-// Runs a handler where there is one and keeps it alive meanwhile: it may be replaced or taken away
-// while it runs, as when the host removes the control in answer to an event.
+// Where every event ends, one that is answered inside another one too: whatever is thrown goes no
+// further. Procedures that report what they fail with have done so; the others end where they
+// failed, whoever raised the event goes on, and the host is never brought down.
+template <typename Answer>
+void AnswerEvent(Answer&& answer) noexcept {
+  try {
+    answer();
+  } catch (...) {
+    // No one to report to.
+  }
+}
+
+// Runs the handler of an event where there is one and keeps it alive meanwhile: it may be replaced
+// or taken away while it runs, as when the host removes the control in answer to an event.
 template <typename... Arguments>
 void Notify(const std::function<void(Arguments...)>& handler,
-            std::type_identity_t<Arguments>... arguments) {
-  const std::function<void(Arguments...)> running = handler;
-  if (running) running(arguments...);
+            std::type_identity_t<Arguments>... arguments) noexcept {
+  AnswerEvent([&] {
+    const std::function<void(Arguments...)> running = handler;
+    if (running) running(arguments...);
+  });
 }
 
 class Widget {
@@ -71,8 +85,11 @@ class Editor : public Widget {
 
 class TextBox : public Editor {};
 
+// Whether a list takes text that is none of its entries.
+enum class TextEntry { FromListOnly, Typed };
+
 // A drop-down list. Every entry carries its code as item data beside its caption. Where it takes
-// typed text (see form.h), another text that is typed or set leaves no entry selected; the text
+// typed text, another text that is typed or set leaves no entry selected; the text
 // that is shown already changes nothing.
 class ComboBox : public Editor {
  public:

@@ -4,12 +4,13 @@
 #include "component/com/module.h"
 #include "component/object/current_controls.h"
 #include "component/object/label_validator.h"
+#include "rules/grid_columns.h"
 
 namespace rdv {
 
 LiveControl::LiveControl()
     : parking_(ModuleInstance()),
-      form_(ModuleInstance(), parking_.Handle()),
+      form_(ModuleInstance(), parking_.Handle(), kGridContent),
       control_(form_.Widgets(), ControlOptions{.make_label_validator = MakeLabelValidator}) {
   parking_.TellOfChanges(form_);
   form_.make_windows = [this] { MakeWindows(); };

@@ -5,7 +5,7 @@
 #include "component/com/enumerator.h"
 #include "component/com/identifiers.h"
 #include "component/object/line_config_object.h"
-#include "widgets/layout.h"
+#include "rules/grid_columns.h"
 
 namespace rdv {
 namespace {
@@ -13,7 +13,7 @@ namespace {
 constexpr double kHimetricPerTwip = 2540.0 / 1440.0;
 
 SIZEL DesignExtent() {
-  const Size size = DesignSize();
+  const Size size = DesignSize(kGridContent);
   return {std::lround(size.width * kHimetricPerTwip), std::lround(size.height * kHimetricPerTwip)};
 }
 

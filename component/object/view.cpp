@@ -1,6 +1,7 @@
 #include "component/object/view.h"
 
 #include "component/object/line_config_object.h"
+#include "rules/grid_columns.h"
 #include "widgets/win32/form_picture.h"
 #include "widgets/win32/window_picture.h"
 
@@ -18,7 +19,8 @@ STDMETHODIMP View::Draw(DWORD aspect, LONG /*index*/, void* /*aspect_data*/,
       const std::shared_ptr<LiveControl> live = object_.Live();
       if (win32::DrawWindow(live->Form().Handle(), context, area)) return S_OK;
     }
-    win32::DrawForm(context, area, object_.Ole().Extent(), object_.Container().Appearance());
+    win32::DrawForm(context, area, object_.Ole().Extent(), object_.Container().Appearance(),
+                    kGridContent);
     return S_OK;
   });
 }

@@ -20,7 +20,7 @@
 #include "tests/component/support/placed_control.h"
 #include "tests/support/site_files.h"
 #include "tools/site_folder/site_folder.h"
-#include "widgets/win32/control_ids.h"
+#include "widgets/control_ids.h"
 
 namespace rdv::test {
 namespace {
@@ -154,13 +154,16 @@ class AccessibleNames : public OleTest {
     service_.reset();
   }
 
-  // What the service was told, else the window's own text, which the system speaks by itself.
+  // What the service was told, else the window's own text, which the system speaks by itself
+  // without the mark of a mnemonic.
   std::wstring Spoken(HWND window) const {
     const std::wstring told = service_->Name(window);
     if (!told.empty()) return told;
     wchar_t text[64] = L"";
     GetWindowTextW(window, text, 64);
-    return text;
+    std::wstring own = text;
+    std::erase(own, L'&');
+    return own;
   }
   std::wstring Spoken(int id) const { return Spoken(placed_->Child(id)); }
   // Where the keyboard is in a list that is typed into.

@@ -10,7 +10,7 @@
 #include "tests/component/support/placed_control.h"
 #include "tests/support/site_files.h"
 #include "tools/site_folder/site_folder.h"
-#include "widgets/win32/control_ids.h"
+#include "widgets/control_ids.h"
 
 namespace rdv::test {
 namespace {
@@ -238,10 +238,10 @@ TEST_F(Activation, ThePartsHaveTheirCaptions) {
   const std::pair<int, const wchar_t*> captions[] = {
       {control_id::fraConfiguration, L"RDV Line Configuration"},
       {control_id::fraDefault, L"Default values"},
-      {control_id::cmdShowDefaults, L"Restore Default"},
-      {control_id::cmdOK, L"OK"},
-      {control_id::cmdCancel, L"Cancel"},
-      {control_id::cmdApply, L"Apply"}};
+      {control_id::cmdShowDefaults, L"&Restore Default"},
+      {control_id::cmdOK, L"&OK"},
+      {control_id::cmdCancel, L"&Cancel"},
+      {control_id::cmdApply, L"&Apply"}};
   for (const auto& [id, caption] : captions) {
     wchar_t text[64] = L"";
     GetWindowTextW(placed.Child(id), text, 64);

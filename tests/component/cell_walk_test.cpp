@@ -1,19 +1,9 @@
 // Walking the cells of a site's lines by keyboard, in the real windows.
-#include <gtest/gtest.h>
+#include <map>
+#include <utility>
 
-// clang-format off
-#include <windows.h>
-#include <commctrl.h>
-// clang-format on
-
-#include "rules/grid_columns.h"
-#include "tests/component/support/grid_text.h"
 #include "tests/component/support/held_key.h"
-#include "tests/component/support/ole_test.h"
-#include "tests/component/support/placed_control.h"
-#include "tests/support/site_files.h"
-#include "tools/site_folder/site_folder.h"
-#include "widgets/win32/control_ids.h"
+#include "tests/component/support/loaded_control.h"
 
 namespace rdv::test {
 namespace {
@@ -34,40 +24,13 @@ const std::map<std::wstring, std::vector<int>> kEditors = {
      {control_id::cmbPartition, control_id::cmbStartingNodeName, control_id::cmbVolume,
       control_id::cmbModeType, control_id::txtLabel}}};
 
-class CellWalk : public OleTest {
+class CellWalk : public LoadedControl {
  protected:
   void SetUp() override {
-    ASSERT_NO_FATAL_FAILURE(OleTest::SetUp());
-    files_ = std::make_unique<SiteFiles>("plain");
-    found_ = std::make_unique<SiteFolder>(files_->Folder().u16string());
-    placed_ = std::make_unique<PlacedControl>();
-    // All columns in sight.
-    placed_->container.place = {0, 0, 1300, 500};
-    ASSERT_EQ(placed_->Verb(OLEIVERB_UIACTIVATE), S_OK);
-    VARIANT_BOOL shown = VARIANT_FALSE;
-    ASSERT_EQ(placed_->As<LineConfigInterface>(kLineConfigInterfaceId)->ShowControl(1, &shown),
-              S_OK);
-    ASSERT_EQ(shown, VARIANT_TRUE);
-    SetFocus(Grid());
+    ASSERT_NO_FATAL_FAILURE(LoadedControl::SetUp());
+    ASSERT_NO_FATAL_FAILURE(PlaceAndLoad());
   }
-  void TearDown() override { placed_.reset(); }
 
-  HWND Grid() { return placed_->Child(control_id::LVRDVLineConfig); }
-  // Of the window with the focus; a list that can be typed into has it in its text part.
-  int Focus() {
-    const int id = GetDlgCtrlID(GetFocus());
-    return id > control_id::cmdApply ? GetDlgCtrlID(GetParent(GetFocus())) : id;
-  }
-  HRESULT Press(WPARAM key) {
-    MSG event = {};
-    event.hwnd = GetFocus();
-    event.message = WM_KEYDOWN;
-    event.wParam = key;
-    return placed_->As<IOleInPlaceActiveObject>(IID_IOleInPlaceActiveObject)
-        ->TranslateAccelerator(&event);
-  }
-  std::wstring Text(int row, int column) { return GridText(Grid(), row, column); }
-  int Rows() { return static_cast<int>(SendMessageW(Grid(), LVM_GETITEMCOUNT, 0, 0)); }
   int SelectedRow() {
     return static_cast<int>(
                SendMessageW(Grid(), LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED)) +
@@ -96,10 +59,6 @@ class CellWalk : public OleTest {
     }
     return cells;
   }
-
-  std::unique_ptr<SiteFiles> files_;
-  std::unique_ptr<SiteFolder> found_;
-  std::unique_ptr<PlacedControl> placed_;
 };
 
 TEST_F(CellWalk, TabOpensEveryCellInOrderAndEndsInTheGrid) {

@@ -3,7 +3,7 @@
 
 #include "tests/component/support/ole_test.h"
 #include "tests/component/support/placed_control.h"
-#include "widgets/win32/control_ids.h"
+#include "widgets/control_ids.h"
 
 namespace rdv::test {
 namespace {

@@ -11,7 +11,7 @@
 #include "tests/component/support/ole_test.h"
 #include "tests/component/support/placed_control.h"
 #include "tests/component/support/strict_host.h"
-#include "widgets/win32/control_ids.h"
+#include "widgets/control_ids.h"
 
 namespace rdv::test {
 namespace {

@@ -6,7 +6,7 @@
 #include "tests/component/support/listener.h"
 #include "tests/component/support/ole_test.h"
 #include "tests/component/support/placed_control.h"
-#include "widgets/win32/control_ids.h"
+#include "widgets/control_ids.h"
 
 namespace rdv::test {
 namespace {
@@ -141,30 +141,6 @@ TEST_F(Keyboard, MnemonicsAreUnderlined) {
   EXPECT_EQ(answered, underlined);
 }
 
-// A button of the system's newer controls asks itself for the text that it paints; its parent is
-// asked for the background meanwhile. Everybody else gets the text without the mark.
-TEST_F(Keyboard, MnemonicsAreMarkedOnlyInWhatIsPainted) {
-  if (!CanPaint()) GTEST_SKIP() << "nothing is painted here";
-  const HWND button = placed_->Child(control_id::cmdShowDefaults);
-  const auto text = [&] {
-    wchar_t answer[64] = L"";
-    EXPECT_EQ(GetWindowTextW(button, answer, 64), GetWindowTextLengthW(button));
-    return std::wstring(answer);
-  };
-  std::wstring painted;
-  Listener frame(GetParent(button));
-  frame.on_message = [&](UINT message) {
-    if (message == WM_CTLCOLORBTN) painted = text();
-  };
-  RedrawWindow(button, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
-  EXPECT_EQ(painted, L"&Restore Default");
-  EXPECT_EQ(text(), L"Restore Default");
-  wchar_t little[4] = L"";
-  EXPECT_EQ(SendMessageW(button, WM_GETTEXT, 4, reinterpret_cast<LPARAM>(little)), 3);
-  EXPECT_STREQ(little, L"Res");
-  EXPECT_EQ(SendMessageW(button, WM_GETTEXT, 0, reinterpret_cast<LPARAM>(little)), 0);
-}
-
 // Wine keeps no such state: what is said about it is heard here.
 TEST_F(Keyboard, CuesAreShownWhereTheContainerShowsThem) {
   Listener container(placed_->container.Window());
@@ -184,7 +160,7 @@ TEST_F(Keyboard, WalkingShowsWhereTheFocusIs) {
               testing::Contains(WPARAM{MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS)}));
 }
 
-// The widest captions do not fit their columns, whose widths are fixed: pointing at them shows all.
+// The widest texts do not fit their columns, whose widths are fixed: pointing at them shows all.
 TEST_F(Keyboard, TextsThatAreCutOffAreShownAsTips) {
   const HWND grid = placed_->Child(control_id::LVRDVLineConfig);
   EXPECT_NE(SendMessageW(grid, LVM_GETEXTENDEDLISTVIEWSTYLE, 0, 0) & LVS_EX_LABELTIP, 0);

@@ -72,13 +72,6 @@ TEST_F(ListView, GetsWhatTheWatcherDoesNotAnswer) {
   EXPECT_EQ(watcher_.seen.back(), static_cast<UINT>(LVM_GETBKCOLOR));
 }
 
-TEST_F(ListView, IsReachedPastTheWatcher) {
-  const ListViewHook hook(grid_, watcher_);
-  EXPECT_EQ(hook.Forward(LVM_GETITEMCOUNT, 0, 0), 0);
-  EXPECT_EQ(hook.Forward(kAnswered, 7, 0), 0);
-  EXPECT_TRUE(watcher_.seen.empty());
-}
-
 TEST_F(ListView, AMessageForAnotherWindowHasTheResultNothing) {
   const ListViewHook hook(grid_, watcher_);
   SendMessageW(other_, LVM_SETBKCOLOR, 0, RGB(1, 2, 3));

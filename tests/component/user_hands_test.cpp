@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/component/support/editor_stand_ins.h"
 #include "tests/component/support/held_key.h"
 #include "tests/component/support/loaded_control.h"
 
@@ -12,11 +13,40 @@ namespace {
 using testing::Contains;
 using testing::Not;
 
+BOOL CALLBACK AddTips(HWND window, LPARAM list) {
+  wchar_t name[32] = L"";
+  GetClassNameW(window, name, 32);
+  if (lstrcmpiW(name, TOOLTIPS_CLASSW) == 0) {
+    reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
+  }
+  return TRUE;
+}
+
+// Of the columns of a header, when the mouse is over it.
+std::vector<std::wstring> TipsOver(HWND header) {
+  SendMessageW(header, WM_MOUSEMOVE, 0, MAKELPARAM(2, 2));
+  std::vector<HWND> windows;
+  EnumThreadWindows(GetCurrentThreadId(), AddTips, reinterpret_cast<LPARAM>(&windows));
+  std::vector<std::wstring> tips;
+  for (const HWND window : windows) {
+    const LRESULT count = SendMessageW(window, TTM_GETTOOLCOUNT, 0, 0);
+    for (LRESULT index = 0; index < count; ++index) {
+      wchar_t text[128] = L"";
+      TTTOOLINFOW tool = {};
+      tool.cbSize = TTTOOLINFOW_V1_SIZE;
+      tool.lpszText = text;
+      SendMessageW(window, TTM_ENUMTOOLSW, static_cast<WPARAM>(index),
+                   reinterpret_cast<LPARAM>(&tool));
+      if (tool.hwnd == header) tips.emplace_back(text);
+    }
+  }
+  return tips;
+}
+
 class UserHands : public LoadedControl {
  protected:
   void SetUp() override {
     ASSERT_NO_FATAL_FAILURE(LoadedControl::SetUp());
-    if (IsSkipped()) return;
     ASSERT_NO_FATAL_FAILURE(PlaceAndLoad());
   }
 };
@@ -218,6 +248,16 @@ TEST_F(UserHands, HidingKeepsTheWindowAndShowingShowsIt) {
   EXPECT_EQ(placed_->Verb(OLEIVERB_SHOW), S_OK);
   EXPECT_EQ(placed_->Form(), form);
   EXPECT_TRUE(IsWindowVisible(form));
+}
+
+TEST_F(UserHands, CaptionsThatDoNotFitTheirColumnsAreShownAsTips) {
+  if (!CanPaint()) GTEST_SKIP() << "nothing is painted here";
+  const auto header = reinterpret_cast<HWND>(SendMessageW(Grid(), LVM_GETHEADER, 0, 0));
+  constexpr WPARAM kStartingNode = column::kStartingNode - 1;
+  SendMessageW(Grid(), LVM_SETCOLUMNWIDTH, kStartingNode, 20);
+  EXPECT_THAT(TipsOver(header), Contains(L"Starting Node"));
+  SendMessageW(Grid(), LVM_SETCOLUMNWIDTH, kStartingNode, 1000);
+  EXPECT_THAT(TipsOver(header), Not(Contains(L"Starting Node")));
 }
 
 }  // namespace

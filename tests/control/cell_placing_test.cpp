@@ -15,7 +15,6 @@ class CellPlacing : public ControlTest {
  protected:
   void SetUp() override {
     ControlTest::SetUp();
-    if (IsSkipped()) return;
     UseSite("plain");
     Create();
     ASSERT_TRUE(control().ShowControl(1));

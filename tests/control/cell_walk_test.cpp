@@ -18,7 +18,6 @@ class CellWalkTest : public ControlTest {
  protected:
   void SetUp() override {
     ControlTest::SetUp();
-    if (IsSkipped()) return;
     UseSite("plain");
     Create();
     ASSERT_TRUE(control().ShowControl(1));

@@ -13,7 +13,9 @@ using ::testing::IsEmpty;
 
 class FailingGrid : public memory::MemoryLineGrid {
  public:
-  FailingGrid() : MemoryLineGrid("grid", focus_, nullptr, LayOut(DesignSize()).grid) {}
+  FailingGrid()
+      : MemoryLineGrid("grid", focus_, nullptr,
+                       LayOut(DesignSize(kGridContent), kGridContent).grid) {}
   void AddColumn(TextView, Twips) override { Raise(LanguageError::InvalidPropertyValue); }
 
  private:
@@ -22,7 +24,7 @@ class FailingGrid : public memory::MemoryLineGrid {
 
 class FailingList : public memory::MemoryComboBox {
  public:
-  FailingList() : MemoryComboBox("list", focus_, nullptr, memory::TextEntry::Typed) {}
+  FailingList() : MemoryComboBox("list", focus_, nullptr, TextEntry::Typed) {}
   void AddItem(TextView, int32_t) override { Raise(LanguageError::InvalidPropertyValue); }
 
  private:

@@ -24,7 +24,6 @@ class GridWindow : public ControlTest {
  protected:
   void SetUp() override {
     ControlTest::SetUp();
-    if (IsSkipped()) return;
     if (!MakesDropDownLists()) GTEST_SKIP() << kNoDropDownLists;
     UseSite("plain");
     Create();

@@ -348,7 +348,8 @@ TEST_F(Lifecycle, AControlDestroyedByTheFirstOfTwoRemoveMeRaisesNoSecond) {
 
 TEST_F(Lifecycle, TheHostMayDestroyTheFormWithTheControlInRemoveMe) {
   UseSite("plain");
-  auto widgets = std::make_unique<memory::MemoryForm>();  // those that a handler may destroy
+  auto widgets =
+      std::make_unique<memory::MemoryForm>(kGridContent);  // those that a handler may destroy
   auto control = std::make_unique<ucRDVLineConfig>(widgets->Widgets());
   ASSERT_TRUE(control->ShowControl(1));
   int removed = 0;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "runtime/json_text.h"
+
 namespace rdv {
 namespace {
 
@@ -33,6 +35,17 @@ TEST(Text, UpperCasePairsLatinExtendedGreekAndCyrillic) {
 TEST(Text, TrimTakesBlanksOffBothEndsOnly) {
   EXPECT_EQ(Trim(u"  a b  "), u"a b");
   EXPECT_EQ(Trim(u"   "), u"");
+}
+
+TEST(JsonText, IsEscapedWhereJsonDemandsItAndWhereUtf8CannotExpressIt) {
+  EXPECT_EQ(JsonText(u"Lobby 2"), R"("Lobby 2")");
+  EXPECT_EQ(JsonText(u""), R"("")");
+  EXPECT_EQ(JsonText(u"say \"x\" \\ /"), R"("say \"x\" \\ /")");
+  EXPECT_EQ(JsonText(u"\b\f\n\r\t\u0001\u001f"), R"("\b\f\n\r\t\u0001\u001f")");
+  EXPECT_EQ(JsonText(u"Z\u00fcrich \u20ac \x7f"), "\"Z\xC3\xBCrich \xE2\x82\xAC \x7F\"");
+  EXPECT_EQ(JsonText(u"\U0001F514"), "\"\xF0\x9F\x94\x94\"");
+  const char16_t halves[] = {u'a', 0xD83D, u'b', 0xDD14, 0xD83D};
+  EXPECT_EQ(JsonText(TextView(halves, 5)), R"("a\ud83db\udd14\ud83d")");
 }
 
 }  // namespace

@@ -51,27 +51,24 @@ struct Replacements {
 };
 
 inline Form Replace(const Form& form, const Replacements& with) {
-  return {with.fraConfiguration ? *with.fraConfiguration : form.fraConfiguration,
-          with.LVRDVLineConfig ? *with.LVRDVLineConfig : form.LVRDVLineConfig,
-          form.cmbPartition,
-          form.cmbStartingNodeName,
-          form.cmbStartingNodeNumber,
-          form.cmbVolume,
-          form.cmbModeType,
-          form.cmbModeNumber,
-          form.cmbNISOption,
-          form.txtEWTOption,
-          form.cmbLineType,
-          form.cmbImpedance,
-          form.cmbSoftStop,
-          with.txtLabel ? *with.txtLabel : form.txtLabel,
-          form.fraDefault,
-          with.cmbRDVType ? *with.cmbRDVType : form.cmbRDVType,
-          form.cmdShowDefaults,
-          form.cmdOK,
-          form.cmdCancel,
-          form.cmdApply,
-          with.screen ? *with.screen : form.screen};
+  const auto chosen = [&]<class Widget>(Widget& widget) -> Widget& {
+    Widget* other = nullptr;
+    if constexpr (std::is_same_v<Widget, Frame>) {
+      if (&widget == &form.fraConfiguration) other = with.fraConfiguration;
+    } else if constexpr (std::is_same_v<Widget, LineGrid>) {
+      other = with.LVRDVLineConfig;
+    } else if constexpr (std::is_same_v<Widget, TextBox>) {
+      if (&widget == &form.txtLabel) other = with.txtLabel;
+    } else if constexpr (std::is_same_v<Widget, ComboBox>) {
+      if (&widget == &form.cmbRDVType) other = with.cmbRDVType;
+    }
+    return other ? *other : widget;
+  };
+  return std::apply(
+      [&](auto&... each) {
+        return Form{{chosen(each)...}, with.screen ? *with.screen : form.screen};
+      },
+      Tie(form));
 }
 
 class ControlTest : public SiteTest {

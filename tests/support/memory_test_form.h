@@ -1,6 +1,7 @@
 // A form without windows and the user at it.
 #pragma once
 
+#include "rules/grid_columns.h"
 #include "tests/support/test_form.h"
 #include "widgets/memory/memory_form.h"
 
@@ -62,7 +63,7 @@ class MemoryTestForm : public TestForm {
     return dynamic_cast<memory::MemoryTextBox*>(&editor);
   }
 
-  memory::MemoryForm form_;
+  memory::MemoryForm form_{kGridContent};
 };
 
 }  // namespace rdv::test

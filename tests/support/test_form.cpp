@@ -98,7 +98,7 @@ class WindowTestForm : public TestForm {
   play::HostWindow host_;
   play::MessageWatch watch_;
   const std::shared_ptr<void> alive_ = std::make_shared<int>();
-  win32::FormWindow form_{GetModuleHandleW(nullptr), host_.Handle()};
+  win32::FormWindow form_{GetModuleHandleW(nullptr), host_.Handle(), kGridContent};
   const play::ControlWindows windows_{host_.Handle()};
 };
 

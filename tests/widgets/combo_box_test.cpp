@@ -7,6 +7,8 @@
 namespace rdv::memory {
 namespace {
 
+constexpr GridContent kContent = {13000, 11};
+
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -34,7 +36,7 @@ class ComboBoxTest : public ::testing::Test {
     return 0;
   }
 
-  MemoryForm form;
+  MemoryForm form{kContent};
   MemoryComboBox& fixed = form.cmbVolume;
   MemoryComboBox& typed = form.cmbModeNumber;
   std::vector<std::string> events;

@@ -1,10 +1,16 @@
 // The form as a whole: focus, buttons, message boxes, layout.
 #include <gmock/gmock.h>
 
+#include <new>
+#include <set>
+
+#include "runtime/error.h"
 #include "widgets/memory/memory_form.h"
 
 namespace rdv::memory {
 namespace {
+
+constexpr GridContent kContent = {13000, 11};
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
@@ -17,7 +23,7 @@ class FormTest : public ::testing::Test {
     grid.AddRow(u"a1", u"6");
   }
 
-  MemoryForm form;
+  MemoryForm form{kContent};
   MemoryLineGrid& grid = form.LVRDVLineConfig;
 };
 
@@ -99,10 +105,24 @@ TEST_F(FormTest, APressOnAButtonRunsItsHandlerWithTheFocusOnIt) {
 }
 
 TEST_F(FormTest, TheHandlerOfAButtonMayDestroyTheForm) {
-  auto doomed = std::make_unique<MemoryForm>();
+  auto doomed = std::make_unique<MemoryForm>(kContent);
   doomed->cmdOK.on_click = [&doomed] { doomed.reset(); };
   EXPECT_EQ(doomed->cmdOK.UserPress(), std::nullopt);
   EXPECT_EQ(doomed, nullptr);
+}
+
+TEST_F(FormTest, WhateverAHandlerThrowsEndsThereAndWhoRaisedItsEventGoesOn) {
+  bool went_on = false;
+  form.cmbRDVType.AddItem(u"One", 1);
+  form.cmbRDVType.on_click = [] { throw std::bad_alloc(); };
+  form.cmdOK.on_click = [&] {
+    form.cmbRDVType.SetListIndex(0);
+    went_on = true;
+    Raise(LanguageError::TypeMismatch);
+  };
+  EXPECT_EQ(form.cmdOK.UserPress(), std::nullopt);
+  EXPECT_TRUE(went_on);
+  EXPECT_EQ(form.cmbRDVType.ListIndex(), 0);
 }
 
 TEST_F(FormTest, MessageBoxesTakeTheAnswersInTheirOrder) {
@@ -130,35 +150,62 @@ TEST_F(FormTest, MessageBoxesAreKeptUntilTheyAreTaken) {
   EXPECT_THAT(form.screen.Messages(), IsEmpty());
 }
 
-// The eleven visible columns of the grid, and ten rows.
-TEST_F(FormTest, TheDesignSizeShowsAllColumnsAndTenRows) {
-  EXPECT_GE(grid.Width(), 500 + 1300 + 1200 + 1500 + 800 + 1500 + 1100 + 1100 + 1200 + 1000 + 1800);
-  EXPECT_GE(grid.Height(), kGridHeaderHeight + 10 * kGridRowHeight);
+TEST_F(FormTest, TheDesignSizeShowsTheContentAndScrollBars) {
+  EXPECT_EQ(grid.Width(), kContent.width + 320);
+  EXPECT_EQ(grid.Height(), kGridHeaderHeight + kContent.rows * kGridRowHeight + 285);
+  const MemoryForm higher({kContent.width, kContent.rows + 2});
+  EXPECT_EQ(higher.LVRDVLineConfig.Height(), grid.Height() + 2 * kGridRowHeight);
+}
+
+TEST_F(FormTest, ANarrowerFormIsCutOff) {
+  const MemoryForm narrow(kContent, {100, DesignSize(kContent).height});
+  EXPECT_EQ(narrow.LVRDVLineConfig.Width(), grid.Width());
+}
+
+TEST(FormTable, NamesEveryWidgetOnceAndGivesItAWindowOfItsOwn) {
+  std::set<std::string_view> names;
+  std::set<int> ids;
+  for (const WidgetEntry& entry : kFormTable) {
+    names.insert(entry.name);
+    ids.insert(entry.id);
+  }
+  EXPECT_EQ(names.size(), kFormTable.size());
+  EXPECT_EQ(ids.size(), kFormTable.size());
+}
+
+TEST_F(FormTest, TheTableNamesEachWidgetByItsMember) {
+  ForEachWidget(form, [](const auto& widget, const WidgetEntry& entry) {
+    EXPECT_EQ(widget.Name(), entry.name);
+  });
+  EXPECT_EQ(form.cmbPartition.Name(), "cmbPartition");
+  EXPECT_EQ(form.txtLabel.Name(), "txtLabel");
+  EXPECT_EQ(form.cmbRDVType.Name(), "cmbRDVType");
+  EXPECT_EQ(form.cmdApply.Name(), "cmdApply");
 }
 
 TEST_F(FormTest, ALargerFormHasALargerGrid) {
-  Size size = DesignSize();
+  Size size = DesignSize(kContent);
   size.width += 1000;
   size.height += 500;
-  const MemoryForm large(size);
+  const MemoryForm large(kContent, size);
   EXPECT_EQ(large.LVRDVLineConfig.Width(), grid.Width() + 1000);
   EXPECT_EQ(large.LVRDVLineConfig.Height(), grid.Height() + 500);
 }
 
 // A host may have given the control less room than it wants.
 TEST_F(FormTest, InALowerFormTheGridIsLowerAndNothingIsCutOff) {
-  Size low = DesignSize();
+  Size low = DesignSize(kContent);
   low.height -= 1320;
-  const FormLayout layout = LayOut(low);
-  EXPECT_EQ(layout.grid.height, LayOut(DesignSize()).grid.height - 1320);
+  const FormLayout layout = LayOut(low, kContent);
+  EXPECT_EQ(layout.grid.height, LayOut(DesignSize(kContent), kContent).grid.height - 1320);
   EXPECT_LT(layout.fraConfiguration.top + layout.fraConfiguration.height, layout.fraDefault.top);
   EXPECT_LT(layout.fraDefault.top + layout.fraDefault.height, layout.cmdOK.top);
   EXPECT_LT(layout.cmdOK.top + layout.cmdOK.height, low.height);
 }
 
 TEST_F(FormTest, TheGridOfTheLowestFormHasThreeRows) {
-  EXPECT_GE(LayOut({0, 0}).grid.height, kGridHeaderHeight + 3 * kGridRowHeight);
-  EXPECT_LT(LayOut({0, 0}).grid.height, kGridHeaderHeight + 4 * kGridRowHeight);
+  EXPECT_GE(LayOut({0, 0}, kContent).grid.height, kGridHeaderHeight + 3 * kGridRowHeight);
+  EXPECT_LT(LayOut({0, 0}, kContent).grid.height, kGridHeaderHeight + 4 * kGridRowHeight);
 }
 
 }  // namespace

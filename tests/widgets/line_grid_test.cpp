@@ -7,6 +7,8 @@
 namespace rdv::memory {
 namespace {
 
+constexpr GridContent kContent = {13000, 11};
+
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -57,7 +59,7 @@ class LineGridTest : public ::testing::Test {
     return 0;
   }
 
-  MemoryForm form;
+  MemoryForm form{kContent};
   MemoryLineGrid& grid = form.LVRDVLineConfig;
   std::vector<std::string> events;
 };

@@ -6,6 +6,8 @@
 namespace rdv::memory {
 namespace {
 
+constexpr GridContent kContent = {13000, 11};
+
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -16,7 +18,7 @@ class TextBoxTest : public ::testing::Test {
     box.on_change = [this] { changes.push_back(ToUtf8(box.Text())); };
   }
 
-  MemoryForm form;
+  MemoryForm form{kContent};
   MemoryTextBox& box = form.txtLabel;
   std::vector<std::string> changes;
 };

@@ -46,7 +46,7 @@ class UnitReader {
   Text TakeFailure();
 
   SiteSession& session_;
-  memory::MemoryForm form_;
+  memory::MemoryForm form_{kGridContent};
   const Form widgets_;
   ControlState state_;
   ListLoaders loaders_;

@@ -69,7 +69,7 @@ NameAndNumber Split(const Pair& pair, const Text& value) {
 
 }  // namespace
 
-UnitEditor::UnitEditor() : form_(kRoom), control_(form_.Widgets()) {}
+UnitEditor::UnitEditor() : form_(kGridContent, kRoom), control_(form_.Widgets()) {}
 
 void UnitEditor::Show(int16_t config) {
   const bool shown = control_.ShowControl(config);

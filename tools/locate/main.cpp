@@ -14,7 +14,7 @@
 #include <optional>
 
 #include "tools/locate/other_program.h"
-#include "widgets/win32/control_ids.h"
+#include "widgets/control_ids.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <cwchar>
 #include <iterator>
 
-#include "widgets/win32/control_ids.h"
+#include "widgets/control_ids.h"
 
 namespace rdv {
 namespace {

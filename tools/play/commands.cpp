@@ -17,23 +17,6 @@ enum class Needs { Nothing, NoControl, Control };
 constexpr size_t kAnyNumber = std::numeric_limits<size_t>::max();
 constexpr int kAnyRow = std::numeric_limits<int>::max();
 
-bool IsTextBox(std::string_view editor) {
-  return std::find(kTextBoxes.begin(), kTextBoxes.end(), editor) != kTextBoxes.end();
-}
-
-// The in-place editors and the unit-type list.
-std::vector<std::string_view> AllEditors() {
-  std::vector<std::string_view> names(kEditors.begin(), kEditors.end());
-  names.push_back(kUnitTypeList);
-  return names;
-}
-
-std::vector<std::string_view> AllLists() {
-  std::vector<std::string_view> names = AllEditors();
-  std::erase_if(names, IsTextBox);
-  return names;
-}
-
 }  // namespace
 
 struct Commands::Rule {
@@ -104,7 +87,8 @@ std::string Commands::Help() {
             std::string(rule.arguments) + "\n    " + std::string(rule.does) + "\n";
   }
   help += "\nEDITOR is one of";
-  for (const std::string_view editor : AllEditors()) help += " " + std::string(editor);
+  for (const std::string_view editor : NamesOf(&WidgetEntry::IsEditor))
+    help += " " + std::string(editor);
   return help + ".\n";
 }
 
@@ -187,21 +171,21 @@ void Commands::Scroll(const Arguments& given) {
 }
 
 void Commands::Pick(const Arguments& given) {
-  const std::string_view editor = given.AsOneOf(0, AllEditors());
-  if (IsTextBox(editor)) return answers_.Refused(refusal::kNoSuchEntry);
+  const std::string_view editor = given.AsOneOf(0, NamesOf(&WidgetEntry::IsEditor));
+  if (!EntryOf(editor).IsList()) return answers_.Refused(refusal::kNoSuchEntry);
   Answer(driver_.Pick(editor, given.AsEntryOf(1, driver_.ListState(editor))));
 }
 
 void Commands::Type(const Arguments& given) {
-  Answer(driver_.Type(given.AsOneOf(0, AllEditors()), given.AsText(1)));
+  Answer(driver_.Type(given.AsOneOf(0, NamesOf(&WidgetEntry::IsEditor)), given.AsText(1)));
 }
 
 void Commands::Paste(const Arguments& given) {
-  Answer(driver_.Paste(given.AsOneOf(0, AllEditors()), given.AsText(1)));
+  Answer(driver_.Paste(given.AsOneOf(0, NamesOf(&WidgetEntry::IsEditor)), given.AsText(1)));
 }
 
 void Commands::Press(const Arguments& given) {
-  Answer(driver_.Press(given.AsOneOf(0, kButtons)));
+  Answer(driver_.Press(given.AsOneOf(0, NamesOf(&WidgetEntry::IsButton))));
 }
 
 void Commands::QueueAnswer(const Arguments& given) {
@@ -250,7 +234,7 @@ void Commands::DumpRows() {
 
 void Commands::DumpEditors() {
   Answers::Named<EditorSeen> editors;
-  for (const std::string_view name : kEditors) {
+  for (const std::string_view name : NamesOf(&WidgetEntry::IsInPlace)) {
     editors.emplace_back(name, driver_.EditorState(name));
   }
   answers_.Editors(editors);
@@ -258,7 +242,9 @@ void Commands::DumpEditors() {
 
 void Commands::DumpLists() {
   Answers::Named<ListSeen> lists;
-  for (const std::string_view name : AllLists()) lists.emplace_back(name, driver_.ListState(name));
+  for (const std::string_view name : NamesOf(&WidgetEntry::IsList)) {
+    lists.emplace_back(name, driver_.ListState(name));
+  }
   answers_.Lists(lists);
 }
 

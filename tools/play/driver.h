@@ -8,20 +8,14 @@
 #include <vector>
 
 #include "tools/play/snapshot.h"
+#include "widgets/form_table.h"
 #include "widgets/refusal.h"
-#include "widgets/widget.h"
 
 namespace rdv::play {
 
-// The names of widgets that scripts know.
-inline constexpr std::array<std::string_view, 12> kEditors = {
-    "cmbPartition", "cmbStartingNodeName", "cmbStartingNodeNumber", "cmbVolume",
-    "cmbModeType",  "cmbModeNumber",       "cmbNISOption",          "txtEWTOption",
-    "cmbLineType",  "cmbImpedance",        "cmbSoftStop",           "txtLabel"};
-inline constexpr std::array<std::string_view, 2> kTextBoxes = {"txtEWTOption", "txtLabel"};
+// The names of widgets that scripts know, in the order of the form's table.
+std::vector<std::string_view> NamesOf(bool (WidgetEntry::*belongs)() const);
 inline constexpr std::string_view kUnitTypeList = "cmbRDVType";
-inline constexpr std::array<std::string_view, 4> kButtons = {"cmdApply", "cmdOK", "cmdCancel",
-                                                             "cmdShowDefaults"};
 
 // The answers to message boxes, as scripts and their answers call them.
 inline constexpr std::array<std::string_view, 4> kAnswerNames = {"ok", "yes", "no", "cancel"};

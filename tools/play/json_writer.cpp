@@ -6,63 +6,10 @@
 #include <type_traits>
 #include <variant>
 
+#include "runtime/json_text.h"
+
 namespace rdv::play {
 namespace {
-
-bool IsHighSurrogate(char16_t unit) {
-  return unit >= 0xD800 && unit < 0xDC00;
-}
-
-bool IsLowSurrogate(char16_t unit) {
-  return unit >= 0xDC00 && unit < 0xE000;
-}
-
-std::string UnicodeEscape(char16_t unit) {
-  constexpr std::string_view kDigits = "0123456789abcdef";
-  std::string escape = "\\u";
-  for (int shift = 12; shift >= 0; shift -= 4) {
-    escape += kDigits[static_cast<size_t>((unit >> shift) & 0xF)];
-  }
-  return escape;
-}
-
-std::string EscapedControl(char16_t unit) {
-  switch (unit) {
-    case u'\b':
-      return "\\b";
-    case u'\f':
-      return "\\f";
-    case u'\n':
-      return "\\n";
-    case u'\r':
-      return "\\r";
-    case u'\t':
-      return "\\t";
-    default:
-      return UnicodeEscape(unit);
-  }
-}
-
-std::string Escaped(TextView text) {
-  std::string escaped;
-  for (size_t at = 0; at < text.size(); ++at) {
-    const char16_t unit = text[at];
-    if (unit == u'"' || unit == u'\\') {
-      escaped += '\\';
-      escaped += static_cast<char>(unit);
-    } else if (unit < 0x20) {
-      escaped += EscapedControl(unit);
-    } else if (IsHighSurrogate(unit) && at + 1 < text.size() && IsLowSurrogate(text[at + 1])) {
-      escaped += ToUtf8(text.substr(at, 2));
-      ++at;
-    } else if (IsHighSurrogate(unit) || IsLowSurrogate(unit)) {
-      escaped += UnicodeEscape(unit);
-    } else {
-      escaped += ToUtf8(text.substr(at, 1));
-    }
-  }
-  return escaped;
-}
 
 // The shortest form that reads back as the same number.
 std::string Shortest(double number) {
@@ -84,7 +31,7 @@ JsonWriter& JsonWriter::Rounded(double value) {
 }
 
 JsonWriter& JsonWriter::String(TextView value) {
-  return Literal('"' + Escaped(value) + '"');
+  return Literal(JsonText(value));
 }
 
 JsonWriter& JsonWriter::String(std::string_view ascii) {

@@ -10,8 +10,7 @@
 
 namespace rdv::play {
 
-// Strings are escaped where JSON demands it and nowhere else; a surrogate that is no half of a
-// pair, which UTF-8 cannot express, is escaped too.
+// Strings are written by JsonText.
 class JsonWriter {
  public:
   JsonWriter& BeginObject() { return Open('{'); }

@@ -48,8 +48,6 @@ class MemoryTextBox : public MemoryEditor<TextBox> {
   Refusal UserPaste(TextView text);
 };
 
-enum class TextEntry { FromListOnly, Typed };
-
 class MemoryComboBox : public MemoryEditor<ComboBox> {
  public:
   MemoryComboBox(std::string name, Focus& focus, const Widget* frame, TextEntry entry)

@@ -1,55 +1,41 @@
 #include "widgets/memory/memory_form.h"
 
 namespace rdv::memory {
+namespace {
 
-MemoryForm::MemoryForm(Size size)
-    : fraConfiguration("fraConfiguration", focus_, nullptr),
-      LVRDVLineConfig("LVRDVLineConfig", focus_, &fraConfiguration, LayOut(size).grid),
-      cmbPartition("cmbPartition", focus_, &fraConfiguration, TextEntry::FromListOnly),
-      cmbStartingNodeName("cmbStartingNodeName", focus_, &fraConfiguration,
-                          TextEntry::FromListOnly),
-      cmbStartingNodeNumber("cmbStartingNodeNumber", focus_, &fraConfiguration, TextEntry::Typed),
-      cmbVolume("cmbVolume", focus_, &fraConfiguration, TextEntry::FromListOnly),
-      cmbModeType("cmbModeType", focus_, &fraConfiguration, TextEntry::FromListOnly),
-      cmbModeNumber("cmbModeNumber", focus_, &fraConfiguration, TextEntry::Typed),
-      cmbNISOption("cmbNISOption", focus_, &fraConfiguration, TextEntry::FromListOnly),
-      txtEWTOption("txtEWTOption", focus_, &fraConfiguration),
-      cmbLineType("cmbLineType", focus_, &fraConfiguration, TextEntry::FromListOnly),
-      cmbImpedance("cmbImpedance", focus_, &fraConfiguration, TextEntry::FromListOnly),
-      cmbSoftStop("cmbSoftStop", focus_, &fraConfiguration, TextEntry::FromListOnly),
-      txtLabel("txtLabel", focus_, &fraConfiguration),
-      fraDefault("fraDefault", focus_, nullptr),
-      cmbRDVType("cmbRDVType", focus_, &fraDefault, TextEntry::Typed),
-      cmdShowDefaults("cmdShowDefaults", focus_, &fraDefault),
-      cmdOK("cmdOK", focus_, nullptr),
-      cmdCancel("cmdCancel", focus_, nullptr),
-      cmdApply("cmdApply", focus_, nullptr) {
-  for (Editor* editor : Widgets().Editors()) editor->SetVisible(false);
-  cmdApply.SetEnabled(false);
+// The widget of the table's i-th entry. Those before it are made already.
+template <size_t i>
+auto Make(const FormWidgets<MemoryParts>& widgets, Focus& focus, const Rectangle& grid) {
+  constexpr const WidgetEntry& entry = kFormTable[i];
+  const Widget* frame = entry.within == Within::Configuration ? &widgets.fraConfiguration
+                        : entry.within == Within::Defaults    ? &widgets.fraDefault
+                                                              : nullptr;
+  std::string name(entry.name);
+  if constexpr (entry.kind == WidgetKind::Frame) {
+    return MemoryFrame(std::move(name), focus, frame);
+  } else if constexpr (entry.kind == WidgetKind::Grid) {
+    return MemoryLineGrid(std::move(name), focus, frame, grid);
+  } else if constexpr (entry.kind == WidgetKind::TextBox) {
+    return MemoryTextBox(std::move(name), focus, frame);
+  } else if constexpr (entry.kind == WidgetKind::Button) {
+    return MemoryButton(std::move(name), focus, frame);
+  } else {
+    return MemoryComboBox(std::move(name), focus, frame, entry.Typing());
+  }
 }
 
-Form MemoryForm::Widgets() {
-  return {fraConfiguration,
-          LVRDVLineConfig,
-          cmbPartition,
-          cmbStartingNodeName,
-          cmbStartingNodeNumber,
-          cmbVolume,
-          cmbModeType,
-          cmbModeNumber,
-          cmbNISOption,
-          txtEWTOption,
-          cmbLineType,
-          cmbImpedance,
-          cmbSoftStop,
-          txtLabel,
-          fraDefault,
-          cmbRDVType,
-          cmdShowDefaults,
-          cmdOK,
-          cmdCancel,
-          cmdApply,
-          screen};
+}  // namespace
+
+MemoryForm::MemoryForm(const GridContent& content) : MemoryForm(content, DesignSize(content)) {}
+
+MemoryForm::MemoryForm(const GridContent& content, Size size)
+    : MemoryForm(LayOut(size, content).grid, std::make_index_sequence<kFormTable.size()>()) {}
+
+template <size_t... i>
+MemoryForm::MemoryForm(const Rectangle& grid, std::index_sequence<i...>)
+    : FocusOfForm(), FormWidgets<MemoryParts>{Make<i>(*this, focus, grid)...} {
+  for (Editor* editor : Widgets().Editors()) editor->SetVisible(false);
+  cmdApply.SetEnabled(false);
 }
 
 }  // namespace rdv::memory

@@ -1,6 +1,8 @@
 // A whole form without windows: for tests and for playing scenarios.
 #pragma once
 
+#include <utility>
+
 #include "widgets/form.h"
 #include "widgets/layout.h"
 #include "widgets/memory/memory_editors.h"
@@ -9,41 +11,35 @@
 
 namespace rdv::memory {
 
+struct MemoryParts {
+  using Frame = MemoryFrame;
+  using Grid = MemoryLineGrid;
+  using List = MemoryComboBox;
+  using TextBox = MemoryTextBox;
+  using Button = MemoryButton;
+};
+
+struct FocusOfForm {
+  Focus focus{"LVRDVLineConfig"};
+};
+
 // Owns the widgets. They stand as before the control is loaded.
-class MemoryForm {
+class MemoryForm : private FocusOfForm, public FormWidgets<MemoryParts> {
  public:
-  explicit MemoryForm(Size size = DesignSize());
+  // Of the design size.
+  explicit MemoryForm(const GridContent& content);
+  MemoryForm(const GridContent& content, Size size);
 
   // Lives as long as this object.
-  Form Widgets();
+  Form Widgets() { return FormOf(*this, screen); }
 
-  const std::optional<std::string>& FocusedWidget() const { return focus_.Holder(); }
+  const std::optional<std::string>& FocusedWidget() const { return focus.Holder(); }
+
+  MemoryScreen screen;
 
  private:
-  Focus focus_{"LVRDVLineConfig"};
-
- public:
-  MemoryFrame fraConfiguration;
-  MemoryLineGrid LVRDVLineConfig;
-  MemoryComboBox cmbPartition;
-  MemoryComboBox cmbStartingNodeName;
-  MemoryComboBox cmbStartingNodeNumber;
-  MemoryComboBox cmbVolume;
-  MemoryComboBox cmbModeType;
-  MemoryComboBox cmbModeNumber;
-  MemoryComboBox cmbNISOption;
-  MemoryTextBox txtEWTOption;
-  MemoryComboBox cmbLineType;
-  MemoryComboBox cmbImpedance;
-  MemoryComboBox cmbSoftStop;
-  MemoryTextBox txtLabel;
-  MemoryFrame fraDefault;
-  MemoryComboBox cmbRDVType;
-  MemoryButton cmdShowDefaults;
-  MemoryButton cmdOK;
-  MemoryButton cmdCancel;
-  MemoryButton cmdApply;
-  MemoryScreen screen;
+  template <size_t... i>
+  MemoryForm(const Rectangle& grid, std::index_sequence<i...>);
 };
 
 }  // namespace rdv::memory

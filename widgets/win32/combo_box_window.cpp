@@ -55,7 +55,7 @@ std::optional<LRESULT> ComboBoxWindow::BeforeList(UINT message, WPARAM wparam, L
       if (!to_a_side || entry_ == TextEntry::Typed || DroppedDown()) return std::nullopt;
       // It may hide the list, and end the form.
       const auto hold = HoldForm(Handle());
-      if (on_step) on_step(wparam == VK_LEFT);
+      Notify(on_step, wparam == VK_LEFT);
       return 0;
     }
     case WM_PAINT:
@@ -132,7 +132,7 @@ void ComboBoxWindow::SetText(TextView text) {
   SetWindowTextW(Handle(), Wide(known_text_));
   setting_ = false;
   SetCaret(0);
-  if (on_change) on_change();
+  Notify(on_change);
 }
 
 size_t ComboBoxWindow::Caret() const {
@@ -193,7 +193,7 @@ void ComboBoxWindow::SetListIndex(int index) {
   known_text_ = Text();
   // The platform highlights what it writes into the text part.
   if (entry_ == TextEntry::Typed) SetCaret(0);
-  if (index >= 0 && on_click) on_click();
+  if (index >= 0) Notify(on_click);
 }
 
 void ComboBoxWindow::SetDropDownWidth(int pixels) {
@@ -303,7 +303,7 @@ void ComboBoxWindow::OnPicked() {
   if (index < 0) return;
   list_index_ = index;
   known_text_ = Text();
-  if (on_click) on_click();
+  Notify(on_click);
 }
 
 void ComboBoxWindow::OnTyped() {
@@ -320,7 +320,7 @@ void ComboBoxWindow::OnTyped() {
   if (GetComboBoxInfo(Handle(), &parts)) {
     SendMessageW(parts.hwndList, LB_SETCURSEL, static_cast<WPARAM>(list_index_), 0);
   }
-  if (changes && on_change) on_change();
+  if (changes) Notify(on_change);
 }
 
 }  // namespace rdv::win32

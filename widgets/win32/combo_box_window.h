@@ -8,8 +8,6 @@
 
 namespace rdv::win32 {
 
-enum class TextEntry { FromListOnly, Typed };
-
 // The selected entry is kept here beside the platform's: the platform forgets or guesses it while
 // text is typed, and tells of user picks in more than one message.
 class ComboBoxWindow : public EditorWindow<ComboBox> {
@@ -39,6 +37,7 @@ class ComboBoxWindow : public EditorWindow<ComboBox> {
   void SetFocus() override;
 
   void OnCommand(WORD code) override;
+  FocusCodes CodesOfFocus() const override { return {CBN_SETFOCUS, CBN_KILLFOCUS}; }
 
   // Left or Right in a closed list whose text is not typed: they choose nothing.
   std::function<void(bool backward)> on_step;

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "widgets/win32/platform.h"
+#include "widgets/win32/window_widget.h"
 
 namespace rdv::win32 {
 
@@ -19,8 +20,8 @@ std::shared_ptr<void> HoldForm(HWND window);
 // The form's window that `window` is or lies in; null where there is none.
 HWND FormAround(HWND window);
 
-// Lets the form know when `message` tells that a child gained or lost the focus.
-void ReflectFocus(HWND form, UINT message, WPARAM wparam, LPARAM lparam);
+// Lets the form know when a child tells that it has gained or lost the focus.
+void ReflectFocus(HWND form, const Notification& notification);
 
 // Lets the form around `window` know of a press there: no focus changes where it was already.
 void ReflectPress(HWND window);

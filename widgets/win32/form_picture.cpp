@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "widgets/layout.h"
-#include "widgets/win32/form_captions.h"
+#include "widgets/win32/wide.h"
 
 namespace rdv::win32 {
 namespace {
@@ -97,35 +97,40 @@ class Picture {
   Font font_;
 };
 
-Rectangle Within(const Rectangle& outer, const Rectangle& inner) {
+const wchar_t* Caption(std::string_view widget) {
+  return WideLiteral(EntryOf(widget).text);
+}
+
+Rectangle Inside(const Rectangle& outer, const Rectangle& inner) {
   return {outer.left + inner.left, outer.top + inner.top, inner.width, inner.height};
 }
 
 }  // namespace
 
-void DrawForm(HDC context, const RECT& area, SIZEL extent, const Appearance& appearance) {
+void DrawForm(HDC context, const RECT& area, SIZEL extent, const Appearance& appearance,
+              const GridContent& content) {
   const Size size = {std::max(1.0, static_cast<double>(extent.cx) * kTwipsPerHimetric),
                      std::max(1.0, static_cast<double>(extent.cy) * kTwipsPerHimetric)};
-  const FormLayout layout = LayOut(size);
+  const FormLayout layout = LayOut(size, content);
   const COLORREF background = Now(appearance.background, COLOR_BTNFACE);
   Picture picture(context, area, size, appearance);
   picture.Fill({0, 0, size.width, size.height}, background);
 
-  picture.Frame(layout.fraConfiguration, caption::kConfigurationFrame, background);
-  const Rectangle grid = Within(layout.fraConfiguration, layout.grid);
+  picture.Frame(layout.fraConfiguration, Caption("fraConfiguration"), background);
+  const Rectangle grid = Inside(layout.fraConfiguration, layout.grid);
   picture.Fill(grid, GetSysColor(COLOR_WINDOW));
   picture.Fill({grid.left, grid.top, grid.width, kGridHeaderHeight}, GetSysColor(COLOR_BTNFACE));
   picture.Outline(grid);
 
-  picture.Frame(layout.fraDefault, caption::kDefaultsFrame, background);
-  const Rectangle unit_type = Within(layout.fraDefault, layout.cmbRDVType);
+  picture.Frame(layout.fraDefault, Caption("fraDefault"), background);
+  const Rectangle unit_type = Inside(layout.fraDefault, layout.cmbRDVType);
   picture.Fill(unit_type, GetSysColor(COLOR_WINDOW));
   picture.Outline(unit_type);
-  picture.Button(Within(layout.fraDefault, layout.cmdShowDefaults), caption::kRestore);
+  picture.Button(Inside(layout.fraDefault, layout.cmdShowDefaults), Caption("cmdShowDefaults"));
 
-  picture.Button(layout.cmdOK, caption::kOk);
-  picture.Button(layout.cmdCancel, caption::kCancel);
-  picture.Button(layout.cmdApply, caption::kApply);
+  picture.Button(layout.cmdOK, Caption("cmdOK"));
+  picture.Button(layout.cmdCancel, Caption("cmdCancel"));
+  picture.Button(layout.cmdApply, Caption("cmdApply"));
 }
 
 }  // namespace rdv::win32

@@ -7,6 +7,7 @@ namespace rdv::win32 {
 
 // Draws the form of the size `extent`, in hundredths of a millimetre, into `area` of the context,
 // stretched to fit.
-void DrawForm(HDC context, const RECT& area, SIZEL extent, const Appearance& appearance);
+void DrawForm(HDC context, const RECT& area, SIZEL extent, const Appearance& appearance,
+              const GridContent& content);
 
 }  // namespace rdv::win32

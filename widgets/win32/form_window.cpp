@@ -2,14 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
-#include "widgets/layout.h"
 #include "widgets/win32/accessible_name.h"
 #include "widgets/win32/awareness.h"
-#include "widgets/win32/control_ids.h"
-#include "widgets/win32/form_captions.h"
 #include "widgets/win32/parking_window.h"
 #include "widgets/win32/platform.h"
 #include "widgets/win32/wide.h"
@@ -21,9 +19,6 @@ namespace {
 constexpr const wchar_t* kFormClass = L"TLV_RDV_Line_Config.Form";
 // With whether a window of the form was given the focus, or pressed.
 constexpr UINT kCheckFocus = WM_APP;
-// Of the grid: the line's number, as the user sees it, and what he calls it.
-constexpr int kLineColumn = 10;
-constexpr int kLabelColumn = 20;
 
 bool IsMousePress(UINT message) {
   return message == WM_LBUTTONDOWN || message == WM_RBUTTONDOWN || message == WM_MBUTTONDOWN ||
@@ -52,10 +47,10 @@ void RegisterClasses(HINSTANCE module, WNDPROC procedure) {
 }
 
 // A list that is typed into has the keyboard in its text part, which is a window of its own.
-void NameWithParts(HWND window, const wchar_t* name) {
-  SetAccessibleName(window, name);
+void NameWithParts(HWND window, const Text& name) {
+  SetAccessibleName(window, Wide(name));
   if (const HWND text_part = FindWindowExW(window, nullptr, L"EDIT", nullptr)) {
-    SetAccessibleName(text_part, name);
+    SetAccessibleName(text_part, Wide(name));
   }
 }
 
@@ -105,14 +100,11 @@ std::shared_ptr<void> HoldForm(HWND window) {
   return form ? form->owner_.lock() : nullptr;
 }
 
-void ReflectFocus(HWND form, UINT message, WPARAM wparam, LPARAM lparam) {
-  // The codes of the child classes for gaining and losing the focus.
-  const UINT code =
-      message == WM_NOTIFY ? reinterpret_cast<const NMHDR*>(lparam)->code : HIWORD(wparam);
-  constexpr std::array<UINT, 4> kGains = {NM_SETFOCUS, EN_SETFOCUS, CBN_SETFOCUS, BN_SETFOCUS};
-  constexpr std::array<UINT, 4> kLosses = {NM_KILLFOCUS, EN_KILLFOCUS, CBN_KILLFOCUS, BN_KILLFOCUS};
-  const bool gained = std::find(kGains.begin(), kGains.end(), code) != kGains.end();
-  if (!gained && std::find(kLosses.begin(), kLosses.end(), code) == kLosses.end()) return;
+void ReflectFocus(HWND form, const Notification& notification) {
+  if (!notification.target) return;
+  const FocusCodes codes = notification.target->CodesOfFocus();
+  const bool gained = codes.gained == notification.code;
+  if (!gained && codes.lost != notification.code) return;
   // Only when the change is complete is it known where the focus went.
   PostMessageW(form, kCheckFocus, gained, 0);
 }
@@ -140,69 +132,61 @@ void FormWindowHandle::MakeAnew(HWND parent) {
                         .extended_style = WS_EX_CONTROLPARENT});
 }
 
-FormWindow::FormWindow(HINSTANCE module, HWND parent)
-    : window_(module, parent),
+// The window of the table's i-th entry. Those before it are made already.
+template <size_t i>
+auto FormWindow::MakeWidget() const {
+  constexpr const WidgetEntry& entry = kFormTable[i];
+  const HWND parent = ContainerOf(entry);
+  if constexpr (entry.kind == WidgetKind::Frame) {
+    return FrameWindow(parent, entry.id, WideLiteral(entry.text));
+  } else if constexpr (entry.kind == WidgetKind::Grid) {
+    return LineGridWindow(parent, entry.id);
+  } else if constexpr (entry.kind == WidgetKind::TextBox) {
+    return TextBoxWindow(parent, entry.id);
+  } else if constexpr (entry.kind == WidgetKind::Button) {
+    return ButtonWindow(parent, entry.id, WideLiteral(entry.text));
+  } else {
+    return ComboBoxWindow(parent, entry.id, entry.Typing());
+  }
+}
+
+HWND FormWindow::ContainerOf(const WidgetEntry& entry) const {
+  switch (entry.within) {
+    case Within::Configuration:
+      return widgets_.fraConfiguration.Handle();
+    case Within::Defaults:
+      return widgets_.fraDefault.Handle();
+    case Within::Window:
+      break;
+  }
+  return window_;
+}
+
+FormWindow::FormWindow(HINSTANCE module, HWND parent, const GridContent& content)
+    : content_(content),
+      window_(module, parent),
       scale_(Scale::Of(window_)),
-      fraConfiguration_(window_, control_id::fraConfiguration, caption::kConfigurationFrame),
-      cmbPartition_(fraConfiguration_.Handle(), control_id::cmbPartition, TextEntry::FromListOnly),
-      cmbStartingNodeName_(fraConfiguration_.Handle(), control_id::cmbStartingNodeName,
-                           TextEntry::FromListOnly),
-      cmbStartingNodeNumber_(fraConfiguration_.Handle(), control_id::cmbStartingNodeNumber,
-                             TextEntry::Typed),
-      cmbVolume_(fraConfiguration_.Handle(), control_id::cmbVolume, TextEntry::FromListOnly),
-      cmbModeType_(fraConfiguration_.Handle(), control_id::cmbModeType, TextEntry::FromListOnly),
-      cmbModeNumber_(fraConfiguration_.Handle(), control_id::cmbModeNumber, TextEntry::Typed),
-      cmbNISOption_(fraConfiguration_.Handle(), control_id::cmbNISOption, TextEntry::FromListOnly),
-      txtEWTOption_(fraConfiguration_.Handle(), control_id::txtEWTOption),
-      cmbLineType_(fraConfiguration_.Handle(), control_id::cmbLineType, TextEntry::FromListOnly),
-      cmbImpedance_(fraConfiguration_.Handle(), control_id::cmbImpedance, TextEntry::FromListOnly),
-      cmbSoftStop_(fraConfiguration_.Handle(), control_id::cmbSoftStop, TextEntry::FromListOnly),
-      txtLabel_(fraConfiguration_.Handle(), control_id::txtLabel),
-      LVRDVLineConfig_(fraConfiguration_.Handle(), control_id::LVRDVLineConfig),
-      fraDefault_(window_, control_id::fraDefault, caption::kDefaultsFrame),
-      cmbRDVType_(fraDefault_.Handle(), control_id::cmbRDVType, TextEntry::Typed),
-      cmdShowDefaults_(fraDefault_.Handle(), control_id::cmdShowDefaults, caption::kRestore),
-      cmdOK_(window_, control_id::cmdOK, caption::kOk),
-      cmdCancel_(window_, control_id::cmdCancel, caption::kCancel),
-      cmdApply_(window_, control_id::cmdApply, caption::kApply),
+      widgets_(MakeWidgets<WindowParts>([this]<size_t i>() { return MakeWidget<i>(); })),
       screen_(window_),
-      form_{fraConfiguration_,
-            LVRDVLineConfig_,
-            cmbPartition_,
-            cmbStartingNodeName_,
-            cmbStartingNodeNumber_,
-            cmbVolume_,
-            cmbModeType_,
-            cmbModeNumber_,
-            cmbNISOption_,
-            txtEWTOption_,
-            cmbLineType_,
-            cmbImpedance_,
-            cmbSoftStop_,
-            txtLabel_,
-            fraDefault_,
-            cmbRDVType_,
-            cmdShowDefaults_,
-            cmdOK_,
-            cmdCancel_,
-            cmdApply_,
-            screen_},
-      keyboard_(form_, LVRDVLineConfig_) {
-  cmbRDVType_.SetVisible(true);
-  cmdApply_.SetEnabled(false);
+      form_(FormOf(widgets_, screen_)),
+      keyboard_(form_, widgets_.LVRDVLineConfig) {
+  widgets_.cmbRDVType.SetVisible(true);
+  widgets_.cmdApply.SetEnabled(false);
   screen_.on_opening = [this] { focus_before_box_ = HasFocus(window_) ? GetFocus() : nullptr; };
   screen_.on_closed = [this] { AfterBox(); };
-  for (Editor* editor : form_.Editors()) {
-    if (auto* list = dynamic_cast<ComboBoxWindow*>(editor)) {
-      list->on_step = [this](bool backward) { Notify(LVRDVLineConfig_.on_edit_next, backward); };
+  ForEachWidget(widgets_, [this]<class Window>(Window& window, const WidgetEntry& entry) {
+    if constexpr (std::is_same_v<Window, ComboBoxWindow>) {
+      if (!entry.IsInPlace()) return;
+      window.on_step = [this](bool backward) {
+        Notify(widgets_.LVRDVLineConfig.on_edit_next, backward);
+      };
     }
-  }
-  LVRDVLineConfig_.on_cell_set = [this](int row, int column) {
-    if (column == kLineColumn || column == kLabelColumn) NameRow(row);
+  });
+  LineGridWindow& grid = widgets_.LVRDVLineConfig;
+  grid.on_cell_set = [this, &grid](int row, int column) {
+    if (grid.NamesRow(column)) NameRow(row);
   };
-  LVRDVLineConfig_.on_rows_going = [this] {
-    ForgetAccessibleItems(LVRDVLineConfig_.Handle(), LVRDVLineConfig_.RowCount());
-  };
+  grid.on_rows_going = [&grid] { ForgetAccessibleItems(grid.Handle(), grid.RowCount()); };
   Finish();
 }
 
@@ -222,45 +206,23 @@ void FormWindow::Finish() {
   Forms().RemoveAllOf(this);
   Forms().Add(window_, this);
   screen_.SetForm(window_);
-  fraConfiguration_.SetMainChild(LVRDVLineConfig_.Handle());
-  keyboard_.SetStops({{{LVRDVLineConfig_.Handle(), 0},
-                       {cmbRDVType_.Handle(), 0},
-                       {cmdShowDefaults_.Handle(), cmdShowDefaults_.Mnemonic()},
-                       {cmdOK_.Handle(), cmdOK_.Mnemonic()},
-                       {cmdCancel_.Handle(), cmdCancel_.Mnemonic()},
-                       {cmdApply_.Handle(), cmdApply_.Mnemonic()}}});
+  widgets_.fraConfiguration.SetMainChild(widgets_.LVRDVLineConfig.Handle());
+  std::vector<KeyboardWalk::Stop> stops;
+  ForEachWidget(widgets_, [&]<class Window>(const Window& window, const WidgetEntry& entry) {
+    if (entry.kind == WidgetKind::Frame || entry.IsInPlace()) return;
+    wchar_t mnemonic = 0;
+    if constexpr (std::is_same_v<Window, ButtonWindow>) mnemonic = window.Mnemonic();
+    stops.push_back({window.Handle(), mnemonic});
+  });
+  keyboard_.SetStops(std::move(stops));
   NameWidgets();
   ApplyFont();
   Layout();
 }
 
-// In the order in which they are made: what comes first lies above what comes later.
-std::vector<FormWindow::PlacedWidget> FormWindow::AllWidgets() {
-  return {{&fraConfiguration_, nullptr},
-          {&cmbPartition_, &fraConfiguration_},
-          {&cmbStartingNodeName_, &fraConfiguration_},
-          {&cmbStartingNodeNumber_, &fraConfiguration_},
-          {&cmbVolume_, &fraConfiguration_},
-          {&cmbModeType_, &fraConfiguration_},
-          {&cmbModeNumber_, &fraConfiguration_},
-          {&cmbNISOption_, &fraConfiguration_},
-          {&txtEWTOption_, &fraConfiguration_},
-          {&cmbLineType_, &fraConfiguration_},
-          {&cmbImpedance_, &fraConfiguration_},
-          {&cmbSoftStop_, &fraConfiguration_},
-          {&txtLabel_, &fraConfiguration_},
-          {&LVRDVLineConfig_, &fraConfiguration_},
-          {&fraDefault_, nullptr},
-          {&cmbRDVType_, &fraDefault_},
-          {&cmdShowDefaults_, &fraDefault_},
-          {&cmdOK_, nullptr},
-          {&cmdCancel_, nullptr},
-          {&cmdApply_, nullptr}};
-}
-
 void FormWindow::Remember() {
   if (making_) return;
-  for (const PlacedWidget& each : AllWidgets()) each.widget->Remember();
+  ForEachWidget(widgets_, [](Lasting& window, const WidgetEntry&) { window.Remember(); });
 }
 
 bool FormWindow::TryPutInto(HWND parent) {
@@ -282,8 +244,9 @@ void FormWindow::MakeAnew(HWND parent) {
   making_ = true;
   try {
     window_.MakeAnew(parent);
-    for (const PlacedWidget& each : AllWidgets())
-      each.widget->MakeAnew(each.frame ? each.frame->Handle() : HWND{window_});
+    ForEachWidget(widgets_, [this](Lasting& window, const WidgetEntry& entry) {
+      window.MakeAnew(ContainerOf(entry));
+    });
   } catch (...) {
     DestroyWindow(window_);
     making_ = false;
@@ -301,7 +264,7 @@ FormWindow::~FormWindow() {
   Forms().RemoveAllOf(this);
   if (IsWindow(window_)) ForgetNames();
   SetWindowLongPtrW(window_, GWLP_USERDATA, 0);
-  LVRDVLineConfig_.Unhook();
+  widgets_.LVRDVLineConfig.Unhook();
   if (background_) DeleteObject(background_);
 }
 
@@ -334,51 +297,39 @@ void FormWindow::Refresh() {
   RefreshColors();
 }
 
+// Frames and buttons are called by their captions.
 void FormWindow::NameWidgets() {
-  SetAccessibleName(LVRDVLineConfig_.Handle(), L"Lines");
-  NameWithParts(cmbRDVType_.Handle(), L"Unit Type");
-  const auto name_editor = [this](auto& editor, const wchar_t* name) {
-    NameWithParts(editor.Handle(), name);
-    editor.on_showing = [this, &editor, name] {
-      NameWithParts(editor.Handle(), NameOverCell(editor, name).c_str());
-    };
-  };
-  name_editor(cmbPartition_, L"Partition");
-  name_editor(cmbStartingNodeName_, L"Starting Node");
-  name_editor(cmbStartingNodeNumber_, L"Starting Node Number");
-  name_editor(cmbVolume_, L"Volume");
-  name_editor(cmbModeType_, L"Mode");
-  name_editor(cmbModeNumber_, L"Mode Number");
-  name_editor(cmbNISOption_, L"NIS Option");
-  name_editor(txtEWTOption_, L"EWT Option");
-  name_editor(cmbLineType_, L"Line Type");
-  name_editor(cmbImpedance_, L"Impedance");
-  name_editor(cmbSoftStop_, L"Soft Stop");
-  name_editor(txtLabel_, L"Label");
+  ForEachWidget(widgets_, [this]<class Window>(Window& window, const WidgetEntry& entry) {
+    if (entry.kind == WidgetKind::Frame || entry.IsButton()) return;
+    NameWithParts(window.Handle(), Text(entry.text));
+    if constexpr (std::is_base_of_v<Editor, Window>) {
+      if (!entry.IsInPlace()) return;
+      window.on_showing = [this, &window, name = entry.text] {
+        NameWithParts(window.Handle(), NameOverCell(window, name));
+      };
+    }
+  });
 }
 
-std::wstring FormWindow::NameOverCell(const Editor& editor, const wchar_t* name) const {
+Text FormWindow::NameOverCell(const Editor& editor, TextView name) const {
+  const LineGridWindow& grid = widgets_.LVRDVLineConfig;
   // The row that it has been placed over need not be selected yet.
-  const std::optional<int> row = LVRDVLineConfig_.HitTest(editor.Left() - LVRDVLineConfig_.Left(),
-                                                          editor.Top() - LVRDVLineConfig_.Top());
-  if (!row || LVRDVLineConfig_.ColumnCount() < kLineColumn) return name;
-  const Text line = LVRDVLineConfig_.Cell(*row, kLineColumn);
-  return L"Line " + std::wstring(Wide(line)) + L", " + name;
+  const std::optional<int> row =
+      grid.HitTest(editor.Left() - grid.Left(), editor.Top() - grid.Top());
+  const Text row_name = row ? grid.RowName(*row) : Text();
+  return row_name.empty() ? Text(name) : row_name + u", " + Text(name);
 }
 
 // By itself the list view says the text of the first column, a code that nobody sees.
 void FormWindow::NameRow(int row) const {
-  const Text line = LVRDVLineConfig_.Cell(row, kLineColumn);
-  std::wstring name = L"Line " + std::wstring(Wide(line));
-  if (LVRDVLineConfig_.ColumnCount() >= kLabelColumn) {
-    const Text label = LVRDVLineConfig_.Cell(row, kLabelColumn);
-    if (!label.empty()) name.append(L", ").append(Wide(label));
-  }
-  SetAccessibleItemName(LVRDVLineConfig_.Handle(), row, name.c_str());
+  const LineGridWindow& grid = widgets_.LVRDVLineConfig;
+  Text name = grid.RowName(row);
+  if (const Text label = grid.RowLabel(row); !label.empty()) name += u", " + label;
+  SetAccessibleItemName(grid.Handle(), row, Wide(name));
 }
 
 void FormWindow::ForgetNames() const {
-  ForgetAccessibleItems(LVRDVLineConfig_.Handle(), LVRDVLineConfig_.RowCount());
+  ForgetAccessibleItems(widgets_.LVRDVLineConfig.Handle(), widgets_.LVRDVLineConfig.RowCount());
   std::vector<HWND> windows;
   EnumChildWindows(window_, &AddWindow, reinterpret_cast<LPARAM>(&windows));
   ForgetAccessibleTexts(windows);
@@ -387,26 +338,24 @@ void FormWindow::ForgetNames() const {
 void FormWindow::Layout() {
   RECT client = {};
   GetClientRect(window_, &client);
-  const FormLayout layout = LayOut({scale_.ToTwips(client.right), scale_.ToTwips(client.bottom)});
+  const FormLayout layout =
+      LayOut({scale_.ToTwips(client.right), scale_.ToTwips(client.bottom)}, content_);
   const std::array<std::pair<HWND, Rectangle>, 6> places = {{
-      {fraConfiguration_.Handle(), layout.fraConfiguration},
-      {fraDefault_.Handle(), layout.fraDefault},
-      {cmdShowDefaults_.Handle(), layout.cmdShowDefaults},
-      {cmdOK_.Handle(), layout.cmdOK},
-      {cmdCancel_.Handle(), layout.cmdCancel},
-      {cmdApply_.Handle(), layout.cmdApply},
+      {widgets_.fraConfiguration.Handle(), layout.fraConfiguration},
+      {widgets_.fraDefault.Handle(), layout.fraDefault},
+      {widgets_.cmdShowDefaults.Handle(), layout.cmdShowDefaults},
+      {widgets_.cmdOK.Handle(), layout.cmdOK},
+      {widgets_.cmdCancel.Handle(), layout.cmdCancel},
+      {widgets_.cmdApply.Handle(), layout.cmdApply},
   }};
   for (const auto& [window, place] : places) MoveTo(window, scale_.Pixels(place));
-  LVRDVLineConfig_.Place(layout.grid, scale_);
-  for (Editor* editor : form_.Editors()) {
-    if (auto* list = dynamic_cast<ComboBoxWindow*>(editor)) list->SetScale(scale_);
-  }
-  txtEWTOption_.SetScale(scale_);
-  txtLabel_.SetScale(scale_);
-  cmbRDVType_.SetScale(scale_);
-  cmbRDVType_.SetLeft(layout.cmbRDVType.left);
-  cmbRDVType_.SetTop(layout.cmbRDVType.top);
-  cmbRDVType_.SetWidth(layout.cmbRDVType.width);
+  widgets_.LVRDVLineConfig.Place(layout.grid, scale_);
+  ForEachWidget(widgets_, [this]<class Window>(Window& window, const WidgetEntry&) {
+    if constexpr (std::is_base_of_v<Editor, Window>) window.SetScale(scale_);
+  });
+  widgets_.cmbRDVType.SetLeft(layout.cmbRDVType.left);
+  widgets_.cmbRDVType.SetTop(layout.cmbRDVType.top);
+  widgets_.cmbRDVType.SetWidth(layout.cmbRDVType.width);
 }
 
 void FormWindow::ApplyFont() {
@@ -427,14 +376,15 @@ void FormWindow::FollowSystemFont() {
 }
 
 void FormWindow::RefreshColors() {
-  LVRDVLineConfig_.RefreshColors();
+  widgets_.LVRDVLineConfig.RefreshColors();
   RedrawWindow(window_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
 }
 
 void FormWindow::CheckFocus(bool gained) {
   const HWND focus = GetFocus();
   const bool inside = focus == window_ || IsChild(window_, focus);
-  if (inside && focus != window_ && focus != fraConfiguration_.Handle()) keyboard_.Note(focus);
+  if (inside && focus != window_ && focus != widgets_.fraConfiguration.Handle())
+    keyboard_.Note(focus);
   // What one window inside lost, another has gained, and tells of it.
   if (on_focus && (gained || !inside)) on_focus(inside);
   const bool editing = keyboard_.Editing();
@@ -443,7 +393,7 @@ void FormWindow::CheckFocus(bool gained) {
 
 // They hear from the system only through their parents.
 void FormWindow::TellCommonControls(UINT message, WPARAM wparam, LPARAM lparam) const {
-  const HWND grid = LVRDVLineConfig_.Handle();
+  const HWND grid = widgets_.LVRDVLineConfig.Handle();
   SendMessageW(grid, message, wparam, lparam);
   SendMessageW(reinterpret_cast<HWND>(SendMessageW(grid, LVM_GETHEADER, 0, 0)), message, wparam,
                lparam);
@@ -460,9 +410,11 @@ std::optional<LRESULT> FormWindow::OnMessage(UINT message, WPARAM wparam, LPARAM
       }
       return 0;
     case WM_COMMAND:
-    case WM_NOTIFY:
-      ReflectFocus(window_, message, wparam, lparam);
-      return ReflectNotification(message, wparam, lparam);
+    case WM_NOTIFY: {
+      const Notification notification(message, wparam, lparam);
+      ReflectFocus(window_, notification);
+      return ReflectNotification(notification);
+    }
     case WM_SETCURSOR:
       if (screen_.ShowPointer()) return TRUE;
       return std::nullopt;
@@ -506,7 +458,7 @@ std::optional<LRESULT> FormWindow::OnMessage(UINT message, WPARAM wparam, LPARAM
     case WM_DESTROY:
       Remember();
       ForgetNames();
-      LVRDVLineConfig_.Unhook();
+      widgets_.LVRDVLineConfig.Unhook();
       return 0;
     default:
       return std::nullopt;

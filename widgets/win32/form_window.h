@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "widgets/form.h"
+#include "widgets/layout.h"
 #include "widgets/win32/button_window.h"
 #include "widgets/win32/combo_box_window.h"
 #include "widgets/win32/font.h"
@@ -29,6 +30,14 @@ struct Appearance {
   std::optional<WishedColor> text_color;
 
   bool operator==(const Appearance&) const = default;
+};
+
+struct WindowParts {
+  using Frame = FrameWindow;
+  using Grid = LineGridWindow;
+  using List = ComboBoxWindow;
+  using TextBox = TextBoxWindow;
+  using Button = ButtonWindow;
 };
 
 class FormWindowHandle {
@@ -56,7 +65,7 @@ void UnregisterFormClasses(HINSTANCE module);
 class FormWindow {
  public:
   // Needs the common controls' list view classes, which it asks the system to register.
-  FormWindow(HINSTANCE module, HWND parent);
+  FormWindow(HINSTANCE module, HWND parent, const GridContent& content);
   ~FormWindow();
 
   HWND Handle() const { return window_; }
@@ -108,14 +117,12 @@ class FormWindow {
   void MakeAnew(HWND parent);
   void Finish();
   void AfterBox();
-  struct PlacedWidget {
-    Lasting* widget;
-    const FrameWindow* frame;  // null: in the form itself
-  };
-  std::vector<PlacedWidget> AllWidgets();
+  template <size_t i>
+  auto MakeWidget() const;
+  HWND ContainerOf(const WidgetEntry& entry) const;
   void NameWidgets();
   // Of an editor that is about to be seen over a cell of the grid.
-  std::wstring NameOverCell(const Editor& editor, const wchar_t* name) const;
+  Text NameOverCell(const Editor& editor, TextView name) const;
   void NameRow(int row) const;
   void ForgetNames() const;
   void Refresh();
@@ -126,6 +133,7 @@ class FormWindow {
   void TellCommonControls(UINT message, WPARAM wparam, LPARAM lparam) const;
   void CheckFocus(bool gained);
 
+  const GridContent content_;
   FormWindowHandle window_;
   Scale scale_;
   Font font_;
@@ -136,27 +144,7 @@ class FormWindow {
   bool making_ = false;              // windows that go now hold nothing yet
   std::weak_ptr<void> owner_;
 
-  // The editors come before the grid, which makes them lie above it.
-  FrameWindow fraConfiguration_;
-  ComboBoxWindow cmbPartition_;
-  ComboBoxWindow cmbStartingNodeName_;
-  ComboBoxWindow cmbStartingNodeNumber_;
-  ComboBoxWindow cmbVolume_;
-  ComboBoxWindow cmbModeType_;
-  ComboBoxWindow cmbModeNumber_;
-  ComboBoxWindow cmbNISOption_;
-  TextBoxWindow txtEWTOption_;
-  ComboBoxWindow cmbLineType_;
-  ComboBoxWindow cmbImpedance_;
-  ComboBoxWindow cmbSoftStop_;
-  TextBoxWindow txtLabel_;
-  LineGridWindow LVRDVLineConfig_;
-  FrameWindow fraDefault_;
-  ComboBoxWindow cmbRDVType_;
-  ButtonWindow cmdShowDefaults_;
-  ButtonWindow cmdOK_;
-  ButtonWindow cmdCancel_;
-  ButtonWindow cmdApply_;
+  FormWidgets<WindowParts> widgets_;
   WindowScreen screen_;
 
   const Form form_;

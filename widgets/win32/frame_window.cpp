@@ -60,9 +60,11 @@ LRESULT CALLBACK FrameWindow::Procedure(HWND window, UINT message, WPARAM wparam
   const auto hold = HoldForm(window);
   switch (message) {
     case WM_COMMAND:
-    case WM_NOTIFY:
-      ReflectFocus(GetParent(window), message, wparam, lparam);
-      return ReflectNotification(message, wparam, lparam);
+    case WM_NOTIFY: {
+      const Notification notification(message, wparam, lparam);
+      ReflectFocus(GetParent(window), notification);
+      return ReflectNotification(notification);
+    }
     case WM_SETFOCUS:
       // From an editor that is hidden: the keyboard is never left with a frame.
       if (frame && frame->main_child_ && frame->Enabled()) FocusTo(frame->main_child_);

@@ -14,6 +14,7 @@ class FrameWindow : public WindowWidget<Frame> {
   FrameWindow(HWND parent, int id, const wchar_t* caption);
 
   void SetEnabled(bool enabled) override;
+  FocusCodes CodesOfFocus() const override { return {}; }
 
   // The child that gets a border drawn around it. When the editor that had the focus is hidden, the
   // frame has it until the next key, which goes to this child together with the focus.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <ranges>
 
 #include "widgets/win32/form_messages.h"
 #include "widgets/win32/window_widget.h"
@@ -143,7 +144,7 @@ bool KeyboardWalk::GoTo(HWND window) {
 }
 
 void KeyboardWalk::Enter(bool at_the_end) {
-  const auto enter = [](const auto& stops) {
+  const auto enter = [](auto&& stops) {
     for (const Stop& stop : stops) {
       if (!CanTakeFocus(stop.window)) continue;
       ::SetFocus(stop.window);
@@ -151,9 +152,7 @@ void KeyboardWalk::Enter(bool at_the_end) {
     }
   };
   if (at_the_end) {
-    std::array<Stop, 6> backward = stops_;
-    std::reverse(backward.begin(), backward.end());
-    enter(backward);
+    enter(stops_ | std::views::reverse);
   } else {
     enter(stops_);
   }

@@ -1,8 +1,9 @@
 // The control by keyboard: tab stops, the keys that edit, and mnemonics.
 #pragma once
 
-#include <array>
 #include <span>
+#include <utility>
+#include <vector>
 
 #include "widgets/form.h"
 #include "widgets/win32/platform.h"
@@ -25,7 +26,7 @@ class KeyboardWalk {
   KeyboardWalk(const Form& form, const LineGrid& grid);
 
   // The tab stops in their order.
-  void SetStops(const std::array<Stop, 6>& stops) { stops_ = stops; }
+  void SetStops(std::vector<Stop> stops) { stops_ = std::move(stops); }
 
   // True when the key was for the control and has been acted on.
   bool Translate(const MSG& message);
@@ -54,7 +55,7 @@ class KeyboardWalk {
 
   const Form& form_;
   const LineGrid& grid_;
-  std::array<Stop, 6> stops_ = {};
+  std::vector<Stop> stops_;
   HWND last_focus_ = nullptr;
 };
 

@@ -12,19 +12,9 @@
 namespace rdv::win32 {
 namespace {
 
-// Runs a handler, if there is one. One that fails ends there; what comes after it still happens.
-template <class Handler, class... Arguments>
-void Tell(const Handler& handler, Arguments... arguments) noexcept {
-  try {
-    if (handler) handler(arguments...);
-  } catch (...) {
-    // No one to report to: the handlers that report do so themselves.
-  }
-}
-
 // A window's user data would not do: what a header tells its list view reaches the form too, where
 // that of a child is its widget.
-WindowMap<const LineGridWindow> grids_of_headers;
+WindowMap<LineGridWindow> grids_of_headers;
 
 struct MouseButton {
   UINT down;
@@ -82,7 +72,7 @@ POINT PointOf(LPARAM lparam) {
 std::optional<LRESULT> LineGridWindow::BeforeGrid(UINT message, WPARAM wparam, LPARAM lparam) {
   const auto hold = HoldForm(Handle());
   if (MovesGrid(message)) {
-    Tell(on_before_move);
+    Notify(on_before_move);
     return std::nullopt;
   }
   if (IsPress(message)) {
@@ -102,13 +92,13 @@ std::optional<LRESULT> LineGridWindow::BeforeGrid(UINT message, WPARAM wparam, L
       return std::nullopt;
     case WM_KEYDOWN:
       if (wparam == VK_F2 || wparam == VK_RETURN) {
-        Tell(on_edit);
+        Notify(on_edit);
         return 0;
       }
       if (IsKeptFromList(wparam)) return 0;
       return std::nullopt;
     case WM_CHAR:
-      Tell(on_key_press, static_cast<char16_t>(wparam));
+      Notify(on_key_press, static_cast<char16_t>(wparam));
       // The list would search for a row by what is typed.
       if (wparam >= L' ') return 0;
       return std::nullopt;
@@ -137,6 +127,7 @@ std::optional<LRESULT> LineGridWindow::BeforeHeaderNotification(const NMHEADERW&
     case HDN_ITEMCHANGEDA:
       if (!resizing_columns_ && notification.pitem && (notification.pitem->mask & HDI_WIDTH) != 0) {
         column.width = scale_.ToTwips(notification.pitem->cxy);
+        header_tips_.Outdate();
       }
       return std::nullopt;
     default:
@@ -151,12 +142,12 @@ void LineGridWindow::Press(POINT point, WPARAM keys) {
   if (alone) ReleaseWherePressed();
   const bool is_held = IsAnyButtonDown();
   pressed_ = point;
-  Tell(on_mouse_down, scale_.ToTwips(point.x), scale_.ToTwips(point.y));
+  Notify(on_mouse_down, scale_.ToTwips(point.x), scale_.ToTwips(point.y));
   SetFocus();
   // The system tells the parents only of presses that the mouse itself has made.
   ReflectPress(Handle());
   if (const auto row = RowAt(point)) {
-    if (SelectPressed(*row, ctrl, shift)) Tell(on_item_click, *row);
+    if (SelectPressed(*row, ctrl, shift)) Notify(on_item_click, *row);
   } else if (!ctrl && !shift) {
     for (int other = 1; other <= RowCount(); ++other) SetSelected(other, false);
   }
@@ -169,7 +160,7 @@ void LineGridWindow::Release(POINT point) {
   if (!pressed_) return;
   pressed_.reset();
   if (GetCapture() == Handle()) ReleaseCapture();
-  Tell(on_mouse_up, scale_.ToTwips(point.x), scale_.ToTwips(point.y));
+  Notify(on_mouse_up, scale_.ToTwips(point.x), scale_.ToTwips(point.y));
 }
 
 // For a release that never came. The pointer is elsewhere by now.
@@ -245,6 +236,7 @@ void LineGridWindow::HookHeader() {
 
 void LineGridWindow::UnhookHeader() {
   if (!hooked_header_) return;
+  header_tips_.Close();
   SetWindowLongPtrW(hooked_header_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(header_procedure_));
   grids_of_headers.Remove(hooked_header_);
   hooked_header_ = nullptr;
@@ -253,11 +245,12 @@ void LineGridWindow::UnhookHeader() {
 LRESULT CALLBACK LineGridWindow::HeaderProcedure(HWND header, UINT message, WPARAM wparam,
                                                  LPARAM lparam) {
   const auto hold = HoldForm(header);
-  const LineGridWindow* grid = grids_of_headers.Find(header);
+  LineGridWindow* grid = grids_of_headers.Find(header);
   if (!grid) return 0;
-  const LineGridWindow& self = *grid;
+  LineGridWindow& self = *grid;
   // The platform tells the grid of a press on its header only when it comes from the mouse itself.
-  if (IsPress(message)) Tell(self.on_before_move);
+  if (IsPress(message)) Notify(self.on_before_move);
+  self.header_tips_.Relay(header, message, wparam, lparam);
   const LRESULT result = CallWindowProcW(self.header_procedure_, header, message, wparam, lparam);
   if (message == HDM_LAYOUT && result) {
     // The list view asks its header how much of the grid it takes.

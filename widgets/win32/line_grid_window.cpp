@@ -52,6 +52,25 @@ void LineGridWindow::Place(const Rectangle& place, Scale scale) {
   ApplyColumnWidths();
 }
 
+int LineGridWindow::FirstSeenColumn() const {
+  const auto first = std::ranges::find(columns_, false, &Column::hidden);
+  return first == columns_.end() ? 0 : static_cast<int>(first - columns_.begin()) + 1;
+}
+
+Text LineGridWindow::RowName(int row) const {
+  const int column = FirstSeenColumn();
+  if (column == 0) return {};
+  return columns_[static_cast<size_t>(column - 1)].caption + u" " + Cell(row, column);
+}
+
+Text LineGridWindow::RowLabel(int row) const {
+  return Cell(row, ColumnCount());
+}
+
+bool LineGridWindow::NamesRow(int column) const {
+  return column == FirstSeenColumn() || column == ColumnCount();
+}
+
 void LineGridWindow::RefreshColors() {
   Send(LVM_SETBKCOLOR, 0, static_cast<LPARAM>(GetSysColor(COLOR_WINDOW)));
   Send(LVM_SETTEXTBKCOLOR, 0, static_cast<LPARAM>(GetSysColor(COLOR_WINDOW)));
@@ -66,6 +85,7 @@ void LineGridWindow::SetReportView() {
 }
 
 void LineGridWindow::RemoveColumns() {
+  header_tips_.Close();
   while (Send(LVM_DELETECOLUMN, 0)) {
   }
   columns_.clear();
@@ -74,6 +94,7 @@ void LineGridWindow::RemoveColumns() {
 void LineGridWindow::AddColumn(TextView caption, Twips width) {
   columns_.push_back({Text(caption), width, width == 0});
   InsertColumn(ColumnCount());
+  header_tips_.Outdate();
 }
 
 void LineGridWindow::InsertColumn(int column) {
@@ -213,8 +234,8 @@ std::optional<int> LineGridWindow::HitTest(Twips x, Twips y) const {
 }
 
 LRESULT LineGridWindow::OnNotify(const NMHDR& header) {
-  if (header.code == LVN_COLUMNCLICK && on_column_click) {
-    on_column_click(reinterpret_cast<const NMLISTVIEW&>(header).iSubItem + 1);
+  if (header.code == LVN_COLUMNCLICK) {
+    Notify(on_column_click, reinterpret_cast<const NMLISTVIEW&>(header).iSubItem + 1);
   }
   return 0;
 }
@@ -281,6 +302,7 @@ void LineGridWindow::ApplyColumnWidths() {
     Send(LVM_SETCOLUMNWIDTH, index, scale_.Pixels(edge) - left);
   }
   resizing_columns_ = false;
+  header_tips_.Outdate();
 }
 
 void LineGridWindow::SetState(int row, UINT state, UINT mask) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "widgets/line_grid.h"
+#include "widgets/win32/header_tips.h"
 #include "widgets/win32/list_view_hook.h"
 #include "widgets/win32/platform.h"
 #include "widgets/win32/window_widget.h"
@@ -27,6 +28,12 @@ class LineGridWindow : public WindowWidget<LineGrid>, private GridWatcher {
     UnhookHeader();
     hook_.reset();
   }
+
+  // What people call the row: the caption of the first column that they see, and what is in it;
+  // the last column has a label of theirs. RowName is empty where there is nothing to see.
+  Text RowName(int row) const;
+  Text RowLabel(int row) const;
+  bool NamesRow(int column) const;
 
   void Place(const Rectangle& place, Scale scale);
   void RefreshColors();
@@ -64,6 +71,7 @@ class LineGridWindow : public WindowWidget<LineGrid>, private GridWatcher {
   std::optional<int> HitTest(Twips x, Twips y) const override;
 
   LRESULT OnNotify(const NMHDR& header) override;
+  FocusCodes CodesOfFocus() const override { return {NM_SETFOCUS, NM_KILLFOCUS}; }
 
   // A cell has another text; the rows are about to go.
   std::function<void(int row, int column)> on_cell_set;
@@ -98,6 +106,7 @@ class LineGridWindow : public WindowWidget<LineGrid>, private GridWatcher {
   void SetRowHeight();
   void ApplyColumnWidths();
   void SetState(int row, UINT state, UINT mask);
+  int FirstSeenColumn() const;  // 0 where there is none
 
   // The user's side, in line_grid_input.cpp.
   std::optional<LRESULT> BeforeGrid(UINT message, WPARAM wparam, LPARAM lparam) override;
@@ -114,6 +123,7 @@ class LineGridWindow : public WindowWidget<LineGrid>, private GridWatcher {
 
   std::unique_ptr<ListViewHook> hook_;
   HWND hooked_header_ = nullptr;
+  HeaderTips header_tips_;
   WNDPROC header_procedure_ = nullptr;
   Scale scale_{96};
   Rectangle place_;

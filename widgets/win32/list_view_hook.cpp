@@ -42,11 +42,6 @@ ListViewHook::~ListViewHook() {
   Remove(grid_, entry_);
 }
 
-LRESULT ListViewHook::Forward(UINT message, WPARAM wparam, LPARAM lparam) const {
-  const Entry* entry = entries.Find(grid_);
-  return entry ? CallWindowProcW(entry->OldListViewProc, grid_, message, wparam, lparam) : 0;
-}
-
 LRESULT CALLBACK ListViewWindowProc(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
   ListViewHook::Entry* entry = entries.Find(window);
   if (!entry) return message == WM_NCDESTROY ? DefWindowProcW(window, message, wparam, lparam) : 0;

@@ -29,9 +29,6 @@ class ListViewHook {
   ListViewHook& operator=(const ListViewHook&) = delete;
   ~ListViewHook();
 
-  // Past the watcher, as the list view would have answered without it.
-  LRESULT Forward(UINT message, WPARAM wparam, LPARAM lparam) const;
-
  private:
   const HWND grid_;
   Entry* const entry_;  // not its own: it may have to outlive it

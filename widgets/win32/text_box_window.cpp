@@ -30,7 +30,7 @@ void TextBoxWindow::SetText(TextView text) {
   SetWindowTextW(Handle(), Wide(known_text_));
   setting_ = false;
   SetCaret(0);
-  if (on_change) on_change();
+  Notify(on_change);
 }
 
 size_t TextBoxWindow::Caret() const {
@@ -61,7 +61,7 @@ void TextBoxWindow::OnCommand(WORD code) {
   rdv::Text text = Text();
   if (text == known_text_) return;
   known_text_ = std::move(text);
-  if (on_change) on_change();
+  Notify(on_change);
 }
 
 }  // namespace rdv::win32

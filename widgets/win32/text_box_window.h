@@ -15,6 +15,7 @@ class TextBoxWindow : public EditorWindow<TextBox> {
   void SetCaret(size_t position) override;
 
   void OnCommand(WORD code) override;
+  FocusCodes CodesOfFocus() const override { return {EN_SETFOCUS, EN_KILLFOCUS}; }
   void SetFocus() override;
   void MakeAnew(HWND parent) override;
 

@@ -14,6 +14,11 @@ inline const wchar_t* Wide(const Text& text) {
   return reinterpret_cast<const wchar_t*>(text.c_str());
 }
 
+// Of a view that a null character follows.
+inline const wchar_t* WideLiteral(TextView literal) {
+  return reinterpret_cast<const wchar_t*>(literal.data());
+}
+
 inline Text FromWide(std::wstring_view text) {
   return Text(reinterpret_cast<const char16_t*>(text.data()), text.size());
 }

@@ -53,18 +53,23 @@ NotificationTarget* TargetOf(HWND child) {
   return Targets().Find(child);
 }
 
-LRESULT ReflectNotification(UINT message, WPARAM wparam, LPARAM lparam) noexcept {
-  const auto* header = message == WM_NOTIFY ? reinterpret_cast<const NMHDR*>(lparam) : nullptr;
-  const HWND child = header ? header->hwndFrom : reinterpret_cast<HWND>(lparam);
-  NotificationTarget* target = TargetOf(child);
-  if (!target) return 0;
-  try {
-    if (header) return target->OnNotify(*header);
-    target->OnCommand(HIWORD(wparam));
-  } catch (...) {
-    // A handler that traps nothing ends where it failed; the host is never brought down.
-  }
-  return 0;
+Notification::Notification(UINT message, WPARAM wparam, LPARAM lparam)
+    : header(message == WM_NOTIFY ? reinterpret_cast<const NMHDR*>(lparam) : nullptr) {
+  target = TargetOf(header ? header->hwndFrom : reinterpret_cast<HWND>(lparam));
+  code = header ? header->code : HIWORD(wparam);
+}
+
+LRESULT ReflectNotification(const Notification& notification) noexcept {
+  LRESULT result = 0;
+  AnswerEvent([&] {
+    if (!notification.target) return;
+    if (notification.header) {
+      result = notification.target->OnNotify(*notification.header);
+    } else {
+      notification.target->OnCommand(static_cast<WORD>(notification.code));
+    }
+  });
+  return result;
 }
 
 void MoveTo(HWND window, const RECT& place) {

@@ -2,10 +2,20 @@
 // destroyed from outside (a host that tears its form down), calls on the widget do nothing.
 #pragma once
 
+#include <optional>
+
+#include "widgets/widget.h"
 #include "widgets/win32/platform.h"
 #include "widgets/win32/scale.h"
 
 namespace rdv::win32 {
+
+// By which notification codes a window's class tells that the window has gained or lost the focus;
+// those of different classes mean different things by the same number. None where it tells nothing.
+struct FocusCodes {
+  std::optional<UINT> gained;
+  std::optional<UINT> lost;
+};
 
 // Receives what a child window tells its parent; the parent passes it on.
 class NotificationTarget {
@@ -13,6 +23,16 @@ class NotificationTarget {
   virtual ~NotificationTarget() = default;
   virtual void OnCommand(WORD code) = 0;
   virtual LRESULT OnNotify(const NMHDR& /*header*/) { return 0; }
+  virtual FocusCodes CodesOfFocus() const = 0;
+};
+
+// A WM_COMMAND or WM_NOTIFY.
+struct Notification {
+  Notification(UINT message, WPARAM wparam, LPARAM lparam);
+
+  const NMHDR* header;         // null for a WM_COMMAND
+  NotificationTarget* target;  // null where the sender is no window of CreateChild's
+  UINT code;
 };
 
 // A widget whose window may go and come back while the widget stays: a container destroys the
@@ -49,9 +69,8 @@ NotificationTarget* TargetOf(HWND child);
 // The target is about to go; the window may live on.
 void ForgetTarget(HWND child);
 
-// Hands a WM_COMMAND or WM_NOTIFY of a child made by CreateChild to its target. Nothing thrown
-// leaves it: the caller is a window procedure.
-LRESULT ReflectNotification(UINT message, WPARAM wparam, LPARAM lparam) noexcept;
+// Hands it to its target. Nothing thrown leaves it: the caller is a window procedure.
+LRESULT ReflectNotification(const Notification& notification) noexcept;
 
 void MoveTo(HWND window, const RECT& place);
 

@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "data/jet/rows/row_codec.h"
+#include "runtime/json_text.h"
 
 namespace rdv::jet {
 namespace {
@@ -39,13 +40,6 @@ Day CalendarDay(int64_t days) {
   const int64_t month = month_from_march < 10 ? month_from_march + 3 : month_from_march - 9;
   const int64_t year = year_of_cycle + cycle * 400 + (month <= 2 ? 1 : 0);
   return {year, static_cast<unsigned>(month), static_cast<unsigned>(day)};
-}
-
-bool IsHighSurrogate(char16_t unit) {
-  return unit >= 0xD800 && unit <= 0xDBFF;
-}
-bool IsLowSurrogate(char16_t unit) {
-  return unit >= 0xDC00 && unit <= 0xDFFF;
 }
 
 template <typename RealNumber>
@@ -102,44 +96,7 @@ void JsonWriter::Flush() {
 }
 
 void JsonWriter::String(TextView text) {
-  Raw("\"");
-  for (size_t i = 0; i < text.size(); ++i) {
-    const bool pair =
-        IsHighSurrogate(text[i]) && i + 1 < text.size() && IsLowSurrogate(text[i + 1]);
-    if (pair) {
-      Raw(ToUtf8(text.substr(i++, 2)));
-    } else {
-      Unit(text[i]);
-    }
-  }
-  Raw("\"");
-}
-
-void JsonWriter::Unit(char16_t unit) {
-  switch (unit) {
-    case u'"':
-      return Raw("\\\"");
-    case u'\\':
-      return Raw("\\\\");
-    case u'\b':
-      return Raw("\\b");
-    case u'\f':
-      return Raw("\\f");
-    case u'\n':
-      return Raw("\\n");
-    case u'\r':
-      return Raw("\\r");
-    case u'\t':
-      return Raw("\\t");
-    default:
-      break;
-  }
-  if (unit < u' ' || IsHighSurrogate(unit) || IsLowSurrogate(unit)) {
-    std::array<char, 8> escape;
-    std::snprintf(escape.data(), escape.size(), "\\u%04x", static_cast<unsigned>(unit));
-    return Raw(escape.data());
-  }
-  Raw(ToUtf8(TextView(&unit, 1)));
+  Raw(JsonText(text));
 }
 
 void JsonWriter::Real(float number) {

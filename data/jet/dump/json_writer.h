@@ -1,4 +1,4 @@
-// JSON as dumps and tools print it, UTF-8: texts escaped as JSON demands and no further, amounts
+// JSON as dumps and tools print it, UTF-8: texts as JsonText writes them, amounts
 // and decimals as strings with all their digits, dates as "YYYY-MM-DDThh:mm:ss" with milliseconds
 // where there are any, GUIDs in braces, binary data as hexadecimal digits.
 #pragma once
@@ -35,8 +35,6 @@ class JsonWriter {
   void Field(const Value& value);
 
  private:
-  void Unit(char16_t unit);
-
   const std::function<void(std::string_view)>& write_;
   std::string buffer_;
 };

@@ -1,6 +1,7 @@
 #include "data/jet/file/access.h"
 
 #include <algorithm>
+#include <cassert>
 #include <thread>
 
 namespace rdv::jet {
@@ -82,6 +83,7 @@ void FileLock::Release() {
 }
 
 void FileLock::BePresent() {
+  assert(held_ == Held::Exclusive);
   if (present_) return;
   if (!file_.TryLock(kFirstPresence, kPresenceCount, LockMode::Shared))
     throw FileError(FileProblem::InUse, "others look for those who are present");

@@ -7,7 +7,7 @@
 namespace rdv::jet {
 
 void PageCache::Reset(uint32_t count, uint32_t page_size) {
-  assert(changed_.empty());
+  assert(changed_.empty() && appended_ == 0);
   if (page_size != page_size_) spare_.clear();
   page_size_ = page_size;
   groups_.clear();
@@ -83,6 +83,7 @@ uint32_t PageCache::Append() {
 void PageCache::Settle() {
   for (const uint32_t number : changed_) {
     Page& page = At(number);
+    assert(page.dirty && page.bytes);
     page.dirty = false;
     if (page.before) spare_.push_back(std::move(page.before));
   }
@@ -93,6 +94,7 @@ void PageCache::Settle() {
 void PageCache::Restore() {
   for (const uint32_t number : changed_) {
     Page& page = At(number);
+    assert(page.dirty && page.bytes && !page.before == (number >= CountBefore()));
     if (page.before) {
       std::swap(page.bytes, page.before);
       page.dirty = false;

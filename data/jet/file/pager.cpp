@@ -1,6 +1,7 @@
 #include "data/jet/file/pager.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 #include <utility>
 
@@ -139,6 +140,7 @@ void Pager::BeginRead() {
 }
 
 void Pager::EndRead() noexcept {
+  assert(readers_ > 0);
   if (--readers_ > 0 || writing_) return;
   cache_.Trim();
   Quietly([this] { lock_->Release(); });
@@ -327,6 +329,7 @@ void Pager::EndWrite() noexcept {
 }
 
 void Pager::Commit() {
+  assert(writing_ && readers_ == 0);
   try {
     if (!cache_.Changed().empty() || mends_) {
       written_ = true;
@@ -350,6 +353,7 @@ void Pager::Commit() {
 }
 
 void Pager::Rollback() noexcept {
+  assert(writing_);
   if (!cache_.Changed().empty()) ++generation_;
   cache_.Restore();
   if (mends_) ShowCommitWords(words_);
@@ -358,6 +362,7 @@ void Pager::Rollback() noexcept {
 }
 
 void Pager::MendCommitWords() {
+  assert(writing_);
   Load(0);
   mends_ = true;
   ShowCommitWords(Transaction::Mended(words_));
@@ -382,6 +387,7 @@ Bytes Pager::Page(uint32_t number) {
 
 // The page, to stay for the statement.
 PageCache::Page& Pager::Load(uint32_t number) {
+  assert(writing_ || readers_ > 0);
   RequireInFile(number);
   PageCache::Page& page = cache_.At(number);
   if (!page.bytes) ReadPages(number, {});
@@ -401,6 +407,7 @@ void Pager::GiveUp(uint32_t number) {
 }
 
 Bytes Pager::PageInPassing(uint32_t number, std::span<const uint32_t> next) {
+  assert(writing_ || readers_ > 0);
   RequireInFile(number);
   PageCache::Page& page = cache_.At(number);
   if (!page.bytes) ReadPages(number, next);
@@ -486,6 +493,7 @@ uint32_t Pager::Append() {
 }
 
 void Pager::ForgetPages(uint32_t page_count) {
+  assert(!writing_ && readers_ == 0);
   cache_.Reset(page_count, database_.page_size);
   ++generation_;
 }

@@ -1,6 +1,7 @@
 #include "data/jet/file/recovery.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 #include <utility>
 
@@ -222,6 +223,7 @@ void PutBack(File& file, const FileState& state, uint32_t page_size, const Commi
   if (!is_there) writing.SetFirst(kCommitWriting);
   WriteCommitWords(file, words, writing, words_at);
   for (const auto& [number, content] : state.pages) {
+    assert(content.size() == page_size);
     if (number < state.page_count) file.WriteAt(uint64_t{number} * page_size, content);
   }
   file.Resize(uint64_t{state.page_count} * page_size);

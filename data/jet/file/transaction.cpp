@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cassert>
 #include <chrono>
 #include <random>
 #include <utility>
@@ -91,6 +92,7 @@ JournalRecord Transaction::Describe(const DatabaseFile& database, PageCache& cac
   std::ranges::sort(changed);
   for (const uint32_t number : changed) {
     const PageCache::Page& page = cache.At(number);
+    assert(number > 0 && page.dirty && page.bytes);
     const uint8_t* const bytes = page.bytes.get();
     JournalPage part{.number = number,
                      .start = 0,
@@ -101,6 +103,7 @@ JournalRecord Transaction::Describe(const DatabaseFile& database, PageCache& cac
       record.new_pages.push_back(part);
       continue;
     }
+    assert(page.before);
     const uint8_t* const before = page.before.get();
     auto [start, end] = Difference(before, bytes, database.page_size);
     if (start == end) continue;

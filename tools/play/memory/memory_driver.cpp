@@ -1,12 +1,26 @@
 #include "tools/play/memory/memory_driver.h"
 
 #include <stdexcept>
+#include <type_traits>
 #include <utility>
+
+#include "rules/grid_columns.h"
 
 namespace rdv::play {
 
 std::unique_ptr<Driver> MakeDriver() {
   return std::make_unique<MemoryDriver>();
+}
+
+template <class Widget>
+Widget* MemoryDriver::Named(std::string_view name) {
+  Widget* found = nullptr;
+  ForEachWidget(*form_, [&]<class Other>(Other& widget, const WidgetEntry& entry) {
+    if constexpr (std::is_same_v<Other, Widget>) {
+      if (entry.name == name) found = &widget;
+    }
+  });
+  return found;
 }
 
 void MemoryDriver::UseSite(const Text& folder) {
@@ -15,7 +29,7 @@ void MemoryDriver::UseSite(const Text& folder) {
 }
 
 void MemoryDriver::Create() {
-  form_ = std::make_unique<memory::MemoryForm>();
+  form_ = std::make_unique<memory::MemoryForm>(kGridContent);
   for (const MessageAnswer answer : std::exchange(answers_, {})) form_->screen.QueueAnswer(answer);
   control_ = std::make_unique<ucRDVLineConfig>(form_->Widgets());
   control_->RemoveME = [this] { ++remove_me_count_; };
@@ -37,20 +51,17 @@ Refusal MemoryDriver::ClickAt(Twips x, Twips y, HeldKeys held) {
 }
 
 Refusal MemoryDriver::Type(std::string_view editor, TextView text) {
-  if (memory::MemoryTextBox* box = TextBox(editor)) return box->UserType(text);
+  if (auto* box = Named<memory::MemoryTextBox>(editor)) return box->UserType(text);
   return List(editor).UserType(text);
 }
 
 Refusal MemoryDriver::Paste(std::string_view editor, TextView text) {
-  if (memory::MemoryTextBox* box = TextBox(editor)) return box->UserPaste(text);
+  if (auto* box = Named<memory::MemoryTextBox>(editor)) return box->UserPaste(text);
   return List(editor).UserPaste(text);
 }
 
 Refusal MemoryDriver::Press(std::string_view button) {
-  for (memory::MemoryButton* candidate :
-       {&form_->cmdApply, &form_->cmdOK, &form_->cmdCancel, &form_->cmdShowDefaults}) {
-    if (candidate->Name() == button) return candidate->UserPress();
-  }
+  if (auto* candidate = Named<memory::MemoryButton>(button)) return candidate->UserPress();
   throw std::logic_error("unknown button");
 }
 
@@ -107,7 +118,7 @@ EditorSeen MemoryDriver::EditorState(std::string_view editor) {
     seen.width = widget.Width();
     seen.text = widget.Text();
   };
-  if (const memory::MemoryTextBox* box = TextBox(editor)) {
+  if (const auto* box = Named<memory::MemoryTextBox>(editor)) {
     look_at(*box);
   } else {
     const memory::MemoryComboBox& list = List(editor);
@@ -143,20 +154,8 @@ GeometrySeen MemoryDriver::Geometry() {
 }
 
 memory::MemoryComboBox& MemoryDriver::List(std::string_view name) {
-  for (memory::MemoryComboBox* list :
-       {&form_->cmbPartition, &form_->cmbStartingNodeName, &form_->cmbStartingNodeNumber,
-        &form_->cmbVolume, &form_->cmbModeType, &form_->cmbModeNumber, &form_->cmbNISOption,
-        &form_->cmbLineType, &form_->cmbImpedance, &form_->cmbSoftStop, &form_->cmbRDVType}) {
-    if (list->Name() == name) return *list;
-  }
+  if (auto* list = Named<memory::MemoryComboBox>(name)) return *list;
   throw std::logic_error("unknown list");
-}
-
-memory::MemoryTextBox* MemoryDriver::TextBox(std::string_view name) {
-  for (memory::MemoryTextBox* box : {&form_->txtEWTOption, &form_->txtLabel}) {
-    if (box->Name() == name) return box;
-  }
-  return nullptr;
 }
 
 }  // namespace rdv::play

@@ -58,8 +58,9 @@ class MemoryDriver : public Driver {
  private:
   memory::MemoryLineGrid& Grid() { return form_->LVRDVLineConfig; }
   memory::MemoryComboBox& List(std::string_view name);
-  // Null when the editor of that name is a drop-down list.
-  memory::MemoryTextBox* TextBox(std::string_view name);
+  // Null when no widget of that kind has the name.
+  template <class Widget>
+  Widget* Named(std::string_view name);
   void KeepMessages();
 
   std::optional<SiteFolder> site_;

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "widgets/layout.h"
+#include "rules/grid_columns.h"
 
 namespace rdv::play {
 namespace {
@@ -34,7 +34,7 @@ HostWindow::HostWindow() {
   description.lpszClassName = kWindowClass;
   RegisterClassExW(&description);  // fails, as it should, for all windows but the first
 
-  const Size size = DesignSize();
+  const Size size = DesignSize(kGridContent);
   RECT place = {0, 0, Pixels(size.width), Pixels(size.height)};
   AdjustWindowRect(&place, kWindowStyle, FALSE);
   window_ =

@@ -1,39 +1,12 @@
 #include "tools/play/win32/control_windows.h"
 
-#include <array>
 #include <cmath>
 #include <stdexcept>
 
-#include "widgets/win32/control_ids.h"
+#include "widgets/form_table.h"
 
 namespace rdv::play {
 namespace {
-
-struct NamedId {
-  std::string_view name;
-  int id;
-};
-
-constexpr std::array<NamedId, 18> kWindows = {{
-    {"LVRDVLineConfig", control_id::LVRDVLineConfig},
-    {"cmbPartition", control_id::cmbPartition},
-    {"cmbStartingNodeName", control_id::cmbStartingNodeName},
-    {"cmbStartingNodeNumber", control_id::cmbStartingNodeNumber},
-    {"cmbVolume", control_id::cmbVolume},
-    {"cmbModeType", control_id::cmbModeType},
-    {"cmbModeNumber", control_id::cmbModeNumber},
-    {"cmbNISOption", control_id::cmbNISOption},
-    {"txtEWTOption", control_id::txtEWTOption},
-    {"cmbLineType", control_id::cmbLineType},
-    {"cmbImpedance", control_id::cmbImpedance},
-    {"cmbSoftStop", control_id::cmbSoftStop},
-    {"txtLabel", control_id::txtLabel},
-    {"cmbRDVType", control_id::cmbRDVType},
-    {"cmdShowDefaults", control_id::cmdShowDefaults},
-    {"cmdOK", control_id::cmdOK},
-    {"cmdCancel", control_id::cmdCancel},
-    {"cmdApply", control_id::cmdApply},
-}};
 
 struct Search {
   int id;
@@ -66,10 +39,7 @@ HWND ControlWindows::Grid() const {
 }
 
 HWND ControlWindows::Named(std::string_view name) const {
-  for (const NamedId& window : kWindows) {
-    if (window.name == name) return WithId(window.id);
-  }
-  throw std::logic_error("unknown window");
+  return WithId(EntryOf(name).id);
 }
 
 Rectangle ControlWindows::PlaceInFrame(HWND window) const {
@@ -90,10 +60,11 @@ Refusal ControlWindows::WhyOutOfReach(HWND window) const {
 
 std::optional<std::string> ControlWindows::Focused() const {
   const HWND focus = GetFocus();
-  for (const NamedId& window : kWindows) {
+  for (const WidgetEntry& entry : kFormTable) {
+    if (entry.kind == WidgetKind::Frame) continue;
     // The text part of a list is a window of its own.
-    const HWND candidate = WithId(window.id);
-    if (focus == candidate || IsChild(candidate, focus)) return std::string(window.name);
+    const HWND candidate = WithId(entry.id);
+    if (focus == candidate || IsChild(candidate, focus)) return std::string(entry.name);
   }
   return std::nullopt;
 }
