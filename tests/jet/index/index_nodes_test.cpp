@@ -138,7 +138,9 @@ TEST_F(IndexNodes, AChainOfNodesDeeperThanAnyTreeIsFoundAndNotFollowed) {
     }
     ASSERT_TRUE(StoreIndexPage(context, table.Page(), table.indexes[0].root, root));
     pager.Commit();
+    pager.BeginRead();
     const CheckReport report = CheckFile(file);
+    pager.EndRead();
     const auto index = std::ranges::find(report.findings, FindingKind::Index, &Finding::kind);
     ASSERT_NE(index, report.findings.end());
     EXPECT_NE(index->text.find(u"endless"), Text::npos) << ToUtf8(index->text);
