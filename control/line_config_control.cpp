@@ -20,9 +20,13 @@
 namespace rdv {
 namespace {
 
+// The list of line types first, the others in the order of the form.
 void SetComboDropWidths(const Form& form) {
+  form.cmbLineType.SetDropDownWidth(EntryOf("cmbLineType").drop_down_width);
   ForEachWidget(form, []<class Widget>(Widget& widget, const WidgetEntry& entry) {
-    if constexpr (std::is_same_v<Widget, ComboBox>) widget.SetDropDownWidth(entry.drop_down_width);
+    if constexpr (std::is_same_v<Widget, ComboBox>) {
+      if (entry.id != control_id::cmbLineType) widget.SetDropDownWidth(entry.drop_down_width);
+    }
   });
 }
 
