@@ -263,7 +263,7 @@ void FormWindow::MakeAnew(HWND parent) {
 FormWindow::~FormWindow() {
   Forms().RemoveAllOf(this);
   if (IsWindow(window_)) ForgetNames();
-  SetWindowLongPtrW(window_, GWLP_USERDATA, 0);
+  Forms().RemoveAllOf(this);
   widgets_.LVRDVLineConfig.Unhook();
   if (background_) DeleteObject(background_);
 }
