@@ -510,7 +510,8 @@ void Pager::Close() {
   }
   Quietly([this] {
     if (!began_writing_ || !lock_->AcquireExclusive()) return;
-    transaction_->Log().RemoveRemains();
+    // Each for itself: what bears the journal's name may be nothing that is opened.
+    Quietly([this] { transaction_->Log().RemoveRemains(); });
     user_file_->RemoveIfEmpty(*file_);
   });
   lock_.reset();
