@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that the named purposes need, and nothing when all are there.
-#   scripts/install-packages.sh PURPOSE...     purposes: build test run lint package bench
+#   scripts/install-packages.sh PURPOSE...     purposes: build test run lint package bench newer-wine
 #   native, for the native tests alone
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 answer_help "$@"
@@ -38,6 +38,7 @@ chromium-headless-shell test          looks at the page of rdvlines report
 imagemagick          test,run             takes the pictures and measures them
 nsis                 test,package         makes the Windows installer
 zip                  package              makes the archive
+debootstrap          newer-wine           makes a root folder with the next release
 pkg-config           bench                finds the libraries below
 libbenchmark-dev     bench                measures
 mdbtools-dev         bench                a yardstick for reading
@@ -65,7 +66,7 @@ missing() {
   done
 }
 
-[ $# -gt 0 ] || die "name a purpose: build test run lint package bench"
+[ $# -gt 0 ] || die "name a purpose: build test run lint package bench newer-wine"
 command -v dpkg-query >/dev/null || die "only Debian and its relatives are known here"
 mapfile -t packages < <(missing "$@")
 [ ${#packages[@]} -gt 0 ] || exit 0

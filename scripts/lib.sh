@@ -32,6 +32,15 @@ as_root() {
   fi
 }
 
+# The name of the Debian release that this machine runs.
+this_release() { (. /etc/os-release && printf '%s' "${VERSION_CODENAME:-}"); }
+
+# The archive that apt takes this very release from, as its own sources say; other releases lie beside it.
+debian_archive() {
+  apt-get indextargets --format '$(ORIGIN) $(CODENAME) $(REPO_URI)' 'Created-By: Packages' |
+    awk -v release="$(this_release)" '$1 == "Debian" && $2 == release && !found { found = $3 } END { print found }'
+}
+
 # Runs a command and shows its output only when it fails, or when RDV_VERBOSE is set.
 quietly() {
   if [ -n "${RDV_VERBOSE:-}" ]; then

@@ -102,11 +102,12 @@ lay_out_site() {
 }
 
 readonly WINDOWS=$RDV_OUT/build/win64/tests/delivery/windows/rdvwindows.exe
-readonly LOCATE=$RDV_OUT/build/win64/tools/locate/rdvlocate.exe
 
 # See the programs themselves.
 windows() { run_windows "$WINDOWS" "$@" | tr -d '\r'; }
-locate() { run_windows "$LOCATE" "$@" | tr -d '\r'; }
+# A list view is asked in memory of its own program, as programs of its own word size lay things out.
+locator() { printf '%s' "$RDV_OUT/build/win${BITS:-64}/tools/locate/rdvlocate.exe"; }
+locate() { run_windows "$(locator)" "$@" | tr -d '\r'; }
 
 # component BITS, regsvr32 BITS [ARG...]: the library of one word size, and its registering program.
 component() { windows_path "$RDV_OUT/win$1/TLV_RDV_Line_Config.dll"; }
