@@ -61,6 +61,7 @@ class Registration : public OleTest {
  protected:
   void SetUp() override {
     ASSERT_NO_FATAL_FAILURE(OleTest::SetUp());
+    if (!MachineIsOpen()) GTEST_SKIP() << kMachineIsClosed;
     library_.Unregister();
   }
   void TearDown() override {
@@ -70,6 +71,18 @@ class Registration : public OleTest {
   }
   Library library_;
 };
+
+// The machine's rights for an account that is not elevated, as this test program itself meets them.
+using OpenKey = LSTATUS WINAPI(HKEY, LPCWSTR, DWORD, REGSAM, PHKEY);
+LSTATUS WINAPI OpenToReadOnly(HKEY root, LPCWSTR path, DWORD options, REGSAM access, PHKEY key) {
+  if (root == HKEY_LOCAL_MACHINE && (access & KEY_SET_VALUE) != 0) return ERROR_ACCESS_DENIED;
+  return ImportPatch<OpenKey>::original(root, path, options, access, key);
+}
+
+TEST(RightsToTheMachine, AreSeenBeforeATestNeedsThem) {
+  const ImportPatch<OpenKey> limited(GetModuleHandleW(nullptr), "RegOpenKeyExW", &OpenToReadOnly);
+  EXPECT_FALSE(MachineIsOpen());
+}
 
 TEST_F(Registration, LeavesNoKeyBehindWhenUndone) {
   const auto before = Snapshot();

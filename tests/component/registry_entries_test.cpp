@@ -50,6 +50,7 @@ class RegistryEntries : public OleTest {
  protected:
   void SetUp() override {
     ASSERT_NO_FATAL_FAILURE(OleTest::SetUp());
+    if (!MachineIsOpen()) GTEST_SKIP() << kMachineIsClosed;
     library_.Unregister();
     HKEY classes = nullptr;
     // Every user of Windows has it; those of other systems once something is registered for them.

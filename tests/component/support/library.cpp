@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "component/com/identifiers.h"
+#include "tools/play/win32/box_buttons.h"
 
 namespace rdv::test {
 namespace {
@@ -80,10 +81,10 @@ LRESULT CALLBACK BoxWatch::OnWindow(int code, WPARAM wparam, LPARAM lparam) {
     if (lstrcmpW(name, L"#32770") == 0) {
       if (BoxAnswerer::current_) {
         BoxAnswerer::current_->texts_.push_back(BoxText(window));
-        PostMessageW(window, WM_COMMAND, IDOK, 0);
+        play::PressInBox(window, IDOK);
       } else {
         ADD_FAILURE() << "an unexpected message box: " << Narrow(BoxText(window));
-        PostMessageW(window, WM_COMMAND, IDCANCEL, 0);
+        play::PressInBox(window, IDCANCEL);
       }
     }
   }

@@ -78,6 +78,13 @@ std::string Difference(const RegistryText& before, const RegistryText& now) {
   return difference;
 }
 
+bool MachineIsOpen() {
+  HKEY key = nullptr;
+  if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kClasses, 0, KEY_READ | KEY_WRITE, &key)) return false;
+  RegCloseKey(key);
+  return true;
+}
+
 RegistryText ReadMachinesClasses() {
   RegistryText all;
   for (const REGSAM view : {REGSAM{KEY_WOW64_64KEY}, REGSAM{KEY_WOW64_32KEY}}) {

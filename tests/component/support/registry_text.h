@@ -20,6 +20,11 @@ std::string Difference(const RegistryText& before, const RegistryText& now);
 
 inline constexpr const wchar_t* kClasses = L"Software\\Classes";
 
+// Whether this process may register for the machine. On Windows only elevated ones may.
+bool MachineIsOpen();
+inline constexpr const char* kMachineIsClosed =
+    "the machine's part of the registry is closed to this user; tried when run elevated";
+
 // The machine's classes are many: the keys that a registration adds to are read, in both word
 // sizes.
 RegistryText ReadMachinesClasses();

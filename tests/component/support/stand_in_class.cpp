@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/component/support/registry_text.h"
+
 namespace rdv::test {
 namespace {
 
@@ -19,9 +21,10 @@ constexpr SYSKIND kSystem = SYS_WIN32;
 }  // namespace
 
 StandInClass::StandInClass(const wchar_t* name, const std::vector<StandInMethod>& methods)
-    : key_(std::wstring(L"Software\\Classes\\") + name) {
-  EXPECT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, (key_ + L"\\CLSID").c_str(), nullptr, REG_SZ,
-                            kStandInText, sizeof kStandInText),
+    : root_(MachineIsOpen() ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER),
+      key_(std::wstring(kClasses) + L"\\" + name) {
+  EXPECT_EQ(RegSetKeyValueW(root_, (key_ + L"\\CLSID").c_str(), nullptr, REG_SZ, kStandInText,
+                            sizeof kStandInText),
             ERROR_SUCCESS);
   Describe(methods);
   EXPECT_EQ(CoRegisterClassObject(kStandIn, static_cast<IClassFactory*>(this), CLSCTX_INPROC_SERVER,
@@ -31,7 +34,7 @@ StandInClass::StandInClass(const wchar_t* name, const std::vector<StandInMethod>
 
 StandInClass::~StandInClass() {
   CoRevokeClassObject(registered_);
-  RegDeleteTreeW(HKEY_LOCAL_MACHINE, key_.c_str());
+  RegDeleteTreeW(root_, key_.c_str());
 }
 
 void StandInClass::Describe(const std::vector<StandInMethod>& methods) {

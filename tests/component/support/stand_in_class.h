@@ -45,6 +45,7 @@ class StandInClass final : public IClassFactory, public IDispatch {
  private:
   void Describe(const std::vector<StandInMethod>& methods);
 
+  const HKEY root_;
   const std::wstring key_;
   std::vector<std::wstring> names_;  // of the methods, whose numbers count from 1
   ComPointer<ITypeInfo> description_;

@@ -5,7 +5,7 @@
 //   rdvwindows type CLASS ID TEXT    puts a text into one of its fields
 //   rdvwindows press CLASS ID        presses one of its buttons, and does not wait
 //   rdvwindows box             the text of the message box that is open
-//   rdvwindows answer          presses the box's default button
+//   rdvwindows answer          presses the box's OK, or its only button
 //
 // A line of "list" is "ID CLASS LEFT TOP WIDTH HEIGHT SHOWN" in pixels of the screen, SHOWN 0 or 1;
 // the window itself comes first. After a list view follow "row ID HEIGHT", the height of its first
@@ -19,6 +19,8 @@
 #include <cstdlib>
 #include <cwchar>
 #include <iterator>
+
+#include "tools/play/win32/box_buttons.h"
 
 namespace {
 
@@ -72,7 +74,10 @@ int Run(int count, wchar_t** arguments) {
     return kDone;
   }
   if (is(L"close", 3)) return PostMessageW(window, WM_CLOSE, 0, 0) ? kDone : kNoWindow;
-  if (is(L"answer", 2)) return PostMessageW(window, WM_COMMAND, IDOK, 0) ? kDone : kNoWindow;
+  if (is(L"answer", 2)) {
+    rdv::play::PressInBox(window, IDOK);
+    return kDone;
+  }
   if (is(L"box", 2)) {
     wchar_t text[1024] = {};
     GetDlgItemTextW(window, 0xFFFF, text, static_cast<int>(std::size(text)));

@@ -11,13 +11,6 @@ constexpr const wchar_t* kWindowClass = L"rdvplay.Host";
 constexpr const wchar_t* kControlName = L"TLV_RDV_Line_Config.ucRDVLineConfig";
 constexpr DWORD kWindowStyle = WS_OVERLAPPED | WS_CAPTION | WS_SYSMENU | WS_CLIPCHILDREN;
 
-// Where the keyboard was when the window was left, for instance for a message box.
-HWND focus_before = nullptr;
-
-bool TakesFocus(HWND window) {
-  return IsWindow(window) && IsWindowVisible(window) && IsWindowEnabled(window);
-}
-
 int Pixels(Twips length) {
   return static_cast<int>(std::lround(length / kTwipsPerPixel));
 }
@@ -27,7 +20,7 @@ int Pixels(Twips length) {
 HostWindow::HostWindow() {
   WNDCLASSEXW description = {};
   description.cbSize = sizeof description;
-  description.lpfnWndProc = &Procedure;
+  description.lpfnWndProc = &DefWindowProcW;  // the focus after a box is the control's own affair
   description.hInstance = GetModuleHandleW(nullptr);
   description.hCursor = LoadCursorW(nullptr, IDC_ARROW);
   description.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
@@ -41,30 +34,8 @@ HostWindow::HostWindow() {
       CreateWindowExW(0, kWindowClass, kHostTitle, kWindowStyle, 0, 0, place.right - place.left,
                       place.bottom - place.top, nullptr, nullptr, description.hInstance, nullptr);
   if (!window_) throw std::runtime_error("the host's window cannot be created");
-  focus_before = nullptr;
   ShowWindow(window_, SW_SHOW);
   SetActiveWindow(window_);
-}
-
-// As hosts do, gives the keyboard back to where it was when the window becomes active again.
-LRESULT CALLBACK HostWindow::Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
-  switch (message) {
-    case WM_ACTIVATE:
-      if (LOWORD(wparam) == WA_INACTIVE) {
-        focus_before = GetFocus();
-        return 0;
-      }
-      break;
-    case WM_SETFOCUS:
-      if (focus_before != window && IsChild(window, focus_before) && TakesFocus(focus_before)) {
-        SetFocus(focus_before);
-      }
-      focus_before = nullptr;
-      return 0;
-    default:
-      break;
-  }
-  return DefWindowProcW(window, message, wparam, lparam);
 }
 
 Container::Container(std::function<void()> on_remove_me) : site_(window_.Handle()) {

@@ -23,8 +23,6 @@ class HostWindow {
   HWND Handle() const { return window_; }
 
  private:
-  static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
-
   HWND window_;
 };
 

@@ -1,8 +1,11 @@
 #include "tools/play/win32/message_watch.h"
 
 #include <array>
+#include <cstdlib>
+#include <optional>
 #include <utility>
 
+#include "tools/play/win32/box_buttons.h"
 #include "tools/play/win32/container.h"
 #include "tools/play/win32/window_text.h"
 
@@ -42,15 +45,63 @@ int ButtonsStyle(HWND box) {
   return HasButton(box, IDCANCEL) && HasButton(box, IDOK) ? MB_OKCANCEL : MB_OK;
 }
 
+// Three colours of every pixel on white, in one size for all.
+using Picture = std::vector<int>;
+
+std::optional<Picture> PictureOf(HICON icon) {
+  constexpr int kSide = 32;
+  BITMAPINFO description = {};
+  description.bmiHeader = {sizeof(BITMAPINFOHEADER), kSide, kSide, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+  const HDC context = CreateCompatibleDC(nullptr);
+  void* pixels = nullptr;
+  const HBITMAP bitmap =
+      CreateDIBSection(context, &description, DIB_RGB_COLORS, &pixels, nullptr, 0);
+  std::optional<Picture> picture;
+  if (bitmap) {
+    const HGDIOBJ before = SelectObject(context, bitmap);
+    PatBlt(context, 0, 0, kSide, kSide, WHITENESS);
+    if (DrawIconEx(context, 0, 0, icon, kSide, kSide, 0, nullptr, DI_NORMAL)) {
+      GdiFlush();
+      picture.emplace();
+      const auto* bytes = static_cast<const BYTE*>(pixels);
+      for (int index = 0; index < kSide * kSide * 4; ++index) {
+        if (index % 4 != 3) picture->push_back(bytes[index]);
+      }
+    }
+    SelectObject(context, before);
+    DeleteObject(bitmap);
+  }
+  DeleteDC(context);
+  return picture;
+}
+
+long Difference(const Picture& left, const Picture& right) {
+  long sum = 0;
+  for (size_t index = 0; index < left.size(); ++index) sum += std::abs(left[index] - right[index]);
+  return sum;
+}
+
+// A box may show a copy of the system's icon, and of another size: it is that of the four which it
+// looks most like.
 int IconStyle(HICON icon) {
+  if (!icon) return 0;
   const std::array<std::pair<LPCWSTR, int>, 4> icons = {{{IDI_HAND, MB_ICONHAND},
                                                          {IDI_QUESTION, MB_ICONQUESTION},
                                                          {IDI_EXCLAMATION, MB_ICONEXCLAMATION},
                                                          {IDI_ASTERISK, MB_ICONASTERISK}}};
-  for (const auto& [name, style] : icons) {
-    if (icon && icon == LoadIconW(nullptr, name)) return style;
+  const std::optional<Picture> shown = PictureOf(icon);
+  int style = 0;
+  long least = 0;
+  for (const auto& [name, each] : icons) {
+    const std::optional<Picture> known = PictureOf(LoadIconW(nullptr, name));
+    if (!shown || !known) return 0;
+    const long difference = Difference(*shown, *known);
+    if (style == 0 || difference < least) {
+      style = each;
+      least = difference;
+    }
   }
-  return 0;
+  return style;
 }
 
 }  // namespace
@@ -96,7 +147,7 @@ void MessageWatch::OnBox(HWND box) {
   if (title != FromWide(kHostTitle)) seen.title = title;
   seen.style = buttons | IconStyle(parts.icon);
   seen.answer = NameOf(answer);
-  PostMessageW(box, WM_COMMAND, static_cast<WPARAM>(answer), 0);
+  PressInBox(box, static_cast<int>(answer));
 }
 
 }  // namespace rdv::play
