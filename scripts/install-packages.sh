@@ -17,7 +17,8 @@ libclang-rt-14-dev   build,native         its sanitizers
 mingw-w64-tools      build                widl makes the type library
 libcli11-dev         build,native         reads the arguments of the tools; headers only, for every system
 nlohmann-json3-dev   build,native         reads and writes JSON in tools and tests; headers only likewise
-googletest           build,native         the sources of the test framework, built for each system
+libgmock-dev         build,native         the test framework for Linux
+googletest           build                its sources, built for Windows
 python3              test,lint            runs scripts/mutate, and parses the example in Python
 mono-mcs             test                 compiles the example in C#
 libmono-system-windows-forms4.0-cil test  with the forms that it uses
