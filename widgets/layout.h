@@ -25,10 +25,23 @@ struct GridContent {
 
 Size DesignSize(const GridContent& content);
 
+// What the texts of the form need in its font. Nothing is made smaller than the design has it.
+struct TextSizes {
+  Twips line = 0;      // the height of a line
+  Twips captions = 0;  // the width of the longest caption of the three buttons below
+  Twips restore = 0;   // that of cmdShowDefaults
+
+  Twips EditorHeight() const;
+  Twips GridRowHeight() const;
+  Twips GridHeaderHeight() const;
+
+  bool operator==(const TextSizes&) const = default;
+};
+
 // Frames and grid grow with the control; the buttons keep their size and stay at the right edge
 // below the frames. In a lower control than that of the design size the grid shows fewer rows and
 // scrolls; less than three rows, or a part of its columns, it never has: then the layout is cut
-// off. Editors are placed over cells by the control; only their height is fixed. The grid's
+// off. Editors are placed over cells by the control; their height is that of the font. The grid's
 // rectangle and the editors share one coordinate system, that of fraConfiguration's content; the
 // widgets of fraDefault are likewise relative to it.
 struct FormLayout {
@@ -42,14 +55,15 @@ struct FormLayout {
   Rectangle cmdApply;
 };
 
-FormLayout LayOut(Size size, const GridContent& content);
+FormLayout LayOut(Size size, const GridContent& content, const TextSizes& texts = {});
 
+// As the design has them; in a larger font they grow (TextSizes).
 inline constexpr Twips kEditorHeight = 315;
+inline constexpr Twips kGridHeaderHeight = 360;
+inline constexpr Twips kGridRowHeight = 375;
 // How far below the top of its row an editor is placed.
 inline constexpr Twips kEditorTopOffset = 50;
-inline constexpr Twips kGridHeaderHeight = 360;
 // An open editor hides nothing of the row below.
-inline constexpr Twips kGridRowHeight = 375;
 static_assert(kEditorTopOffset + kEditorHeight <= kGridRowHeight);
 inline constexpr Twips kTwipsPerPixel = 15;  // at 96 dots per inch
 

@@ -53,6 +53,28 @@ TEST_F(LastingWindows, AreDestroyedByCloseAndComeBackWithAllThatTheUserHasDone) 
   ExpectAllIsThere();
 }
 
+TEST_F(LastingWindows, ComeBackScrolledAsTheyWere) {
+  placed_->container.place = {0, 0, 800, 330};
+  PlaceAndLoad();
+  // As the user has drawn it.
+  HDITEMW wide = {};
+  wide.mask = HDI_WIDTH;
+  wide.cxy = 900;
+  SendMessageW(reinterpret_cast<HWND>(SendMessageW(Grid(), LVM_GETHEADER, 0, 0)), HDM_SETITEMW,
+               column::kLabel - 1, reinterpret_cast<LPARAM>(&wide));
+  RECT row = {LVIR_BOUNDS, 0, 0, 0};
+  SendMessageW(Grid(), LVM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&row));
+  SendMessageW(Grid(), LVM_SCROLL, 40, 3 * (row.bottom - row.top));
+  const LRESULT top = SendMessageW(Grid(), LVM_GETTOPINDEX, 0, 0);
+  const int left = GetScrollPos(Grid(), SB_HORZ);
+  ASSERT_EQ(top, 3);
+  ASSERT_GT(left, 0);
+  ASSERT_EQ(placed_->object->Close(OLECLOSE_NOSAVE), S_OK);
+  ASSERT_EQ(placed_->Verb(OLEIVERB_UIACTIVATE), S_OK);
+  EXPECT_EQ(SendMessageW(Grid(), LVM_GETTOPINDEX, 0, 0), top);
+  EXPECT_EQ(GetScrollPos(Grid(), SB_HORZ), left);
+}
+
 TEST_F(LastingWindows, ComeBackWhereTheContainerHasDestroyedThemWithItsOwn) {
   placed_->container.place_in =
       CreateWindowExW(0, L"STATIC", L"", WS_CHILD | WS_VISIBLE, 0, 0, 1300, 500,

@@ -211,6 +211,32 @@ TEST_F(Resolution, LeavesTypedTextInTheMiddle) {
   }
 }
 
+// The text part is lower than its box: nobody else paints the strips above and below it.
+TEST_F(Resolution, LeavesNoGapsAroundTypedText) {
+  if (!CanPaint()) GTEST_SKIP() << "nothing is painted here";
+  COMBOBOXINFO parts = {};
+  parts.cbSize = sizeof parts;
+  const HWND box = placed_->Child(control_id::cmbRDVType);
+  ASSERT_TRUE(GetComboBoxInfo(box, &parts));
+  const RECT& area = parts.rcItem;
+  RECT text = {};
+  GetWindowRect(parts.hwndItem, &text);
+  MapWindowPoints(nullptr, box, reinterpret_cast<POINT*>(&text), 2);
+  ASSERT_LT(area.top, text.top);
+  const HDC context = GetDC(box);
+  PatBlt(context, area.left, area.top, area.right - area.left, area.bottom - area.top, BLACKNESS);
+  RedrawWindow(box, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW);
+  int gaps = 0;
+  for (int y = area.top; y < area.bottom; ++y) {
+    if (y >= text.top && y < text.bottom) continue;
+    for (int x = area.left; x < area.right; ++x) {
+      if (GetPixel(context, x, y) != GetSysColor(COLOR_WINDOW)) ++gaps;
+    }
+  }
+  ReleaseDC(box, context);
+  EXPECT_EQ(gaps, 0);
+}
+
 TEST_F(Resolution, LeavesNoTraceWhenItComesBack) {
   for (const int dots : {kLarge, 120, 192, kUsual}) {
     screens_.Set(dots);

@@ -83,6 +83,37 @@ TEST_F(UserHands, ATextBoxOpensWithItsTextSelected) {
   EXPECT_EQ(Text(row_, column::kEWTOption), L"5");
 }
 
+// A platform that takes the selection of a list off only when its owner has heard of what was
+// typed.
+LRESULT CALLBACK TakeSelectionOffLate(HWND owner, UINT message, WPARAM wparam, LPARAM lparam,
+                                      UINT_PTR /*id*/, DWORD_PTR list) {
+  const LRESULT result = DefSubclassProc(owner, message, wparam, lparam);
+  if (message == WM_COMMAND && HIWORD(wparam) == CBN_EDITCHANGE)
+    SendMessageW(reinterpret_cast<HWND>(list), LB_SETCURSEL, static_cast<WPARAM>(-1), 0);
+  return result;
+}
+
+TEST_F(UserHands, TypingWhatIsShownKeepsTheEntryWheneverThePlatformTakesItOff) {
+  PlaceAndLoad();
+  Open(control_id::cmbStartingNodeNumber);
+  const HWND list = placed_->Child(control_id::cmbStartingNodeNumber);
+  COMBOBOXINFO parts = {};
+  parts.cbSize = sizeof parts;
+  if (!GetComboBoxInfo(list, &parts)) GTEST_SKIP() << "lists are stand-ins here";
+  SendMessageW(list, CB_SETCURSEL, 0, 0);
+  SendMessageW(GetParent(list), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(list), CBN_SELENDOK),
+               reinterpret_cast<LPARAM>(list));
+  wchar_t text[16] = L"";
+  GetWindowTextW(list, text, 16);
+  ASSERT_STRNE(text, L"");
+  SetWindowSubclass(GetParent(list), &TakeSelectionOffLate, 1,
+                    reinterpret_cast<DWORD_PTR>(parts.hwndList));
+  SendMessageW(parts.hwndItem, EM_SETSEL, 0, -1);
+  for (const wchar_t* unit = text; *unit; ++unit) SendMessageW(parts.hwndItem, WM_CHAR, *unit, 1);
+  EXPECT_EQ(SendMessageW(list, CB_GETCURSEL, 0, 0), 0);
+  RemoveWindowSubclass(GetParent(list), &TakeSelectionOffLate, 1);
+}
+
 TEST_F(UserHands, EscWhileEditingBringsTheCellsBack) {
   Open(control_id::cmbSoftStop);
   const auto before = AllTexts();

@@ -208,5 +208,42 @@ TEST_F(FormTest, TheGridOfTheLowestFormHasThreeRows) {
   EXPECT_LT(LayOut({0, 0}, kContent).grid.height, kGridHeaderHeight + 4 * kGridRowHeight);
 }
 
+// The fonts that the systems come with.
+TEST_F(FormTest, TextsOfTheUsualSizeLeaveTheDesignAsItIs) {
+  const FormLayout usual =
+      LayOut(DesignSize(kContent), kContent, {.line = 225, .captions = 700, .restore = 1200});
+  const FormLayout design = LayOut(DesignSize(kContent), kContent);
+  EXPECT_EQ(usual.grid.top, design.grid.top);
+  EXPECT_EQ(usual.grid.height, design.grid.height);
+  EXPECT_EQ(usual.cmdOK.width, design.cmdOK.width);
+  EXPECT_EQ(usual.cmdOK.height, design.cmdOK.height);
+  EXPECT_EQ(usual.cmdShowDefaults.width, design.cmdShowDefaults.width);
+  EXPECT_EQ(TextSizes{.line = 225}.EditorHeight(), kEditorHeight);
+  EXPECT_EQ(TextSizes{.line = 225}.GridRowHeight(), kGridRowHeight);
+  EXPECT_EQ(TextSizes{.line = 225}.GridHeaderHeight(), kGridHeaderHeight);
+}
+
+TEST_F(FormTest, LargeTextsAreGivenTheRoomThatTheyNeed) {
+  const TextSizes texts = {.line = 600, .captions = 2000, .restore = 3000};
+  const FormLayout layout = LayOut(DesignSize(kContent), kContent, texts);
+  EXPECT_GE(layout.grid.top, texts.line);
+  EXPECT_GT(layout.cmdCancel.height, texts.line);
+  EXPECT_GT(layout.cmdCancel.width, texts.captions);
+  EXPECT_GT(layout.cmdShowDefaults.height, texts.line);
+  EXPECT_GT(layout.cmdShowDefaults.width, texts.restore);
+  EXPECT_GE(layout.cmdShowDefaults.top, texts.line);
+  EXPECT_GT(layout.cmbRDVType.height, texts.line);
+  EXPECT_GT(texts.GridHeaderHeight(), texts.line);
+  EXPECT_GE(texts.GridRowHeight(), kEditorTopOffset + texts.EditorHeight());
+  EXPECT_GE(layout.grid.height, texts.GridHeaderHeight() + 3 * texts.GridRowHeight());
+  // One below the other, and one beside the other.
+  EXPECT_LT(layout.fraConfiguration.top + layout.fraConfiguration.height, layout.fraDefault.top);
+  EXPECT_LT(layout.cmdShowDefaults.top + layout.cmdShowDefaults.height, layout.fraDefault.height);
+  EXPECT_LT(layout.cmbRDVType.top + layout.cmbRDVType.height, layout.fraDefault.height);
+  EXPECT_LT(layout.fraDefault.top + layout.fraDefault.height, layout.cmdOK.top);
+  EXPECT_LT(layout.cmdOK.left + layout.cmdOK.width, layout.cmdCancel.left);
+  EXPECT_LT(layout.cmdCancel.left + layout.cmdCancel.width, layout.cmdApply.left);
+}
+
 }  // namespace
 }  // namespace rdv::memory

@@ -40,6 +40,12 @@ LRESULT CALLBACK ComboBoxWindow::Procedure(HWND window, UINT message, WPARAM wpa
   if (message == CB_SETDROPPEDWIDTH && result != CB_ERR && wparam <= INT16_MAX) {
     list->drop_down_width_ = static_cast<LRESULT>(wparam);
   }
+  // The platform may take the selection off before it tells of what was typed, or after.
+  if (message == WM_COMMAND && HIWORD(wparam) == EN_CHANGE) {
+    // What was typed may have ended the form.
+    list = static_cast<ComboBoxWindow*>(TargetOf(window));
+    if (list && !list->setting_) list->SelectInPlatform();
+  }
   return result;
 }
 
@@ -106,9 +112,9 @@ void ComboBoxWindow::SetVisible(bool visible) {
 }
 
 // The width of the open list is in pixels of the window's resolution.
-void ComboBoxWindow::SetScale(Scale scale) {
+void ComboBoxWindow::SetScale(Scale scale, Twips height) {
   const bool changes = scale != CurrentScale();
-  EditorWindow::SetScale(scale);
+  EditorWindow::SetScale(scale, height);
   if (changes && wished_width_ != 0) ApplyDropDownWidth();
 }
 
@@ -306,19 +312,21 @@ void ComboBoxWindow::OnPicked() {
   Notify(on_click);
 }
 
+// Set directly in the list: the combo box's own message would replace the text being typed.
+void ComboBoxWindow::SelectInPlatform() const {
+  COMBOBOXINFO parts = {};
+  parts.cbSize = sizeof parts;
+  if (GetComboBoxInfo(Handle(), &parts)) {
+    SendMessageW(parts.hwndList, LB_SETCURSEL, static_cast<WPARAM>(list_index_), 0);
+  }
+}
+
 void ComboBoxWindow::OnTyped() {
   rdv::Text text = WindowText(Handle());
   const bool changes = text != known_text_;
   if (changes) {
     known_text_ = std::move(text);
     list_index_ = -1;
-  }
-  // Typing may have taken the selection off by itself, also when it left the text as it was. Set
-  // directly in the list: the combo box's own message would replace the text being typed.
-  COMBOBOXINFO parts = {};
-  parts.cbSize = sizeof parts;
-  if (GetComboBoxInfo(Handle(), &parts)) {
-    SendMessageW(parts.hwndList, LB_SETCURSEL, static_cast<WPARAM>(list_index_), 0);
   }
   if (changes) Notify(on_change);
 }

@@ -18,7 +18,7 @@ class ComboBoxWindow : public EditorWindow<ComboBox> {
   bool DroppedDown() const;
 
   void SetVisible(bool visible) override;
-  void SetScale(Scale scale);
+  void SetScale(Scale scale, Twips height = kEditorHeight);
 
   rdv::Text Text() const override;
   // Where no text is typed, selects the entry of that text; without one nothing changes.
@@ -59,6 +59,7 @@ class ComboBoxWindow : public EditorWindow<ComboBox> {
   int PlatformIndex() const;
   void OnPicked();
   void OnTyped();
+  void SelectInPlatform() const;
 
   struct Entry {
     rdv::Text caption;

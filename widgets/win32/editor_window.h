@@ -33,8 +33,10 @@ class EditorWindow : public WindowWidget<Contract> {
     WindowWidget<Contract>::SetVisible(visible);
   }
 
-  void SetScale(Scale scale) {
+  // The resolution of the window's screen, and the height of an editor in the form's font.
+  void SetScale(Scale scale, Twips height = kEditorHeight) {
     scale_ = scale;
+    height_ = height;
     Place();
   }
 
@@ -46,14 +48,13 @@ class EditorWindow : public WindowWidget<Contract> {
   virtual void PlaceAt(const RECT& place) { MoveTo(this->Handle(), place); }
 
  private:
-  void Place() {
-    PlaceAt(scale_.Pixels(Rectangle{left_, top_, std::max(width_, 0.0), kEditorHeight}));
-  }
+  void Place() { PlaceAt(scale_.Pixels(Rectangle{left_, top_, std::max(width_, 0.0), height_})); }
 
   Scale scale_{96};
   Twips left_ = 0;
   Twips top_ = 0;
   Twips width_ = 0;
+  Twips height_ = kEditorHeight;
 };
 
 // The text of a window.

@@ -38,4 +38,14 @@ Font MakeSystemFont(Scale scale) {
   return Font(CreateFontIndirectW(&font));
 }
 
+SIZE TextExtent(HFONT font, std::wstring_view text) {
+  SIZE extent = {};
+  const HDC screen = GetDC(nullptr);
+  const HGDIOBJ before = SelectObject(screen, font);
+  GetTextExtentPoint32W(screen, text.data(), static_cast<int>(text.size()), &extent);
+  SelectObject(screen, before);
+  ReleaseDC(nullptr, screen);
+  return extent;
+}
+
 }  // namespace rdv::win32

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
 #include "widgets/win32/platform.h"
@@ -29,5 +30,8 @@ Font MakeFont(const FontDescription& description, Scale scale);
 
 // That of the system's message boxes.
 Font MakeSystemFont(Scale scale);
+
+// In pixels; nothing where nothing is painted.
+SIZE TextExtent(HFONT font, std::wstring_view text);
 
 }  // namespace rdv::win32

@@ -19,6 +19,10 @@ COLORREF Now(const std::optional<WishedColor>& wished, int system_element) {
   return wished ? wished->Now() : GetSysColor(system_element);
 }
 
+const wchar_t* Caption(std::string_view widget) {
+  return WideLiteral(EntryOf(widget).text);
+}
+
 class Picture {
  public:
   Picture(HDC context, const RECT& area, Size size, const Appearance& appearance)
@@ -40,6 +44,16 @@ class Picture {
   ~Picture() { RestoreDC(context_, saved_); }
   Picture(const Picture&) = delete;
   Picture& operator=(const Picture&) = delete;
+
+  TextSizes Texts() const {
+    const auto width = [this](std::wstring_view text) {
+      return Extent(text).cx / std::abs(horizontal_);
+    };
+    return {.line = Extent(L"X").cy / std::abs(vertical_),
+            .captions = std::max(
+                {width(Caption("cmdOK")), width(Caption("cmdCancel")), width(Caption("cmdApply"))}),
+            .restore = width(Caption("cmdShowDefaults"))};
+  }
 
   void Fill(const Rectangle& place, COLORREF color) {
     const RECT pixels = Pixels(place);
@@ -64,11 +78,10 @@ class Picture {
   }
 
   void Frame(const Rectangle& place, const wchar_t* caption, COLORREF background) {
-    const Twips half = kCaptionIndent;
-    Outline({place.left, place.top + half, place.width, place.height - half});
     const std::wstring_view text = caption;
-    SIZE extent = {};
-    GetTextExtentPoint32W(context_, text.data(), static_cast<int>(text.size()), &extent);
+    const SIZE extent = Extent(text);
+    const Twips half = std::max(kCaptionIndent, extent.cy / std::abs(vertical_) / 2);
+    Outline({place.left, place.top + half, place.width, place.height - half});
     const Twips width = extent.cx / std::abs(horizontal_);
     const Rectangle label = {place.left + kCaptionIndent, place.top, width, 2 * half};
     Fill(label, background);
@@ -82,6 +95,12 @@ class Picture {
   }
 
  private:
+  SIZE Extent(std::wstring_view text) const {
+    SIZE extent = {};
+    GetTextExtentPoint32W(context_, text.data(), static_cast<int>(text.size()), &extent);
+    return extent;
+  }
+
   RECT Pixels(const Rectangle& place) const {
     const auto x = [&](Twips at) { return area_.left + std::lround(at * horizontal_); };
     const auto y = [&](Twips at) { return area_.top + std::lround(at * vertical_); };
@@ -97,10 +116,6 @@ class Picture {
   Font font_;
 };
 
-const wchar_t* Caption(std::string_view widget) {
-  return WideLiteral(EntryOf(widget).text);
-}
-
 Rectangle Inside(const Rectangle& outer, const Rectangle& inner) {
   return {outer.left + inner.left, outer.top + inner.top, inner.width, inner.height};
 }
@@ -111,15 +126,17 @@ void DrawForm(HDC context, const RECT& area, SIZEL extent, const Appearance& app
               const GridContent& content) {
   const Size size = {std::max(1.0, static_cast<double>(extent.cx) * kTwipsPerHimetric),
                      std::max(1.0, static_cast<double>(extent.cy) * kTwipsPerHimetric)};
-  const FormLayout layout = LayOut(size, content);
   const COLORREF background = Now(appearance.background, COLOR_BTNFACE);
   Picture picture(context, area, size, appearance);
+  const TextSizes texts = picture.Texts();
+  const FormLayout layout = LayOut(size, content, texts);
   picture.Fill({0, 0, size.width, size.height}, background);
 
   picture.Frame(layout.fraConfiguration, Caption("fraConfiguration"), background);
   const Rectangle grid = Inside(layout.fraConfiguration, layout.grid);
   picture.Fill(grid, GetSysColor(COLOR_WINDOW));
-  picture.Fill({grid.left, grid.top, grid.width, kGridHeaderHeight}, GetSysColor(COLOR_BTNFACE));
+  picture.Fill({grid.left, grid.top, grid.width, texts.GridHeaderHeight()},
+               GetSysColor(COLOR_BTNFACE));
   picture.Outline(grid);
 
   picture.Frame(layout.fraDefault, Caption("fraDefault"), background);

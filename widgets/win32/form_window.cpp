@@ -339,7 +339,7 @@ void FormWindow::Layout() {
   RECT client = {};
   GetClientRect(window_, &client);
   const FormLayout layout =
-      LayOut({scale_.ToTwips(client.right), scale_.ToTwips(client.bottom)}, content_);
+      LayOut({scale_.ToTwips(client.right), scale_.ToTwips(client.bottom)}, content_, texts_);
   const std::array<std::pair<HWND, Rectangle>, 6> places = {{
       {widgets_.fraConfiguration.Handle(), layout.fraConfiguration},
       {widgets_.fraDefault.Handle(), layout.fraDefault},
@@ -349,9 +349,10 @@ void FormWindow::Layout() {
       {widgets_.cmdApply.Handle(), layout.cmdApply},
   }};
   for (const auto& [window, place] : places) MoveTo(window, scale_.Pixels(place));
-  widgets_.LVRDVLineConfig.Place(layout.grid, scale_);
-  ForEachWidget(widgets_, [this]<class Window>(Window& window, const WidgetEntry&) {
-    if constexpr (std::is_base_of_v<Editor, Window>) window.SetScale(scale_);
+  widgets_.LVRDVLineConfig.Place(layout.grid, scale_, texts_);
+  const Twips editor_height = texts_.EditorHeight();
+  ForEachWidget(widgets_, [this, editor_height]<class Window>(Window& window, const WidgetEntry&) {
+    if constexpr (std::is_base_of_v<Editor, Window>) window.SetScale(scale_, editor_height);
   });
   widgets_.cmbRDVType.SetLeft(layout.cmbRDVType.left);
   widgets_.cmbRDVType.SetTop(layout.cmbRDVType.top);
@@ -362,6 +363,21 @@ void FormWindow::ApplyFont() {
   Font font = appearance_.font ? MakeFont(*appearance_.font, scale_) : MakeSystemFont(scale_);
   EnumChildWindows(window_, SetFont, reinterpret_cast<LPARAM>(font.get()));
   font_ = std::move(font);
+  const TextSizes before = std::exchange(texts_, MeasureTexts());
+  if (texts_.GridRowHeight() == before.GridRowHeight()) return;
+  // The rows move away from below an editor that is open.
+  for (Editor* editor : form_.Editors()) editor->SetVisible(false);
+}
+
+TextSizes FormWindow::MeasureTexts() const {
+  const auto width = [this](const ButtonWindow& button) {
+    const Text caption = WindowText(button.Handle());
+    return scale_.ToTwips(TextExtent(font_.get(), {Wide(caption), caption.size()}).cx);
+  };
+  return {.line = scale_.ToTwips(TextExtent(font_.get(), L"X").cy),
+          .captions = std::max(
+              {width(widgets_.cmdOK), width(widgets_.cmdCancel), width(widgets_.cmdApply)}),
+          .restore = width(widgets_.cmdShowDefaults)};
 }
 
 // Of the many settings only the font matters here; an open editor is left alone by the others.

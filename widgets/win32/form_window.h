@@ -128,6 +128,7 @@ class FormWindow {
   void Refresh();
   void Layout();
   void ApplyFont();
+  TextSizes MeasureTexts() const;
   void FollowSystemFont();
   void RefreshColors();
   void TellCommonControls(UINT message, WPARAM wparam, LPARAM lparam) const;
@@ -137,6 +138,7 @@ class FormWindow {
   FormWindowHandle window_;
   Scale scale_;
   Font font_;
+  TextSizes texts_;  // in that font
   Appearance appearance_;
   HBRUSH background_ = nullptr;  // of the appearance; null = one of the system's
   bool editing_ = false;

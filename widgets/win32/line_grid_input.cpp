@@ -255,7 +255,7 @@ LRESULT CALLBACK LineGridWindow::HeaderProcedure(HWND header, UINT message, WPAR
   if (message == HDM_LAYOUT && result) {
     // The list view asks its header how much of the grid it takes.
     const auto& layout = *reinterpret_cast<const HDLAYOUT*>(lparam);
-    const int higher = self.scale_.Pixels(kGridHeaderHeight) - layout.pwpos->cy;
+    const int higher = self.scale_.Pixels(self.texts_.GridHeaderHeight()) - layout.pwpos->cy;
     layout.pwpos->cy += higher;
     layout.prc->top += higher;
   }

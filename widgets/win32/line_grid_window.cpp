@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "runtime/error.h"
 #include "widgets/win32/wide.h"
@@ -24,6 +25,7 @@ void LineGridWindow::Remember() {
   WindowWidget::Remember();
   kept_rows_.clear();
   kept_focus_ = FocusedRow();
+  kept_scroll_ = {GetScrollPos(Handle(), SB_HORZ), static_cast<LONG>(Send(LVM_GETTOPINDEX))};
   for (int row = 1; row <= RowCount(); ++row) {
     KeptRow& kept = kept_rows_.emplace_back(std::vector<Text>(), Selected(row));
     for (int column = 1; column <= ColumnCount(); ++column) kept.cells.push_back(Cell(row, column));
@@ -44,12 +46,23 @@ void LineGridWindow::MakeAnew(HWND parent) {
   if (kept_focus_) SetState(*kept_focus_, LVIS_FOCUSED, LVIS_FOCUSED);
 }
 
-void LineGridWindow::Place(const Rectangle& place, Scale scale) {
+void LineGridWindow::Place(const Rectangle& place, Scale scale, const TextSizes& texts) {
   place_ = place;
   scale_ = scale;
+  texts_ = texts;
   SetRowHeight();
   MoveTo(Handle(), scale.Pixels(place));
   ApplyColumnWidths();
+  ScrollAsBefore();
+}
+
+// Once, when a grid that was made anew has its size.
+void LineGridWindow::ScrollAsBefore() {
+  const bool scrolled = kept_scroll_.x > 0 || kept_scroll_.y > 0;
+  if (!scrolled || RowCount() == 0) return;
+  const POINT by = std::exchange(kept_scroll_, {});
+  const RECT row = RowRectangle(1);
+  Send(LVM_SCROLL, static_cast<WPARAM>(by.x), by.y * (row.bottom - row.top));
 }
 
 int LineGridWindow::FirstSeenColumn() const {
@@ -285,7 +298,7 @@ std::optional<int> LineGridWindow::RowAt(POINT point) const {
 
 // A list view makes its rows a pixel higher than the images that it is given.
 void LineGridWindow::SetRowHeight() {
-  const int height = scale_.Pixels(kGridRowHeight) - 1;
+  const int height = scale_.Pixels(texts_.GridRowHeight()) - 1;
   const HIMAGELIST images = ImageList_Create(1, height, ILC_COLOR, 0, 1);
   if (!images) return;  // the rows keep the height that the list gives them
   const auto previous = reinterpret_cast<HIMAGELIST>(

@@ -35,7 +35,7 @@ class LineGridWindow : public WindowWidget<LineGrid>, private GridWatcher {
   Text RowLabel(int row) const;
   bool NamesRow(int column) const;
 
-  void Place(const Rectangle& place, Scale scale);
+  void Place(const Rectangle& place, Scale scale, const TextSizes& texts);
   void RefreshColors();
 
   Twips Left() const override { return place_.left; }
@@ -104,6 +104,7 @@ class LineGridWindow : public WindowWidget<LineGrid>, private GridWatcher {
   int TotalWidth() const;
   std::optional<int> RowAt(POINT point) const;
   void SetRowHeight();
+  void ScrollAsBefore();
   void ApplyColumnWidths();
   void SetState(int row, UINT state, UINT mask);
   int FirstSeenColumn() const;  // 0 where there is none
@@ -126,11 +127,13 @@ class LineGridWindow : public WindowWidget<LineGrid>, private GridWatcher {
   HeaderTips header_tips_;
   WNDPROC header_procedure_ = nullptr;
   Scale scale_{96};
+  TextSizes texts_;
   Rectangle place_;
   std::vector<Column> columns_;
   std::vector<Text> keys_;  // of the rows, in their order
   std::vector<KeptRow> kept_rows_;
   std::optional<int> kept_focus_;
+  POINT kept_scroll_ = {};  // rows and pixels before the first that was seen; of windows that went
   bool resizing_columns_ = false;
   std::optional<POINT> pressed_;  // where a button went down that is not up again
 };
