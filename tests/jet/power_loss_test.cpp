@@ -151,7 +151,7 @@ class PowerLossTest : public testing::Test {
         SCOPED_TRACE(testing::Message() << "after operation " << disk.Position() << " of "
                                         << moments - 1 << Described(fates));
         const auto [first, last] = Allowed(disk.Position(), killed);
-        ExpectOneOf(disk.Left(fates, chance), first, last, true);
+        ExpectOneOf(disk.Left(fates, chance), first, last, killed ? disk_->Session() : 0, true);
       });
     });
     RecordProperty("states", std::to_string(made_));
@@ -191,9 +191,11 @@ class PowerLossTest : public testing::Test {
     return {killed ? last : first, std::min(last + 1, states_.size() - 1)};
   }
 
-  void ExpectOneOf(const DiskContents& contents, size_t first, size_t last, bool and_again) {
+  // `session`: 0 when the power was lost.
+  void ExpectOneOf(const DiskContents& contents, size_t first, size_t last, uint64_t session,
+                   bool and_again) {
     ++made_;
-    SimulatedDisk disk(contents);
+    SimulatedDisk disk(contents, session);
     if (!disk.Exists(kPath)) {
       EXPECT_TRUE(may_be_absent_ && first == 0);
       return;
@@ -237,7 +239,7 @@ class PowerLossTest : public testing::Test {
     for (PowerLoss::Fate& fate : fates) fate = static_cast<PowerLoss::Fate>(again_() % 3);
     SCOPED_TRACE(testing::Message() << "and again after operation " << position << " of "
                                     << operations.size() << Described(fates));
-    ExpectOneOf(again.Left(fates, again_), first, last, false);
+    ExpectOneOf(again.Left(fates, again_), first, last, 0, false);
   }
 
   DiskContents start_;

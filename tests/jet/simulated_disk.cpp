@@ -68,7 +68,12 @@ class SimulatedDisk::OpenFile : public File {
     disk_.files_[file_].bytes.resize(static_cast<size_t>(size));
     Note({.kind = Kind::Resize, .offset = size});
   }
-  void Flush() override { Note({.kind = Kind::Flush}); }
+  void Flush() override {
+    const bool fails = disk_.until_flush_fails_ >= 0 && disk_.until_flush_fails_-- == 0;
+    Note({.kind = fails ? Kind::FailedFlush : Kind::Flush});
+    if (fails) throw FileError(FileProblem::Other, "Input/output error");
+  }
+  FileOrigin Origin() override { return {.session = disk_.session_, .file = 1}; }
   bool TryLock(uint64_t offset, uint64_t length, LockMode mode) override {
     if (Excludes(offset, length, mode)) return false;
     Locks().push_back({this, offset, length, mode});
@@ -103,7 +108,9 @@ class SimulatedDisk::OpenFile : public File {
   size_t file_;
 };
 
-SimulatedDisk::SimulatedDisk(DiskContents contents) {
+SimulatedDisk::SimulatedDisk(DiskContents contents, uint64_t session) : session_(session) {
+  static uint64_t sessions = 0;
+  if (session_ == 0) session_ = ++sessions;
   for (auto& [name, bytes] : contents) {
     names_[name] = files_.size();
     files_.push_back({.bytes = std::move(bytes), .locks = {}});
@@ -144,6 +151,7 @@ Text SimulatedDisk::CanonicalPath(const Text& path) {
 }
 
 void SimulatedDisk::Remove(const Text& path) {
+  if (keeps_names_) throw FileError(FileProblem::InUse, "somebody has it open");
   if (names_.erase(path) == 0) throw FileError(FileProblem::NotFound, "there is none");
   operations_.push_back({.kind = Kind::Remove, .name = path});
 }
@@ -205,13 +213,14 @@ bool PowerLoss::Advance() {
   if (position_ == operations_.size()) return false;
   const DiskOperation& operation = operations_[position_++];
   const bool of_names = operation.kind == Kind::FlushFolder;
-  if (operation.kind != Kind::Flush && !of_names) {
+  if (operation.kind != Kind::Flush && operation.kind != Kind::FailedFlush && !of_names) {
     pending_.push_back(&operation);
     return true;
   }
   std::erase_if(pending_, [&](const DiskOperation* pending) {
     if (IsOfNames(pending->kind) != of_names) return false;
     if (!of_names && pending->file != operation.file) return false;
+    if (operation.kind == Kind::FailedFlush) return true;
     if (of_names) {
       ApplyName(*pending, names_);
     } else {

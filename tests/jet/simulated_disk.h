@@ -16,7 +16,9 @@ namespace rdv::jet {
 using DiskContents = std::map<Text, std::vector<uint8_t>>;  // by name
 
 struct DiskOperation {
-  enum class Kind { Make, Write, Resize, Flush, Remove, Rename, FlushFolder };
+  // FailedFlush: what it should have brought to the disk never gets there, as a system has it that
+  // takes for written what could not be.
+  enum class Kind { Make, Write, Resize, Flush, FailedFlush, Remove, Rename, FlushFolder };
   Kind kind = Kind::Flush;
   size_t file = 0;      // all but names
   uint64_t offset = 0;  // also the size of Resize
@@ -29,7 +31,9 @@ struct DiskOperation {
 // folder.
 class SimulatedDisk : public FileSystem {
  public:
-  explicit SimulatedDisk(DiskContents contents = {});
+  // `session`: that of another disk, which is this one at an earlier moment; 0 for the computer
+  // started anew.
+  explicit SimulatedDisk(DiskContents contents = {}, uint64_t session = 0);
   ~SimulatedDisk() override;
 
   // What a process sees.
@@ -43,6 +47,12 @@ class SimulatedDisk : public FileSystem {
     until_full_ = after;
     failures_ = count;
   }
+
+  // The flush that `after` others come before fails. Names are flushed all the same.
+  void FailFlushAfter(int after) { until_flush_fails_ = after; }
+  // No name can be removed.
+  void KeepNames() { keeps_names_ = true; }
+  uint64_t Session() const { return session_; }
 
   std::unique_ptr<File> Open(const Text& path, FileAccess access) override;
   std::unique_ptr<File> OpenBeside(File& model, const Text& path, FileAccess access) override;
@@ -71,6 +81,9 @@ class SimulatedDisk : public FileSystem {
   std::vector<StoredFile> files_;
   std::map<Text, size_t> names_;
   std::vector<DiskOperation> operations_;
+  uint64_t session_;
+  int until_flush_fails_ = -1;
+  bool keeps_names_ = false;
   int until_full_ = 0;
   int failures_ = 0;
 };

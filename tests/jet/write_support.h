@@ -152,6 +152,7 @@ class FaultyFileSystem : public FileSystem {
     void Unlock(uint64_t offset, uint64_t length) override { file_->Unlock(offset, length); }
 
     bool IsLocked(uint64_t offset) override { return file_->IsLocked(offset); }
+    FileOrigin Origin() override { return file_->Origin(); }
     bool Bears(const Text& path) override {
       if (owner_.dead_) owner_.Fail();
       return file_->Bears(path);

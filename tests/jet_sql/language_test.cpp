@@ -128,10 +128,22 @@ TEST_F(Language, FindsWhatLiesBetween) {
   EXPECT_EQ(Where(u"Line BETWEEN 2 AND 3"), Lines({2, 3}));
   EXPECT_EQ(Where(u"Line BETWEEN 1.5 AND p AND Used = TRUE", {u"3"}), Lines({3}));
   EXPECT_EQ(Where(u"Line NOT BETWEEN 2 AND 3"), Lines({1, 4}));
-  EXPECT_EQ(Where(u"Line BETWEEN 3 AND 2"), Lines());
+  EXPECT_EQ(Where(u"Line BETWEEN 3 AND 2"), Lines({2, 3}));
+  EXPECT_EQ(Where(u"Line NOT BETWEEN 3 AND 2"), Lines({1, 4}));
+  EXPECT_EQ(Where(u"Line BETWEEN NULL AND 2"), Lines());
+  EXPECT_EQ(Where(u"NULL BETWEEN 1 AND 2"), Lines());
+}
+
+TEST_F(Language, KnowsNothingOfNullWhereverItStands) {
+  EXPECT_EQ(Where(u"NULL = 1"), Lines());
+  EXPECT_EQ(Where(u"1 = NULL"), Lines());
+  EXPECT_EQ(Where(u"NOT (NULL <> 1)"), Lines());
+  EXPECT_EQ(Where(u"NULL IN (1, 2)"), Lines());
+  EXPECT_EQ(Where(u"NULL = 'a' OR Line = 2"), Lines({2}));
 }
 
 TEST_F(Language, FindsWhatLooksLikeAPattern) {
+  EXPECT_EQ(Where(u"Label LIKE '[]l[]%'"), Lines({1, 2}));
   EXPECT_EQ(Where(u"Label LIKE 'l%'"), Lines({1, 2}));
   EXPECT_EQ(Where(u"Label NOT LIKE 'l%'"), Lines({3}));
   EXPECT_EQ(Where(u"Label LIKE p", {u"%5[%]"}), Lines({3}));

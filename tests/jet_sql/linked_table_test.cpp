@@ -97,6 +97,27 @@ TEST_F(LinkedTables, ObeyTheRulesOfTheirOwnFile) {
   EXPECT_EQ(Run(main_, u"UPDATE Lines SET Label = 'x'").rows_written, 1);
 }
 
+#ifndef _WIN32  // Making one takes a right there.
+TEST_F(LinkedTables, LeadFromWhereTheFileIsNotFromWhereALinkToItIs) {
+  const auto elsewhere = folder_.Path() / "elsewhere";
+  std::filesystem::create_directories(elsewhere / "parts");
+  std::filesystem::create_symlink(folder_.Path() / "main.mdb", elsewhere / "main.mdb");
+  std::filesystem::copy_file(folder_.Path() / "parts" / "lines.mdb",
+                             elsewhere / "parts" / "lines.mdb");
+  Link(LinkTo(u"parts\\lines.mdb"));
+  const Text spelled = FromUtf8((elsewhere / "main.mdb").string());
+  Run(spelled, u"INSERT INTO Lines VALUES (1, 'a')");
+  EXPECT_EQ(Run(part_, u"SELECT * FROM Stored_Lines").rows->rows.size(), 1u);
+}
+#endif
+
+TEST_F(LinkedTables, WhoseFileIsNotThereAreToldAndTheConnectionClosesAllTheSame) {
+  Link(LinkTo(u"gone.mdb"));
+  const auto connection = OpenJetConnection(main_);
+  EXPECT_THROW(connection->Execute(u"SELECT * FROM Lines", {}), RuntimeError);
+  connection->Close();
+}
+
 TEST_F(LinkedTables, AreLookedUpAnewWhereTheLinkHasChanged) {
   const auto connection = OpenJetConnection(main_);
   EXPECT_THROW(connection->Execute(u"SELECT * FROM Lines", {}), RuntimeError);

@@ -5,6 +5,7 @@
 
 #include "data/commands.h"
 #include "data/jet/engine.h"
+#include "data/jet/format/format.h"
 #include "data/jet/sql/parameters.h"
 #include "data/jet/sql/statement_parser.h"
 #include "data/needed_tables.h"
@@ -266,6 +267,33 @@ TEST_F(DamagedSite, IsLeftAloneByARepairOfACopyAndByADryRun) {
   EXPECT_EQ(RunTool({"repair", "--dry-run", "--to", copy, Database()}).code, kUsage);
   EXPECT_EQ(ReadFile(Database()), damaged);
   EXPECT_EQ(Files(), (std::vector<std::string>{"NewDB.mdb", "ORVANTPlus.ini"}));
+}
+
+// What nobody else uses: a session was ended while it wrote, or met a damaged page.
+TEST_F(DamagedSite, ThatIsSuspectIsMendedInEachWay) {
+  const std::string states[] = {std::string(2, '\0'),
+                                std::string("\x00\x01\x00\x01\x00\x01\x01\x00", 8)};
+  for (const std::string& words : states) {
+    WriteFile(Database(), sound_);
+    Overwrite(jet::kJet4.header.commit_words, words);
+    const std::string suspect = ReadFile(Database());
+    EXPECT_EQ(RunTool({"check", Database()}).code, kFindings);
+    const Outcome dry = RunTool({"repair", "--dry-run", Database()});
+    EXPECT_EQ(dry.code, kDone) << dry.out << dry.errors;
+    EXPECT_NE(dry.out.find("\nwould be mended: "), std::string::npos) << dry.out;
+    const std::string copy = (folder_.Path() / "mended.mdb").string();
+    std::filesystem::remove(copy);
+    const Outcome to = RunTool({"repair", Database(), "--to", copy});
+    EXPECT_EQ(to.code, kDone) << to.out << to.errors;
+    EXPECT_EQ(RunTool({"check", copy}).code, kDone);
+    EXPECT_EQ(ReadFile(Database()), suspect);
+    const Outcome repair = RunTool({"repair", Database()});
+    EXPECT_EQ(repair.code, kDone) << repair.out << repair.errors;
+    EXPECT_EQ(RunTool({"check", Database()}).code, kDone);
+    const std::string before = repair.out.substr(20, repair.out.find('\n') - 20);
+    EXPECT_EQ(ReadFile(before), suspect);
+    std::filesystem::remove(before);
+  }
 }
 
 TEST_F(DamagedSite, ThatIsSoundIsNotRepairedAndNotCopied) {

@@ -93,13 +93,19 @@ Text NameForCopy(const Text& path) {
   return name;
 }
 
+// Whatever state the file was left in: that is what is to be mended.
+void CopyForRepair(const Text& path, const Text& copy) {
+  jet::CopyDatabase(jet::NativeFileSystem(), path, copy, jet::EngineOptions().lock_wait,
+                    jet::Suspects::Read);
+}
+
 // A copy that goes with the object.
 class TemporaryCopy {
  public:
   explicit TemporaryCopy(const Text& path)
       : path_((std::filesystem::temp_directory_path() / ("rdvsite " + Now() + " ")).u16string() +
               Decimal(std::chrono::steady_clock::now().time_since_epoch().count()) + u".mdb") {
-    jet::CopyDatabase(jet::NativeFileSystem(), path, path_, jet::EngineOptions().lock_wait);
+    CopyForRepair(path, path_);
   }
   TemporaryCopy(const TemporaryCopy&) = delete;
   TemporaryCopy& operator=(const TemporaryCopy&) = delete;
@@ -124,10 +130,9 @@ int Mend(const Text& path, const char* prefix, std::ostream& out) {
 }
 
 int RepairFile(const Text& path, const RepairOptions& options, std::ostream& out) {
-  const jet::EngineOptions engine;
   if (!options.copy.empty()) {
     const Text copy = FromUtf8(options.copy);
-    jet::CopyDatabase(jet::NativeFileSystem(), path, copy, engine.lock_wait);
+    CopyForRepair(path, copy);
     return Mend(copy, "mended: ", out);
   }
   const Verdict verdict = Examine(path, true);
@@ -142,7 +147,7 @@ int RepairFile(const Text& path, const RepairOptions& options, std::ostream& out
     return Mend(copy.Path(), "would be mended: ", out);
   }
   const Text copy = NameForCopy(path);
-  jet::CopyDatabase(jet::NativeFileSystem(), path, copy, engine.lock_wait);
+  CopyForRepair(path, copy);
   out << "the file as it was: " << ToUtf8(copy) << '\n';
   out.flush();
   return Mend(path, "mended: ", out);

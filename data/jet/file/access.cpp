@@ -61,14 +61,25 @@ bool FileLock::AcquireShared() {
   return false;
 }
 
-bool FileLock::AcquireExclusive() {
+bool FileLock::KeepWritersOut() {
   Patience patience(wait_);
+  return KeepWritersOut(patience);
+}
+
+bool FileLock::KeepWritersOut(Patience& patience) {
   while (!file_.TryLock(kWaitingByte, 1, LockMode::Exclusive)) {
     if (!patience.Wait()) return false;
   }
+  held_ = Held::Waiting;
+  return true;
+}
+
+bool FileLock::AcquireExclusive() {
+  Patience patience(wait_);
+  if (!KeepWritersOut(patience)) return false;
   while (!file_.TryLock(kReadingByte, 1, LockMode::Exclusive)) {
     if (patience.Wait()) continue;
-    file_.Unlock(kWaitingByte, 1);
+    Release();
     return false;
   }
   held_ = Held::Exclusive;
@@ -77,8 +88,8 @@ bool FileLock::AcquireExclusive() {
 
 void FileLock::Release() {
   if (held_ == Held::Nothing) return;
-  file_.Unlock(kReadingByte, 1);
-  if (held_ == Held::Exclusive) file_.Unlock(kWaitingByte, 1);
+  if (held_ != Held::Waiting) file_.Unlock(kReadingByte, 1);
+  if (held_ != Held::Shared) file_.Unlock(kWaitingByte, 1);
   held_ = Held::Nothing;
 }
 
@@ -88,6 +99,12 @@ void FileLock::BePresent() {
   if (!file_.TryLock(kFirstPresence, kPresenceCount, LockMode::Shared))
     throw FileError(FileProblem::InUse, "others look for those who are present");
   present_ = true;
+}
+
+void FileLock::EndPresence() {
+  if (!present_) return;
+  file_.Unlock(kFirstPresence, kPresenceCount);
+  present_ = false;
 }
 
 bool FileLock::OthersArePresent() {

@@ -48,16 +48,22 @@ class FileLock {
 
   bool AcquireShared();
   bool AcquireExclusive();
+  // No writer is there until Release, and none begins; readers may be.
+  bool KeepWritersOut();
   void Release();
 
-  // Until the file is closed. Requires that the exclusive lock is held.
+  // Until EndPresence. Requires that the exclusive lock is held.
   void BePresent();
+  void EndPresence();
   bool IsPresent() const { return present_; }
-  // With the lock held in either way.
+  // With the lock held in any way. Requires that this one is not present: not every system tells
+  // its lock from those of others.
   bool OthersArePresent();
 
  private:
-  enum class Held { Nothing, Shared, Exclusive };
+  enum class Held { Nothing, Shared, Waiting, Exclusive };
+
+  bool KeepWritersOut(Patience& patience);
 
   File& file_;
   std::chrono::milliseconds wait_;

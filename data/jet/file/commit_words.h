@@ -72,6 +72,11 @@ inline uint16_t NextCommitWord(uint16_t word) {
   return counts_on ? static_cast<uint16_t>(word + 1) : static_cast<uint16_t>(kCommitIdle + 1);
 }
 
+inline uint16_t NextCommitWord(uint16_t word, uint32_t commits) {
+  for (uint32_t i = 0; i < commits; ++i) word = NextCommitWord(word);
+  return word;
+}
+
 // How many commits lead from one to the other. Requires that both are at rest.
 inline uint32_t CommitsBetween(uint16_t from, uint16_t to) {
   constexpr uint32_t kRound = 0x10000 - kCommitIdle;

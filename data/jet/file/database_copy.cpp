@@ -70,8 +70,8 @@ class ReadingStatement {
 }  // namespace
 
 void CopyDatabase(FileSystem& files, const Text& from, const Text& to,
-                  std::chrono::milliseconds lock_wait) {
-  Pager pager(files, from, lock_wait, kCachedPages);
+                  std::chrono::milliseconds lock_wait, Suspects suspects) {
+  Pager pager(files, from, lock_wait, kCachedPages, suspects);
   {
     const ReadingStatement statement(pager);
     const auto for_each_page = [&](const UsePiece& use) {

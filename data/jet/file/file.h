@@ -76,6 +76,14 @@ struct FileStamp {
   bool operator==(const FileStamp&) const = default;
 };
 
+// Which file it is, for as long as the computer runs. Each is 0 where it cannot be told.
+struct FileOrigin {
+  // The running of the computer from its start to its end, of a file whose disk loses nothing
+  // before that end.
+  uint64_t session = 0;
+  uint64_t file = 0;  // another one for each file of a session that is there
+};
+
 // One open file. Every call raises FileError. Others may have the file open for reading and
 // writing, too. Locks belong to the object: two objects exclude each other in one process as well
 // as in two; they may lie beyond the end of the file, and end with the object or its process.
@@ -103,6 +111,7 @@ class File {
   // same byte at once may take each other for its holder.
   virtual bool IsLocked(uint64_t offset) = 0;
 
+  virtual FileOrigin Origin() { return {}; }
   // Whether opening `path` now would open this very file.
   virtual bool Bears(const Text& path) = 0;
 };

@@ -3,11 +3,16 @@
 #include <fcntl.h>
 #include <stdio.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
+#include <bit>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 #include "data/jet/file/file.h"
 
@@ -32,6 +37,39 @@ std::string FolderOf(const std::string& path) {
 bool FolderOfExists(const std::string& path) {
   struct stat status {};
   return stat(FolderOf(path).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+// The system makes another one each time that it starts. 0 where it does not tell.
+uint64_t Session() {
+  static const uint64_t session = [] {
+    std::array<char, 64> text{};
+    const int file = open("/proc/sys/kernel/random/boot_id", O_RDONLY | O_CLOEXEC);
+    if (file < 0) return uint64_t{0};
+    const ssize_t size = read(file, text.data(), text.size());
+    close(file);
+    if (size <= 0) return uint64_t{0};
+    uint64_t session = 0;
+    for (const char digit : std::string_view(text.data(), static_cast<size_t>(size)))
+      session = std::rotl(session, 5) * 31 + static_cast<uint8_t>(digit);
+    return session;
+  }();
+  return session;
+}
+
+// Of kinds that lie on disks of the computer's own, which end with its power; those of sticks and
+// of networks may lose what they were given and the computer runs on.
+bool EndsWithTheComputer(decltype(statfs::f_type) kind) {
+  constexpr std::array<uint32_t, 8> kKinds = {
+      0xEF53,      // ext
+      0x58465342,  // XFS
+      0x9123683E,  // Btrfs
+      0x2FC12FC1,  // ZFS
+      0xF2F52010,  // F2FS
+      0x01021994,  // in memory
+      0x794C7630,  // several in one
+      0x52654973,  // ReiserFS
+  };
+  return std::ranges::find(kKinds, static_cast<uint32_t>(kind)) != kKinds.end();
 }
 
 class PosixFile : public File {
@@ -92,6 +130,13 @@ class PosixFile : public File {
     return lock.l_type != F_UNLCK;
   }
 
+  FileOrigin Origin() override {
+    struct statfs system {};
+    if (fstatfs(descriptor_, &system) != 0) RaiseErrno(errno);
+    if (!EndsWithTheComputer(system.f_type)) return {};
+    return {.session = Session(), .file = uint64_t{device_} << 48 ^ number_};
+  }
+
   bool Bears(const Text& path) override {
     struct stat named {};
     if (stat(ToUtf8(path).c_str(), &named) != 0) {
@@ -101,13 +146,19 @@ class PosixFile : public File {
     return device_ == named.st_dev && number_ == named.st_ino;
   }
 
-  // What cannot be given is left: the file's maker may use it all the same.
+  // As far as they can be given. The owner only where the superuser makes the file; where the group
+  // cannot be given, its own gets no more than everybody has.
   void TakeRightsOf(int model) {
     struct stat status {};
     if (fstat(model, &status) != 0) RaiseErrno(errno);
     constexpr mode_t kReadAndWrite = 0666;
-    if (fchown(descriptor_, static_cast<uid_t>(-1), status.st_gid) != 0) return;
-    (void)fchmod(descriptor_, status.st_mode & kReadAndWrite);
+    constexpr mode_t kGroup = 0060;
+    constexpr mode_t kEverybody = 0006;
+    mode_t mode = status.st_mode & kReadAndWrite;
+    const bool given = fchown(descriptor_, status.st_uid, status.st_gid) == 0 ||
+                       fchown(descriptor_, static_cast<uid_t>(-1), status.st_gid) == 0;
+    if (!given) mode &= ~kGroup | (mode & kEverybody) << 3;
+    (void)fchmod(descriptor_, mode);
   }
   int Descriptor() const { return descriptor_; }
 

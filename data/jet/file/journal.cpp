@@ -55,6 +55,7 @@ void Journal::Forget() {
   written_ = false;
   spoiled_ = false;
   flush_next_ = false;
+  named_ = false;
   unflushed_ = 0;
   last_ = 0;
   finished_ = 0;
@@ -94,6 +95,7 @@ void Journal::Learn(const JournalContent& content) {
   words_ = content.head.words;
   word_before_ = word_after_ = words_.First();
   touched_.assign(head_.page_count, false);
+  flush_next_ = true;
   for (const JournalRecord& record : content.records) Adopt(record);
 }
 
@@ -171,7 +173,7 @@ void Journal::Add(JournalRecord& record, File& model) {
     if (flush) {
       ++flushes_;
       file_->Flush();
-      if (!written_) files_.FlushFolder(path_);
+      if (!named_) files_.FlushFolder(path_);
     }
   } catch (const FileError&) {
     spoiled_ = spoiled_ || flush;
@@ -190,6 +192,7 @@ void Journal::Add(JournalRecord& record, File& model) {
   word_after_ = record.word_after;
   unflushed_ = flush ? 0 : unflushed_ + 1;
   flush_next_ = flush_next_ && !flush;
+  named_ = named_ || flush;
   for (const auto* pages : {&record.old_pages, &record.kept_pages}) {
     for (const JournalPage& page : *pages) MarkTouched(page.number);
   }
@@ -202,15 +205,31 @@ void Journal::Finish(const CommitWords& words) {
 
 void Journal::FlushRest(const CommitWords& words) {
   if (!begun_ || !written_) return;
-  const bool all = unflushed_ == 0 && !flush_next_ && words.First() == words_.First();
+  const bool all = unflushed_ == 0 && !flush_next_ && !spoiled_ && words.First() == words_.First();
   if (all) return;
+  if (spoiled_) {
+    const std::optional<JournalContent> content = Load();
+    if (!content || content->head.salt != head_.salt || content->records.size() < last_)
+      throw FileError(FileProblem::Other, "what should have been flushed is lost");
+    WriteAgain(*content);
+  }
+  spoiled_ = true;
   ++flushes_;
   file_->Flush();
+  if (!named_) files_.FlushFolder(path_);
+  spoiled_ = false;
+  named_ = true;
   unflushed_ = 0;
 }
 
-void Journal::FlushWhatIsThere() {
+// What a flush that failed has given up is no business of the next one.
+void Journal::WriteAgain(const JournalContent& content) {
+  file_->WriteAt(0, Bytes(content.storage).first(static_cast<size_t>(content.end)));
+}
+
+void Journal::FlushWhatIsThere(const JournalContent& content) {
   if (!file_ || !file_->Bears(path_)) file_ = files_.Open(path_, FileAccess::ReadWriteBeside);
+  WriteAgain(content);
   ++flushes_;
   file_->Flush();
   files_.FlushFolder(path_);
@@ -220,10 +239,19 @@ void Journal::Discard() {
   Forget();
   if (!files_.Exists(path_)) return;
   if (!file_ || !file_->Bears(path_)) file_ = files_.Open(path_, FileAccess::ReadWriteBeside);
-  const std::array<uint8_t, sizeof(uint64_t)> zeros{};
-  file_->WriteAt(0, zeros);
+  Unmark();
   file_.reset();
   RemoveRemains();
+}
+
+void Journal::Unmark() {
+  const std::array<uint8_t, sizeof(uint64_t)> zeros{};
+  file_->WriteAt(0, zeros);
+}
+
+void Journal::UnmarkMine() {
+  if (begun_ && written_ && IsStillMine()) Unmark();
+  Forget();
 }
 
 void Journal::DiscardMine() {

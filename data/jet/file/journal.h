@@ -70,12 +70,15 @@ class Journal {
   // database. Without having the database to oneself.
   void FlushRest(const CommitWords& words);
   // Brings the whole of one that was left behind to the disk, before the database is changed by it.
-  void FlushWhatIsThere();
+  void FlushWhatIsThere(const JournalContent& content);
   // Takes the mark away, then the name if nobody else has the file open. A journal without mark
   // that keeps its name hinders nobody.
   void Discard();
   // As Discard, if the journal that this process last wrote in is still the one that is there.
   void DiscardMine();
+  // Takes the mark away only, as far as it is one that this process wrote in. For those who do not
+  // have what bears the database's name to themselves.
+  void UnmarkMine();
   // Removes a journal without mark. This process must not write in one.
   void RemoveRemains();
 
@@ -88,6 +91,8 @@ class Journal {
   void ReadAddedRecords();
   void Forget();
   void MarkTouched(uint32_t page);
+  void Unmark();
+  void WriteAgain(const JournalContent& content);
 
   FileSystem& files_;
   Text path_;
@@ -108,7 +113,10 @@ class Journal {
   std::vector<bool> touched_;  // pages of which there is the whole content
   uint32_t unflushed_ = 0;     // records
   bool flush_next_ = false;    // others' records may not be on the disk
-  bool spoiled_ = false;       // a flush has failed: what it should have written may be lost
+  bool named_ = false;         // its name is on the disk
+  // A flush has failed. What it should have brought to the disk may be lost, and the next one may
+  // succeed all the same: it has to be written again.
+  bool spoiled_ = false;
 };
 
 }  // namespace rdv::jet

@@ -13,6 +13,8 @@ constexpr size_t kPageSizeAt = 16;
 constexpr size_t kPageCountAt = 20;
 constexpr size_t kIdentityAt = 24;
 constexpr size_t kHeadSumAt = 32;
+constexpr size_t kSessionAt = 40;
+constexpr size_t kFileAt = 48;
 constexpr size_t kWordsAt = 512;
 static_assert(kWordsAt + CommitWords::kSize == JournalHead::kSize);
 
@@ -80,6 +82,8 @@ void AppendHead(const JournalHead& head, std::vector<uint8_t>& to) {
   Store32(at + kPageSizeAt, head.page_size);
   Store32(at + kPageCountAt, head.page_count);
   Store64(at + kIdentityAt, head.identity);
+  Store64(at + kSessionAt, head.origin.session);
+  Store64(at + kFileAt, head.origin.file);
   std::ranges::copy(head.words.Stored(), at + kWordsAt);
   Store64(at + kHeadSumAt, SumWithout({at, JournalHead::kSize}, kHeadSumAt, 0));
 }
@@ -89,11 +93,13 @@ std::optional<JournalHead> ParseHead(Bytes bytes) {
   bytes = bytes.first(JournalHead::kSize);
   if (!std::ranges::equal(bytes.first(kHeadMark.size()), kHeadMark)) return std::nullopt;
   if (Load64(&bytes[kHeadSumAt]) != SumWithout(bytes, kHeadSumAt, 0)) return std::nullopt;
-  return JournalHead{.salt = Load64(&bytes[kSaltAt]),
-                     .page_size = Load32(&bytes[kPageSizeAt]),
-                     .page_count = Load32(&bytes[kPageCountAt]),
-                     .identity = Load64(&bytes[kIdentityAt]),
-                     .words = CommitWords(bytes.subspan(kWordsAt))};
+  return JournalHead{
+      .salt = Load64(&bytes[kSaltAt]),
+      .page_size = Load32(&bytes[kPageSizeAt]),
+      .page_count = Load32(&bytes[kPageCountAt]),
+      .identity = Load64(&bytes[kIdentityAt]),
+      .origin = {.session = Load64(&bytes[kSessionAt]), .file = Load64(&bytes[kFileAt])},
+      .words = CommitWords(bytes.subspan(kWordsAt))};
 }
 
 void AppendRecord(const JournalRecord& record, uint64_t salt, std::vector<uint8_t>& to) {

@@ -10,6 +10,8 @@
 //   20     4    pages of the database file when the journal was begun
 //   24     8    identity of the database file
 //   32     8    checksum of the head, this counting as zeros
+//   40     8    the computer's session in which it was begun, 0 when that is not known
+//   48     8    which file the database file is in that session
 //   512    512  commit words when the journal was begun
 //
 // RECORD
@@ -41,15 +43,19 @@
 #include <vector>
 
 #include "data/jet/file/commit_words.h"
+#include "data/jet/file/file.h"
 #include "data/jet/format/bytes.h"
 
 namespace rdv::jet {
 
 inline constexpr size_t kJournalSector = 512;
 
-// How many records may be added before they are flushed. As many commit words may be in the file
-// that a journal whose end was lost knows nothing of.
+// How many records may be added before they are flushed.
 inline constexpr uint32_t kMostUnflushedStatements = 64;
+// How many commit words may be in the file that a journal whose end was lost knows nothing of: a
+// statement that fails takes a second one, for what was before it. After them comes the one that
+// putting back gives.
+inline constexpr uint32_t kMostLostWords = 2 * kMostUnflushedStatements;
 
 // Tells contents apart; guards against what was cut off or lost, not against malice.
 uint64_t ContentSum(Bytes bytes, uint64_t seed = 0);
@@ -62,6 +68,7 @@ struct JournalHead {
   uint32_t page_size = 0;
   uint32_t page_count = 0;
   uint64_t identity = 0;
+  FileOrigin origin;
   CommitWords words;
 };
 

@@ -32,6 +32,10 @@ void Quietly(Action action) noexcept {
   }
 }
 
+[[noreturn]] void RaiseOthersAtWork() {
+  throw FileError(FileProblem::InUse, "others are at work");
+}
+
 }  // namespace
 
 Pager::Pager(FileSystem& files, Text path, std::chrono::milliseconds lock_wait, size_t cache_pages,
@@ -187,11 +191,11 @@ void Pager::AwaitOtherProgram() {
   }
 }
 
-// What its users say of themselves in the commit words is theirs to know as long as they are there.
+// Users who are at work have been waited for; those that are left are not.
 void Pager::RefuseSuspect(bool allowed) {
   if (allowed || overlaid_ || at_rest_) return;
-  const std::optional<Text> suspect = SuspectState(words_.Stored());
-  if (suspect && !user_file_->HasUsers()) RaiseDamaged(path_, *suspect);
+  if (const std::optional<Text> suspect = SuspectState(words_.Stored()))
+    RaiseDamaged(path_, *suspect);
 }
 
 // --- What was left behind ---
@@ -211,21 +215,29 @@ void Pager::PutRightAsReader() {
   }
   if (why_read_only_.empty()) {
     lock_->Release();
-    LockAlone();
-    bool allowed = true;
-    try {
-      Refresh();
-      if (!judged_ && WasLeftBehind()) PutRight();
-    } catch (const FileError& error) {
-      if (error.Problem() != FileProblem::Denied) throw;
-      allowed = false;
-    }
-    lock_->Release();
+    const bool done = TryPutRight();
     LockShared();
     Refresh();
-    if (allowed) return;
+    if (done) return;
   }
-  PutRightInMemory();
+  if (WasLeftBehind()) PutRightInMemory();
+  judged_ = true;
+}
+
+// Without any lock, before and after. False when others are in the way, or the file cannot be
+// written just now, be it that the disk is full: it can be read all the same.
+bool Pager::TryPutRight() {
+  bool done = false;
+  try {
+    if (lock_->AcquireExclusive()) {
+      Refresh();
+      done = judged_ || !WasLeftBehind() || PutRight();
+    }
+  } catch (const FileError&) {
+    done = false;
+  }
+  lock_->Release();
+  return done;
 }
 
 // That of this file, if there is one.
@@ -238,34 +250,35 @@ std::optional<JournalContent> Pager::LoadJournal() {
 }
 
 // With the exclusive lock. A journal that the file has left behind is done with; one that does not
-// fit an unfinished statement stays for whoever repairs.
-void Pager::PutRight() {
+// fit an unfinished statement stays for whoever repairs. False when another program is in the way.
+bool Pager::PutRight() {
   judged_ = true;
   const std::optional<JournalContent> journal = LoadJournal();
   if (!journal) {
     if (IsAtRest(words_.First())) transaction_->Log().RemoveRemains();
-    return;
+    return true;
   }
   const std::optional<RecoveryPlan> plan = PlanRecovery(*journal, *file_, words_);
-  const bool past = IsAtRest(words_.First()) && !IsAbout(*journal, words_);
-  if (!plan && !past) return;
+  if (!plan) return true;
   try {
-    KeepOtherProgramsOut();
-    if (plan) {
-      transaction_->Log().FlushWhatIsThere();
+    if (!TryKeepOtherProgramsOut()) return false;
+    if (plan->outcome != Outcome::GoneBeyond) {
+      transaction_->Log().FlushWhatIsThere(*journal);
       PutBack(*file_, plan->state, database_.page_size, words_, database_.words_at,
               plan->outcome == Outcome::NothingLost);
     }
-    transaction_->FlushDatabase(*file_);
+    transaction_->FlushDatabase(*file_, true);
     transaction_->Log().Discard();
-    user_file_->RemoveIfEmpty(*file_);
+    Quietly([this] { user_file_->RemoveIfEmpty(*file_); });
   } catch (...) {
     Quietly([this] { user_file_->Release(); });
     throw;
   }
+  Quietly([this] { user_file_->Release(); });
   stamp_ = {};
   Refresh();
   judged_ = true;
+  return true;
 }
 
 void Pager::PutRightInMemory() {
@@ -273,7 +286,7 @@ void Pager::PutRightInMemory() {
   const std::optional<JournalContent> journal = LoadJournal();
   if (!journal) return;
   std::optional<RecoveryPlan> plan = PlanRecovery(*journal, *file_, words_);
-  if (!plan) return;
+  if (!plan || plan->outcome == Outcome::GoneBeyond) return;
   ForgetPages(plan->state.page_count);
   overlay_ = std::move(plan->state.pages);
   std::vector<uint8_t>& header = overlay_[0];
@@ -294,9 +307,11 @@ void Pager::BeginWrite() {
     began_writing_ = true;
     KeepOtherProgramsOut();
     Refresh();
-    if (!judged_ && WasLeftBehind()) {
-      PutRight();
+    // A journal may have been left behind by those who were present when the file was looked at.
+    if ((!judged_ || overlaid_ || !lock_->IsPresent()) && WasLeftBehind()) {
+      if (!PutRight()) RaiseFileInUse(path_);
       KeepOtherProgramsOut();
+      Refresh();
     }
     judged_ = true;
     RefuseSuspect(suspects_ == Suspects::Mended);
@@ -311,11 +326,16 @@ void Pager::BeginWrite() {
   }
 }
 
-void Pager::KeepOtherProgramsOut() {
+bool Pager::TryKeepOtherProgramsOut() {
   Patience patience(std::min(kForeignWait, lock_wait_));
   while (!user_file_->TryExclude(*file_)) {
-    if (!patience.Wait()) RaiseFileInUse(path_);
+    if (!patience.Wait()) return false;
   }
+  return true;
+}
+
+void Pager::KeepOtherProgramsOut() {
+  if (!TryKeepOtherProgramsOut()) RaiseFileInUse(path_);
 }
 
 // Gives up what BeginWrite took.
@@ -509,9 +529,12 @@ void Pager::Close() {
     failure = error;
   }
   Quietly([this] {
+    lock_->Release();
     if (!began_writing_ || !lock_->AcquireExclusive()) return;
     // Each for itself: what bears the journal's name may be nothing that is opened.
-    Quietly([this] { transaction_->Log().RemoveRemains(); });
+    Quietly([this] {
+      if (IsAtRest(ReadCommitWords().First())) transaction_->Log().RemoveRemains();
+    });
     user_file_->RemoveIfEmpty(*file_);
   });
   lock_.reset();
@@ -531,14 +554,19 @@ void Pager::LetJournalEnd() {
   };
   flush(flushed);
   if (!lock_->AcquireExclusive()) {
-    if (lock_->OthersArePresent()) throw FileError(FileProblem::InUse, "others are at work");
+    if (!lock_->KeepWritersOut() || ReadCommitWords() != flushed) RaiseOthersAtWork();
+    lock_->EndPresence();
+    if (lock_->OthersArePresent()) RaiseOthersAtWork();
+    lock_->Release();
     return;
   }
   const CommitWords words = ReadCommitWords();
   if (IsAtRest(words.First())) {
     if (words != flushed) flush(words);
+    // Another file may have the name by now: what this journal says must not be played into it.
     Quietly([this] {
-      if (file_->Bears(database_.path)) transaction_->Log().DiscardMine();
+      if (file_->Bears(database_.path)) return transaction_->Log().DiscardMine();
+      transaction_->Log().UnmarkMine();
     });
   }
   lock_->Release();

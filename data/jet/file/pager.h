@@ -107,6 +107,7 @@ class Pager : public PageSource {
   void ReadHeaderPage();
   void LockShared();
   void LockAlone();
+  bool TryKeepOtherProgramsOut();
   void KeepOtherProgramsOut();
   void AwaitOtherProgram();
   void RefuseSuspect(bool allowed);
@@ -115,7 +116,8 @@ class Pager : public PageSource {
   CommitWords ReadCommitWords();
   bool WasLeftBehind();
   void PutRightAsReader();
-  void PutRight();
+  bool TryPutRight();
+  bool PutRight();
   void PutRightInMemory();
   std::optional<JournalContent> LoadJournal();
   void LetJournalEnd();

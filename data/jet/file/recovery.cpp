@@ -83,23 +83,78 @@ class Planner {
         history_(journal),
         file_pages_(file, journal.head.page_size),
         file_size_(file.Stamp().size),
+        origin_(file.Origin()),
         words_(words) {}
 
   std::optional<RecoveryPlan> Plan() {
+    if (!IsAbout()) {
+      if (IsAtRest(words_.First())) return GoneBeyond();
+      return std::nullopt;
+    }
     const bool whole = file_size_ >= uint64_t{history_.CountWhenBegun()} * PageSize();
-    if (!history_.IsSound() || !whole || !IsAbout(journal_, words_)) return std::nullopt;
+    if (!history_.IsSound() || !whole) return std::nullopt;
     if (history_.Last() == nullptr) return Untouched();
     // The last statement has not finished, wherever it was cut off: nobody was told that it is
     // there.
     const bool cut_off = words_.First() == kCommitWriting;
+    const bool put_back = IsNextInSession();
+    if (put_back && !IsAsBeforeTheLast() && !IsAsWhenBegun()) return GoneBeyond();
     std::optional<RecoveryPlan> plan;
-    if (!cut_off) plan = AsItIs();
+    if (!cut_off && !put_back) plan = AsItIs();
     if (!plan) plan = BeforeTheLast();
     return plan ? plan : WhenBegun();
   }
 
  private:
   uint32_t PageSize() const { return journal_.head.page_size; }
+
+  // Whether no power was lost since the journal was begun: then all that was written is there, and
+  // so are all records.
+  bool IsSameSession() const {
+    return origin_.session != 0 && origin_.session == journal_.head.origin.session;
+  }
+  // Where nothing was lost, the word behind the last record's is that of putting back - or of
+  // another program's commit.
+  bool IsNextInSession() const {
+    return IsSameSession() && words_.First() == NextCommitWord(history_.Last()->word_after);
+  }
+
+  // Whether the file can be one that the journal is about. If not, another program has gone on with
+  // it, or it has come in the other one's place.
+  bool IsAbout() const {
+    const JournalHead& head = journal_.head;
+    const bool mended = std::ranges::any_of(
+        journal_.records, [](const JournalRecord& record) { return record.others_at_rest; });
+    const bool same_others =
+        words_.SameOthers(head.words) || (mended && words_.SameOthers(CommitWords::AtRest(0)));
+    if (!same_others) return false;
+    const uint16_t word = words_.First();
+    if (word == kCommitWriting) return true;
+    if (IsSameSession() && origin_.file != head.origin.file) return false;
+    if (word == head.words.First()) return true;
+    if (!IsAtRest(word) || journal_.records.empty()) return false;
+    const JournalRecord& first = journal_.records.front();
+    const uint16_t start = IsAtRest(first.word_before) ? first.word_before : first.word_after;
+    const uint32_t known = CommitsBetween(start, journal_.records.back().word_after);
+    return CommitsBetween(start, word) <= known + (IsSameSession() ? 0 : kMostLostWords) + 1;
+  }
+
+  static RecoveryPlan GoneBeyond() { return {.outcome = Outcome::GoneBeyond, .state = {}}; }
+
+  bool IsAsBeforeTheLast() {
+    if (file_size_ != uint64_t{history_.Last()->pages_before} * PageSize()) return false;
+    return std::ranges::all_of(history_.SumsBeforeLast(), [this](const auto& sum) {
+      const std::vector<uint8_t>* page = file_pages_.Page(sum.first);
+      return page != nullptr && ContentSum(*page) == sum.second;
+    });
+  }
+  bool IsAsWhenBegun() {
+    if (file_size_ != uint64_t{history_.CountWhenBegun()} * PageSize()) return false;
+    return std::ranges::all_of(history_.PagesWhenBegun(), [this](const auto& begun) {
+      const std::vector<uint8_t>* page = file_pages_.Page(begun.first);
+      return page != nullptr && std::ranges::equal(*page, begun.second);
+    });
+  }
 
   // Takes the page into the plan when it has the content that the sum says.
   static bool TakeIf(RecoveryPlan& plan, uint32_t number, std::vector<uint8_t> content,
@@ -168,15 +223,16 @@ class Planner {
     return plan;
   }
 
-  // A file that was suspect is so again. Else the counting goes on behind all that was ever there:
-  // nobody takes pages in memory for those of this state.
+  // A file that was suspect is so again. Else the counting goes on behind all that was ever there,
+  // so that nobody takes pages in memory for those of this state; with the same word however often
+  // it is tried.
   CommitWords WordsBefore(uint16_t first) const {
     CommitWords words = journal_.head.words;
     if (!IsAtRest(first)) return words;
-    const JournalRecord* last = history_.Last();
-    uint16_t highest = std::max(first, words_.First());
-    if (last != nullptr) highest = std::max(highest, last->word_after);
-    words.SetFirst(NextCommitWord(highest));
+    const uint16_t last = history_.Last()->word_after;
+    const bool end_lost = IsAtRest(words_.First()) && CommitsBetween(last, words_.First()) > 1 &&
+                          CommitsBetween(last, words_.First()) <= kMostLostWords + 1;
+    words.SetFirst(NextCommitWord(last, end_lost ? kMostLostWords + 1 : 1));
     return words;
   }
 
@@ -184,27 +240,11 @@ class Planner {
   History history_;
   FilePages file_pages_;
   uint64_t file_size_;
+  FileOrigin origin_;
   const CommitWords& words_;
 };
 
 }  // namespace
-
-bool IsAbout(const JournalContent& journal, const CommitWords& words) {
-  const bool mended = std::ranges::any_of(
-      journal.records, [](const JournalRecord& record) { return record.others_at_rest; });
-  const bool same_others =
-      words.SameOthers(journal.head.words) || (mended && words.SameOthers(CommitWords::AtRest(0)));
-  if (!same_others) return false;
-  const uint16_t word = words.First();
-  if (word == kCommitWriting || word == journal.head.words.First()) return true;
-  if (!IsAtRest(word) || journal.records.empty()) return false;
-  const JournalRecord& first = journal.records.front();
-  const uint16_t start = IsAtRest(first.word_before) ? first.word_before : first.word_after;
-  // Of the statements whose records were lost the words may be there, and one that was put back has
-  // taken a word, too.
-  return CommitsBetween(start, word) <=
-         CommitsBetween(start, journal.records.back().word_after) + kMostUnflushedStatements + 1;
-}
 
 std::optional<RecoveryPlan> PlanRecovery(const JournalContent& journal, File& file,
                                          const CommitWords& words) {

@@ -21,6 +21,7 @@ enum class Outcome {
   NothingLost,  // the file is as after the last statement
   LastPutBack,  // that one was cut off: as before it
   AllPutBack,   // something that was not flushed is lost: as when the journal was begun
+  GoneBeyond,   // none of it: somebody else has gone on with the file, or it is another one
 };
 
 // A state of the file, as far as it may differ from what is there.
@@ -37,11 +38,8 @@ struct RecoveryPlan {
   FileState state;
 };
 
-// Whether a file with these commit words can be one that the journal is about. If not, another
-// program has gone on with it.
-bool IsAbout(const JournalContent& journal, const CommitWords& words);
-
-// Nothing when the journal is not about the file as it is.
+// Nothing when the journal does not explain the file as it is, which then stays as it is. With
+// GoneBeyond there is no state: the journal is done with.
 // `words`: those in the file. Raises FileError.
 std::optional<RecoveryPlan> PlanRecovery(const JournalContent& journal, File& file,
                                          const CommitWords& words);

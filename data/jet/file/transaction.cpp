@@ -30,13 +30,27 @@ std::pair<size_t, size_t> Difference(const uint8_t* before, const uint8_t* after
   return {start, end};
 }
 
+[[noreturn]] void RaiseSpoiled() {
+  throw FileError(FileProblem::Other,
+                  "the disk did not take what was written before; the file has to be opened again");
+}
+
 }  // namespace
+
+void Transaction::FlushDatabase(File& file, bool rewritten) {
+  if (spoiled_ && !rewritten) RaiseSpoiled();
+  spoiled_ = true;
+  ++flushes_;
+  file.Flush();
+  spoiled_ = false;
+}
 
 void Transaction::Write(const DatabaseFile& database, PageCache& cache, PageOrder& order,
                         std::span<const uint32_t> expected, CommitWords& words, bool mends) {
   File& file = *database.content;
   if (!file.Bears(database.path))
     throw FileError(FileProblem::Other, "another file has its name by now; nothing was written");
+  if (spoiled_) RaiseSpoiled();
   PrepareJournal(database, words, cache.CountBefore());
   JournalRecord record = Describe(database, cache);
   if (record.old_pages.empty() && record.new_pages.empty() && !mends) return;
@@ -81,6 +95,7 @@ void Transaction::PrepareJournal(const DatabaseFile& database, const CommitWords
                   .page_size = database.page_size,
                   .page_count = page_count,
                   .identity = database.identity,
+                  .origin = database.content->Origin(),
                   .words = words});
 }
 

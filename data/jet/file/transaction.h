@@ -61,10 +61,9 @@ class Transaction {
   uint64_t PagesWritten() const { return pages_written_; }
   uint64_t Commits() const { return commits_; }
   uint64_t Flushes() const { return flushes_ + journal_.Flushes(); }
-  void FlushDatabase(File& file) {
-    ++flushes_;
-    file.Flush();
-  }
+  // After a flush that failed nobody can tell what the disk has, and the next one may succeed all
+  // the same: it does not count unless all that was changed has been `rewritten`.
+  void FlushDatabase(File& file, bool rewritten = false);
 
  private:
   void PrepareJournal(const DatabaseFile& database, const CommitWords& words, uint32_t page_count);
@@ -80,6 +79,7 @@ class Transaction {
   uint64_t pages_written_ = 0;
   uint64_t commits_ = 0;
   uint64_t flushes_ = 0;
+  bool spoiled_ = false;  // a flush of the database has failed
 };
 
 }  // namespace rdv::jet

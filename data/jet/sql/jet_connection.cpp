@@ -9,6 +9,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "data/jet/file/file.h"
 #include "data/jet/format/errors.h"
 #include "data/jet/linked_file.h"
 #include "data/jet/sql/execution.h"
@@ -152,11 +153,20 @@ class JetConnection : public Connection {
   CommandResult RunLinked(KnownStatement& known, std::span<const Argument> arguments) {
     FindLink(known);
     if (!known.link) return RunIn(*engine_, path_, known, arguments).value();
-    const Text path =
-        FileOfLink(*known.link, path_, options_.files ? *options_.files : NativeFileSystem());
-    std::unique_ptr<Engine>& engine = linked_[path];
-    if (!engine) engine = Engine::Open(path, options_);
-    return RunIn(*engine, path, known, arguments).value();
+    const Text path = FileOfLink(*known.link, RealPath(), Files());
+    auto found = linked_.find(path);
+    if (found == linked_.end()) found = linked_.emplace(path, Engine::Open(path, options_)).first;
+    return RunIn(*found->second, path, known, arguments).value();
+  }
+
+  FileSystem& Files() const { return options_.files ? *options_.files : NativeFileSystem(); }
+  // Links lead from where the file is, not from where a link to it is.
+  Text RealPath() const {
+    try {
+      return Files().CanonicalPath(path_);
+    } catch (const FileError& error) {
+      RaiseFileError(error, path_);
+    }
   }
 
   Text path_;

@@ -21,6 +21,11 @@ LikePattern::LikePattern(TextView pattern) {
       const size_t end = units.find(u']', i + 1);
       if (end == Text::npos) RaiseSyntaxError(u"Invalid pattern string.");
       TextView list = TextView(units).substr(i + 1, end - i - 1);
+      i = end;
+      if (list.empty()) {  // as if it were not there
+        elements_.pop_back();
+        continue;
+      }
       element.kind = list.starts_with(u'!') ? Kind::NoneOf : Kind::OneOf;
       if (element.kind == Kind::NoneOf) list.remove_prefix(1);
       while (!list.empty()) {
@@ -28,7 +33,6 @@ LikePattern::LikePattern(TextView pattern) {
         element.ranges.push_back({list[0], range ? list[2] : list[0]});
         list.remove_prefix(range ? 3 : 1);
       }
-      i = end;
     }
   }
 }

@@ -143,6 +143,14 @@ void Predicate::BindComparison(Node& node, std::span<const Argument> arguments) 
     std::swap(node.left, node.right);
     node.comparison = Mirrored(node.comparison);
   }
+  const auto is_null = [](const BoundOperand& operand) {
+    const auto* literal = std::get_if<Literal>(&operand);
+    return literal != nullptr && literal->kind == LiteralKind::Null;
+  };
+  if (is_null(node.left) || is_null(node.right)) {
+    node.constant = Truth::Unknown;
+    return;
+  }
   const Column column = ColumnLike(node.left);
   node.search = ConstantFor(column, node.right, arguments);
   node.constant = Outcome(node, ConstantFor(column, node.left, arguments).value);

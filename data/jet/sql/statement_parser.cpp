@@ -286,13 +286,22 @@ class Parser {
     return any;
   }
 
-  // BETWEEN: neither below the first nor above the second.
+  // BETWEEN: from one bound to the other, whichever is the lower.
   Condition ParseRange(Operand left) {
+    const Operand first = ParseOperand();
+    RequireWord(u"AND");
+    const Operand second = ParseOperand();
+    Condition either;
+    either.kind = ConditionKind::Or;
+    either.parts = {Within(left, first, second), Within(left, second, first)};
+    return either;
+  }
+
+  static Condition Within(const Operand& left, const Operand& lower, const Operand& upper) {
     Condition both;
     both.kind = ConditionKind::And;
-    both.parts.push_back(Compared(left, Comparison::GreaterOrEqual, ParseOperand()));
-    RequireWord(u"AND");
-    both.parts.push_back(Compared(std::move(left), Comparison::LessOrEqual, ParseOperand()));
+    both.parts = {Compared(left, Comparison::GreaterOrEqual, lower),
+                  Compared(left, Comparison::LessOrEqual, upper)};
     return both;
   }
 

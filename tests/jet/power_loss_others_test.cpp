@@ -1,0 +1,244 @@
+// What a loss of power leaves where something went wrong before: a flush that failed, a process
+// that was killed while others went on, a reader in the way of closing, statements that failed.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "data/jet/file/journal_record.h"
+#include "tests/jet/simulated_process.h"
+#include "tests/jet/things_table.h"
+
+namespace rdv::jet {
+namespace {
+
+using things::Ids;
+using things::Insert;
+using things::WhatRaises;
+
+const Text kPath = u"site.mdb";
+const std::string kNothing = "nothing was raised";
+constexpr size_t kPageSize = 4096;
+
+class PowerLossWithOthers : public testing::Test {
+ protected:
+  void TearDown() override {
+    RecordProperty("states", std::to_string(states_));
+    std::printf("             %zu states of the disk\n", states_);
+  }
+
+  void Start(int32_t count) {
+    SimulatedDisk disk;
+    things::Create(kPath, count, 30, &disk);
+    start_ = disk.Contents();
+    Again();
+  }
+  void Again() { disk_ = std::make_unique<SimulatedDisk>(start_); }
+
+  std::unique_ptr<Engine> Open(FileSystem& files) {
+    return Engine::Open(kPath, {.lock_wait = std::chrono::milliseconds(1), .files = &files});
+  }
+  std::unique_ptr<Engine> Open() { return Open(*disk_); }
+
+  // Loses the power at moments from `since` (a number of operations) on, opens what is left and
+  // expects it to be sound; `needed`: rows that have to be there. Of all the states that there are
+  // with so many `samples`, no more than about `most` are made in an everyday run.
+  void Prove(size_t since, const std::set<int32_t>& needed = {}, int samples = 4,
+             size_t most = 60) {
+    std::mt19937 chance(1);
+    size_t choices = 0;
+    ForEachChoice(since, samples, chance, [&](const PowerLoss&, const auto&) { ++choices; });
+    const size_t stride = choices / (most * Factor()) + 1;
+    size_t number = 0;
+    ForEachChoice(since, samples, chance, [&](const PowerLoss& power, const auto& fates) {
+      if (number++ % stride != 0 || HasFailure()) return;
+      SCOPED_TRACE(testing::Message() << "after operation " << power.Position() << " of "
+                                      << disk_->Operations().size());
+      ExpectSound(power.Left(fates, chance), needed);
+    });
+  }
+
+  void ExpectSound(DiskContents contents, const std::set<int32_t>& needed) {
+    ++states_;
+    SimulatedDisk after(std::move(contents));
+    try {
+      const auto engine = Open(after);
+      const std::set<int32_t> ids = Ids(*engine);
+      EXPECT_TRUE(std::ranges::includes(ids, needed)) << "a row that had to be there is lost";
+      const bool is_new =
+          sound_.insert(ContentSum(after.ContentOf(kPath).subspan(kPageSize))).second;
+      EXPECT_EQ(is_new ? things::Findings(*engine) : "", "");
+    } catch (const std::exception& error) {
+      ADD_FAILURE() << error.what();
+    }
+  }
+
+  size_t Now() const { return disk_->Operations().size(); }
+
+  std::unique_ptr<SimulatedDisk> disk_;
+  size_t states_ = 0;  // made and opened
+
+ private:
+  static size_t Factor() {
+    const char* const wanted = std::getenv("RDV_POWER_LOSS_STATES");
+    return wanted != nullptr ? static_cast<size_t>(std::max(1, std::atoi(wanted) / 80)) : 1;
+  }
+
+  using UseChoice = std::function<void(const PowerLoss&, const std::vector<PowerLoss::Fate>&)>;
+  void ForEachChoice(size_t since, int samples, std::mt19937& chance, const UseChoice& use) {
+    PowerLoss power(start_, disk_->Operations());
+    do {
+      if (power.Position() < since) continue;
+      power.ForEachChoice(samples, chance, [&](const auto& fates) { use(power, fates); });
+    } while (power.Advance());
+  }
+
+  DiskContents start_;
+  std::set<uint64_t> sound_;
+};
+
+// A reader is in the way when an Apply ends, so its journal stays; somebody who had looked at the
+// file before goes on writing.
+TEST_F(PowerLossWithOthers, AnApplyThatHasReturnedIsThereThoughAReaderWasInTheWayAndOthersWentOn) {
+  Start(5);
+  const auto other = Open();
+  const auto reader = Open();
+  const auto apply = Open();
+  Insert(*apply, 100, 30);
+  EXPECT_EQ(Ids(*other).size(), 6u);
+  {
+    const Engine::ReadScope scope(*reader);
+    apply->Close();
+  }
+  const size_t returned = Now();
+  Insert(*other, 200, 30);
+  Insert(*other, 201, 30);
+  Prove(returned, {0, 1, 2, 3, 4, 100}, 4, 150);
+  EXPECT_GT(states_, 100u);
+}
+
+TEST_F(PowerLossWithOthers, AnApplyWhoseJournalAnotherWriterGoesOnWithSaysThatItMayBeLost) {
+  Start(5);
+  const auto other = Open();
+  const auto reader = Open();
+  const auto apply = Open();
+  Insert(*apply, 100, 30);
+  Insert(*other, 200, 30);
+  const Engine::ReadScope scope(*reader);
+  EXPECT_NE(WhatRaises([&] { apply->Close(); }).find("already in use"), std::string::npos);
+}
+
+TEST_F(PowerLossWithOthers, AProcessThatIsKilledAtAnyMomentLeavesTheOthersASoundFile) {
+  Start(20);
+  int moments = 0;
+  for (int after = 0;; ++after) {
+    SCOPED_TRACE(after);
+    Again();
+    const auto other = Open();
+    const auto third = Open();
+    Insert(*third, 50, 30);
+    if (after % 2 == 0) third->Close();
+    Ids(*other);
+    SimulatedProcess process(*disk_);
+    const auto dying = Open(process);
+    process.KillAfter(after);
+    WhatRaises([&] {
+      Insert(*dying, 100, 3000);
+      Insert(*dying, 101, 30);
+      dying->Close();
+    });
+    if (!process.IsKilled()) break;
+    ++moments;
+    const size_t killed = Now();
+    Insert(*other, 200, 3000);
+    Prove(killed, {}, 1, 20);
+    other->Close();
+    ExpectSound(disk_->Contents(), {50, 200});
+    if (HasFailure()) break;
+  }
+  EXPECT_GT(moments, 15);
+  EXPECT_GT(states_, 200u);
+}
+
+// What it should have brought to the disk never gets there, and all later flushes succeed.
+TEST_F(PowerLossWithOthers, AfterAnyFlushThatFailedNothingIsSaidToBeThereThatIsNot) {
+  Start(60);
+  int failed = 0;
+  for (int flush = 0;; ++flush) {
+    SCOPED_TRACE(flush);
+    Again();
+    std::set<int32_t> needed;
+    const auto engine = Open();
+    const size_t before = Now();
+    disk_->FailFlushAfter(flush);
+    const auto insert = [&](int32_t id, size_t length) {
+      const std::string raised = WhatRaises([&] { Insert(*engine, id, length); });
+      if (raised == kNothing) needed.insert(id);
+      return raised != kNothing;
+    };
+    bool any = insert(1000, 30);
+    any |= insert(1001, 30);
+    any |= insert(1002, 3000);
+    any |= insert(1003, 30);
+    any |= insert(1004, 9000);
+    Prove(before, {}, 1, 20);
+    const std::string closed = WhatRaises([&] { engine->Close(); });
+    any |= closed != kNothing;
+    disk_->FailFlushAfter(-1);
+    if (closed == kNothing) Prove(Now(), needed, 20, 40);
+    Prove(before, {}, 1, 20);
+    // Whoever comes next finds all that was finished: nothing was lost but what the disk forgot.
+    {
+      const auto next = Open();
+      EXPECT_TRUE(std::ranges::includes(Ids(*next), needed));
+      Insert(*next, 2000, 30);
+      next->Close();
+      needed.insert(2000);
+    }
+    Prove(Now(), needed, 20, 40);
+    if (!any || HasFailure()) break;
+    ++failed;
+  }
+  EXPECT_GT(failed, 3);
+}
+
+// Each takes two commit words. They lie on pages that the journal has, so nothing is flushed.
+TEST_F(PowerLossWithOthers, ManyStatementsThatFailedLeaveNoWordThatTheJournalDoesNotKnow) {
+  Start(5);
+  const auto engine = Open();
+  int turn = 0;
+  const auto update = [&] {
+    things::Update(*engine, 3, Text(30, static_cast<char16_t>(u'a' + ++turn % 26)));
+  };
+  update();
+  int failed = 0;
+  for (int i = 0; i < 58; ++i) {
+    disk_->FillAfter(2, 1);
+    if (WhatRaises(update) != kNothing) ++failed;
+  }
+  EXPECT_GT(failed, 50);
+  update();
+  const size_t now = Now();
+  Prove(now, {0, 1, 2, 3, 4}, 1500, 300);
+  EXPECT_GT(states_, 200u);
+}
+
+// The journal keeps its name, as somebody has it open, but says nothing any more.
+TEST_F(PowerLossWithOthers, AJournalThatCannotBeRemovedIsNotPlayedLater) {
+  Start(20);
+  disk_->KeepNames();
+  for (int32_t turn = 0; turn < 3; ++turn) {
+    const auto engine = Open();
+    Insert(*engine, 100 + turn, turn == 1 ? 9000 : 30);
+    engine->Close();
+    std::set<int32_t> needed;
+    for (int32_t id = 100; id <= 100 + turn; ++id) needed.insert(id);
+    Prove(Now(), needed);
+  }
+  Prove(0);
+  EXPECT_TRUE(disk_->Exists(kPath + u"-journal"));
+  EXPECT_GT(states_, 80u);
+}
+
+}  // namespace
+}  // namespace rdv::jet
