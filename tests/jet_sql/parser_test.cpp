@@ -167,9 +167,17 @@ TEST(StatementParser, ReadsAListARangeAndAPattern) {
   const Condition range = WhereOf(u"a BETWEEN 1 AND 2 AND b = 3");
   ASSERT_EQ(range.kind, ConditionKind::And);
   ASSERT_EQ(range.parts.size(), 2u);
-  ASSERT_EQ(range.parts[0].kind, ConditionKind::And);
-  EXPECT_EQ(range.parts[0].parts[0].comparison, Comparison::GreaterOrEqual);
-  EXPECT_EQ(LiteralIn(range.parts[0].parts[1].right).text, u"2");
+  // From either bound to the other.
+  ASSERT_EQ(range.parts[0].kind, ConditionKind::Or);
+  ASSERT_EQ(range.parts[0].parts.size(), 2u);
+  for (const size_t way : {0u, 1u}) {
+    const Condition& within = range.parts[0].parts[way];
+    ASSERT_EQ(within.kind, ConditionKind::And);
+    EXPECT_EQ(within.parts[0].comparison, Comparison::GreaterOrEqual);
+    EXPECT_EQ(within.parts[1].comparison, Comparison::LessOrEqual);
+    EXPECT_EQ(LiteralIn(within.parts[0].right).text, way == 0 ? u"1" : u"2");
+    EXPECT_EQ(LiteralIn(within.parts[1].right).text, way == 0 ? u"2" : u"1");
+  }
   EXPECT_EQ(WhereOf(u"a LIKE 'x%'").comparison, Comparison::Like);
   EXPECT_EQ(WhereOf(u"a NOT LIKE 'x%'").kind, ConditionKind::Not);
   for (const TextView wrong : {u"a IN ()", u"a IN 1", u"a BETWEEN 1", u"a NOT = 1", u"a LIKE"})
