@@ -139,9 +139,19 @@ Text RequireInFolder(const LinkedTable& link, const Text& path, const Text& file
   }
 }
 
+// Links lead from where the file is, not from where a link to it is.
+Text RealPath(const Text& path, FileSystem& files) {
+  try {
+    return files.CanonicalPath(path);
+  } catch (const FileError& error) {
+    RaiseFileError(error, path);
+  }
+}
+
 }  // namespace
 
-Text FileOfLink(const LinkedTable& link, const Text& path, FileSystem& files) {
+Text FileOfLink(const LinkedTable& link, const Text& spelled, FileSystem& files) {
+  const Text path = RealPath(spelled, files);
   if (link.server) RaiseNotFollowed(link, u"a server (" + WithoutSecrets(link.connect) + u")");
   const Text kind(Trim(TextView(link.connect).substr(0, link.connect.find(u';'))));
   if (!kind.empty())

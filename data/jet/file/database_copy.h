@@ -13,8 +13,8 @@ namespace rdv::jet {
 
 // Copies the pages of `from`, in one state, into a file that nothing bears the name of yet. Other
 // programs go on reading meanwhile and wait with writing; what a dead writer left half done is not
-// in the copy. A file that was left in the middle of a write and cannot be put right is copied as it
-// is where it is to be `Suspects::Read`, else refused.
+// in the copy. A file that was left in the middle of a write and cannot be put right is copied as
+// it is where it is to be `Suspects::Read`, else refused.
 void CopyDatabase(FileSystem& files, const Text& from, const Text& to,
                   std::chrono::milliseconds lock_wait, Suspects suspects = Suspects::Refused);
 

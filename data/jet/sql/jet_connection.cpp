@@ -9,7 +9,6 @@
 #include <type_traits>
 #include <utility>
 
-#include "data/jet/file/file.h"
 #include "data/jet/format/errors.h"
 #include "data/jet/linked_file.h"
 #include "data/jet/sql/execution.h"
@@ -153,20 +152,11 @@ class JetConnection : public Connection {
   CommandResult RunLinked(KnownStatement& known, std::span<const Argument> arguments) {
     FindLink(known);
     if (!known.link) return RunIn(*engine_, path_, known, arguments).value();
-    const Text path = FileOfLink(*known.link, RealPath(), Files());
+    const Text path =
+        FileOfLink(*known.link, path_, options_.files ? *options_.files : NativeFileSystem());
     auto found = linked_.find(path);
     if (found == linked_.end()) found = linked_.emplace(path, Engine::Open(path, options_)).first;
     return RunIn(*found->second, path, known, arguments).value();
-  }
-
-  FileSystem& Files() const { return options_.files ? *options_.files : NativeFileSystem(); }
-  // Links lead from where the file is, not from where a link to it is.
-  Text RealPath() const {
-    try {
-      return Files().CanonicalPath(path_);
-    } catch (const FileError& error) {
-      RaiseFileError(error, path_);
-    }
   }
 
   Text path_;
