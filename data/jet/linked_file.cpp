@@ -139,12 +139,13 @@ Text RequireInFolder(const LinkedTable& link, const Text& path, const Text& file
   }
 }
 
-// Links lead from where the file is, not from where a link to it is.
+// Links lead from where the file is, not from where a link to it is. One that cannot be found has
+// no other name than the one that it is called by.
 Text RealPath(const Text& path, FileSystem& files) {
   try {
     return files.CanonicalPath(path);
-  } catch (const FileError& error) {
-    RaiseFileError(error, path);
+  } catch (const FileError&) {
+    return path;
   }
 }
 
