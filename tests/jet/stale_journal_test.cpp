@@ -167,7 +167,9 @@ TEST_F(StaleJournal, KeepsNobodyFromReadingOnAFullDisk) {
     const auto engine = Open(path_, &files);
     EXPECT_EQ(Count(*engine), kCount + 1);
     EXPECT_EQ(Findings(*engine), "");
-    if (files.Struck()) EXPECT_NE(WhatRaises([&] { Insert(*engine, 50); }), kNothing);
+    if (files.Struck()) {
+      EXPECT_NE(WhatRaises([&] { Insert(*engine, 50); }), kNothing);
+    }
     // The disk has room again: the same connection puts the file right before it writes.
     files.Arm(Fault::None, 0);
     Insert(*engine, 51);

@@ -48,10 +48,10 @@ uint64_t Session() {
     const ssize_t size = read(file, text.data(), text.size());
     close(file);
     if (size <= 0) return uint64_t{0};
-    uint64_t session = 0;
+    uint64_t sum = 0;
     for (const char digit : std::string_view(text.data(), static_cast<size_t>(size)))
-      session = std::rotl(session, 5) * 31 + static_cast<uint8_t>(digit);
-    return session;
+      sum = std::rotl(sum, 5) * 31 + static_cast<uint8_t>(digit);
+    return sum;
   }();
   return session;
 }
