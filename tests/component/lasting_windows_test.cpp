@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "tests/component/support/bare_windows.h"
 #include "tests/component/support/loaded_control.h"
 #include "tests/component/support/patched_import.h"
 
@@ -54,6 +55,7 @@ TEST_F(LastingWindows, AreDestroyedByCloseAndComeBackWithAllThatTheUserHasDone) 
 }
 
 TEST_F(LastingWindows, ComeBackScrolledAsTheyWere) {
+  if (!CanPaint()) GTEST_SKIP() << "rows have no height here";
   placed_->container.place = {0, 0, 800, 330};
   PlaceAndLoad();
   // As the user has drawn it.
