@@ -174,6 +174,15 @@ TEST_F(CellWalkTest, EditingEndsInTheGridAtEitherEnd) {
   for (const Editor* editor : form().Editors()) EXPECT_FALSE(editor->Visible());
 }
 
+TEST_F(CellWalkTest, EditingEndsInTheGridWhereverTheFocusIs) {
+  grid().GoToRow(1);
+  Edit();
+  form().cmdOK.SetFocus();
+  ASSERT_EQ(Focus(), "cmdOK");
+  grid().on_edit_end();
+  EXPECT_EQ(Focus(), "LVRDVLineConfig");
+}
+
 TEST_F(CellWalkTest, TheColumnOpenedLastIsOpenedInTheNextRowToo) {
   grid().GoToRow(1);
   Edit();

@@ -66,6 +66,28 @@ TEST_F(FailingFlush, OfApplyIsReportedAndLeavesTheChangesPending) {
   EXPECT_THAT(Messages(), SizeIs(1));
 }
 
+TEST_F(FailingFlush, OfTheLastOneOfApplyIsReportedToo) {
+  UseSite("plain");
+  Create();
+  ASSERT_TRUE(control().ShowControl(1));
+  const auto apply = [&](TextView label, int flushes) {
+    form().LVRDVLineConfig.SetCell(1, column::kLabel, label);
+    form().cmdApply.SetEnabled(true);
+    flushes_left = flushes;
+    Press(form().cmdApply);
+    return flushes - flushes_left;
+  };
+  constexpr int kMany = 1000;
+  apply(u"one", kMany);  // whatever else differs from the stored lines is written now
+  const int needed = apply(u"two", kMany);
+  ASSERT_GT(needed, 0);
+  ASSERT_FALSE(form().cmdApply.Enabled());
+  ASSERT_THAT(Messages(), SizeIs(0));
+  apply(u"one", needed - 1);
+  EXPECT_TRUE(form().cmdApply.Enabled());
+  EXPECT_THAT(Messages(), SizeIs(1));
+}
+
 }  // namespace
 }  // namespace rdv::test
 
