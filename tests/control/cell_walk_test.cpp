@@ -225,6 +225,16 @@ TEST_F(CellWalkTest, CancellingBringsBackTheCellsOfAllSelectedRowsAsTheyWereWhen
   EXPECT_EQ(before(), changed);
 }
 
+TEST_F(CellWalkTest, CancellingBringsBackTheCellsOfARowThatWasClicked) {
+  Click(1, column::kVolume);
+  const Text stood = Cell(1, column::kVolume);
+  ComboBox& list = form().cmbVolume;
+  list.SetListIndex(list.ListIndex() == 0 ? 1 : 0);
+  ASSERT_NE(Cell(1, column::kVolume), stood);
+  grid().on_edit_cancel();
+  EXPECT_EQ(Cell(1, column::kVolume), stood);
+}
+
 TEST_F(CellWalkTest, ACellOutOfSightIsBroughtIntoSight) {
   ChangeColumnWidth(column::kLineType, 9000);
   ScrollRight(-20000);
