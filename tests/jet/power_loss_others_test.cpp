@@ -164,8 +164,9 @@ TEST_F(PowerLossWithOthers, AProcessThatIsKilledAtAnyMomentLeavesTheOthersASound
 TEST_F(PowerLossWithOthers, AfterAnyFlushThatFailedNothingIsSaidToBeThereThatIsNot) {
   Start(60);
   int failed = 0;
-  for (int flush = 0;; ++flush) {
-    SCOPED_TRACE(flush);
+  for (int turn = 0;; ++turn) {
+    const int flush = turn / 2;
+    SCOPED_TRACE(turn);
     Again();
     std::set<int32_t> needed;
     const auto engine = Open();
@@ -176,11 +177,11 @@ TEST_F(PowerLossWithOthers, AfterAnyFlushThatFailedNothingIsSaidToBeThereThatIsN
       if (raised == kNothing) needed.insert(id);
       return raised != kNothing;
     };
-    bool any = insert(1000, 30);
-    any |= insert(1001, 30);
-    any |= insert(1002, 3000);
-    any |= insert(1003, 30);
-    any |= insert(1004, 9000);
+    // Odd turns close at once when one was refused: nothing makes good what its flush has lost.
+    bool any = false;
+    const size_t lengths[] = {30, 30, 3000, 30, 9000};
+    for (size_t i = 0; i < std::size(lengths) && !(any && turn % 2 == 1); ++i)
+      any |= insert(1000 + static_cast<int32_t>(i), lengths[i]);
     Prove(before, {}, 1, 20);
     const std::string closed = WhatRaises([&] { engine->Close(); });
     any |= closed != kNothing;
@@ -199,27 +200,36 @@ TEST_F(PowerLossWithOthers, AfterAnyFlushThatFailedNothingIsSaidToBeThereThatIsN
     if (!any || HasFailure()) break;
     ++failed;
   }
-  EXPECT_GT(failed, 3);
+  EXPECT_GT(failed, 7);
 }
 
 // Each takes two commit words. They lie on pages that the journal has, so nothing is flushed.
 TEST_F(PowerLossWithOthers, ManyStatementsThatFailedLeaveNoWordThatTheJournalDoesNotKnow) {
   Start(5);
   const auto engine = Open();
-  int turn = 0;
+  // A row and its key: two pages, which do not fit each other when one of them is lost.
+  int32_t id = 3;
+  int32_t turn = 0;
   const auto update = [&] {
-    things::Update(*engine, 3, Text(30, static_cast<char16_t>(u'a' + ++turn % 26)));
+    Engine::WriteScope scope(*engine);
+    ++turn;
+    const Assignment values[] = {{0, 1000 + turn},
+                                 {1, Text(30, static_cast<char16_t>(u'a' + turn % 26))}};
+    engine->Update(engine->Table(u"Things"), things::Find(*engine, id), values);
+    scope.Commit();
+    id = 1000 + turn;
   };
   update();
   int failed = 0;
-  for (int i = 0; i < 58; ++i) {
+  for (int i = 0; i < 58; ++i) update();
+  for (int i = 0; i < 4; ++i) {
     disk_->FillAfter(2, 1);
     if (WhatRaises(update) != kNothing) ++failed;
   }
-  EXPECT_GT(failed, 50);
+  EXPECT_EQ(failed, 4);
   update();
   const size_t now = Now();
-  Prove(now, {0, 1, 2, 3, 4}, 1500, 300);
+  Prove(now, {0, 1, 2, 4}, 1500, 300);
   EXPECT_GT(states_, 200u);
 }
 
