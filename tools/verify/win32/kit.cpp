@@ -87,7 +87,7 @@ class WorkFolder {
 
 Kit::Kit(fs::path folder, Options options, std::ostream& progress)
     : folder_(std::move(folder)),
-      work_(folder_ / "work"),
+      work_(folder_ / "scratch"),
       options_(std::move(options)),
       progress_(progress) {}
 
