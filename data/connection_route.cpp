@@ -1,10 +1,10 @@
 #include "data/connection_route.h"
 
-#include <cstdlib>
 #include <optional>
 #include <utility>
 
 #include "data/jet/sql/jet_connection.h"
+#include "runtime/environment.h"
 #include "runtime/error.h"
 
 #ifdef _WIN32
@@ -26,8 +26,7 @@ TextView DataSource(TextView connection_string) {
 }
 
 std::optional<DatabaseRoute> DemandedRoute() {
-  const char* variable = std::getenv("RDV_DATABASE_ROUTE");
-  const Text demanded = variable == nullptr ? Text() : FromUtf8(variable);
+  const Text demanded = ValueOf(EnvironmentVariable::DatabaseRoute);
   if (EqualsIgnoringCase(demanded, u"ado")) return DatabaseRoute::Ado;
   if (EqualsIgnoringCase(demanded, u"jet")) return DatabaseRoute::Jet;
   return std::nullopt;

@@ -1,8 +1,9 @@
-// How the readers of the settings file report a failure to the user.
+// How the readers of the settings file report a failure to the user, and to the log of failures.
 #pragma once
 
 #include "data/settings_file.h"
 #include "runtime/error.h"
+#include "runtime/failure_log.h"
 #include "runtime/text.h"
 
 namespace rdv {
@@ -15,7 +16,10 @@ Result ReportingFailure(TextView name, const MessageReporter& report, Result on_
   try {
     return procedure();
   } catch (const RuntimeError& error) {
-    report(u"ERROR_Handler: " + Text(name) + u"   " + Text(kLineBreak) + error.Description());
+    const Text message =
+        u"ERROR_Handler: " + Text(name) + u"   " + Text(kLineBreak) + error.Description();
+    LogFailure(message);
+    report(message);
     return on_failure;
   }
 }

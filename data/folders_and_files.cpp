@@ -1,6 +1,7 @@
 #include "data/folders_and_files.h"
 
 #include "data/site_in_place.h"
+#include "runtime/environment.h"
 
 #ifdef _WIN32
 #include <windows.h>
@@ -11,8 +12,6 @@
 #include "data/registry.h"
 #else
 #include <sys/stat.h>
-
-#include <cstdlib>
 
 #include "data/ini_file.h"
 #endif
@@ -31,15 +30,6 @@ Text SuiteFolderIn(const Text& common_app_data) {
 }
 
 #ifdef _WIN32
-
-// What RDV_COMMON_APPDATA names for this process; "" where it is not set.
-Text NamedFolder() {
-  const wchar_t* const name = L"RDV_COMMON_APPDATA";
-  Text folder(GetEnvironmentVariableW(name, nullptr, 0), u'\0');
-  const auto capacity = static_cast<DWORD>(folder.size());
-  folder.resize(GetEnvironmentVariableW(name, reinterpret_cast<wchar_t*>(folder.data()), capacity));
-  return folder;
-}
 
 bool FolderExists(const Text& path) {
   const DWORD attributes = GetFileAttributesW(reinterpret_cast<const wchar_t*>(path.c_str()));
@@ -65,11 +55,6 @@ bool FolderExists(const Text& path) {
   return stat(ToUtf8(path).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-Text EnvironmentVariable(const char* name) {
-  const char* value = std::getenv(name);
-  return value == nullptr ? Text() : FromUtf8(value);
-}
-
 #endif
 
 }  // namespace
@@ -77,7 +62,9 @@ Text EnvironmentVariable(const char* name) {
 #ifdef _WIN32
 
 Text GetSpecialFolder(int32_t folder) {
-  if (Text named = NamedFolder(); folder == kCommonAppDataFolder && !named.empty()) return named;
+  if (folder == kCommonAppDataFolder) {
+    if (Text named = ValueOf(EnvironmentVariable::CommonAppData); !named.empty()) return named;
+  }
   char path[MAX_PATH] = {};
   Text result;
   LPITEMIDLIST items = nullptr;
@@ -90,7 +77,7 @@ Text GetSpecialFolder(int32_t folder) {
 }
 
 Text GetCommonAppDataFolder() {
-  if (Text named = NamedFolder(); !named.empty()) return named;
+  if (Text named = ValueOf(EnvironmentVariable::CommonAppData); !named.empty()) return named;
   return AsText(ReadRegistryValue(
       kLocalMachine, u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders",
       u"Common AppData", Text()));
@@ -99,11 +86,11 @@ Text GetCommonAppDataFolder() {
 #else
 
 Text GetSpecialFolder(int32_t folder) {
-  return folder == kCommonAppDataFolder ? EnvironmentVariable("RDV_COMMON_APPDATA") : Text();
+  return folder == kCommonAppDataFolder ? ValueOf(EnvironmentVariable::CommonAppData) : Text();
 }
 
 Text GetCommonAppDataFolder() {
-  Text file = EnvironmentVariable("RDV_SHELL_FOLDERS");
+  Text file = ValueOf(EnvironmentVariable::ShellFolders);
   if (file.empty()) file = u"/etc/rdv/shell-folders.ini";
   // A path is what the file system has: UTF-8 like all its names.
   return FromUtf8(FindIniValue(file, u"Shell Folders", u"Common AppData").value_or(""));

@@ -1,5 +1,7 @@
 #include "rules/error_report.h"
 
+#include "runtime/failure_log.h"
+
 namespace rdv {
 
 Text ErrorBlock(const RuntimeError& error, TextView procedure) {
@@ -15,7 +17,9 @@ Text ErrorBlock(const RuntimeError& error, TextView procedure) {
 void AppendErrorBlock(ControlState& state, const RuntimeError& error, TextView procedure,
                       BlockStart start) {
   if (start == BlockStart::OnALineOfItsOwn) state.LoadErrorText.append(kLineBreak);
-  state.LoadErrorText.append(ErrorBlock(error, procedure));
+  const Text block = ErrorBlock(error, procedure);
+  state.LoadErrorText.append(block);
+  LogFailure(block);
 }
 
 void ShowPlainMessage(Screen& screen, TextView text) {
@@ -23,7 +27,9 @@ void ShowPlainMessage(Screen& screen, TextView text) {
 }
 
 void ShowErrorBlock(Screen& screen, const RuntimeError& error, TextView procedure) {
-  ShowPlainMessage(screen, ErrorBlock(error, procedure));
+  const Text block = ErrorBlock(error, procedure);
+  LogFailure(block);
+  ShowPlainMessage(screen, block);
 }
 
 MessageReporter PlainReporter(Screen& screen) {

@@ -1,5 +1,5 @@
 // How a failing procedure tells the user: either its block is collected while the control loads
-// and shown with all others at the end, or it is shown at once.
+// and shown with all others at the end, or it is shown at once. The log of failures has both.
 #pragma once
 
 #include "data/settings_file.h"

@@ -8,6 +8,8 @@
 #include "component/com/identifiers.h"
 #include "component/com/module.h"
 #include "component/registration/registry_changes.h"
+#include "runtime/environment.h"
+#include "runtime/failure_log.h"
 
 // Missing from the compiler's headers.
 extern "C" {
@@ -22,7 +24,6 @@ namespace {
 constexpr const wchar_t* kClassesKey = L"Software\\Classes";
 constexpr const wchar_t* kVersionedName = L"TLV_RDV_Line_Config.ucRDVLineConfig.1";
 constexpr const wchar_t* kControlCategory = L"{40FC6ED4-2438-11CF-A3DB-080036F12502}";
-constexpr const wchar_t* kScopeVariable = L"RDV_REGISTRATION";
 
 // What the two word sizes call themselves in the registry, below the version of a type library.
 #ifdef _WIN64
@@ -39,11 +40,11 @@ constexpr const wchar_t* kOtherSystemKey = L"\\win64";
 
 struct Scope {
   HKEY root;
-  const wchar_t* name;  // in the environment variable
+  TextView name;  // in the environment variable
   bool per_user;
 };
-const Scope kMachine = {HKEY_LOCAL_MACHINE, L"machine", false};
-const Scope kUser = {HKEY_CURRENT_USER, L"user", true};
+const Scope kMachine = {HKEY_LOCAL_MACHINE, u"machine", false};
+const Scope kUser = {HKEY_CURRENT_USER, u"user", true};
 
 std::wstring ToText(REFGUID id) {
   wchar_t text[40] = L"";
@@ -57,10 +58,9 @@ std::wstring ClassPath() {
 
 // In the order in which the scopes are tried.
 std::vector<Scope> Scopes() {
-  wchar_t asked[16] = L"";
-  GetEnvironmentVariableW(kScopeVariable, asked, 16);
+  const Text asked = ValueOf(EnvironmentVariable::Registration);
   for (const Scope& scope : {kMachine, kUser}) {
-    if (lstrcmpiW(asked, scope.name) == 0) return {scope};
+    if (EqualsIgnoringCase(asked, scope.name)) return {scope};
   }
   return {kMachine, kUser};
 }
@@ -280,6 +280,16 @@ HRESULT UnregisterIn(const Scope& scope) {
   return result;
 }
 
+HRESULT Logged(TextView step, HRESULT result) {
+  if (FAILED(result)) {
+    char16_t digits[] = u"00000000";
+    for (int i = 0; i < 8; ++i)
+      digits[i] = u"0123456789ABCDEF"[static_cast<uint32_t>(result) >> (28 - 4 * i) & 0xF];
+    LogFailure(Text(step) + u" failed: 0x" + digits);
+  }
+  return result;
+}
+
 }  // namespace
 
 HRESULT RegisterComponent() {
@@ -291,7 +301,7 @@ HRESULT RegisterComponent() {
       outcome = RegisterIn(scope);
       if (!outcome.denied) break;
     }
-    return outcome.result;
+    return Logged(u"Registering", outcome.result);
   });
 }
 
@@ -302,7 +312,7 @@ HRESULT UnregisterComponent() {
       const HRESULT removed = UnregisterIn(scope);
       if (SUCCEEDED(result)) result = removed;
     }
-    return result;
+    return Logged(u"Taking out of the registry", result);
   });
 }
 

@@ -121,6 +121,16 @@ TEST(EveryCommand, SaysWhichFileHasANameThatTheControlCannotRead) {
   }
 }
 
+TEST(EveryCommand, SaysWhichVariableLedToAFileThatCannotBeUsed) {
+  const rdv::test::TemporaryFolder empty;
+  rdv::test::SetEnvironment("RDV_COMMON_APPDATA", empty.Path().string());
+  const Outcome shown = RunWords({"show"});
+  rdv::test::SetEnvironment("RDV_COMMON_APPDATA", "");
+  EXPECT_EQ(shown.code, 3);
+  EXPECT_THAT(shown.errors,
+              EndsWith("\nthe environment has RDV_COMMON_APPDATA=" + empty.Path().string() + "\n"));
+}
+
 TEST(Show, SaysThatThereIsNoSite) {
   const LinesSite site;
   const Outcome shown = RunWords({"show", site.Scratch("nowhere").string()});

@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
+#include "runtime/failure_log.h"
+#include "widgets/memory/memory_screen.h"
+
 namespace rdv {
 namespace {
 
@@ -21,6 +26,22 @@ TEST(CollectedBlock, RunsOnFromTheOneBeforeUnlessItsProcedureSaysThatItStartsALi
   state.LoadErrorText = u"before";
   AppendErrorBlock(state, kFailure, u"FormatLVControl", BlockStart::OnALineOfItsOwn);
   EXPECT_EQ(state.LoadErrorText, u"before\r\n" + ErrorBlock(kFailure, u"FormatLVControl"));
+}
+
+std::vector<Text> logged;
+
+TEST(FailureLogOfProcedures, HasWhatLoadingCollectsAndWhatIsShownAtOnce) {
+  logged.clear();
+  const FailureLog before = ReplaceFailureLog([](TextView line) { logged.emplace_back(line); });
+  ControlState state;
+  AppendErrorBlock(state, kFailure, u"LoadData", BlockStart::RunOn);
+  memory::MemoryScreen screen;
+  ShowErrorBlock(screen, kFailure, u"cmdApply_Click");
+  ReplaceFailureLog(before);
+  ASSERT_EQ(logged.size(), 2u);
+  EXPECT_NE(logged[0].find(u"Invalid procedure call or argument"), Text::npos);
+  EXPECT_NE(logged[0].find(u"LoadData"), Text::npos);
+  EXPECT_NE(logged[1].find(u"cmdApply_Click"), Text::npos);
 }
 
 TEST(Loader, ThatFailsIsFalseAndOnRecordOnce) {

@@ -4,6 +4,7 @@
 #include <ostream>
 #include <set>
 
+#include "runtime/environment.h"
 #include "tools/command_line/standard_output.h"
 #include "tools/command_line/suggestion.h"
 
@@ -49,6 +50,12 @@ std::vector<std::string> OptionsOf(const CLI::App& app) {
     for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
   }
   return names;
+}
+
+// What may lie behind a file that cannot be used and that nobody named.
+std::string WithEnvironment() {
+  const Text in_force = EnvironmentInForce();
+  return in_force.empty() ? "" : "the environment has " + ToUtf8(in_force) + '\n';
 }
 
 // What CLI11 found wrong, in our words where its own do not name what to do.
@@ -141,10 +148,10 @@ int CommandLine::Execute(std::span<const std::string> arguments, std::ostream& o
     errors << current_ << ": the output cannot be written: " << error.what() << '\n';
     return kUnusable;
   } catch (const RuntimeError& error) {
-    errors << current_ << ": " << Described(error) << '\n';
+    errors << current_ << ": " << Described(error) << '\n' << WithEnvironment();
     return kUnusable;
   } catch (const std::exception& error) {
-    errors << current_ << ": " << error.what() << '\n';
+    errors << current_ << ": " << error.what() << '\n' << WithEnvironment();
     return kUnusable;
   }
 }
