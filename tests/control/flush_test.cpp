@@ -8,19 +8,23 @@
 
 #include <cerrno>
 
+#include "rules/line_templates.h"
 #include "tests/support/control_fixture.h"
 
 namespace {
 
-// How many of the coming flushes still succeed.
+// How many of the coming flushes still succeed. What happens then: all others fail, or one does.
 constexpr int kAll = -1;
+constexpr int kMany = 1000;  // more than anything needs
 int flushes_left = kAll;
+bool one_fails = false;
 
 }  // namespace
 
 // In the place of the system's own.
 extern "C" int fdatasync(int file) {
   if (flushes_left == 0) {
+    if (one_fails) flushes_left = kAll;
     errno = EIO;
     return -1;
   }
@@ -36,7 +40,10 @@ using ::testing::SizeIs;
 
 class FailingFlush : public ControlTest {
  protected:
-  void TearDown() override { flushes_left = kAll; }
+  void TearDown() override {
+    flushes_left = kAll;
+    one_fails = false;
+  }
 };
 
 TEST_F(FailingFlush, OfADefaultLineIsReportedByItsTemplate) {
@@ -53,6 +60,46 @@ TEST_F(FailingFlush, OfADefaultLineIsReportedByItsTemplate) {
     EXPECT_THAT(ToUtf8(messages[line].text), EndsWith(" - LoadDefaultMOHLine"));
   }
   EXPECT_THAT(ToUtf8(messages[10].text), EndsWith(" - LoadData"));
+}
+
+TEST_F(FailingFlush, OfATemplateIsReportedWhicheverItIs) {
+  ControlState state;
+  state.BusinessRules.ConfigID = 2;
+  state.CardTypes.Add(u"Hybrid Line", u"6");
+  state.PartitionList.Add(u"First", u"1");
+  state.NodeNames.Add(u"Message", u"0");
+  state.ModeNames.Add(u"Ring", u"1");
+  LineTemplates templates(form(), state);
+  for (const GridColumn& column : kGridColumns) grid().AddColumn(column.caption, column.width);
+  const auto store = [&](int flushes) {
+    UseSite("plain");
+    grid().RemoveRows();
+    flushes_left = flushes;
+    return templates.LoadDefaultHybrideLine(1, Target::NewRow, Store::Yes);
+  };
+  ASSERT_TRUE(store(kMany));
+  const int needed = kMany - flushes_left;
+  ASSERT_GT(needed, 0);
+  one_fails = true;
+  for (int good = 0; good < needed; ++good) {
+    EXPECT_FALSE(store(good)) << good;
+    EXPECT_THAT(Messages(), SizeIs(1)) << good;
+  }
+}
+
+TEST_F(FailingFlush, OfTheLastOneOfADefaultUnitIsReportedByTheLoad) {
+  const auto show = [&](int flushes) {
+    UseSite("plain");
+    Create();
+    flushes_left = flushes;
+    return control().ShowControl(2);
+  };
+  ASSERT_TRUE(show(kMany));
+  const int needed = kMany - flushes_left;
+  EXPECT_FALSE(show(needed - 1));
+  const std::vector<Message> messages = Messages();
+  ASSERT_THAT(messages, SizeIs(1));
+  EXPECT_THAT(ToUtf8(messages[0].text), EndsWith(" - LoadData"));
 }
 
 TEST_F(FailingFlush, OfApplyIsReportedAndLeavesTheChangesPending) {
@@ -77,7 +124,6 @@ TEST_F(FailingFlush, OfTheLastOneOfApplyIsReportedToo) {
     Press(form().cmdApply);
     return flushes - flushes_left;
   };
-  constexpr int kMany = 1000;
   apply(u"one", kMany);  // whatever else differs from the stored lines is written now
   const int needed = apply(u"two", kMany);
   ASSERT_GT(needed, 0);

@@ -64,6 +64,14 @@ TEST_F(Loaders, CardType1IsAlwaysCalledNotInstalled) {
   EXPECT_EQ(state.CardTypes.Item(u"1"), u"Not Installed");  // "No Card" in the table
 }
 
+TEST_F(Loaders, LineType1IsCalledNotInstalledEvenWhereTheTableHasNoSuchCard) {
+  CurrentSite().Execute(u"DELETE FROM SR_Card_Type_Names WHERE ID = 1");
+  LoadNames();
+  EXPECT_TRUE(loaders.LoadLineTypeToCombo());
+  ASSERT_EQ(form().cmbLineType.ListCount(), 4);
+  EXPECT_EQ(form().cmbLineType.List(0), u"Not Installed");
+}
+
 TEST_F(Loaders, NameListsAreEmptiedBeforeTheyAreFilledAgain) {
   LoadNames();
   LoadNames();
@@ -265,6 +273,14 @@ TEST_F(Loaders, VolumesOfAMusicOnHoldLineBeginWith0EvenWhenTheTableHasNone) {
                         {u"8"});
   ASSERT_TRUE(loaders.LoadVolumeToCombo(Code{8}));
   EXPECT_THAT(Entries(form().cmbVolume), ElementsAre(Entry(u"0", 0)));
+}
+
+TEST_F(Loaders, VolumesAreEmptiedBeforeTheyAreFilledAgain) {
+  LoadNames();
+  ASSERT_TRUE(loaders.LoadVolumeToCombo(Code{6}));
+  const auto volumes = Entries(form().cmbVolume);
+  ASSERT_TRUE(loaders.LoadVolumeToCombo(Code{6}));
+  EXPECT_EQ(Entries(form().cmbVolume), volumes);
 }
 
 TEST_F(Loaders, ModesOfAHybridLineAreThoseOfCardType7InTheOrderOfTheTable) {

@@ -165,14 +165,22 @@ TEST_F(UnitTypesTest, TheMusicOnHoldCounterCarriesOver) {
   EXPECT_EQ(Cell(10, column::kStartingNodeNumber), u"1");
 }
 
-TEST_F(UnitTypesTest, RestoringHidesTheEditorsSelectsNothingAndWritesNothing) {
-  const auto stored = AllStoredLines(1);
+TEST_F(UnitTypesTest, RestoringHidesTheEditorsAndSelectsNothing) {
   Click(1, column::kVolume);
   RestoreDefault(u"8 Hybrid Lines 2 MOH Lines");
   for (const Editor* editor : form().Editors()) EXPECT_FALSE(editor->Visible());
   EXPECT_EQ(grid().SelectedItem(), std::nullopt);
   EXPECT_TRUE(form().cmdApply.Enabled());
-  EXPECT_EQ(AllStoredLines(1), stored);
+}
+
+TEST_F(UnitTypesTest, RestoringAnyUnitTypeWritesNothing) {
+  const auto stored = AllStoredLines(1);
+  for (int unit_type = 0; unit_type < 3; ++unit_type) {
+    form().cmbRDVType.SetListIndex(unit_type);
+    Press(form().cmdShowDefaults);
+    EXPECT_EQ(AllStoredLines(1), stored) << unit_type;
+    EXPECT_THAT(Messages(), IsEmpty());
+  }
 }
 
 TEST_F(UnitTypesTest, WithoutASettingsFileTheMusicOnHoldVolumeIsCaptioned6) {

@@ -103,6 +103,29 @@ TEST_F(LineGridTest, ACtrlClickMovesTheAnchorEvenWhenItDeselects) {
   EXPECT_EQ(AfterClick(4, kShift), "456");
 }
 
+TEST_F(LineGridTest, TheArrowKeysMoveTheSelectionAndRaiseNothing) {
+  Click(2);
+  Click(5, kCtrl);
+  events.clear();
+  grid.UserMoveRow(1);
+  EXPECT_EQ(SelectedRows(), "6");
+  grid.UserMoveRow(-1);
+  EXPECT_EQ(SelectedRows(), "5");
+  EXPECT_THAT(events, IsEmpty());
+  EXPECT_EQ(AfterClick(3, kShift), "345");
+}
+
+TEST_F(LineGridTest, TheArrowKeysEndAtTheFirstAndTheLastRow) {
+  Click(1);
+  grid.UserMoveRow(-1);
+  EXPECT_EQ(SelectedRows(), "1");
+  const int last = grid.RowCount();
+  for (int press = 0; press <= last; ++press) grid.UserMoveRow(1);
+  EXPECT_EQ(grid.FocusedRow(), last);
+  EXPECT_TRUE(grid.Selected(last));
+  EXPECT_LE(grid.RowTop(last) + grid.RowHeight(last), grid.Height());
+}
+
 TEST_F(LineGridTest, CtrlAndShiftAddTheRange) {
   Click(1);
   Click(4, kCtrl);

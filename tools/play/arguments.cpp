@@ -63,19 +63,36 @@ std::string_view Arguments::AsOneOf(size_t position,
   return *found;
 }
 
-HeldKeys Arguments::AsHeldKeys(size_t from) const {
-  constexpr std::array<std::string_view, 2> kKeys = {"ctrl", "shift"};
-  HeldKeys held;
+MousePress Arguments::AsMousePress(size_t from) const {
+  using enum MouseButton;
+  constexpr std::array<std::string_view, 5> kWords = {"ctrl", "shift", "right", "middle",
+                                                      "further"};
+  MousePress press;
   for (size_t position = from; position < Count(); ++position) {
-    (AsOneOf(position, kKeys) == "ctrl" ? held.ctrl : held.shift) = true;
+    const std::string_view word = AsOneOf(position, kWords);
+    if (word == "ctrl") {
+      press.ctrl = true;
+    } else if (word == "shift") {
+      press.shift = true;
+    } else {
+      press.button = word == "right" ? Right : word == "middle" ? Middle : Further;
+    }
   }
-  return held;
+  return press;
+}
+
+std::optional<GridKey> Arguments::AsGridKey(size_t position) const {
+  const TextView key = AsText(position);
+  if (key == u"f2") return GridKey::Edit;
+  if (key == u"up") return GridKey::Up;
+  if (key == u"down") return GridKey::Down;
+  return std::nullopt;
 }
 
 Text Arguments::AsKey(size_t position) const {
   const Token& key = given_[position];
   if (key.text == u"ctrl+a") return Text(1, kCtrlA);
-  if (!IsOneCharacter(key.text)) Fail(position, "ctrl+a, f2 or one printable character");
+  if (!IsOneCharacter(key.text)) Fail(position, "ctrl+a, f2, up, down or one printable character");
   return key.text;
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -26,8 +27,11 @@ class Arguments {
   double AsReal(size_t position) const;
   // Bare words only; the name as it stands in `names`.
   std::string_view AsOneOf(size_t position, std::span<const std::string_view> names) const;
-  // The words "ctrl" and "shift" from that position to the end.
-  HeldKeys AsHeldKeys(size_t from) const;
+  // From that position to the end: the words "ctrl" and "shift", and the name of a button other
+  // than the left one.
+  MousePress AsMousePress(size_t from) const;
+  // f2, up or down; nothing for another key.
+  std::optional<GridKey> AsGridKey(size_t position) const;
   // ctrl+a, or one character that has a picture. In UTF-16 units.
   Text AsKey(size_t position) const;
   // The index of an entry of the list, -1 when it has no such entry: "#INDEX", "=ITEMDATA", or a

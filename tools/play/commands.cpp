@@ -37,12 +37,13 @@ std::span<const Commands::Rule> Commands::Rules() {
       {"create", "", 0, 0, NoControl, &Commands::Create, "makes and places the control"},
       {"show", "CONFIG", 1, 1, Control, &Commands::Show, "ShowControl; answers what it returns"},
       {"assign", "TYPE1 TYPE5", 2, 2, Control, &Commands::Assign, "AssignIndextoDefaultBox"},
-      {"click", "ROW COLUMN [ctrl] [shift]", 2, 4, Control, &Commands::Click,
-       "a click into the middle of a cell; rows and columns count from 1"},
-      {"clickat", "X Y [ctrl] [shift]", 2, 4, Control, &Commands::ClickAt,
+      {"click", "ROW COLUMN [ctrl] [shift] [BUTTON]", 2, 5, Control, &Commands::Click,
+       "a click into the middle of a cell; rows and columns count from 1. BUTTON is right,\n"
+       "    middle or further; left is not written"},
+      {"clickat", "X Y [ctrl] [shift] [BUTTON]", 2, 5, Control, &Commands::ClickAt,
        "a click at a point of the grid, in twips"},
       {"key", "KEY", 1, 1, Control, &Commands::Key,
-       "a key to the grid: ctrl+a or one printable character"},
+       "a key to the grid: ctrl+a, f2, up, down or one printable character"},
       {"columnclick", "COLUMN", 1, 1, Control, &Commands::ColumnClick, "a click on a header"},
       {"columnwidth", "COLUMN WIDTH", 2, 2, Control, &Commands::ColumnWidth,
        "drags a header's divider until the column is so many twips wide"},
@@ -139,15 +140,15 @@ void Commands::Assign(const Arguments& given) {
 
 void Commands::Click(const Arguments& given) {
   Answer(driver_.ClickCell(given.AsWhole(0, -kAnyRow, kAnyRow), given.AsWhole(1, 1, kColumnCount),
-                           given.AsHeldKeys(2)));
+                           given.AsMousePress(2)));
 }
 
 void Commands::ClickAt(const Arguments& given) {
-  Answer(driver_.ClickAt(given.AsReal(0), given.AsReal(1), given.AsHeldKeys(2)));
+  Answer(driver_.ClickAt(given.AsReal(0), given.AsReal(1), given.AsMousePress(2)));
 }
 
 void Commands::Key(const Arguments& given) {
-  if (given.AsText(0) == u"f2") return Answer(driver_.PressEditKey());
+  if (const auto key = given.AsGridKey(0)) return Answer(driver_.PressGridKey(*key));
   for (const char16_t unit : given.AsKey(0)) {
     if (const Refusal refused = driver_.PressKey(unit)) return Answer(refused);
   }

@@ -25,10 +25,17 @@ inline constexpr std::array<MessageAnswer, 4> kAnswers = {MessageAnswer::Ok, Mes
 MessageAnswer AnswerNamed(std::string_view name);
 std::string_view NameOf(MessageAnswer answer);
 
-struct HeldKeys {
+// Further is the first of the buttons beside the usual three.
+enum class MouseButton { Left, Right, Middle, Further };
+
+struct MousePress {
+  MouseButton button = MouseButton::Left;
   bool ctrl = false;
   bool shift = false;
 };
+
+// Keys of the grid that are no characters.
+enum class GridKey { Edit, Up, Down };
 
 // Widgets are given by a name of the lists above. An action that cannot be done returns why and has
 // done nothing. Points are twips from the grid's top left corner. Everything but UseSite, Create
@@ -49,10 +56,10 @@ class Driver {
   virtual bool ShowControl(int16_t config) = 0;
   virtual void AssignIndextoDefaultBox(int16_t line1, int16_t line5) = 0;
 
-  virtual Refusal ClickCell(int row, int column, HeldKeys held) = 0;
-  virtual Refusal ClickAt(Twips x, Twips y, HeldKeys held) = 0;
+  virtual Refusal ClickCell(int row, int column, MousePress press) = 0;
+  virtual Refusal ClickAt(Twips x, Twips y, MousePress press) = 0;
   virtual Refusal PressKey(char16_t key) = 0;  // ctrl+a is 1
-  virtual Refusal PressEditKey() = 0;          // F2
+  virtual Refusal PressGridKey(GridKey key) = 0;
   virtual Refusal ClickHeader(int column) = 0;
   virtual Refusal ResizeColumn(int column, Twips width) = 0;
   virtual Refusal ScrollHorizontally(Twips distance) = 0;

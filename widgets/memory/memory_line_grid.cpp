@@ -98,6 +98,10 @@ void MemoryLineGrid::ShowCell(int row, int column) {
   } else if (right > scrolled_right_ + Width()) {
     scrolled_right_ = right - Width();
   }
+  ShowRow(row);
+}
+
+void MemoryLineGrid::ShowRow(int row) {
   const int last_above = std::max(row - WholeRowsInSight(), 0);
   scrolled_down_ = std::clamp(scrolled_down_, last_above, row - 1);
   HoldScrollAtTheEnds();
@@ -153,6 +157,16 @@ Refusal MemoryLineGrid::UserEditKey() {
   if (const Refusal refused = WhyOutOfReach()) return refused;
   SetFocus();
   Notify(on_edit);
+  return std::nullopt;
+}
+
+Refusal MemoryLineGrid::UserMoveRow(int step) {
+  if (const Refusal refused = WhyOutOfReach()) return refused;
+  SetFocus();
+  const int row = focused_row_.value_or(0) + step;
+  if (row < 1 || row > RowCount()) return std::nullopt;
+  SelectByPress(row, {});
+  ShowRow(row);
   return std::nullopt;
 }
 

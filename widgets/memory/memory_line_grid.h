@@ -64,6 +64,8 @@ class MemoryLineGrid : public MemoryWidget<LineGrid> {
   Refusal UserKey(char16_t key);
   // F2 on the grid, which has or takes the focus.
   Refusal UserEditKey();
+  // An arrow key on the grid, to the row above (-1) or below (1). The list answers it by itself.
+  Refusal UserMoveRow(int step);
   Refusal UserColumnClick(int column);
   // The header's divider is dragged until the column is that wide.
   Refusal UserResizeColumn(int column, Twips width);
@@ -89,6 +91,7 @@ class MemoryLineGrid : public MemoryWidget<LineGrid> {
 
   Twips ContentWidth() const;
   int WholeRowsInSight() const;
+  void ShowRow(int row);
   void HoldScrollAtTheEnds();
   bool InSight(Twips x, Twips y) const;
   std::optional<int> ColumnAtPoint(Twips x) const;

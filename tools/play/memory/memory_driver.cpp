@@ -42,12 +42,25 @@ void MemoryDriver::Destroy() {
   form_.reset();
 }
 
-Refusal MemoryDriver::ClickCell(int row, int column, HeldKeys held) {
-  return Grid().UserClickCell(row, column, {.ctrl = held.ctrl, .shift = held.shift});
+// The grid answers a click of any button alike.
+Refusal MemoryDriver::ClickCell(int row, int column, MousePress press) {
+  return Grid().UserClickCell(row, column, {.ctrl = press.ctrl, .shift = press.shift});
 }
 
-Refusal MemoryDriver::ClickAt(Twips x, Twips y, HeldKeys held) {
-  return Grid().UserClick(x, y, {.ctrl = held.ctrl, .shift = held.shift});
+Refusal MemoryDriver::ClickAt(Twips x, Twips y, MousePress press) {
+  return Grid().UserClick(x, y, {.ctrl = press.ctrl, .shift = press.shift});
+}
+
+Refusal MemoryDriver::PressGridKey(GridKey key) {
+  switch (key) {
+    case GridKey::Edit:
+      return Grid().UserEditKey();
+    case GridKey::Up:
+      return Grid().UserMoveRow(-1);
+    case GridKey::Down:
+      return Grid().UserMoveRow(1);
+  }
+  throw std::logic_error("unknown key");
 }
 
 Refusal MemoryDriver::Type(std::string_view editor, TextView text) {

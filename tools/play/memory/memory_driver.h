@@ -24,10 +24,10 @@ class MemoryDriver : public Driver {
     control_->AssignIndextoDefaultBox(line1, line5);
   }
 
-  Refusal ClickCell(int row, int column, HeldKeys held) override;
-  Refusal ClickAt(Twips x, Twips y, HeldKeys held) override;
+  Refusal ClickCell(int row, int column, MousePress press) override;
+  Refusal ClickAt(Twips x, Twips y, MousePress press) override;
   Refusal PressKey(char16_t key) override { return Grid().UserKey(key); }
-  Refusal PressEditKey() override { return Grid().UserEditKey(); }
+  Refusal PressGridKey(GridKey key) override;
   Refusal ClickHeader(int column) override { return Grid().UserColumnClick(column); }
   Refusal ResizeColumn(int column, Twips width) override {
     return Grid().UserResizeColumn(column, width);

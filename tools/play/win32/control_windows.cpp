@@ -76,10 +76,10 @@ HWND ControlWindows::WithId(int id) const {
   return search.found;
 }
 
-void Click(HWND window, POINT point, WPARAM held) {
+void Click(HWND window, POINT point, WPARAM held, const ButtonMessages& button) {
   const LPARAM at = MAKELPARAM(point.x, point.y);
-  SendMessageW(window, WM_LBUTTONDOWN, held | MK_LBUTTON, at);
-  SendMessageW(window, WM_LBUTTONUP, held, at);
+  SendMessageW(window, button.down, MAKEWPARAM(held | button.held, button.further), at);
+  SendMessageW(window, button.up, MAKEWPARAM(held, button.further), at);
 }
 
 void HandlePendingMessages() {

@@ -40,8 +40,18 @@ class ControlWindows {
   const HWND host_;
 };
 
+// What the system tells of a button of the mouse.
+struct ButtonMessages {
+  UINT down;
+  UINT up;
+  WPARAM held;   // MK_...
+  WORD further;  // which of the further buttons it is (XBUTTON...); 0 for another one
+};
+
+inline constexpr ButtonMessages kLeftButton = {WM_LBUTTONDOWN, WM_LBUTTONUP, MK_LBUTTON, 0};
+
 // The button is pressed and released at a point of a window, with those keys held (MK_...).
-void Click(HWND window, POINT point, WPARAM held = 0);
+void Click(HWND window, POINT point, WPARAM held = 0, const ButtonMessages& button = kLeftButton);
 
 // Runs what the windows have left for later.
 void HandlePendingMessages();

@@ -9,13 +9,34 @@
 #include "tools/play/win32/window_text.h"
 
 namespace rdv::play {
+namespace {
+
+constexpr ButtonMessages kRightButton = {WM_RBUTTONDOWN, WM_RBUTTONUP, MK_RBUTTON, 0};
+constexpr ButtonMessages kMiddleButton = {WM_MBUTTONDOWN, WM_MBUTTONUP, MK_MBUTTON, 0};
+constexpr ButtonMessages kFurtherButton = {WM_XBUTTONDOWN, WM_XBUTTONUP, MK_XBUTTON1, XBUTTON1};
+
+const ButtonMessages& MessagesOf(MouseButton button) {
+  switch (button) {
+    case MouseButton::Right:
+      return kRightButton;
+    case MouseButton::Middle:
+      return kMiddleButton;
+    case MouseButton::Further:
+      return kFurtherButton;
+    case MouseButton::Left:
+      break;
+  }
+  return kLeftButton;
+}
+
+}  // namespace
 
 GridUser::GridUser(const ControlWindows& windows)
     : windows_(windows),
       grid_(windows.Grid()),
       header_(reinterpret_cast<HWND>(SendMessageW(grid_, LVM_GETHEADER, 0, 0))) {}
 
-Refusal GridUser::ClickCell(int row, int column, HeldKeys held) {
+Refusal GridUser::ClickCell(int row, int column, MousePress press) {
   if (const Refusal refused = windows_.WhyOutOfReach(grid_)) return refused;
   if (row < 1 || row > RowCount()) return refusal::kNoSuchRow;
   const RECT place = RowPlace(row);
@@ -23,15 +44,15 @@ Refusal GridUser::ClickCell(int row, int column, HeldKeys held) {
   for (int before = 1; before < column; ++before) middle.x += ColumnWidth(before);
   middle.x += ColumnWidth(column) / 2;
   if (!InSight(middle)) return refusal::kOutsideGrid;
-  Press(middle, held);
+  Press(middle, press);
   return std::nullopt;
 }
 
-Refusal GridUser::ClickAt(Twips x, Twips y, HeldKeys held) {
+Refusal GridUser::ClickAt(Twips x, Twips y, MousePress press) {
   if (const Refusal refused = windows_.WhyOutOfReach(grid_)) return refused;
   const Rectangle place = windows_.PlaceInFrame(grid_);
   if (x < 0 || x >= place.width || y < 0 || y >= place.height) return refusal::kOutsideGrid;
-  Press({ToPixels(x), ToPixels(y)}, held);
+  Press({ToPixels(x), ToPixels(y)}, press);
   return std::nullopt;
 }
 
@@ -42,10 +63,20 @@ Refusal GridUser::PressKey(char16_t key) {
   return std::nullopt;
 }
 
-Refusal GridUser::PressEditKey() {
+Refusal GridUser::PressGridKey(GridKey key) {
   if (const Refusal refused = windows_.WhyOutOfReach(grid_)) return refused;
   SetFocus(grid_);
-  Send(WM_KEYDOWN, VK_F2, 1);
+  switch (key) {
+    case GridKey::Edit:
+      Send(WM_KEYDOWN, VK_F2, 1);
+      break;
+    case GridKey::Up:
+      Send(WM_KEYDOWN, VK_UP, 1);
+      break;
+    case GridKey::Down:
+      Send(WM_KEYDOWN, VK_DOWN, 1);
+      break;
+  }
   return std::nullopt;
 }
 
@@ -185,11 +216,12 @@ Refusal GridUser::WhyNotThatColumn(int column) const {
 }
 
 // The header is a window of its own on top of the grid, and scrolls along with it.
-void GridUser::Press(POINT point, HeldKeys held) {
-  const WPARAM keys = (held.ctrl ? MK_CONTROL : 0u) | (held.shift ? MK_SHIFT : 0u);
-  if (point.y >= HeaderHeight()) return Click(grid_, point, keys);
+void GridUser::Press(POINT point, MousePress press) {
+  const WPARAM keys = (press.ctrl ? MK_CONTROL : 0u) | (press.shift ? MK_SHIFT : 0u);
+  const ButtonMessages& button = MessagesOf(press.button);
+  if (point.y >= HeaderHeight()) return Click(grid_, point, keys, button);
   MapWindowPoints(grid_, header_, &point, 1);
-  Click(header_, point, keys);
+  Click(header_, point, keys, button);
 }
 
 // A message of the scroll bar that moves nothing, then the move itself by the pixel.

@@ -14,10 +14,10 @@ class GridUser {
  public:
   explicit GridUser(const ControlWindows& windows);
 
-  Refusal ClickCell(int row, int column, HeldKeys held);
-  Refusal ClickAt(Twips x, Twips y, HeldKeys held);
+  Refusal ClickCell(int row, int column, MousePress press);
+  Refusal ClickAt(Twips x, Twips y, MousePress press);
   Refusal PressKey(char16_t key);
-  Refusal PressEditKey();
+  Refusal PressGridKey(GridKey key);
   Refusal ClickHeader(int column);
   Refusal ResizeColumn(int column, Twips width);
   Refusal ScrollHorizontally(Twips distance) { return Scroll(WM_HSCROLL, ToPixels(distance), 0); }
@@ -41,7 +41,7 @@ class GridUser {
   Refusal WhyNotThatColumn(int column) const;
   bool CanBeDragged(const RECT& column) const;
   void DragDivider(const RECT& column, int width);
-  void Press(POINT point, HeldKeys held);
+  void Press(POINT point, MousePress press);
   Refusal Scroll(UINT message, int right, int down);
 
   const ControlWindows& windows_;

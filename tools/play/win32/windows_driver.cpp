@@ -62,20 +62,20 @@ void WindowsDriver::AssignIndextoDefaultBox(int16_t line1, int16_t line5) {
   HandlePendingMessages();
 }
 
-Refusal WindowsDriver::ClickCell(int row, int column, HeldKeys held) {
-  return Settled(Grid().ClickCell(row, column, held));
+Refusal WindowsDriver::ClickCell(int row, int column, MousePress press) {
+  return Settled(Grid().ClickCell(row, column, press));
 }
 
-Refusal WindowsDriver::ClickAt(Twips x, Twips y, HeldKeys held) {
-  return Settled(Grid().ClickAt(x, y, held));
+Refusal WindowsDriver::ClickAt(Twips x, Twips y, MousePress press) {
+  return Settled(Grid().ClickAt(x, y, press));
 }
 
 Refusal WindowsDriver::PressKey(char16_t key) {
   return Settled(Grid().PressKey(key));
 }
 
-Refusal WindowsDriver::PressEditKey() {
-  return Settled(Grid().PressEditKey());
+Refusal WindowsDriver::PressGridKey(GridKey key) {
+  return Settled(Grid().PressGridKey(key));
 }
 
 Refusal WindowsDriver::ClickHeader(int column) {

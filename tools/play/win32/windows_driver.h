@@ -33,10 +33,10 @@ class WindowsDriver : public Driver {
   bool ShowControl(int16_t config) override;
   void AssignIndextoDefaultBox(int16_t line1, int16_t line5) override;
 
-  Refusal ClickCell(int row, int column, HeldKeys held) override;
-  Refusal ClickAt(Twips x, Twips y, HeldKeys held) override;
+  Refusal ClickCell(int row, int column, MousePress press) override;
+  Refusal ClickAt(Twips x, Twips y, MousePress press) override;
   Refusal PressKey(char16_t key) override;
-  Refusal PressEditKey() override;
+  Refusal PressGridKey(GridKey key) override;
   Refusal ClickHeader(int column) override;
   Refusal ResizeColumn(int column, Twips width) override;
   Refusal ScrollHorizontally(Twips distance) override;
