@@ -19,10 +19,11 @@
 namespace rdv {
 namespace {
 
+namespace names = ORVANTPlusFilesAndFolders;
+
 Text SuiteFolderIn(const Text& common_app_data) {
-  using namespace ORVANTPlusFilesAndFolders;
   Text folder = common_app_data;
-  for (const TextView name : {kCompanyFolder, kSuiteFolder}) {
+  for (const TextView name : {names::kCompanyFolder, names::kSuiteFolder}) {
     folder += kPathSeparator;
     folder += name;
   }
@@ -51,7 +52,7 @@ Text AsText(const RegistryValue& value) {
 #else
 
 bool FolderExists(const Text& path) {
-  struct stat status;
+  struct stat status = {};
   return stat(ToUtf8(path).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
@@ -106,7 +107,7 @@ Text GetSuiteFolder() {
 }
 
 Text GetDatabaseFolder() {
-  return GetSuiteFolder() + Text(ORVANTPlusFilesAndFolders::kDatabaseFolder) + Text(kPathSeparator);
+  return GetSuiteFolder() + Text(names::kDatabaseFolder) + Text(kPathSeparator);
 }
 
 }  // namespace rdv

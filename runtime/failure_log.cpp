@@ -13,7 +13,10 @@
 namespace rdv {
 namespace {
 
-std::atomic<FailureLog> replaced{nullptr};
+std::atomic<FailureLog>& Replaced() {
+  static std::atomic<FailureLog> log{nullptr};
+  return log;
+}
 
 void LogOfTheSystem(TextView line) {
 #ifdef _WIN32
@@ -37,12 +40,12 @@ void LogFailure(TextView failure) {
   if (const Text in_force = EnvironmentInForce(); !in_force.empty())
     line.append(u" (").append(in_force).append(u")");
   KeepOnOneLine(line);
-  const FailureLog log = replaced;
+  const FailureLog log = Replaced();
   (log != nullptr ? log : LogOfTheSystem)(line);
 }
 
 FailureLog ReplaceFailureLog(FailureLog log) {
-  return replaced.exchange(log);
+  return Replaced().exchange(log);
 }
 
 }  // namespace rdv
