@@ -100,7 +100,7 @@ void CellEditing::Place(const CellEditor& cell, int row) {
 }
 
 void CellEditing::PlacePair(const CellEditor& cell, Twips left, Twips top, Twips width) {
-  const Twips half = RoundToInt32(width) / 2;
+  const int32_t half = RoundToInt32(width) / 2;
   Editor& name = *cell.editor;
   Editor& number = *cell.right_half;
   name.SetLeft(left);

@@ -71,7 +71,7 @@ void GridLoading::CreateDefaultUnit(DataBase& database, Progress& progress) {
   ReplaceCard(database);
 }
 
-void GridLoading::ReplaceCard(DataBase& database) {
+void GridLoading::ReplaceCard(DataBase& database) const {
   const Text config = Decimal(state_.BusinessRules.ConfigID);
   const Text card_type = Decimal(line_type::kHybrid);
   database.Delete_Used_Card(config, kBaseSlotNo, kSlotOffset);

@@ -39,7 +39,7 @@ class GridLoading {
 
   void ShowStoredLine(const Recordset& line, Progress& progress);
   void CreateDefaultUnit(DataBase& database, Progress& progress);
-  void ReplaceCard(DataBase& database);
+  void ReplaceCard(DataBase& database) const;
   void FillWithNotInstalledLines(const Progress& progress);
 
   const Form& form_;

@@ -28,9 +28,8 @@ Text DatabaseConnectionString() {
 
 DataBase::DataBase() : connection_string_(DatabaseConnectionString()) {}
 
-DataBase::DataBase(std::optional<RuntimeError>& in_use) : DataBase() {
-  in_use_ = &in_use;
-}
+DataBase::DataBase(std::optional<RuntimeError>& in_use)
+    : connection_string_(DatabaseConnectionString()), in_use_(&in_use) {}
 
 DataBase::~DataBase() = default;
 

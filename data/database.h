@@ -31,6 +31,8 @@ class DataBase {
   // One of several that are used one after the other. As soon as others have kept the file from one
   // of them for as long as it waits, `in_use` has its error; the rest raise that without waiting.
   explicit DataBase(std::optional<RuntimeError>& in_use);
+  DataBase(const DataBase&) = delete;
+  DataBase& operator=(const DataBase&) = delete;
   ~DataBase();
 
   // Lets the connection go before the object goes, for procedures that write: raises when what was

@@ -42,28 +42,28 @@ struct WidgetEntry {
 inline constexpr auto kFormTable = [] {
   using enum WidgetKind;
   using enum Within;
-  using namespace control_id;
+  namespace id = control_id;
   return std::to_array<WidgetEntry>({
-      {"fraConfiguration",      Frame,     Window,        fraConfiguration,      u"RDV Line Configuration"},
-      {"cmbPartition",          List,      Configuration, cmbPartition,          u"Partition",            200},
-      {"cmbStartingNodeName",   List,      Configuration, cmbStartingNodeName,   u"Starting Node",        200},
-      {"cmbStartingNodeNumber", TypedList, Configuration, cmbStartingNodeNumber, u"Starting Node Number", 50},
-      {"cmbVolume",             List,      Configuration, cmbVolume,             u"Volume",               50},
-      {"cmbModeType",           List,      Configuration, cmbModeType,           u"Mode",                 200},
-      {"cmbModeNumber",         TypedList, Configuration, cmbModeNumber,         u"Mode Number",          50},
-      {"cmbNISOption",          List,      Configuration, cmbNISOption,          u"NIS Option",           50},
-      {"txtEWTOption",          TextBox,   Configuration, txtEWTOption,          u"EWT Option"},
-      {"cmbLineType",           List,      Configuration, cmbLineType,           u"Line Type",            200},
-      {"cmbImpedance",          List,      Configuration, cmbImpedance,          u"Impedance",            200},
-      {"cmbSoftStop",           List,      Configuration, cmbSoftStop,           u"Soft Stop",            50},
-      {"txtLabel",              TextBox,   Configuration, txtLabel,              u"Label"},
-      {"LVRDVLineConfig",       Grid,      Configuration, LVRDVLineConfig,       u"Lines"},
-      {"fraDefault",            Frame,     Window,        fraDefault,            u"Default values"},
-      {"cmbRDVType",            TypedList, Defaults,      cmbRDVType,            u"Unit Type",            200},
-      {"cmdShowDefaults",       Button,    Defaults,      cmdShowDefaults,       u"&Restore Default"},
-      {"cmdOK",                 Button,    Window,        cmdOK,                 u"&OK"},
-      {"cmdCancel",             Button,    Window,        cmdCancel,             u"&Cancel"},
-      {"cmdApply",              Button,    Window,        cmdApply,              u"&Apply"},
+      {"fraConfiguration",      Frame,     Window,        id::fraConfiguration,      u"RDV Line Configuration"},
+      {"cmbPartition",          List,      Configuration, id::cmbPartition,          u"Partition",            200},
+      {"cmbStartingNodeName",   List,      Configuration, id::cmbStartingNodeName,   u"Starting Node",        200},
+      {"cmbStartingNodeNumber", TypedList, Configuration, id::cmbStartingNodeNumber, u"Starting Node Number", 50},
+      {"cmbVolume",             List,      Configuration, id::cmbVolume,             u"Volume",               50},
+      {"cmbModeType",           List,      Configuration, id::cmbModeType,           u"Mode",                 200},
+      {"cmbModeNumber",         TypedList, Configuration, id::cmbModeNumber,         u"Mode Number",          50},
+      {"cmbNISOption",          List,      Configuration, id::cmbNISOption,          u"NIS Option",           50},
+      {"txtEWTOption",          TextBox,   Configuration, id::txtEWTOption,          u"EWT Option"},
+      {"cmbLineType",           List,      Configuration, id::cmbLineType,           u"Line Type",            200},
+      {"cmbImpedance",          List,      Configuration, id::cmbImpedance,          u"Impedance",            200},
+      {"cmbSoftStop",           List,      Configuration, id::cmbSoftStop,           u"Soft Stop",            50},
+      {"txtLabel",              TextBox,   Configuration, id::txtLabel,              u"Label"},
+      {"LVRDVLineConfig",       Grid,      Configuration, id::LVRDVLineConfig,       u"Lines"},
+      {"fraDefault",            Frame,     Window,        id::fraDefault,            u"Default values"},
+      {"cmbRDVType",            TypedList, Defaults,      id::cmbRDVType,            u"Unit Type",            200},
+      {"cmdShowDefaults",       Button,    Defaults,      id::cmdShowDefaults,       u"&Restore Default"},
+      {"cmdOK",                 Button,    Window,        id::cmdOK,                 u"&OK"},
+      {"cmdCancel",             Button,    Window,        id::cmdCancel,             u"&Cancel"},
+      {"cmdApply",              Button,    Window,        id::cmdApply,              u"&Apply"},
   });
 }();
 // clang-format on
