@@ -11,6 +11,27 @@ namespace {
 // Where the journal ends for the sake of its size.
 constexpr uint64_t kLargest = uint64_t{64} << 20;
 
+// Its last record may go beyond that, by the parts of all pages and what tells of them. Whoever may
+// write beside the database may lay any file there.
+uint64_t MostBytes(uint64_t database_size) {
+  constexpr uint64_t kRoomForHeads = uint64_t{1} << 20;
+  return kLargest + 3 * database_size + kRoomForHeads;
+}
+
+// From `start` to the end, or to where it is larger than it can be.
+std::vector<uint8_t> ReadFrom(File& file, uint64_t start, uint64_t database_size) {
+  const uint64_t end = std::min<uint64_t>(file.Stamp().size, MostBytes(database_size));
+  std::vector<uint8_t> bytes(static_cast<size_t>(end > start ? end - start : 0));
+  bytes.resize(file.ReadAt(start, bytes));
+  return bytes;
+}
+
+std::optional<JournalHead> ReadHead(File& file) {
+  std::array<uint8_t, JournalHead::kSize> bytes{};
+  if (file.ReadAt(0, bytes) < bytes.size()) return std::nullopt;
+  return ParseHead(bytes);
+}
+
 // Zeros behind the first record, which are none: what some twenty short statements take.
 constexpr size_t kRoomAhead = size_t{16} << 10;
 
@@ -27,17 +48,14 @@ uint64_t JournalIdentity(Bytes header) {
 Journal::Journal(FileSystem& files, const Text& database_path)
     : files_(files), path_(JournalPath(database_path)) {}
 
-std::optional<JournalContent> Journal::Load() {
+std::optional<JournalContent> Journal::Load(uint64_t database_size) {
   if (!files_.Exists(path_)) return std::nullopt;
   const std::unique_ptr<File> file = files_.Open(path_, FileAccess::ReadBeside);
-  JournalContent content;
-  content.storage.resize(JournalHead::kSize);
-  if (file->ReadAt(0, content.storage) < JournalHead::kSize) return std::nullopt;
-  const std::optional<JournalHead> head = ParseHead(content.storage);
+  const std::optional<JournalHead> head = ReadHead(*file);
   if (!head) return std::nullopt;
+  JournalContent content;
   content.head = *head;
-  content.storage.resize(static_cast<size_t>(file->Stamp().size));
-  content.storage.resize(file->ReadAt(0, content.storage));
+  content.storage = ReadFrom(*file, 0, database_size);
   content.end = JournalHead::kSize;
   while (content.end <= content.storage.size()) {
     const Bytes rest = Bytes(content.storage).subspan(static_cast<size_t>(content.end));
@@ -99,11 +117,8 @@ void Journal::Learn(const JournalContent& content) {
   for (const JournalRecord& record : content.records) Adopt(record);
 }
 
-void Journal::ReadAddedRecords() {
-  const uint64_t size = file_->Stamp().size;
-  if (size <= end_) return;
-  std::vector<uint8_t> added(static_cast<size_t>(size - end_));
-  added.resize(file_->ReadAt(end_, added));
+void Journal::ReadAddedRecords(uint64_t database_size) {
+  const std::vector<uint8_t> added = ReadFrom(*file_, end_, database_size);
   Bytes rest = added;
   while (const std::optional<ParsedRecord> parsed = ParseRecord(rest, last_ + 1, head_)) {
     Adopt(parsed->record);
@@ -112,17 +127,17 @@ void Journal::ReadAddedRecords() {
   }
 }
 
-Journal::State Journal::Look(const CommitWords& words, uint64_t identity) {
+Journal::State Journal::Look(const CommitWords& words, const JournaledFile& database) {
   if (begun_ && (!written_ || !IsStillMine())) Forget();
   // Removed by hand, and with it what was to be kept.
   if (begun_ && !file_->Stamp().linked) return State::Past;
   if (!begun_) {
-    const std::optional<JournalContent> content = Load();
-    if (!content || content->head.identity != identity) return State::None;
+    const std::optional<JournalContent> content = Load(database.Size());
+    if (!content || !database.IsOf(content->head)) return State::None;
     file_ = files_.Open(path_, FileAccess::ReadWriteBeside);
     Learn(*content);
   } else if (words.First() != words_.First()) {
-    ReadAddedRecords();
+    ReadAddedRecords(database.Size());
   }
   // The first word tells what became of the last statement.
   const uint16_t word = words.First();
@@ -208,7 +223,7 @@ void Journal::FlushRest(const CommitWords& words) {
   const bool all = unflushed_ == 0 && !flush_next_ && !spoiled_ && words.First() == words_.First();
   if (all) return;
   if (spoiled_) {
-    const std::optional<JournalContent> content = Load();
+    const std::optional<JournalContent> content = Load(end_);
     if (!content || content->head.salt != head_.salt || content->records.size() < last_)
       throw FileError(FileProblem::Other, "what should have been flushed is lost");
     WriteAgain(*content);
@@ -262,7 +277,7 @@ void Journal::DiscardMine() {
 void Journal::RemoveRemains() {
   file_.reset();
   if (!files_.Exists(path_)) return;
-  if (Load()) return;
+  if (ReadHead(*files_.Open(path_, FileAccess::ReadBeside))) return;
   try {
     files_.Remove(path_);
   } catch (const FileError&) {

@@ -34,6 +34,20 @@ struct JournalContent {
 // the header that never changes.
 uint64_t JournalIdentity(Bytes header);
 
+// A database as a journal that is about it has it, or had it when it was begun.
+struct JournaledFile {
+  uint64_t identity = 0;
+  uint32_t page_size = 0;
+  uint32_t page_count = 0;
+
+  uint64_t Size() const { return uint64_t{page_size} * page_count; }
+  // No database becomes smaller than it was when its journal was begun.
+  bool IsOf(const JournalHead& head) const {
+    return head.identity == identity && head.page_size == page_size &&
+           head.page_count <= page_count;
+  }
+};
+
 // Every call raises FileError. Unless said otherwise the caller has the database to itself.
 class Journal {
  public:
@@ -41,8 +55,9 @@ class Journal {
 
   // Also without having the database to oneself: a name that is there, valid or not.
   bool Exists() { return files_.Exists(path_); }
-  // Nothing when there is none or none that is valid. With the database shared at least.
-  std::optional<JournalContent> Load();
+  // Nothing when there is none or none that is valid. With the database shared at least. No more is
+  // read than the engine writes beside a database of that many bytes.
+  std::optional<JournalContent> Load(uint64_t database_size);
 
   enum class State {
     None,  // there is none, or one of another database
@@ -50,7 +65,7 @@ class Journal {
     Past,  // it says nothing about the database any more, or may not grow: all has to be flushed
   };
   // Learns what others have added. `words`: those of the database, which is at rest.
-  State Look(const CommitWords& words, uint64_t identity);
+  State Look(const CommitWords& words, const JournaledFile& database);
 
   // Begins a new journal with the next record, in place of one that is not needed any more.
   void Begin(const JournalHead& head);
@@ -88,7 +103,7 @@ class Journal {
   bool IsStillMine();
   void Adopt(const JournalRecord& record);
   void Learn(const JournalContent& content);
-  void ReadAddedRecords();
+  void ReadAddedRecords(uint64_t database_size);
   void Forget();
   void MarkTouched(uint32_t page);
   void Unmark();

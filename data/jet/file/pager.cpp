@@ -242,10 +242,11 @@ bool Pager::TryPutRight() {
 
 // That of this file, if there is one.
 std::optional<JournalContent> Pager::LoadJournal() {
-  std::optional<JournalContent> journal = transaction_->Log().Load();
-  const bool of_this_file = journal && journal->head.identity == database_.identity &&
-                            journal->head.page_size == database_.page_size;
-  if (!of_this_file) journal.reset();
+  const uint64_t size = file_->Stamp().size;
+  std::optional<JournalContent> journal = transaction_->Log().Load(size);
+  const JournaledFile now = {database_.identity, database_.page_size,
+                             static_cast<uint32_t>(size / database_.page_size)};
+  if (journal && !now.IsOf(journal->head)) journal.reset();
   return journal;
 }
 

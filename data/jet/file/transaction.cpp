@@ -81,7 +81,8 @@ void Transaction::Write(const DatabaseFile& database, PageCache& cache, PageOrde
 // one begun.
 void Transaction::PrepareJournal(const DatabaseFile& database, const CommitWords& words,
                                  uint32_t page_count) {
-  switch (journal_.Look(words, database.identity)) {
+  const JournaledFile now = {database.identity, database.page_size, page_count};
+  switch (journal_.Look(words, now)) {
     case Journal::State::Live:
       return;
     case Journal::State::Past:
