@@ -4,9 +4,11 @@
 ;
 ; Anybody may make a folder in the common one, and has all rights over it then: what an ordinary user has
 ; made in the place of one of these before is taken over and gets the rights of a new one. What
-; administrators have made keeps the rights that they gave it.
+; administrators have made keeps the rights that they gave it, but for what lies in a folder that was taken
+; over: there anybody could have put anything.
 Var failed      ; why, or nothing
 Var data_made   ; "yes" where there was none of it before
+Var taken_over  ; "yes" from the first folder on that an ordinary user had made
 
 ; The groups, whatever they are called in the system's language.
 !define USERS "*S-1-5-32-545"
@@ -16,6 +18,7 @@ Var data_made   ; "yes" where there was none of it before
 !define SE_FILE_OBJECT 1
 !define OWNER_SECURITY_INFORMATION 1
 !define FILE_ATTRIBUTE_REPARSE_POINT 0x400
+!define INVALID_FILE_ATTRIBUTES -1
 !define WinLocalSystemSid 22
 !define WinBuiltinAdministratorsSid 26
 
@@ -43,30 +46,61 @@ Var data_made   ; "yes" where there was none of it before
   ${EndIf}
 !macroend
 
+!macro RefuseLink PATH
+  System::Call 'kernel32::GetFileAttributes(t "${PATH}") i .r0'
+  IntOp $1 $0 & ${FILE_ATTRIBUTE_REPARSE_POINT}
+  ${If} $1 != 0
+  ${AndIf} $failed == ""
+    StrCpy $failed "${PATH} is a link that an ordinary user has made."
+  ${EndIf}
+!macroend
+
+; Sets $4 to "new" where nothing has the name, not even a link that leads nowhere; to "theirs" where it is
+; the administrators'; else to "taken over". A link of somebody else's is a failure.
+!macro LookWhoseItIs PATH
+  StrCpy $4 "new"
+  System::Call 'kernel32::GetFileAttributes(t "${PATH}") i .r5'
+  ${If} $5 != ${INVALID_FILE_ATTRIBUTES}
+    StrCpy $4 "taken over"
+    !insertmacro IsAdministrators "${PATH}"
+    ${If} $0 == 1
+    ${AndIf} $taken_over == ""
+      StrCpy $4 "theirs"
+    ${EndIf}
+    ${If} $4 == "taken over"
+      !insertmacro RefuseLink "${PATH}"
+    ${EndIf}
+  ${EndIf}
+!macroend
+
+; Of a file in a folder that was taken over: who owned it could take the rights away again.
+!macro TakeOverFile PATH
+  ${If} $taken_over != ""
+  ${AndIf} $failed == ""
+    !insertmacro LookWhoseItIs "${PATH}"
+    ${If} $4 == "taken over"
+      !insertmacro Rights "${PATH}" "/setowner ${ADMINISTRATORS}"
+      !insertmacro Rights "${PATH}" "/reset"
+    ${EndIf}
+  ${EndIf}
+!macroend
+
 ; The folder is there afterwards, and only administrators can replace it. Those above come first: then
 ; nobody can put something else into its place meanwhile. GRANTS: beyond what it inherits, or nothing.
 !macro SecureFolder PATH GRANTS
   ${If} $failed == ""
-    StrCpy $4 "new"
-    ${If} ${FileExists} "${PATH}\*.*"
-      StrCpy $4 "taken over"
-      !insertmacro IsAdministrators "${PATH}"
-      ${If} $0 == 1
-        StrCpy $4 "theirs"
-      ${EndIf}
+    !insertmacro LookWhoseItIs "${PATH}"
+    ${If} $4 == "taken over"
+      StrCpy $taken_over "yes"
     ${EndIf}
     ClearErrors
     CreateDirectory "${PATH}"
     ${If} ${Errors}
       StrCpy $failed "${PATH} cannot be made."
     ${EndIf}
-    System::Call 'kernel32::GetFileAttributes(t "${PATH}") i .r0'
-    IntOp $1 $0 & ${FILE_ATTRIBUTE_REPARSE_POINT}
-    ${If} $4 == "taken over"
-    ${AndIf} $1 != 0
-      StrCpy $failed "${PATH} is a link that an ordinary user has made."
-    ${EndIf}
     ${If} $4 != "theirs"
+      ; Once more: it may have come between the look and the making.
+      !insertmacro RefuseLink "${PATH}"
       !insertmacro Rights "${PATH}" "/setowner ${ADMINISTRATORS}"
       !insertmacro Rights "${PATH}" "/reset"
       !if "${GRANTS}" != ""
@@ -79,6 +113,7 @@ Var data_made   ; "yes" where there was none of it before
 ; Sets $failed where it cannot be done; what was made is gone again then.
 !macro MakeDataFolder
   SetShellVarContext all
+  StrCpy $taken_over ""
   StrCpy $data_made "yes"
   ${If} ${FileExists} "$APPDATA\Tolvane\*.*"
     StrCpy $data_made ""
@@ -88,6 +123,8 @@ Var data_made   ; "yes" where there was none of it before
   !insertmacro SecureFolder "$APPDATA\Tolvane\ORVANT+" ""
   ; Its files may be changed and removed (IO: this is for them alone), the folder only added to.
   !insertmacro SecureFolder "$APPDATA\Tolvane\ORVANT+\Database" "/grant ${USERS}:(OI)(IO)M /grant ${USERS}:(RX,WD)"
+  !insertmacro TakeOverFile "$APPDATA\Tolvane\ORVANT+\ORVANTPlus.ini"
+  !insertmacro TakeOverFile "$APPDATA\Tolvane\ORVANT+\Database\NewDB.mdb"
   ${If} $failed != ""
   ${AndIf} $data_made == "yes"
     !insertmacro RemoveDataFolder
