@@ -35,6 +35,9 @@ struct Declaration {
   Variant value;
 };
 
+// What ADO documents of this type says nothing of how long its texts may be. That providers take
+// one for which no text column of theirs has room (more than 255 units), and refuse it with their
+// own error where it is written, is a guess: not seen on Windows.
 Declaration DeclareText(const Argument& argument) {
   if (!argument) return {kVariableWideText, kSmallestParameterSize, Variant::MakeNull()};
   const auto size = static_cast<int32_t>(argument->size());

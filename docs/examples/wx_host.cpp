@@ -1,9 +1,11 @@
 // A window of wxWidgets (3.2, Windows only) whose container class holds the control. The container
 // makes the control, places it, passes keys on and hands its events over.
 //   cl /std:c++20 /EHsc wx_host.cpp with the options of your wxWidgets build (wxUSE_ACTIVEX is 1)
+#include <wx/wx.h>
+
+// These declare nothing where they come first.
 #include <wx/msw/ole/activex.h>
 #include <wx/msw/ole/automtn.h>
-#include <wx/wx.h>
 
 namespace {
 
