@@ -8,6 +8,7 @@
 #include <commctrl.h>
 // clang-format on
 
+#include "tests/component/support/interception.h"
 #include "tests/component/support/ole_test.h"
 #include "tests/component/support/placed_control.h"
 #include "tests/component/support/strict_host.h"
@@ -22,29 +23,20 @@ using testing::IsEmpty;
 // Does `act` whenever the window gets the focus, as containers do that hand it on.
 class WhenFocused {
  public:
-  WhenFocused(HWND window, std::function<void()> act) : window_(window), act_(std::move(act)) {
-    SetWindowSubclass(window_, &Procedure, 1, reinterpret_cast<DWORD_PTR>(this));
-  }
-  WhenFocused(const WhenFocused&) = delete;
-  WhenFocused& operator=(const WhenFocused&) = delete;
-  ~WhenFocused() { RemoveWindowSubclass(window_, &Procedure, 1); }
+  WhenFocused(HWND window, std::function<void()> act)
+      : act_(std::move(act)),
+        interception_(window, [this](UINT message, WPARAM, LPARAM, const auto& pass_on) {
+          if (message != WM_SETFOCUS) return pass_on();
+          ++times_;
+          act_();
+          return LRESULT{0};
+        }) {}
   int Times() const { return times_; }
 
  private:
-  static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam,
-                                    UINT_PTR /*id*/, DWORD_PTR data) {
-    if (message == WM_SETFOCUS) {
-      auto& self = *reinterpret_cast<WhenFocused*>(data);
-      ++self.times_;
-      self.act_();
-      return 0;
-    }
-    return DefSubclassProc(window, message, wparam, lparam);
-  }
-
-  const HWND window_;
   const std::function<void()> act_;
   int times_ = 0;
+  const Interception interception_;
 };
 
 class Focus : public OleTest {

@@ -2,6 +2,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+// clang-format off
+#include <windows.h>
+#include <commctrl.h>
+// clang-format on
+
 #include "tests/component/support/held_key.h"
 #include "tests/component/support/listener.h"
 #include "tests/component/support/ole_test.h"

@@ -1,9 +1,12 @@
 // What the user has not saved belongs to the control: its windows may go and come back.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 
 #include "tests/component/support/bare_windows.h"
+#include "tests/component/support/interception.h"
 #include "tests/component/support/loaded_control.h"
 #include "tests/component/support/patched_import.h"
 
@@ -38,6 +41,7 @@ class LastingWindows : public LoadedControl {
     EXPECT_NE(Text(row_, column::kSoftStop), before);
   }
   HWND UnitTypes() { return placed_->Child(control_id::cmbRDVType); }
+  HWND Header() { return reinterpret_cast<HWND>(SendMessageW(Grid(), LVM_GETHEADER, 0, 0)); }
 
   std::vector<std::wstring> texts_;
   LRESULT types_ = 0;
@@ -168,18 +172,66 @@ TEST_F(LastingWindows, TakeALeftProcedureWithThem) {
   EXPECT_EQ(left_calls, 0);
 }
 
+// A program that follows all windows (a speech program, a theme) puts procedures of its own before
+// theirs.
+TEST_F(LastingWindows, KeepTheProceduresOfOthersToTheEnd) {
+  for (const bool closes : {true, false}) {
+    SCOPED_TRACE(closes ? "closed" : "let go of");
+    PlaceAndLoad();
+    const std::vector<HWND> windows = {Grid(), Header(), UnitTypes(),
+                                       placed_->Child(control_id::cmbSoftStop)};
+    std::vector<HWND> ended;
+    std::vector<std::unique_ptr<Interception>> others;
+    for (const HWND window : windows) {
+      others.push_back(std::make_unique<Interception>(
+          window, [&ended, window](UINT message, WPARAM, LPARAM, const auto& pass_on) {
+            if (message == WM_NCDESTROY) ended.push_back(window);
+            return pass_on();
+          }));
+    }
+    if (closes) {
+      placed_->object->Close(OLECLOSE_NOSAVE);
+    } else {
+      placed_->As<IOleInPlaceObject>(IID_IOleInPlaceObject)->InPlaceDeactivate();
+      placed_->object->SetClientSite(nullptr);
+      placed_->events->Unadvise(placed_->cookie);
+      placed_->events.Reset();
+      placed_->object.Reset();
+    }
+    EXPECT_THAT(ended, testing::UnorderedElementsAreArray(windows));
+  }
+}
+
+// The system gives the handle of a window that is gone to another window.
+TEST_F(LastingWindows, AHandleThatWasOneOfThemMeansNothingAnyMore) {
+  PlaceAndLoad();
+  const auto press_cancel = [this](HWND button) {
+    SendMessageW(placed_->Form(), WM_COMMAND, MAKEWPARAM(control_id::cmdCancel, BN_CLICKED),
+                 reinterpret_cast<LPARAM>(button));
+    PumpMessages();
+    return placed_->container.Events();
+  };
+  const HWND before = placed_->Child(control_id::cmdCancel);
+  placed_->object->Close(OLECLOSE_NOSAVE);
+  ASSERT_EQ(placed_->Verb(OLEIVERB_UIACTIVATE), S_OK);
+  ASSERT_FALSE(IsWindow(before));
+  EXPECT_EQ(press_cancel(before), 0);
+  EXPECT_EQ(press_cancel(placed_->Child(control_id::cmdCancel)), 1);
+}
+
+// What the library makes, by class, and in which activation context.
 struct WatchedClasses {
-  static inline int lists = 0;
-  static inline int without_context = 0;
+  static inline std::map<std::wstring, int> made;
+  static inline std::vector<std::wstring> without_context;
 };
 
 HWND WINAPI WatchContext(DWORD extended, LPCWSTR name, LPCWSTR text, DWORD style, int x, int y,
                          int width, int height, HWND parent, HMENU menu, HINSTANCE instance,
                          LPVOID parameter) {
-  if (!IS_INTRESOURCE(name) && lstrcmpiW(name, WC_LISTVIEWW) == 0) {
+  if (!IS_INTRESOURCE(name)) {
+    ++WatchedClasses::made[name];
     HANDLE context = nullptr;
-    ++WatchedClasses::lists;
-    if (!GetCurrentActCtx(&context) || !context) ++WatchedClasses::without_context;
+    if (!GetCurrentActCtx(&context) || !context) WatchedClasses::without_context.push_back(name);
     if (context) ReleaseActCtx(context);
   }
   return PatchedImport<decltype(WatchContext)>::original(extended, name, text, style, x, y, width,
@@ -189,12 +241,27 @@ HWND WINAPI WatchContext(DWORD extended, LPCWSTR name, LPCWSTR text, DWORD style
 // This program has no manifest that asks for them.
 TEST_F(LastingWindows, AreOfTheCurrentCommonControlsEachTimeTheyAreMade) {
   const PatchedImport<decltype(WatchContext)> watch("CreateWindowExW", &WatchContext);
-  WatchedClasses::lists = WatchedClasses::without_context = 0;
+  WatchedClasses::made.clear();
+  WatchedClasses::without_context.clear();
+  auto& made = WatchedClasses::made;
+  Load();  // before there is a place for them
+  EXPECT_EQ(made[WC_LISTVIEWW], 1);
   PlaceAndLoad();
   placed_->object->Close(OLECLOSE_NOSAVE);
+  Load();  // after they went
+  EXPECT_EQ(made[WC_LISTVIEWW], 2);
   ASSERT_EQ(placed_->Verb(OLEIVERB_UIACTIVATE), S_OK);
-  EXPECT_EQ(WatchedClasses::lists, 2);
-  EXPECT_EQ(WatchedClasses::without_context, 0);
+  placed_->object->Close(OLECLOSE_NOSAVE);
+  ASSERT_EQ(placed_->Verb(OLEIVERB_UIACTIVATE), S_OK);
+  EXPECT_EQ(made[WC_LISTVIEWW], 3);
+  EXPECT_EQ(made[L"BUTTON"], 3 * 4);
+  EXPECT_GT(made[L"COMBOBOX"], 0);
+  EXPECT_GT(made[L"EDIT"], 0);
+  if (CanPaint()) {
+    SendMessageW(Header(), WM_MOUSEMOVE, 0, MAKELPARAM(2, 2));
+    EXPECT_EQ(made[TOOLTIPS_CLASSW], 1) << "long after all others, when the mouse is there";
+  }
+  EXPECT_THAT(WatchedClasses::without_context, testing::IsEmpty());
   HANDLE left = nullptr;
   EXPECT_TRUE(GetCurrentActCtx(&left));
   EXPECT_EQ(left, nullptr) << "the host's own windows are made as before";

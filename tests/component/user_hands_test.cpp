@@ -5,7 +5,9 @@
 
 #include "tests/component/support/editor_stand_ins.h"
 #include "tests/component/support/held_key.h"
+#include "tests/component/support/interception.h"
 #include "tests/component/support/loaded_control.h"
+#include "tests/component/support/patched_import.h"
 
 namespace rdv::test {
 namespace {
@@ -22,11 +24,12 @@ BOOL CALLBACK AddTips(HWND window, LPARAM list) {
   return TRUE;
 }
 
-// Of the columns of a header, when the mouse is over it.
-std::vector<std::wstring> TipsOver(HWND header) {
+// Of the columns of a header, when the mouse is over it. `owner`: those of this window only.
+std::vector<std::wstring> TipsOver(HWND header, HWND owner = nullptr) {
   SendMessageW(header, WM_MOUSEMOVE, 0, MAKELPARAM(2, 2));
   std::vector<HWND> windows;
   EnumThreadWindows(GetCurrentThreadId(), AddTips, reinterpret_cast<LPARAM>(&windows));
+  std::erase_if(windows, [&](HWND each) { return owner && GetWindow(each, GW_OWNER) != owner; });
   std::vector<std::wstring> tips;
   for (const HWND window : windows) {
     const LRESULT count = SendMessageW(window, TTM_GETTOOLCOUNT, 0, 0);
@@ -83,16 +86,6 @@ TEST_F(UserHands, ATextBoxOpensWithItsTextSelected) {
   EXPECT_EQ(Text(row_, column::kEWTOption), L"5");
 }
 
-// A platform that takes the selection of a list off only when its owner has heard of what was
-// typed.
-LRESULT CALLBACK TakeSelectionOffLate(HWND owner, UINT message, WPARAM wparam, LPARAM lparam,
-                                      UINT_PTR /*id*/, DWORD_PTR list) {
-  const LRESULT result = DefSubclassProc(owner, message, wparam, lparam);
-  if (message == WM_COMMAND && HIWORD(wparam) == CBN_EDITCHANGE)
-    SendMessageW(reinterpret_cast<HWND>(list), LB_SETCURSEL, static_cast<WPARAM>(-1), 0);
-  return result;
-}
-
 TEST_F(UserHands, TypingWhatIsShownKeepsTheEntryWheneverThePlatformTakesItOff) {
   PlaceAndLoad();
   Open(control_id::cmbStartingNodeNumber);
@@ -106,12 +99,18 @@ TEST_F(UserHands, TypingWhatIsShownKeepsTheEntryWheneverThePlatformTakesItOff) {
   wchar_t text[16] = L"";
   GetWindowTextW(list, text, 16);
   ASSERT_STRNE(text, L"");
-  SetWindowSubclass(GetParent(list), &TakeSelectionOffLate, 1,
-                    reinterpret_cast<DWORD_PTR>(parts.hwndList));
+  // A platform that takes the selection of a list off only when its owner has heard of what was
+  // typed.
+  const Interception late(
+      GetParent(list), [&](UINT message, WPARAM wparam, LPARAM, const auto& pass_on) {
+        const LRESULT result = pass_on();
+        if (message == WM_COMMAND && HIWORD(wparam) == CBN_EDITCHANGE)
+          SendMessageW(parts.hwndList, LB_SETCURSEL, static_cast<WPARAM>(-1), 0);
+        return result;
+      });
   SendMessageW(parts.hwndItem, EM_SETSEL, 0, -1);
   for (const wchar_t* unit = text; *unit; ++unit) SendMessageW(parts.hwndItem, WM_CHAR, *unit, 1);
   EXPECT_EQ(SendMessageW(list, CB_GETCURSEL, 0, 0), 0);
-  RemoveWindowSubclass(GetParent(list), &TakeSelectionOffLate, 1);
 }
 
 TEST_F(UserHands, EscWhileEditingBringsTheCellsBack) {
@@ -143,6 +142,59 @@ TEST_F(UserHands, TabInAnOpenListTakesTheHighlightedEntry) {
   EXPECT_EQ(Press(VK_TAB), S_OK);
   EXPECT_NE(Text(row_, column::kSoftStop), before);
   EXPECT_EQ(Focus(), control_id::txtLabel);
+}
+
+// Which key takes an entry is the list's own affair.
+TEST_F(UserHands, TabTakesTheHighlightedEntryWhateverEnterDoesInTheList) {
+  if (!CanPaint()) GTEST_SKIP() << "no list drops down here";
+  for (const int id : {control_id::cmbRDVType, control_id::cmbSoftStop}) {
+    SCOPED_TRACE(id);
+    const bool in_place = id == control_id::cmbSoftStop;
+    if (in_place) Open(id);
+    const HWND list = placed_->Child(id);
+    if (!in_place) SetFocus(list);
+    const HWND keyboard = GetFocus();
+    ASSERT_TRUE(keyboard == list || IsChild(list, keyboard));
+    const LRESULT before = SendMessageW(list, CB_GETCURSEL, 0, 0);
+    SendMessageW(list, CB_SHOWDROPDOWN, TRUE, 0);
+    SendMessageW(keyboard, WM_KEYDOWN, before == 0 ? VK_DOWN : VK_UP, 0);
+    const LRESULT highlighted = SendMessageW(list, CB_GETCURSEL, 0, 0);
+    ASSERT_NE(highlighted, before);
+    {
+      const Interception deaf(keyboard,
+                              [](UINT message, WPARAM wparam, LPARAM, const auto& pass_on) {
+                                const bool enter = message == WM_KEYDOWN && wparam == VK_RETURN;
+                                return enter ? LRESULT{0} : pass_on();
+                              });
+      EXPECT_EQ(Press(VK_TAB), S_OK);
+    }
+    PumpMessages();
+    EXPECT_EQ(SendMessageW(list, CB_GETDROPPEDSTATE, 0, 0), 0);
+    EXPECT_EQ(SendMessageW(list, CB_GETCURSEL, 0, 0), highlighted);
+    EXPECT_NE(Focus(), id);
+  }
+}
+
+// What the list itself is given of the keys.
+struct KeysOfTheList {
+  static inline std::vector<WPARAM> typed;
+};
+
+LRESULT WINAPI WatchTyping(WNDPROC procedure, HWND window, UINT message, WPARAM wparam,
+                           LPARAM lparam) {
+  if (message == WM_CHAR) KeysOfTheList::typed.push_back(wparam);
+  return PatchedImport<decltype(WatchTyping)>::original(procedure, window, message, wparam, lparam);
+}
+
+// The list would search for a row by what is typed; Enter, a blank to it, is followed by its
+// character, too.
+TEST_F(UserHands, NothingTypedOnTheGridSearchesForARow) {
+  const PatchedImport<decltype(WatchTyping)> watch("CallWindowProcW", &WatchTyping);
+  KeysOfTheList::typed.clear();
+  constexpr WPARAM kCtrlB = 2;
+  for (const WPARAM key : std::initializer_list<WPARAM>{L'1', L' ', VK_RETURN, kCtrlB})
+    SendMessageW(Grid(), WM_CHAR, key, 1);
+  EXPECT_THAT(KeysOfTheList::typed, testing::ElementsAre(kCtrlB));
 }
 
 TEST_F(UserHands, EnterOnTheGridOpensTheCell) {
@@ -289,6 +341,24 @@ TEST_F(UserHands, CaptionsThatDoNotFitTheirColumnsAreShownAsTips) {
   EXPECT_THAT(TipsOver(header), Contains(L"Starting Node"));
   SendMessageW(Grid(), LVM_SETCOLUMNWIDTH, kStartingNode, 1000);
   EXPECT_THAT(TipsOver(header), Not(Contains(L"Starting Node")));
+}
+
+// Tips belong to the window around the control, before which they are shown and with which they go.
+TEST_F(UserHands, TipsGoWithTheControlIntoAnotherWindow) {
+  if (!CanPaint()) GTEST_SKIP() << "nothing is painted here";
+  const auto header = [this] {
+    return reinterpret_cast<HWND>(SendMessageW(Grid(), LVM_GETHEADER, 0, 0));
+  };
+  SendMessageW(Grid(), LVM_SETCOLUMNWIDTH, column::kStartingNode - 1, 20);
+  ASSERT_THAT(TipsOver(header(), placed_->container.Window()), Contains(L"Starting Node"));
+  const HWND other = CreateWindowExW(0, L"STATIC", L"", WS_POPUP | WS_VISIBLE, 0, 0, 1300, 500,
+                                     nullptr, nullptr, nullptr, nullptr);
+  placed_->As<IOleInPlaceObject>(IID_IOleInPlaceObject)->InPlaceDeactivate();
+  placed_->container.place_in = other;
+  ASSERT_EQ(placed_->Verb(OLEIVERB_INPLACEACTIVATE), S_OK);
+  EXPECT_THAT(TipsOver(header(), other), Contains(L"Starting Node"));
+  placed_->Remove();
+  DestroyWindow(other);
 }
 
 }  // namespace

@@ -29,21 +29,18 @@ int LineHeight(HWND window) {
 // one is wider. Here it is what was set last, by whomever, whatever cell the box lies over; before
 // any was set the platform's answer stands. A list is filled with a thousand messages: the
 // procedure does nothing but pass them on.
-LRESULT CALLBACK ComboBoxWindow::Procedure(HWND window, UINT message, WPARAM wparam,
-                                           LPARAM lparam) {
-  auto* list = static_cast<ComboBoxWindow*>(TargetOf(window));
-  if (message == CB_GETDROPPEDWIDTH && list->drop_down_width_) return *list->drop_down_width_;
-  if (const auto answer = list->BeforeList(message, wparam, lparam)) return *answer;
-  const LRESULT result =
-      CallWindowProcW(list->platform_procedure_, window, message, wparam, lparam);
+std::optional<LRESULT> ComboBoxWindow::Before(const HookedMessage& message) {
+  if (message.message == CB_GETDROPPEDWIDTH && drop_down_width_) return drop_down_width_;
+  if (const auto answer = BeforeList(message)) return answer;
+  const LRESULT result = message.PassOn();
   // The platform takes no more.
-  if (message == CB_SETDROPPEDWIDTH && result != CB_ERR && wparam <= INT16_MAX) {
-    list->drop_down_width_ = static_cast<LRESULT>(wparam);
+  if (message.message == CB_SETDROPPEDWIDTH && result != CB_ERR && message.wparam <= INT16_MAX) {
+    drop_down_width_ = static_cast<LRESULT>(message.wparam);
   }
   // The platform may take the selection off before it tells of what was typed, or after.
-  if (message == WM_COMMAND && HIWORD(wparam) == EN_CHANGE) {
+  if (message.message == WM_COMMAND && HIWORD(message.wparam) == EN_CHANGE) {
     // What was typed may have ended the form.
-    list = static_cast<ComboBoxWindow*>(TargetOf(window));
+    const auto* list = dynamic_cast<const ComboBoxWindow*>(TargetOf(message.window));
     if (list && !list->setting_) list->SelectInPlatform();
   }
   return result;
@@ -51,17 +48,17 @@ LRESULT CALLBACK ComboBoxWindow::Procedure(HWND window, UINT message, WPARAM wpa
 
 // Only a choice changes data: the wheel over a closed list scrolls what lies under it, and the
 // arrows to the sides lead to the neighbouring cells.
-std::optional<LRESULT> ComboBoxWindow::BeforeList(UINT message, WPARAM wparam, LPARAM lparam) {
-  switch (message) {
+std::optional<LRESULT> ComboBoxWindow::BeforeList(const HookedMessage& message) {
+  switch (message.message) {
     case WM_MOUSEWHEEL:
       if (DroppedDown()) return std::nullopt;
-      return SendMessageW(GetParent(Handle()), message, wparam, lparam);
+      return SendMessageW(GetParent(Handle()), WM_MOUSEWHEEL, message.wparam, message.lparam);
     case WM_KEYDOWN: {
-      const bool to_a_side = wparam == VK_LEFT || wparam == VK_RIGHT;
+      const bool to_a_side = message.wparam == VK_LEFT || message.wparam == VK_RIGHT;
       if (!to_a_side || entry_ == TextEntry::Typed || DroppedDown()) return std::nullopt;
       // It may hide the list, and end the form.
       const auto hold = HoldForm(Handle());
-      Notify(on_step, wparam == VK_LEFT);
+      Notify(on_step, message.wparam == VK_LEFT);
       return 0;
     }
     case WM_PAINT:
@@ -94,16 +91,21 @@ ComboBoxWindow::ComboBoxWindow(HWND parent, int id, TextEntry entry) : entry_(en
 }
 
 void ComboBoxWindow::OnMade() {
-  platform_procedure_ = reinterpret_cast<WNDPROC>(
-      SetWindowLongPtrW(Handle(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&Procedure)));
-}
-
-ComboBoxWindow::~ComboBoxWindow() {
-  SetWindowLongPtrW(Handle(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(platform_procedure_));
+  hook_ = std::make_unique<WindowHook>(Handle(), static_cast<WindowWatcher&>(*this));
 }
 
 bool ComboBoxWindow::DroppedDown() const {
   return SendMessageW(Handle(), CB_GETDROPPEDSTATE, 0, 0) != 0;
+}
+
+// Which of the two ends of a choice the platform tells of when the list is closed for the user, no
+// document says.
+void ComboBoxWindow::TakeHighlighted() {
+  const int highlighted = PlatformIndex();
+  setting_ = true;
+  SendMessageW(Handle(), CB_SHOWDROPDOWN, FALSE, 0);
+  setting_ = false;
+  if (highlighted >= 0) SetListIndex(highlighted);
 }
 
 void ComboBoxWindow::SetVisible(bool visible) {
@@ -221,6 +223,8 @@ void ComboBoxWindow::SetFocus() {
 }
 
 void ComboBoxWindow::OnCommand(WORD code) {
+  // Whoever sets something tells of it himself.
+  if (setting_ && code != CBN_DROPDOWN && code != CBN_CLOSEUP) return;
   switch (code) {
     case CBN_DROPDOWN:
       dropped_ = true;
@@ -241,7 +245,7 @@ void ComboBoxWindow::OnCommand(WORD code) {
       }
       break;
     case CBN_EDITCHANGE:
-      if (!setting_) OnTyped();
+      OnTyped();
       break;
     default:
       break;

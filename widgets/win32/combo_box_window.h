@@ -1,21 +1,24 @@
 // The drop-down list on a combo box.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <vector>
 
 #include "widgets/win32/editor_window.h"
+#include "widgets/win32/window_hook.h"
 
 namespace rdv::win32 {
 
 // The selected entry is kept here beside the platform's: the platform forgets or guesses it while
 // text is typed, and tells of user picks in more than one message.
-class ComboBoxWindow : public EditorWindow<ComboBox> {
+class ComboBoxWindow : public EditorWindow<ComboBox>, private WindowWatcher {
  public:
   ComboBoxWindow(HWND parent, int id, TextEntry entry);
-  ~ComboBoxWindow() override;
 
   bool DroppedDown() const;
+  // Closes the open list as if its highlighted entry had been pressed.
+  void TakeHighlighted();
 
   void SetVisible(bool visible) override;
   void SetScale(Scale scale, Twips height = kEditorHeight);
@@ -47,11 +50,11 @@ class ComboBoxWindow : public EditorWindow<ComboBox> {
 
  protected:
   void OnMade() override;
-  std::optional<LRESULT> BeforeList(UINT message, WPARAM wparam, LPARAM lparam);
   void PlaceAt(const RECT& place) override;
 
  private:
-  static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+  std::optional<LRESULT> Before(const HookedMessage& message) override;
+  std::optional<LRESULT> BeforeList(const HookedMessage& message);
   void ApplyDropDownWidth();
   void CenterText() const;
   void FillAroundText() const;
@@ -67,7 +70,7 @@ class ComboBoxWindow : public EditorWindow<ComboBox> {
   };
 
   const TextEntry entry_;
-  WNDPROC platform_procedure_ = nullptr;
+  std::unique_ptr<WindowHook> hook_;
   int list_index_ = -1;
   rdv::Text known_text_;  // shown text that the last on_change or selection told of
   std::optional<LRESULT> drop_down_width_;  // pixels, as last set by whomever

@@ -220,9 +220,14 @@ void FormWindow::Finish() {
   Layout();
 }
 
-void FormWindow::Remember() {
-  if (making_) return;
-  ForEachWidget(widgets_, [](Lasting& window, const WidgetEntry&) { window.Remember(); });
+// The windows go, and with them what belongs to them; what they show stays.
+void FormWindow::LeaveWindows() {
+  ForEachWidget(widgets_, [this](auto& window, const WidgetEntry&) {
+    if (!making_) window.Remember();
+    ForgetTarget(window.Handle(), &window);
+  });
+  ForgetNames();
+  widgets_.LVRDVLineConfig.Unhook();
 }
 
 bool FormWindow::TryPutInto(HWND parent) {
@@ -263,7 +268,6 @@ void FormWindow::MakeAnew(HWND parent) {
 FormWindow::~FormWindow() {
   Forms().RemoveAllOf(this);
   if (IsWindow(window_)) ForgetNames();
-  Forms().RemoveAllOf(this);
   widgets_.LVRDVLineConfig.Unhook();
   if (background_) DeleteObject(background_);
 }
@@ -472,9 +476,7 @@ std::optional<LRESULT> FormWindow::OnMessage(UINT message, WPARAM wparam, LPARAM
       FollowScreen();
       return 0;
     case WM_DESTROY:
-      Remember();
-      ForgetNames();
-      widgets_.LVRDVLineConfig.Unhook();
+      LeaveWindows();
       return 0;
     default:
       return std::nullopt;

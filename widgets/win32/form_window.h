@@ -113,7 +113,7 @@ class FormWindow {
 
   static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
   std::optional<LRESULT> OnMessage(UINT message, WPARAM wparam, LPARAM lparam);
-  void Remember();
+  void LeaveWindows();
   void MakeAnew(HWND parent);
   void Finish();
   void AfterBox();

@@ -42,45 +42,69 @@ TTTOOLINFOW ToolOf(HWND header, int column) {
 
 }  // namespace
 
+HeaderTips::~HeaderTips() {
+  Close();
+  if (controls_) ReleaseActCtx(controls_);
+}
+
+void HeaderTips::Adopt(HWND header) {
+  if (controls_) ReleaseActCtx(controls_);
+  if (!GetCurrentActCtx(&controls_)) controls_ = nullptr;
+  header_ = header;
+}
+
+// The system makes the tips belong to the window that the header lies in, at whatever depth, and
+// destroys them with it. A host may have taken the control out of that and into another.
+bool HeaderTips::HasMoved() const {
+  return !IsWindow(window_) || GetAncestor(header_, GA_ROOT) != root_;
+}
+
+void HeaderTips::Make() {
+  ULONG_PTR cookie = 0;
+  const bool active = controls_ && ActivateActCtx(controls_, &cookie);
+  window_ = CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_NOPREFIX, 0, 0,
+                            0, 0, header_, nullptr, nullptr, nullptr);
+  if (active) DeactivateActCtx(0, cookie);
+  root_ = GetAncestor(header_, GA_ROOT);
+}
+
 // A tool for each column that needs one. Only when the mouse is there: a header tells of a change
 // before it has made it.
-void HeaderTips::Follow(HWND header) {
+void HeaderTips::Follow() {
   outdated_ = false;
-  if (!window_) {
-    window_ = CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_NOPREFIX, 0,
-                              0, 0, 0, header, nullptr, nullptr, nullptr);
-    if (!window_) return;
-  }
-  const auto columns = static_cast<int>(SendMessageW(header, HDM_GETITEMCOUNT, 0, 0));
-  const auto margin = static_cast<int>(SendMessageW(header, HDM_GETBITMAPMARGIN, 0, 0));
+  if (!window_) Make();
+  if (!window_) return;
+  const auto columns = static_cast<int>(SendMessageW(header_, HDM_GETITEMCOUNT, 0, 0));
+  const auto margin = static_cast<int>(SendMessageW(header_, HDM_GETBITMAPMARGIN, 0, 0));
   for (int column = 0; column < columns; ++column) {
-    TTTOOLINFOW tool = ToolOf(header, column);
+    TTTOOLINFOW tool = ToolOf(header_, column);
     SendMessageW(window_, TTM_DELTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
-    SendMessageW(header, HDM_GETITEMRECT, static_cast<WPARAM>(column),
+    SendMessageW(header_, HDM_GETITEMRECT, static_cast<WPARAM>(column),
                  reinterpret_cast<LPARAM>(&tool.rect));
     const LONG width = tool.rect.right - tool.rect.left;
-    Caption caption = CaptionOf(header, column);
+    Caption caption = CaptionOf(header_, column);
     // How far from its edges a header writes differs: rather a tip too many.
-    if (width == 0 || TextWidth(header, caption) + 4 * margin <= width) continue;
+    if (width == 0 || TextWidth(header_, caption) + 4 * margin <= width) continue;
     tool.lpszText = caption.data();
     SendMessageW(window_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
   }
 }
 
-void HeaderTips::Relay(HWND header, UINT message, WPARAM wparam, LPARAM lparam) {
-  if (message < WM_MOUSEFIRST || message > WM_MOUSELAST) return;
-  if (outdated_) Follow(header);
+void HeaderTips::Relay(const HookedMessage& message) {
+  if (message.message < WM_MOUSEFIRST || message.message > WM_MOUSELAST) return;
+  if (window_ && HasMoved()) Close();
+  if (outdated_) Follow();
   if (!window_) return;
   MSG event = {};
-  event.hwnd = header;
-  event.message = message;
-  event.wParam = wparam;
-  event.lParam = lparam;
+  event.hwnd = message.window;
+  event.message = message.message;
+  event.wParam = message.wparam;
+  event.lParam = message.lparam;
   SendMessageW(window_, TTM_RELAYEVENT, 0, reinterpret_cast<LPARAM>(&event));
 }
 
 void HeaderTips::Close() {
-  if (window_) DestroyWindow(window_);
+  if (IsWindow(window_)) DestroyWindow(window_);
   window_ = nullptr;
   outdated_ = true;
 }

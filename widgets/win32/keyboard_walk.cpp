@@ -4,6 +4,7 @@
 #include <iterator>
 #include <ranges>
 
+#include "widgets/win32/combo_box_window.h"
 #include "widgets/win32/form_messages.h"
 #include "widgets/win32/window_widget.h"
 
@@ -44,10 +45,13 @@ bool ToWindow(const MSG& message) {
   return true;
 }
 
-bool IsDroppedDown(HWND focus) {
-  const HWND list = GetDlgCtrlID(GetParent(focus)) != 0 ? GetParent(focus) : focus;
-  return SendMessageW(focus, CB_GETDROPPEDSTATE, 0, 0) != 0 ||
-         SendMessageW(list, CB_GETDROPPEDSTATE, 0, 0) != 0;
+// The open list that the window is or is the text part of; null where there is none.
+ComboBoxWindow* OpenList(HWND focus) {
+  for (const HWND window : {focus, GetParent(focus)}) {
+    auto* list = dynamic_cast<ComboBoxWindow*>(TargetOf(window));
+    if (list && list->DroppedDown()) return list;
+  }
+  return nullptr;
 }
 
 bool IsHeld(int key) {
@@ -83,11 +87,11 @@ bool KeyboardWalk::Translate(const MSG& message) {
   if (message.message != WM_KEYDOWN || WalksHost(message.wParam)) return false;
   const bool shift = IsHeld(VK_SHIFT);
   if (IsTextPart(message.hwnd) && EditsText(message.wParam)) return ToWindow(message);
-  if (IsDroppedDown(message.hwnd)) {
+  if (ComboBoxWindow* list = OpenList(message.hwnd)) {
     const bool closes = message.wParam == VK_RETURN || message.wParam == VK_ESCAPE;
     if (message.wParam != VK_TAB)
       return (closes || MovesWithin(message.wParam)) && ToWindow(message);
-    SendMessageW(message.hwnd, WM_KEYDOWN, VK_RETURN, 0);
+    list->TakeHighlighted();
   }
   return Editing() ? TranslateEditorKey(message, shift) : TranslateKey(message, shift);
 }

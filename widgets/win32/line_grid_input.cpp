@@ -7,14 +7,9 @@
 #include "widgets/win32/form_messages.h"
 #include "widgets/win32/line_grid_window.h"
 #include "widgets/win32/platform.h"
-#include "widgets/win32/window_map.h"
 
 namespace rdv::win32 {
 namespace {
-
-// A window's user data would not do: what a header tells its list view reaches the form too, where
-// that of a child is its widget.
-WindowMap<LineGridWindow> grids_of_headers;
 
 struct MouseButton {
   UINT down;
@@ -69,6 +64,11 @@ POINT PointOf(LPARAM lparam) {
 
 }  // namespace
 
+std::optional<LRESULT> LineGridWindow::Before(const HookedMessage& message) {
+  if (message.window == hooked_header_) return BeforeHeader(message);
+  return BeforeGrid(message.message, message.wparam, message.lparam);
+}
+
 std::optional<LRESULT> LineGridWindow::BeforeGrid(UINT message, WPARAM wparam, LPARAM lparam) {
   const auto hold = HoldForm(Handle());
   if (MovesGrid(message)) {
@@ -99,8 +99,8 @@ std::optional<LRESULT> LineGridWindow::BeforeGrid(UINT message, WPARAM wparam, L
       return std::nullopt;
     case WM_CHAR:
       Notify(on_key_press, static_cast<char16_t>(wparam));
-      // The list would search for a row by what is typed.
-      if (wparam >= L' ') return 0;
+      // The list would search for a row by what is typed, and Enter is a blank to it.
+      if (wparam >= L' ' || wparam == L'\r') return 0;
       return std::nullopt;
     case WM_NOTIFY: {
       const auto& header = *reinterpret_cast<const NMHDR*>(lparam);
@@ -229,33 +229,27 @@ void LineGridWindow::HookHeader() {
   if (!header || header == hooked_header_) return;
   UnhookHeader();
   hooked_header_ = header;
-  grids_of_headers.Add(header, this);
-  header_procedure_ = reinterpret_cast<WNDPROC>(
-      SetWindowLongPtrW(header, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&HeaderProcedure)));
+  header_hook_ = std::make_unique<WindowHook>(header, static_cast<WindowWatcher&>(*this));
+  header_tips_.Adopt(header);
 }
 
 void LineGridWindow::UnhookHeader() {
   if (!hooked_header_) return;
   header_tips_.Close();
-  SetWindowLongPtrW(hooked_header_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(header_procedure_));
-  grids_of_headers.Remove(hooked_header_);
+  header_hook_.reset();
   hooked_header_ = nullptr;
 }
 
-LRESULT CALLBACK LineGridWindow::HeaderProcedure(HWND header, UINT message, WPARAM wparam,
-                                                 LPARAM lparam) {
-  const auto hold = HoldForm(header);
-  LineGridWindow* grid = grids_of_headers.Find(header);
-  if (!grid) return 0;
-  LineGridWindow& self = *grid;
+LRESULT LineGridWindow::BeforeHeader(const HookedMessage& message) {
+  const auto hold = HoldForm(message.window);
   // The platform tells the grid of a press on its header only when it comes from the mouse itself.
-  if (IsPress(message)) Notify(self.on_before_move);
-  self.header_tips_.Relay(header, message, wparam, lparam);
-  const LRESULT result = CallWindowProcW(self.header_procedure_, header, message, wparam, lparam);
-  if (message == HDM_LAYOUT && result) {
+  if (IsPress(message.message)) Notify(on_before_move);
+  header_tips_.Relay(message);
+  const LRESULT result = message.PassOn();
+  if (message.message == HDM_LAYOUT && result) {
     // The list view asks its header how much of the grid it takes.
-    const auto& layout = *reinterpret_cast<const HDLAYOUT*>(lparam);
-    const int higher = self.scale_.Pixels(self.texts_.GridHeaderHeight()) - layout.pwpos->cy;
+    const auto& layout = *reinterpret_cast<const HDLAYOUT*>(message.lparam);
+    const int higher = scale_.Pixels(texts_.GridHeaderHeight()) - layout.pwpos->cy;
     layout.pwpos->cy += higher;
     layout.prc->top += higher;
   }

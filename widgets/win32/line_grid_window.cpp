@@ -17,7 +17,7 @@ LineGridWindow::LineGridWindow(HWND parent, int id) {
 }
 
 void LineGridWindow::OnMade() {
-  hook_ = std::make_unique<ListViewHook>(Handle(), static_cast<GridWatcher&>(*this));
+  hook_ = std::make_unique<WindowHook>(Handle(), static_cast<WindowWatcher&>(*this));
   SetReportView();
 }
 

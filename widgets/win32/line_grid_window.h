@@ -7,8 +7,8 @@
 
 #include "widgets/line_grid.h"
 #include "widgets/win32/header_tips.h"
-#include "widgets/win32/list_view_hook.h"
 #include "widgets/win32/platform.h"
+#include "widgets/win32/window_hook.h"
 #include "widgets/win32/window_widget.h"
 
 namespace rdv::win32 {
@@ -17,7 +17,7 @@ namespace rdv::win32 {
 // of the list view. Column widths stay exact twips until the user drags a divider. Presses never
 // reach the list view, whose drag detection would hold back the selection until the release: the
 // order of mouse down, selection and item click is made here.
-class LineGridWindow : public WindowWidget<LineGrid>, private GridWatcher {
+class LineGridWindow : public WindowWidget<LineGrid>, private WindowWatcher {
  public:
   LineGridWindow(HWND parent, int id);
   ~LineGridWindow() override { Unhook(); }
@@ -110,7 +110,9 @@ class LineGridWindow : public WindowWidget<LineGrid>, private GridWatcher {
   int FirstSeenColumn() const;  // 0 where there is none
 
   // The user's side, in line_grid_input.cpp.
-  std::optional<LRESULT> BeforeGrid(UINT message, WPARAM wparam, LPARAM lparam) override;
+  std::optional<LRESULT> Before(const HookedMessage& message) override;
+  std::optional<LRESULT> BeforeGrid(UINT message, WPARAM wparam, LPARAM lparam);
+  LRESULT BeforeHeader(const HookedMessage& message);
   std::optional<LRESULT> BeforeHeaderNotification(const NMHEADERW& notification);
   void Press(POINT point, WPARAM keys);
   void Release(POINT point);
@@ -120,12 +122,11 @@ class LineGridWindow : public WindowWidget<LineGrid>, private GridWatcher {
   bool IsKeptFromList(WPARAM key) const;
   void HookHeader();
   void UnhookHeader();
-  static LRESULT CALLBACK HeaderProcedure(HWND header, UINT message, WPARAM wparam, LPARAM lparam);
 
-  std::unique_ptr<ListViewHook> hook_;
+  std::unique_ptr<WindowHook> hook_;
+  std::unique_ptr<WindowHook> header_hook_;
   HWND hooked_header_ = nullptr;
   HeaderTips header_tips_;
-  WNDPROC header_procedure_ = nullptr;
   Scale scale_{96};
   TextSizes texts_;
   Rectangle place_;

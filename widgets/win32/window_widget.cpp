@@ -45,8 +45,10 @@ HWND CreateChild(HWND parent, WindowDescription description, NotificationTarget*
   return window;
 }
 
-void ForgetTarget(HWND child) {
+bool ForgetTarget(HWND child, const NotificationTarget* target) {
+  if (Targets().Find(child) != target) return false;
   Targets().Remove(child);
+  return true;
 }
 
 NotificationTarget* TargetOf(HWND child) {

@@ -66,8 +66,9 @@ HWND CreateChild(HWND parent, WindowDescription description, NotificationTarget*
 
 // The target of a window that CreateChild made; null for all others and where its widget is gone.
 NotificationTarget* TargetOf(HWND child);
-// The target is about to go; the window may live on.
-void ForgetTarget(HWND child);
+// One of the two is about to go. False where the window was forgotten before: by now the system may
+// have given its handle to another.
+bool ForgetTarget(HWND child, const NotificationTarget* target);
 
 // Hands it to its target. Nothing thrown leaves it: the caller is a window procedure.
 LRESULT ReflectNotification(const Notification& notification) noexcept;
@@ -91,8 +92,7 @@ template <class Contract>
 class WindowWidget : public Contract, public NotificationTarget, public Lasting {
  public:
   ~WindowWidget() override {
-    ForgetTarget(window_);
-    DestroyWindow(window_);
+    if (ForgetTarget(window_, this)) DestroyWindow(window_);
   }
 
   HWND Handle() const { return window_; }

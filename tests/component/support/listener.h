@@ -1,25 +1,22 @@
 // Hears what is sent to a window, as long as it lives.
 #pragma once
 
-// clang-format off
-#include <windows.h>
-#include <commctrl.h>
-// clang-format on
-
 #include <functional>
 #include <map>
 #include <vector>
+
+#include "tests/component/support/interception.h"
 
 namespace rdv::test {
 
 class Listener {
  public:
-  explicit Listener(HWND window) : window_(window) {
-    SetWindowSubclass(window_, &Procedure, reinterpret_cast<UINT_PTR>(this), 0);
-  }
+  explicit Listener(HWND window)
+      : interception_(window, [this](UINT message, WPARAM wparam, LPARAM, const auto& pass_on) {
+          return Hear(message, wparam, pass_on);
+        }) {}
   Listener(const Listener&) = delete;
   Listener& operator=(const Listener&) = delete;
-  ~Listener() { RemoveWindowSubclass(window_, &Procedure, reinterpret_cast<UINT_PTR>(this)); }
 
   // The first parameters with which that message came so far.
   std::vector<WPARAM> Heard(UINT message) const {
@@ -32,19 +29,16 @@ class Listener {
   void Answer(UINT message, LRESULT answer) { answers_[message] = answer; }
 
  private:
-  static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam,
-                                    UINT_PTR id, DWORD_PTR /*unused*/) {
-    auto& listener = *reinterpret_cast<Listener*>(id);
-    listener.heard_[message].push_back(wparam);
-    if (listener.on_message) listener.on_message(message);
-    const auto answer = listener.answers_.find(message);
-    if (answer != listener.answers_.end()) return answer->second;
-    return DefSubclassProc(window, message, wparam, lparam);
+  LRESULT Hear(UINT message, WPARAM wparam, const Interception::PassOn& pass_on) {
+    heard_[message].push_back(wparam);
+    if (on_message) on_message(message);
+    const auto answer = answers_.find(message);
+    return answer != answers_.end() ? answer->second : pass_on();
   }
 
-  const HWND window_;
   std::map<UINT, std::vector<WPARAM>> heard_;
   std::map<UINT, LRESULT> answers_;
+  const Interception interception_;
 };
 
 }  // namespace rdv::test

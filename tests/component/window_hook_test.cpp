@@ -1,5 +1,5 @@
-// The hook in front of a list view's window procedure.
-#include "widgets/win32/list_view_hook.h"
+// The hook in front of a window's own procedure, here a list view's.
+#include "widgets/win32/window_hook.h"
 
 #include <gtest/gtest.h>
 
@@ -8,17 +8,17 @@
 namespace rdv::test {
 namespace {
 
-using win32::ListViewHook;
-using win32::ListViewWindowProc;
+using win32::HookProcedure;
+using win32::WindowHook;
 
 constexpr UINT kAnswered = WM_APP + 1;
 constexpr UINT kPassedOn = WM_APP + 2;
 
-class Watcher final : public win32::GridWatcher {
+class Watcher final : public win32::WindowWatcher {
  public:
-  std::optional<LRESULT> BeforeGrid(UINT message, WPARAM wparam, LPARAM /*lparam*/) override {
-    seen.push_back(message);
-    if (message == kAnswered) return static_cast<LRESULT>(wparam) + 1;
+  std::optional<LRESULT> Before(const win32::HookedMessage& message) override {
+    seen.push_back(message.message);
+    if (message.message == kAnswered) return static_cast<LRESULT>(message.wparam) + 1;
     return std::nullopt;
   }
   std::vector<UINT> seen;
@@ -53,9 +53,9 @@ class ListView : public testing::Test {
 TEST_F(ListView, HasTheHooksProcedureForAsLongAsTheHookLives) {
   const WNDPROC before = Procedure(grid_);
   {
-    const ListViewHook hook(grid_, watcher_);
-    EXPECT_EQ(Procedure(grid_), &ListViewWindowProc);
-    EXPECT_NE(before, &ListViewWindowProc);
+    const WindowHook hook(grid_, watcher_);
+    EXPECT_EQ(Procedure(grid_), &HookProcedure);
+    EXPECT_NE(before, &HookProcedure);
   }
   EXPECT_EQ(Procedure(grid_), before);
   SendMessageW(grid_, kAnswered, 1, 0);
@@ -63,7 +63,7 @@ TEST_F(ListView, HasTheHooksProcedureForAsLongAsTheHookLives) {
 }
 
 TEST_F(ListView, GetsWhatTheWatcherDoesNotAnswer) {
-  const ListViewHook hook(grid_, watcher_);
+  const WindowHook hook(grid_, watcher_);
   EXPECT_EQ(SendMessageW(grid_, kAnswered, 7, 0), 8);
   EXPECT_EQ(SendMessageW(grid_, LVM_SETBKCOLOR, 0, RGB(1, 2, 3)), TRUE);
   EXPECT_EQ(SendMessageW(grid_, LVM_GETBKCOLOR, 0, 0), static_cast<LRESULT>(RGB(1, 2, 3)));
@@ -73,20 +73,20 @@ TEST_F(ListView, GetsWhatTheWatcherDoesNotAnswer) {
 }
 
 TEST_F(ListView, AMessageForAnotherWindowHasTheResultNothing) {
-  const ListViewHook hook(grid_, watcher_);
+  const WindowHook hook(grid_, watcher_);
   SendMessageW(other_, LVM_SETBKCOLOR, 0, RGB(1, 2, 3));
   ASSERT_EQ(SendMessageW(other_, LVM_GETBKCOLOR, 0, 0), static_cast<LRESULT>(RGB(1, 2, 3)));
-  EXPECT_EQ(ListViewWindowProc(other_, LVM_GETBKCOLOR, 0, 0), 0);
-  EXPECT_EQ(ListViewWindowProc(other_, kAnswered, 7, 0), 0);
-  EXPECT_EQ(ListViewWindowProc(nullptr, kAnswered, 7, 0), 0);
+  EXPECT_EQ(HookProcedure(other_, LVM_GETBKCOLOR, 0, 0), 0);
+  EXPECT_EQ(HookProcedure(other_, kAnswered, 7, 0), 0);
+  EXPECT_EQ(HookProcedure(nullptr, kAnswered, 7, 0), 0);
   EXPECT_TRUE(watcher_.seen.empty());
 }
 
 TEST_F(ListView, TwoHooksKeepToTheirOwnGrids) {
   Watcher others;
-  const ListViewHook hook(grid_, watcher_);
+  const WindowHook hook(grid_, watcher_);
   {
-    const ListViewHook second(other_, others);
+    const WindowHook second(other_, others);
     SendMessageW(other_, kPassedOn, 0, 0);
     EXPECT_EQ(others.seen, std::vector<UINT>{kPassedOn});
     EXPECT_TRUE(watcher_.seen.empty());
@@ -106,10 +106,10 @@ LRESULT CALLBACK TakeOver(HWND window, UINT message, WPARAM wparam, LPARAM lpara
 TEST_F(ListView, KeepsTheProcedureOfWhoeverCameLater) {
   seen_by_taker = 0;
   {
-    const ListViewHook hook(grid_, watcher_);
+    const WindowHook hook(grid_, watcher_);
     under_taker = reinterpret_cast<WNDPROC>(
         SetWindowLongPtrW(grid_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&TakeOver)));
-    ASSERT_EQ(under_taker, &ListViewWindowProc);
+    ASSERT_EQ(under_taker, &HookProcedure);
   }
   EXPECT_EQ(Procedure(grid_), &TakeOver);
   EXPECT_EQ(SendMessageW(grid_, LVM_SETBKCOLOR, 0, RGB(1, 2, 3)), TRUE);
@@ -120,20 +120,20 @@ TEST_F(ListView, KeepsTheProcedureOfWhoeverCameLater) {
 
 // The list view frees what it holds at the last message.
 TEST_F(ListView, AlwaysGetsItsLastMessage) {
-  struct Swallower final : win32::GridWatcher {
-    std::optional<LRESULT> BeforeGrid(UINT message, WPARAM, LPARAM) override {
-      if (message == WM_NCDESTROY) swallowed = true;
+  struct Swallower final : win32::WindowWatcher {
+    std::optional<LRESULT> Before(const win32::HookedMessage& message) override {
+      if (message.message == WM_NCDESTROY) swallowed = true;
       return std::nullopt;
     }
     bool swallowed = false;
   } watcher;
-  const ListViewHook hook(grid_, watcher);
+  const WindowHook hook(grid_, watcher);
   under_taker = reinterpret_cast<WNDPROC>(
       SetWindowLongPtrW(grid_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&TakeOver)));
   DestroyWindow(grid_);
   EXPECT_FALSE(IsWindow(grid_));
   EXPECT_FALSE(watcher.swallowed);
-  EXPECT_EQ(ListViewWindowProc(grid_, kAnswered, 7, 0), 0);
+  EXPECT_EQ(HookProcedure(grid_, kAnswered, 7, 0), 0);
 }
 
 }  // namespace
