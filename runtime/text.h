@@ -14,6 +14,9 @@ using TextView = std::u16string_view;
 // The line break of every message and report.
 inline constexpr TextView kLineBreak = u"\r\n";
 
+// Without overlong forms; a half of a pair of units that stands alone is let through.
+bool IsUtf8(std::string_view bytes);
+
 // Malformed UTF-8 becomes U+FFFD. A lone surrogate survives both ways in its three-byte form, so
 // text that a database holds but no encoding allows is not changed by being carried around.
 Text FromUtf8(std::string_view bytes);

@@ -311,6 +311,41 @@ TEST(Check, FindsALineThatALoadLeavesOut) {
               Contains("configuration 3, line 6: the control does not show this line"));
 }
 
+TEST(Check, FindsANumberThatNoLineOfAUnitHas) {
+  for (const char16_t* number : {u"0", u"-3", u"13"}) {
+    const LinesSite site;
+    site.Execute(Text(u"UPDATE Used_Lines SET Line = ") + number +
+                 u" WHERE Config_ID = 3 AND Line = 1 AND Base_Slot_No = 1");
+    const std::string shown = ToUtf8(number);
+    EXPECT_THAT(
+        site.Run("check", {"3"}).out,
+        HasSubstr(", Line \"" + shown + "\": is no line of a unit, which has lines 1 to 12\n"));
+  }
+}
+
+TEST(Check, GivesEachFindingOneLineWhateverItsLabelHolds) {
+  const LinesSite site;
+  site.Execute(
+      u"UPDATE Used_Lines SET Description = 'a \"b\"\nc\x1B[31m\u202Ed' "
+      u"WHERE Config_ID = 3 AND Line = 1 AND Base_Slot_No = 1");
+  const Outcome check = site.Run("check", {"3"});
+  for (const std::string& line : LinesOf(check.out))
+    EXPECT_THAT(line, StartsWith("configuration 3"));
+  EXPECT_THAT(check.out, HasSubstr("the rules make"));
+  EXPECT_THAT(check.out, Not(HasSubstr("\x1B")));
+  EXPECT_THAT(check.out, Not(HasSubstr("\u202E")));
+}
+
+TEST(Compare, TellsOfNoLineThatOnlyOneHasWhereAUnitIsNotShownWhole) {
+  const LinesSite sound;
+  const LinesSite odd;
+  odd.Execute(u"UPDATE Used_Lines SET Mode_Type_ID = 999 WHERE Config_ID = 3 AND Line = 1");
+  const Outcome compared = sound.Run("compare", {odd.Folder()});
+  EXPECT_EQ(compared.code, 1);
+  EXPECT_THAT(compared.out, Not(HasSubstr("only in the")));
+  EXPECT_THAT(compared.errors, HasSubstr("configuration 3 cannot be shown whole"));
+}
+
 TEST(Check, OffersChinaOnlyWhereTheSettingsSaySo) {
   EXPECT_THAT(LinesSite("plain", "ini-china").Run("check", {"1"}).out, Not(HasSubstr("China")));
   EXPECT_THAT(LinesSite("plain", "ini-nochina").Run("check", {"1"}).out,

@@ -152,8 +152,9 @@ TEST(Import, WritesNothingAtAllWhereOneCellIsRefused) {
       LinesOf(imported.out),
       ElementsAre("configuration 1, line 1, Label: \"Front desk\" -> \"Changed\"",
                   "configuration 3, line 1, Label: \"Line 1\" -> \"Changed\"",
-                  "refused: row 14, column 6, configuration 3, line 3, Volume \"Loud\": the "
-                  "list has Low, High",
+                  "refused: " + site.Scratch("t.csv").string() +
+                      ", row 14, column 6, configuration 3, line 3, Volume \"Loud\": the list has "
+                      "Low, High",
                   "nothing was written"));
   EXPECT_EQ(site.Bytes(), bytes);
   EXPECT_THAT(site.FilesBesideDatabase(), IsEmpty());
@@ -168,12 +169,14 @@ TEST(Import, RefusesLinesAndUnitsThatAreNotThere) {
                  "3,5,Hybrid Line,N/A,N/A,N/A,N/A,N/A,N/A,N/A,N/A,\n");
   const Outcome imported = site.Run("import", {site.Scratch("t.csv").string()});
   EXPECT_EQ(imported.code, 1);
-  EXPECT_THAT(LinesOf(imported.out),
-              ElementsAre("refused: row 2, configuration 3, line 7000: the unit shows no such line",
-                          StartsWith("refused: row 4, column 3, configuration 3, line 5, Line Type "
-                                     "\"Hybrid Line\": the type of a line is never"),
-                          StartsWith("refused: configuration 9: it is not in the site"),
-                          "nothing was written"));
+  const std::string refused = "refused: " + site.Scratch("t.csv").string();
+  EXPECT_THAT(
+      LinesOf(imported.out),
+      ElementsAre(refused + ", row 2, configuration 3, line 7000: the unit shows no such line",
+                  StartsWith(refused + ", row 4, column 3, configuration 3, line 5, Line Type "
+                                       "\"Hybrid Line\": the type of a line is never"),
+                  refused + ", row 3, configuration 9: it is not in the site",
+                  "nothing was written"));
 }
 
 TEST(Import, SaysWhatIsWrongWithAFileByRowAndColumn) {
@@ -205,6 +208,38 @@ TEST(Import, SaysWhatIsWrongWithAFileByRowAndColumn) {
               HasSubstr("row 2, column 2: \"99999\" is no number"));
   EXPECT_EQ(site.Bytes(), bytes);
   EXPECT_THAT(site.FilesBesideDatabase(), IsEmpty());
+}
+
+TEST(Import, TurnsARowWithoutEndDownWhereItLeavesEveryTable) {
+  const LinesSite site;
+  const auto file = site.Scratch("table.csv");
+  ASSERT_EQ(site.Run("export", {"-o", file.string()}).code, 0);
+  const std::string bytes = ReadBytes(file);
+  WriteBytes(file, bytes.substr(0, bytes.find('\n') + 1) + std::string(1'000'000, ','));
+  const Outcome imported = site.Run("import", {file.string()});
+  EXPECT_EQ(imported.code, 1);
+  EXPECT_THAT(imported.errors,
+              HasSubstr("row 2, column 256: the row goes on beyond any that a table has"));
+}
+
+TEST(Import, PassesOverRowsOfEmptyFieldsThatSpreadsheetsLeave) {
+  const LinesSite site;
+  const auto file = site.Scratch("table.csv");
+  ASSERT_EQ(site.Run("export", {"-o", file.string()}).code, 0);
+  WriteBytes(file, ReadBytes(file) + ",,,,,,,,,,,\r\n,,,,,,,,,,,\r\n");
+  EXPECT_EQ(site.Run("import", {file.string()}).code, 0);
+}
+
+TEST(Import, TakesAVolumeByTheCaptionThatTheControlShowsOfIt) {
+  const LinesSite site;
+  const auto file = site.Scratch("table.csv");
+  ASSERT_EQ(site.Run("set", {"1", "9", "Volume=0"}).code, 0);
+  ASSERT_EQ(site.Run("export", {"-o", file.string()}).code, 0);
+  ASSERT_THAT(ReadBytes(file), HasSubstr(",Off,"));
+  ASSERT_EQ(site.Run("set", {"1", "9", "Volume=Low"}).code, 0);
+  const Outcome imported = site.Run("import", {file.string()});
+  EXPECT_EQ(imported.code, 0) << imported.out << imported.errors;
+  EXPECT_EQ(site.Line(1, 9).at("Volume_ID"), "0");
 }
 
 TEST(Import, TurnsAHundredMegabytesOfRubbishDown) {

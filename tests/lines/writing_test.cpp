@@ -165,15 +165,30 @@ TEST(Set, DoesNotMindAChangeOfAnotherUnit) {
   EXPECT_EQ(site.Line(3, 1).at("Volume_ID"), "128");
 }
 
-TEST(Set, WritesNothingOfAUnitThatTheDatabaseRefuses) {
+TEST(Set, RefusesWhatNoLineCanStoreAtItsCell) {
+  const LinesSite site;
+  const std::string too_long(256, 'x');
+  const Outcome set = site.Run("set", {"3", "1", "EWT Option=40000", "Label=" + too_long});
+  EXPECT_EQ(set.code, 1);
+  EXPECT_THAT(set.out,
+              HasSubstr("refused: configuration 3, line 1, EWT Option \"40000\": it is beyond "
+                        "32767, the largest that a line can store\n"));
+  EXPECT_THAT(set.out,
+              HasSubstr("\": it is longer than the 255 characters that a line can store\n"));
+  EXPECT_THAT(set.out, HasSubstr("nothing was written\n"));
+  EXPECT_EQ(site.Run("set", {"3", "1", "EWT Option=32767", "Label=" + too_long.substr(1)}).code, 0);
+  EXPECT_EQ(site.Line(3, 1).at("RTQA_Option"), "32767");
+  EXPECT_EQ(site.Line(3, 1).at("Description"), too_long.substr(1));
+}
+
+TEST(Set, RefusesAWordThatIsNotUtf8) {
   const LinesSite site;
   const std::string bytes = site.Bytes();
-  const Outcome set = site.Run("set", {"3", "1-4", "Label=x", "EWT Option=99999"});
-  EXPECT_EQ(set.code, 1);
-  EXPECT_THAT(set.errors,
-              HasSubstr("nothing was written; configuration 3: Error Description:Overflow"));
+  const Outcome set = site.Run("set", {"3", "1", "Label=\xFF\xFE"});
+  EXPECT_EQ(set.code, 2);
+  EXPECT_THAT(set.errors, HasSubstr("'Label=?"
+                                    "?' is not UTF-8"));
   EXPECT_EQ(site.Bytes(), bytes);
-  EXPECT_THAT(site.FilesBesideDatabase(), IsEmpty());
 }
 
 TEST(Set, SaysWhichWordIsWrong) {
@@ -336,6 +351,25 @@ TEST(Undo, DropsTheRecordOfAChangeThatWasNeverMade) {
   EXPECT_THAT(undone.out, HasSubstr("it was never made"));
   EXPECT_EQ(site.Run("undo").code, 1);
   EXPECT_EQ(site.Bytes(), before);
+}
+
+TEST(Undo, SaysOfLinesThatSomebodyHasPutBackThatNothingIsToBeTakenBack) {
+  const LinesSite site;
+  ASSERT_EQ(site.Line(3, 1).at("Volume_ID"), "0");
+  const std::string caption = site.Line(3, 1).at("Volume_Name");
+  ASSERT_EQ(site.Run("set", {"3", "1", "Volume=High"}).code, 0);
+  site.Execute(u"UPDATE Used_Lines SET Volume_ID = 0, Volume_Name = '" + FromUtf8(caption) +
+               u"' WHERE Config_ID = 3 AND Line = 1 AND Base_Slot_No = 1 AND Slot_Offset = 1");
+  const Outcome undone = site.Run("undo");
+  EXPECT_EQ(undone.code, 0) << undone.errors;
+  EXPECT_THAT(undone.out, HasSubstr("every line is again what it was before it"));
+}
+
+TEST(Undo, PassesOverWhatIsNoFile) {
+  const LinesSite site;
+  std::filesystem::create_directory(site.Database().parent_path() /
+                                    "NewDB-20200101-000000-000.undo.json");
+  EXPECT_EQ(site.Run("undo").code, 1);
 }
 
 TEST(Undo, RefusesARecordThatIsNone) {

@@ -52,6 +52,13 @@ std::vector<std::string> OptionsOf(const CLI::App& app) {
   return names;
 }
 
+// What of the word can be shown.
+std::string Quotable(const std::string& word) {
+  std::string shown = "'";
+  for (const char byte : word) shown += static_cast<unsigned char>(byte) < 0x80 ? byte : '?';
+  return shown + "'";
+}
+
 // What may lie behind a file that cannot be used and that nobody named.
 std::string WithEnvironment() {
   const Text in_force = EnvironmentInForce();
@@ -133,6 +140,9 @@ int CommandLine::Execute(std::span<const std::string> arguments, std::ostream& o
                          std::ostream& errors) {
   current_ = program_;
   try {
+    for (const std::string& word : arguments) {
+      if (!IsUtf8(word)) throw UsageError(Quotable(word) + " is not UTF-8");
+    }
     const int code = Dispatch(arguments, out);
     out.flush();
     return code;

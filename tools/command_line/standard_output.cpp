@@ -124,6 +124,15 @@ StandardOutput::~StandardOutput() {
   }
 }
 
+void RequireTold(std::ostream& out) {
+  try {
+    out.flush();
+  } catch (const OutputError& error) {
+    throw std::runtime_error("the change is written; the output cannot be: " +
+                             std::string(error.what()));
+  }
+}
+
 void StopWithoutReader(const std::ostream& out) {
   const auto* const standard = dynamic_cast<const StandardOutput*>(&out);
   if (standard != nullptr && standard->ReaderGone()) throw rdv::tools::ReaderGone();

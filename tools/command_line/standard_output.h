@@ -47,6 +47,11 @@ class StandardOutput : public std::ostream {
   Buffer buffer_;
 };
 
+// Brings out what tells of a change that is in the database already. A change of which nobody is
+// told is there all the same: raises std::runtime_error that says so when the output cannot be
+// written.
+void RequireTold(std::ostream& out);
+
 // Raised by StopWithoutReader.
 struct ReaderGone {};
 

@@ -1,8 +1,10 @@
 #include "tools/lines/changes.h"
 
 #include <algorithm>
+#include <limits>
 #include <stdexcept>
 
+#include "data/jet/format/schema.h"
 #include "tools/command_line/command_line.h"
 #include "tools/lines/dated_files.h"
 #include "tools/lines/site_copy.h"
@@ -93,7 +95,7 @@ class Change {
       return;
     }
     const bool is_new = unit.read.rows.empty();
-    UnitEditor editor;
+    UnitEditor editor(LongestLabel());
     try {
       editor.Show(edit.config);
     } catch (const std::runtime_error& error) {
@@ -106,6 +108,14 @@ class Change {
     const size_t known = outcome_.changes.size();
     CompareCells(edit.config, before, unit.after, outcome_.changes);
     if (outcome_.changes.size() > known) planned_.push_back(std::move(unit));
+  }
+
+  size_t LongestLabel() {
+    for (const jet::Column& column : session_.Engine().Table(u"Used_Lines").columns) {
+      if (EqualsIgnoringCase(column.name, u"Description") && column.type == jet::ColumnType::Text)
+        return column.length / sizeof(char16_t);
+    }
+    return std::numeric_limits<size_t>::max();
   }
 
   void Refuse(int16_t config, Text why) {
@@ -167,7 +177,7 @@ class Change {
   void MakeChange(const PlannedUnit& unit) {
     const int16_t config = unit.edit->config;
     const RowTable card = ReadStoredCard(session_, config);
-    UnitEditor editor;
+    UnitEditor editor(LongestLabel());
     try {
       editor.Show(config);
       std::vector<RefusedChoice> refused_again;

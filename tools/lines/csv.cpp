@@ -21,30 +21,6 @@ char SeparatorOf(std::string_view bytes) {
                                          std::begin(counts))];
 }
 
-// Without overlong forms; a half of a pair of units that a database holds alone is let through.
-bool IsUtf8(std::string_view bytes) {
-  for (size_t i = 0; i < bytes.size();) {
-    const auto lead = static_cast<unsigned char>(bytes[i]);
-    const size_t length = lead < 0x80   ? 1
-                          : lead < 0xC2 ? 0
-                          : lead < 0xE0 ? 2
-                          : lead < 0xF0 ? 3
-                          : lead < 0xF5 ? 4
-                                        : 0;
-    if (length == 0 || i + length > bytes.size()) return false;
-    for (size_t k = 1; k < length; ++k) {
-      const auto next = static_cast<unsigned char>(bytes[i + k]);
-      if (next < 0x80 || next > 0xBF) return false;
-      if (k == 1 && ((lead == 0xE0 && next < 0xA0) || (lead == 0xF0 && next < 0x90) ||
-                     (lead == 0xF4 && next > 0x8F))) {
-        return false;
-      }
-    }
-    i += length;
-  }
-  return true;
-}
-
 }  // namespace
 
 std::string CsvField(TextView text) {
@@ -96,6 +72,13 @@ void CsvReader::SkipLineEnd() {
 }
 
 bool CsvReader::Next(std::vector<Text>& fields) {
+  while (NextRow(fields)) {
+    if (!std::ranges::all_of(fields, &Text::empty)) return true;
+  }
+  return false;
+}
+
+bool CsvReader::NextRow(std::vector<Text>& fields) {
   fields.clear();
   while (AtLineEnd()) {
     SkipLineEnd();
@@ -104,6 +87,7 @@ bool CsvReader::Next(std::vector<Text>& fields) {
   if (at_ >= bytes_.size()) return false;
   ++row_;
   for (column_ = 1;; ++column_) {
+    if (column_ > kMostFields) Fail("the row goes on beyond any that a table has");
     fields.push_back(Field());
     if (at_ >= bytes_.size()) return true;
     if (AtLineEnd()) {

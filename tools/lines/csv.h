@@ -24,6 +24,9 @@ class CsvError : public std::runtime_error {
   CsvError(size_t row, size_t column, const std::string& why);
 };
 
+// More than any table of this product has: a row with more is no row of one.
+inline constexpr size_t kMostFields = 255;
+
 // Reads UTF-8 with or without a byte order mark, lines that end in any of the usual ways, and
 // fields that are separated by commas, semicolons or tabs, whichever the first row uses.
 class CsvReader {
@@ -31,13 +34,15 @@ class CsvReader {
   // The bytes outlive the reader.
   explicit CsvReader(std::string_view bytes);
 
-  // False at the end. Empty rows are passed over. Throws CsvError for bytes that are not UTF-8, a
-  // quote that is not closed, and text behind a closing quote.
+  // False at the end. Empty rows, and those of empty fields that spreadsheets leave, are passed
+  // over. Throws CsvError for bytes that are not UTF-8, a quote that is not closed, text behind a
+  // closing quote, and more fields than kMostFields.
   bool Next(std::vector<Text>& fields);
   // Of the record that was read last.
   size_t Row() const { return row_; }
 
  private:
+  bool NextRow(std::vector<Text>& fields);
   Text Field();
   std::string QuotedField();
   bool AtLineEnd() const;

@@ -64,6 +64,8 @@ std::vector<fs::path> DatedFiles(const fs::path& database, std::string_view endi
   std::vector<fs::path> files;
   std::error_code ignored;
   for (const auto& entry : fs::directory_iterator(FolderOf(database), ignored)) {
+    // Anything may lie there under such a name; a pipe would be waited for.
+    if (!entry.is_regular_file(ignored)) continue;
     if (!StampIn(Utf8(entry.path().filename()), stem, ending).empty()) {
       files.push_back(entry.path());
     }

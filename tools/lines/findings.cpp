@@ -53,6 +53,10 @@ constexpr SharedField kSharedFields[] = {
     {u"Mode_Ring_Number", column::kMode},
 };
 
+// The lines that a unit may have: the two pairs for music on hold are the last.
+constexpr int16_t kFirstLine = 1;
+constexpr int16_t kLastLine = 12;
+
 class UnitCheck {
  public:
   UnitCheck(const SiteRules& rules, const Unit& unit) : rules_(rules), unit_(unit) {}
@@ -130,6 +134,11 @@ class UnitCheck {
 
   // Whether a row shows the line, and the other half of a pair.
   void CheckPlace(const Line& line) {
+    if (line.number < kFirstLine || line.number > kLastLine) {
+      Add(line.number, column::kLine, "line-number", Decimal(line.number),
+          u"is no line of a unit, which has lines " + Decimal(kFirstLine) + u" to " +
+              Decimal(kLastLine));
+    }
     const bool music = line.type == line_type::kMusicOnHold;
     if (music && line.number % 2 == 0) {
       const Line* first = Find(line.number - 1, line_type::kMusicOnHold);

@@ -40,7 +40,7 @@ void ShowText(const std::vector<Unit>& units, std::ostream& out) {
       out << "no lines are stored\n";
       continue;
     }
-    if (!unit.failure.empty()) out << "cannot be shown whole: " << ToUtf8(unit.failure) << '\n';
+    if (!unit.failure.empty()) out << "cannot be shown whole: " << OnOneLine(unit.failure) << '\n';
     std::vector<std::vector<Text>> rows(1);
     for (const ShownColumn& shown : kShownColumns) rows[0].emplace_back(CaptionOf(shown.column));
     for (const RowCells& row : unit.rows) {
@@ -56,8 +56,8 @@ int TellFailures(const std::vector<Unit>& units, std::ostream& errors) {
   int code = kDone;
   for (const Unit& unit : units) {
     if (unit.failure.empty()) continue;
-    errors << ConfigurationName(unit.config) << " cannot be shown whole: " << ToUtf8(unit.failure)
-           << '\n';
+    errors << ConfigurationName(unit.config)
+           << " cannot be shown whole: " << OnOneLine(unit.failure) << '\n';
     code = kFindings;
   }
   return code;
@@ -66,7 +66,7 @@ int TellFailures(const std::vector<Unit>& units, std::ostream& errors) {
 std::string AsText(const Finding& finding) {
   std::string text = PlaceOf(finding.config, finding.line, finding.column);
   if (finding.column != 0) text += ' ' + Quotation(finding.value);
-  return text + ": " + ToUtf8(finding.why) + '\n';
+  return text + ": " + OnOneLine(finding.why) + '\n';
 }
 
 enum class Side { Both, Left, Right };
@@ -90,7 +90,10 @@ bool HasLine(const Unit& unit, int line) {
   return false;
 }
 
+// Lines that only one has are told of as long as both are shown whole: what is not shown may be
+// there.
 void CompareUnits(const Unit& left, const Unit& right, std::vector<Difference>& to) {
+  const bool whole = left.failure.empty() && right.failure.empty();
   std::vector<CellChange> changes;
   CompareCells(left.config, left.rows, right.rows, changes);
   for (const CellChange& change : changes) {
@@ -98,6 +101,8 @@ void CompareUnits(const Unit& left, const Unit& right, std::vector<Difference>& 
     if (in_left && HasLine(right, change.line)) {
       to.push_back(
           {change.config, change.line, change.column, Side::Both, change.before, change.after});
+    } else if (!whole) {
+      continue;
     } else if (to.empty() || to.back().config != change.config || to.back().line != change.line) {
       to.push_back({change.config, change.line, 0, in_left ? Side::Left : Side::Right, {}, {}});
     }

@@ -30,13 +30,21 @@ bool BreaksLine(char16_t unit) {
   return unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || unit == 0x2028 || unit == 0x2029;
 }
 
-Text OnOneLine(TextView text) {
-  Text line(text);
-  std::replace_if(line.begin(), line.end(), BreaksLine, u' ');
-  return line;
+// Turns the direction of what follows, or isolates it.
+bool TurnsDirection(char16_t unit) {
+  return unit == 0x061C || unit == 0x200E || unit == 0x200F || (unit >= 0x202A && unit <= 0x202E) ||
+         (unit >= 0x2066 && unit <= 0x2069);
 }
 
 }  // namespace
+
+std::string OnOneLine(TextView text) {
+  Text line(text);
+  std::replace_if(
+      line.begin(), line.end(),
+      [](char16_t unit) { return BreaksLine(unit) || TurnsDirection(unit); }, u' ');
+  return ToUtf8(line);
+}
 
 size_t DisplayWidth(TextView text) {
   size_t width = 0;
@@ -61,7 +69,7 @@ std::string AlignedTable(const std::vector<std::vector<Text>>& rows) {
   for (const std::vector<Text>& row : rows) {
     std::string line;
     for (size_t i = 0; i < row.size(); ++i) {
-      line += ToUtf8(OnOneLine(row[i]));
+      line += OnOneLine(row[i]);
       if (i + 1 < row.size()) line.append(widths[i] - DisplayWidth(row[i]) + 2, ' ');
     }
     line.resize(line.find_last_not_of(' ') + 1);
@@ -71,7 +79,7 @@ std::string AlignedTable(const std::vector<std::vector<Text>>& rows) {
 }
 
 std::string Quotation(TextView text) {
-  return "\"" + ToUtf8(OnOneLine(text)) + "\"";
+  return "\"" + OnOneLine(text) + "\"";
 }
 
 }  // namespace rdv::lines

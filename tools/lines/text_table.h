@@ -16,6 +16,10 @@ size_t DisplayWidth(TextView text);
 // blank.
 std::string AlignedTable(const std::vector<std::vector<Text>>& rows);
 
+// A text as a message may have it: what would break its line, or change how a terminal shows what
+// follows, becomes a blank. UTF-8.
+std::string OnOneLine(TextView text);
+
 // A text in quotes for a message: what would break the line becomes a blank.
 std::string Quotation(TextView text);
 

@@ -109,8 +109,14 @@ class Undo {
     outcome_.record = ReadRecord(records.back());
 
     SiteSession::Writing writing(session_);
-    outcome_.unmade = WasNeverMade();
-    if (!outcome_.unmade) FindConflicts();
+    try {
+      outcome_.unmade = WasNeverMade();
+      if (!outcome_.unmade) FindConflicts();
+    } catch (const RuntimeError& error) {
+      throw std::runtime_error("the record of the last change does not fit the database: " +
+                               ToUtf8(records.back().u16string()) + ": " +
+                               ToUtf8(error.Description()));
+    }
     if (!outcome_.conflicts.empty()) return std::move(outcome_);
     if (!outcome_.unmade) {
       if (!options_.dry_run) {

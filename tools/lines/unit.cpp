@@ -7,7 +7,7 @@
 
 namespace rdv::lines {
 
-Text OnOneLine(TextView report) {
+Text InOneLine(TextView report) {
   Text line;
   bool between = false;
   for (const char16_t unit : report) {
@@ -38,7 +38,7 @@ UnitReader::UnitReader(SiteSession& session)
         &ListLoaders::LoadSoftStopToCombo, &ListLoaders::LoadModeNumberToCombo}) {
     loaded = (loaders_.*load)() && loaded;
   }
-  if (!loaded) session.RaiseUnusable(ToUtf8(OnOneLine(state_.LoadErrorText)));
+  if (!loaded) session.RaiseUnusable(ToUtf8(InOneLine(state_.LoadErrorText)));
 }
 
 Unit UnitReader::Read(int16_t config) {
@@ -72,11 +72,11 @@ bool UnitReader::LoadListsOf(Code line_type) {
 }
 
 Text UnitReader::TakeFailure() {
-  Text failure = OnOneLine(state_.LoadErrorText);
+  Text failure = InOneLine(state_.LoadErrorText);
   state_.LoadErrorText.clear();
   for (const memory::ShownMessage& message : form_.screen.TakeMessages()) {
     if (!failure.empty()) failure += u"; ";
-    failure += OnOneLine(message.text);
+    failure += InOneLine(message.text);
   }
   return failure;
 }

@@ -55,6 +55,6 @@ class UnitReader {
 };
 
 // What a report of the control says, on one line.
-Text OnOneLine(TextView report);
+Text InOneLine(TextView report);
 
 }  // namespace rdv::lines

@@ -1,9 +1,13 @@
 #include "tools/lines/unit_editor.h"
 
 #include <algorithm>
+#include <limits>
 #include <stdexcept>
 
 #include "rules/line_codes.h"
+#include "rules/volume_captions.h"
+#include "runtime/conversion.h"
+#include "runtime/error.h"
 #include "tools/lines/columns.h"
 #include "tools/lines/unit.h"
 
@@ -43,6 +47,16 @@ bool IsWholeNumber(TextView text) {
   return !text.empty() && std::all_of(text.begin(), text.end(), IsDigit);
 }
 
+constexpr int16_t kLargestStoredNumber = std::numeric_limits<int16_t>::max();
+
+bool FitsAStoredNumber(const Text& digits) {
+  try {
+    return CInt(digits) <= kLargestStoredNumber;
+  } catch (const RuntimeError&) {
+    return false;
+  }
+}
+
 // A cell of two lists: a name with its separator before the number.
 struct Pair {
   memory::MemoryComboBox& names;
@@ -69,7 +83,8 @@ NameAndNumber Split(const Pair& pair, const Text& value) {
 
 }  // namespace
 
-UnitEditor::UnitEditor() : form_(kGridContent, kRoom), control_(form_.Widgets()) {}
+UnitEditor::UnitEditor(size_t longest_label)
+    : longest_label_(longest_label), form_(kGridContent, kRoom), control_(form_.Widgets()) {}
 
 void UnitEditor::Show(int16_t config) {
   const bool shown = control_.ShowControl(config);
@@ -81,7 +96,7 @@ Text UnitEditor::TakeMessages() {
   Text text;
   for (const memory::ShownMessage& message : form_.screen.TakeMessages()) {
     if (!text.empty()) text += u"; ";
-    text += OnOneLine(message.text);
+    text += InOneLine(message.text);
   }
   return text;
 }
@@ -124,7 +139,7 @@ WhyRefused UnitEditor::ChooseOpened(int row, int column, const Text& value) {
     case column::kPartition:
       return Pick(row, column, form_.cmbPartition, value);
     case column::kVolume:
-      return Pick(row, column, form_.cmbVolume, value);
+      return Pick(row, column, form_.cmbVolume, ListedVolume(row, value).value_or(value));
     case column::kNISOption:
       return Pick(row, column, form_.cmbNISOption, value);
     case column::kImpedance:
@@ -138,6 +153,25 @@ WhyRefused UnitEditor::ChooseOpened(int row, int column, const Text& value) {
     default:
       return PickPair(row, column, value);
   }
+}
+
+bool UnitEditor::Shows(int row, int column, const Text& value) {
+  if (Cell(row, column) == value) return true;
+  return column == column::kVolume &&
+         StoredVolumeCaption(Code{CLng(Cell(row, column::kVolumeCode))},
+                             Code{CLng(Cell(row, column::kLineTypeCode))}, form_.screen) == value;
+}
+
+std::optional<Text> UnitEditor::ListedVolume(int row, const Text& shown) {
+  const memory::MemoryComboBox& list = form_.cmbVolume;
+  if (EntryOf(list, shown)) return std::nullopt;
+  for (int entry = 0; entry < list.ListCount(); ++entry) {
+    const Code volume{list.ItemData(entry)};
+    if (StoredVolumeCaption(volume, Code{CLng(Cell(row, column::kLineTypeCode))}, form_.screen) ==
+        shown)
+      return list.List(entry);
+  }
+  return std::nullopt;
 }
 
 WhyRefused UnitEditor::Pick(int row, int column, memory::MemoryComboBox& list, const Text& value) {
@@ -164,6 +198,13 @@ WhyRefused UnitEditor::Write(int row, int column, memory::MemoryTextBox& box, co
     return Text(*refused);
   }
   const Text shown = Cell(row, column);
+  // The control would find it out when it saves, and then save no line of the unit.
+  if (column == column::kEWTOption && IsWholeNumber(shown) && !FitsAStoredNumber(shown))
+    return u"it is beyond " + Decimal(kLargestStoredNumber) +
+           u", the largest that a line can store";
+  if (column == column::kLabel && shown.size() > longest_label_)
+    return u"it is longer than the " + Decimal(static_cast<int64_t>(longest_label_)) +
+           u" characters that a line can store";
   const bool means_disabled = column == column::kEWTOption && value == u"0";
   if (shown == value || (disables || means_disabled ? shown == caption::kDisabled : false)) {
     return std::nullopt;

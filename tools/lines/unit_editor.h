@@ -19,7 +19,8 @@ using WhyRefused = std::optional<Text>;
 // Writing.
 class UnitEditor {
  public:
-  UnitEditor();
+  // `longest_label`: in UTF-16 units, of what a stored line can hold.
+  explicit UnitEditor(size_t longest_label);
 
   // Throws std::runtime_error with what the control reports when it cannot show the unit. To be
   // called once, first.
@@ -34,6 +35,9 @@ class UnitEditor {
   // starting node or a mode a name, a name and a number as the grid shows them, or a number alone.
   // What is refused leaves the row as it was.
   WhyRefused Choose(int row, int column, const Text& value);
+  // Whether the control shows the value in the cell, now or as soon as the line was saved and read:
+  // a volume may have another caption in the list than in the grid.
+  bool Shows(int row, int column, const Text& value);
 
   // The unit types of "Restore Default".
   std::vector<Text> UnitTypes() const;
@@ -46,6 +50,8 @@ class UnitEditor {
  private:
   WhyRefused ChooseOpened(int row, int column, const Text& value);
   // For an editor that stands for a whole cell.
+  // The caption in the list of the volume that the control shows so for a line of the row's type.
+  std::optional<Text> ListedVolume(int row, const Text& shown);
   WhyRefused Pick(int row, int column, memory::MemoryComboBox& list, const Text& value);
   WhyRefused Write(int row, int column, memory::MemoryTextBox& box, const Text& value);
   // For a cell that a list of names and one of numbers share.
@@ -54,6 +60,7 @@ class UnitEditor {
   RowCells Cells(int row) const { return CellsOf(form_.LVRDVLineConfig, row); }
   Text TakeMessages();
 
+  const size_t longest_label_;
   memory::MemoryForm form_;
   ucRDVLineConfig control_;
 };

@@ -40,7 +40,7 @@ void Print(const std::vector<RefusedChoice>& refused, std::ostream& out) {
     if (!choice.place.empty()) out << ToUtf8(choice.place) << ", ";
     out << PlaceOf(choice.config, choice.line, choice.column);
     if (choice.column != 0) out << ' ' << Quotation(choice.value);
-    out << ": " << ToUtf8(choice.why) << '\n';
+    out << ": " << OnOneLine(choice.why) << '\n';
   }
 }
 
@@ -107,16 +107,6 @@ void PrintSavedBesides(const ChangeOutcome& outcome, std::ostream& out) {
   }
 }
 
-// A change of which nobody is told is there all the same.
-void RequireTold(std::ostream& out) {
-  try {
-    out.flush();
-  } catch (const tools::OutputError& error) {
-    throw std::runtime_error("the change is written; the output cannot be: " +
-                             std::string(error.what()));
-  }
-}
-
 int Finish(const ChangeOutcome& outcome, bool dry_run, const Surroundings& around) {
   Print(outcome.changes, around.out);
   if (outcome.written) PrintSavedBesides(outcome, around.out);
@@ -130,7 +120,7 @@ int Finish(const ChangeOutcome& outcome, bool dry_run, const Surroundings& aroun
     around.out << "written; the database from before is "
                << ToUtf8(outcome.copy.filename().u16string()) << '\n';
   }
-  if (outcome.written && !dry_run) RequireTold(around.out);
+  if (outcome.written && !dry_run) tools::RequireTold(around.out);
   return outcome.refused.empty() && outcome.conflicts.empty() ? kDone : kFindings;
 }
 
@@ -215,16 +205,22 @@ std::vector<ImportedUnit> ByUnit(std::vector<TableRow> rows) {
   return list;
 }
 
-Text PlaceIn(const TableRow& row, size_t column) {
-  return u"row " + Decimal(static_cast<int64_t>(row.row)) +
+// In the file that is imported.
+Text PlaceIn(const Text& file, const TableRow& row, size_t column) {
+  return file + u", row " + Decimal(static_cast<int64_t>(row.row)) +
          (column == 0 ? Text() : u", column " + Decimal(static_cast<int64_t>(column)));
 }
 
-void ImportRow(UnitEditor& unit, const TableRow& wanted, std::vector<RefusedChoice>& refused) {
+void ImportRow(UnitEditor& unit, const Text& file, const TableRow& wanted,
+               std::vector<RefusedChoice>& refused) {
   const std::optional<int> row = unit.RowOf(wanted.line);
   if (!row) {
-    refused.push_back(
-        {wanted.config, wanted.line, 0, {}, u"the unit shows no such line", PlaceIn(wanted, 0)});
+    refused.push_back({wanted.config,
+                       wanted.line,
+                       0,
+                       {},
+                       u"the unit shows no such line",
+                       PlaceIn(file, wanted, 0)});
     return;
   }
   for (size_t i = 0; i < kShownColumns.size(); ++i) {
@@ -233,14 +229,21 @@ void ImportRow(UnitEditor& unit, const TableRow& wanted, std::vector<RefusedChoi
     if (value == unit.Cell(*row, column) || column == column::kLine) continue;
     std::optional<Text> why = unit.Choose(*row, column, value);
     if (!why) {
-      const Text now = unit.Cell(*row, column);
-      if (now != value) why = u"the cell would show \"" + now + u"\"";
+      if (!unit.Shows(*row, column, value))
+        why = u"the cell would show \"" + unit.Cell(*row, column) + u"\"";
     }
     if (why) {
-      refused.push_back(
-          {wanted.config, wanted.line, column, value, std::move(*why), PlaceIn(wanted, i + 2)});
+      refused.push_back({wanted.config, wanted.line, column, value, std::move(*why),
+                         PlaceIn(file, wanted, i + 2)});
     }
   }
+}
+
+// The row that speaks of a unit first.
+const TableRow& FirstOf(int16_t config, const std::vector<ImportedUnit>& units) {
+  return std::find_if(units.begin(), units.end(),
+                      [config](const ImportedUnit& unit) { return unit.config == config; })
+      ->rows.front();
 }
 
 // Whether the table has another cell for a line, or another line.
@@ -260,8 +263,8 @@ bool Differs(const Unit& unit, const ImportedUnit& wanted) {
   return false;
 }
 
-std::vector<UnitEdit> EditsFor(SiteSession& session, const std::vector<ImportedUnit>& units,
-                               const Surroundings& around) {
+std::vector<UnitEdit> EditsFor(SiteSession& session, const Text& file,
+                               const std::vector<ImportedUnit>& units, const Surroundings& around) {
   return ReadConsistently(session, [&] {
     UnitReader reader(session);
     Progress progress(around.errors, around.on_terminal, "comparing", units.size());
@@ -271,8 +274,8 @@ std::vector<UnitEdit> EditsFor(SiteSession& session, const std::vector<ImportedU
       progress.Done(++compared);
       if (!Differs(reader.Read(unit.config), unit)) continue;
       edits.push_back(
-          {unit.config, [&unit](UnitEditor& editor, std::vector<RefusedChoice>& refused) {
-             for (const TableRow& row : unit.rows) ImportRow(editor, row, refused);
+          {unit.config, [&unit, &file](UnitEditor& editor, std::vector<RefusedChoice>& refused) {
+             for (const TableRow& row : unit.rows) ImportRow(editor, file, row, refused);
            }});
     }
     return edits;
@@ -291,13 +294,17 @@ int Import(const std::optional<Text>& site, const Text& file, bool dry_run,
     throw tools::Refusal(ToUtf8(file) + ", " + error.what() + "; nothing was written");
   }
   SiteSession session(LocateSite(site));
-  const std::vector<UnitEdit> edits = EditsFor(session, units, around);
+  const std::vector<UnitEdit> edits = EditsFor(session, file, units, around);
   ChangeOptions options = OptionsFor(dry_run, around);
   options.all_or_nothing = true;
   // Each unit is worked on twice: to see what comes of it, and to write it.
   Progress progress(around.errors, around.on_terminal, "unit", 2 * edits.size());
   options.done = [&progress](size_t count) { progress.Done(count); };
-  return Finish(ChangeUnits(session, edits, options), dry_run, around);
+  ChangeOutcome outcome = ChangeUnits(session, edits, options);
+  for (RefusedChoice& refused : outcome.refused) {
+    if (refused.place.empty()) refused.place = PlaceIn(file, FirstOf(refused.config, units), 0);
+  }
+  return Finish(outcome, dry_run, around);
 }
 
 int Undo(const std::optional<Text>& site, bool dry_run, const Surroundings& around) {
@@ -307,7 +314,9 @@ int Undo(const std::optional<Text>& site, bool dry_run, const Surroundings& arou
   around.out << (outcome.conflicts.empty() && !outcome.unmade ? "takes back: " : "last change: ")
              << ToUtf8(outcome.record.command) << " (" << outcome.record.when << " UTC)\n";
   if (outcome.unmade) {
-    around.out << "it was never made: the program ended before; nothing is to be taken back\n";
+    around.out
+        << "it was never made, or every line is again what it was before it: nothing is to be "
+           "taken back\n";
     return kDone;
   }
   Print(outcome.changes, around.out);
@@ -321,6 +330,7 @@ int Undo(const std::optional<Text>& site, bool dry_run, const Surroundings& arou
   } else {
     around.out << "written; the database from before is "
                << ToUtf8(outcome.copy.filename().u16string()) << '\n';
+    tools::RequireTold(around.out);
   }
   return kDone;
 }

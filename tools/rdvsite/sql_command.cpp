@@ -178,6 +178,7 @@ int Sql(const Options& options, std::ostream& out) {
     PrintRows(*result.rows, out);
   } else {
     out << result.rows_written << '\n';
+    tools::RequireTold(out);
   }
   return tools::kDone;
 }
