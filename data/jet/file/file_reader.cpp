@@ -120,9 +120,12 @@ void FileReader::AppendText(Bytes stored, Text& to) const {
   if (stored.size() >= mark_size && stored[0] == kCompressedMark[0] &&
       stored[1] == kCompressedMark[1]) {
     const Bytes content = stored.subspan(mark_size);
-    if (content.empty() || std::memchr(content.data(), kRunEnd, content.size()) == nullptr) {
-      AppendSingleBytes(content, to);
-    } else {
+    // Nearly every text is one run of single bytes, without the byte that ends it.
+    const size_t old_size = to.size();
+    to.resize(old_size + content.size());
+    static_assert(kRunEnd == 0);
+    if (!WidenBytes(content.data(), content.size(), to.data() + old_size)) {
+      to.resize(old_size);
       AppendCompressed(content, to);
     }
     return;

@@ -1,19 +1,29 @@
 #include "data/jet/file/page_cache.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cstring>
 #include <utility>
 
 namespace rdv::jet {
+namespace {
+
+// Which part of the budget pages may take that only scans have asked for.
+constexpr size_t kPartOfScans = 4;
+
+}  // namespace
 
 void PageCache::Reset(uint32_t count, uint32_t page_size) {
   assert(changed_.empty() && appended_ == 0);
-  if (page_size != page_size_) spare_.clear();
   page_size_ = page_size;
   groups_.clear();
   groups_.resize((size_t{count} + kGroup - 1) / kGroup);
   count_ = count;
   held_ = 0;
+  passed_.clear();
+  longest_passed_ = 0;
+  spare_.clear();
+  slabs_.clear();
 }
 
 PageCache::Page& PageCache::At(uint32_t number) {
@@ -28,41 +38,73 @@ PageCache::Page* PageCache::Find(uint32_t number) {
   return &(*groups_[number / kGroup])[number % kGroup];
 }
 
-PageCache::Buffer PageCache::NewBuffer() {
+uint8_t* PageCache::Room() {
   assert(page_size_ != 0);
-  if (spare_.empty()) return std::make_unique_for_overwrite<uint8_t[]>(page_size_);
-  Buffer buffer = std::move(spare_.back());
-  spare_.pop_back();
-  return buffer;
+  if (spare_.empty()) {
+    slabs_.push_back(std::make_unique_for_overwrite<uint8_t[]>(kPagesOfSlab * page_size_));
+    for (size_t i = kPagesOfSlab; i-- > 0;) spare_.push_back(&slabs_.back()[i * page_size_]);
+  }
+  return spare_.back();
 }
 
-void PageCache::Keep(uint32_t number, Buffer bytes) {
+uint8_t* PageCache::TakeBuffer() {
+  uint8_t* const bytes = Room();
+  spare_.pop_back();
+  return bytes;
+}
+
+void PageCache::PutBuffer(uint8_t* bytes) {
+#ifndef NDEBUG
+  // Whoever still reads them is to notice it.
+  std::memset(bytes, 0xDB, page_size_);
+#endif
+  spare_.push_back(bytes);
+}
+
+void PageCache::Keep(uint32_t number) {
   Page& page = At(number);
   assert(!page.bytes && !page.dirty);
-  page.bytes = std::move(bytes);
+  page.bytes = TakeBuffer();
   page.holder = Holder::Nobody;
   ++held_;
 }
 
+void PageCache::Drop(Page& page) {
+  assert(page.bytes && !page.dirty);
+  PutBuffer(std::exchange(page.bytes, nullptr));
+  --held_;
+}
+
+// The page that was given back longest ago makes room for this one.
 void PageCache::GiveBack(uint32_t number) {
   Page* page = Find(number);
   if (page == nullptr || page->holder != Holder::Passerby) return;
   page->holder = Holder::Nobody;
-  if (held_ <= budget_ || page->dirty) return;
-  spare_.push_back(std::move(page->bytes));
-  --held_;
+  if (page->dirty) return;
+  if (held_ > budget_) return Drop(*page);
+  if (page->passed) return;
+  page->passed = true;
+  if (passed_.size() < std::max<size_t>(budget_ / kPartOfScans, 1)) {
+    passed_.push_back(number);
+    return;
+  }
+  Page* last = Find(std::exchange(passed_[longest_passed_], number));
+  longest_passed_ = (longest_passed_ + 1) % passed_.size();
+  if (last == nullptr || !last->passed) return;
+  last->passed = false;
+  if (last->bytes && !last->dirty && last->holder == Holder::Nobody) Drop(*last);
 }
 
 uint8_t* PageCache::Change(uint32_t number) {
   Page& page = At(number);
   assert(page.bytes);
   if (!page.dirty) {
-    page.before = NewBuffer();
-    std::memcpy(page.before.get(), page.bytes.get(), page_size_);
+    page.before = TakeBuffer();
+    std::memcpy(page.before, page.bytes, page_size_);
     page.dirty = true;
     changed_.push_back(number);
   }
-  return page.bytes.get();
+  return page.bytes;
 }
 
 uint32_t PageCache::Append() {
@@ -70,8 +112,8 @@ uint32_t PageCache::Append() {
   groups_.resize((size_t{count_} + kGroup - 1) / kGroup);
   ++appended_;
   Page& page = At(number);
-  page.bytes = NewBuffer();
-  std::memset(page.bytes.get(), 0, page_size_);
+  page.bytes = TakeBuffer();
+  std::memset(page.bytes, 0, page_size_);
   page.dirty = true;
   page.used = true;
   page.holder = Holder::Statement;
@@ -85,7 +127,7 @@ void PageCache::Settle() {
     Page& page = At(number);
     assert(page.dirty && page.bytes);
     page.dirty = false;
-    if (page.before) spare_.push_back(std::move(page.before));
+    if (page.before) PutBuffer(std::exchange(page.before, nullptr));
   }
   changed_.clear();
   appended_ = 0;
@@ -102,7 +144,7 @@ void PageCache::Restore() {
       std::swap(page.before, page.bytes);
       --held_;
     }
-    spare_.push_back(std::move(page.before));
+    PutBuffer(std::exchange(page.before, nullptr));
     if (!page.bytes) page = {};
   }
   changed_.clear();
@@ -132,10 +174,8 @@ void PageCache::Trim() {
       page.used = false;
       continue;
     }
-    page.bytes.reset();
-    --held_;
+    Drop(page);
   }
-  if (spare_.size() > budget_) spare_.resize(budget_);
 }
 
 }  // namespace rdv::jet

@@ -7,6 +7,9 @@
 //   2. A changed page that was there before the statement is kept as it was, too, until Settle or
 //      Restore; a new one was not there.
 //   3. After Trim no more pages are held than the budget says.
+//   4. Of the pages that nobody but scans has asked for, no more are kept than a part of the
+//   budget: a scan of a large table leaves the others theirs, and its own memory is used again
+//   while the processor still has it at hand.
 #pragma once
 
 #include <array>
@@ -20,8 +23,6 @@ namespace rdv::jet {
 
 class PageCache {
  public:
-  using Buffer = std::unique_ptr<uint8_t[]>;  // of a page's size
-
   // Who relies on the bytes staying where they are.
   enum class Holder : uint8_t {
     Statement,  // anybody, until the statement ends
@@ -30,10 +31,12 @@ class PageCache {
   };
 
   struct Page {
-    Buffer bytes;   // null when the page is not in memory
-    Buffer before;  // as it was when the statement began; null for unchanged and for new pages
+    uint8_t* bytes = nullptr;  // null when the page is not in memory
+    // As it was when the statement began; null for unchanged and for new pages.
+    uint8_t* before = nullptr;
     bool dirty = false;
-    bool used = false;  // since the cache last looked for pages to give up
+    bool used = false;    // since the cache last looked for pages to give up
+    bool passed = false;  // is among those that scans have given back
     Holder holder = Holder::Statement;
     uint32_t statement = 0;  // the last writing one that asked for it; 0 for none
   };
@@ -50,9 +53,10 @@ class PageCache {
   // Null when it was never asked for.
   Page* Find(uint32_t number);
 
-  Buffer NewBuffer();
+  // Where the content of the page that Keep takes next is to be put.
+  uint8_t* Room();
   // Takes the content of a page that is not in memory.
-  void Keep(uint32_t number, Buffer bytes);
+  void Keep(uint32_t number);
   void GiveBack(uint32_t number);
 
   // Requires that it is in memory.
@@ -75,8 +79,14 @@ class PageCache {
   // hardly more than to open a small one.
   static constexpr uint32_t kGroup = 8;
   using Group = std::array<Page, kGroup>;
+  // Memory is asked for by so many pages at once: a connection that is opened for one command reads
+  // about twenty.
+  static constexpr size_t kPagesOfSlab = 8;
 
   uint32_t Next(uint32_t number) const;
+  uint8_t* TakeBuffer();
+  void PutBuffer(uint8_t* bytes);
+  void Drop(Page& page);
 
   size_t budget_;
   uint32_t page_size_ = 0;
@@ -86,7 +96,10 @@ class PageCache {
   size_t held_ = 0;  // pages with bytes
   uint32_t hand_ = 0;
   std::vector<uint32_t> changed_;
-  std::vector<Buffer> spare_;  // so that a statement like the last one asks for no memory
+  std::vector<uint32_t> passed_;  // pages that scans have given back, as many as are kept ...
+  size_t longest_passed_ = 0;     // ... and where among them the one is that comes round next
+  std::vector<std::unique_ptr<uint8_t[]>> slabs_;  // all buffers; given back by Reset
+  std::vector<uint8_t*> spare_;                    // those of them that hold nothing
 };
 
 }  // namespace rdv::jet

@@ -393,7 +393,7 @@ void Pager::MendCommitWords() {
 void Pager::ShowCommitWords(const CommitWords& words) {
   const PageCache::Page* header = cache_.Find(0);
   if (header == nullptr || !header->bytes) return;
-  std::ranges::copy(words.Stored(), header->bytes.get() + database_.words_at);
+  std::ranges::copy(words.Stored(), header->bytes + database_.words_at);
 }
 
 // --- Pages ---
@@ -403,7 +403,7 @@ void Pager::RequireInFile(uint32_t number) const {
 }
 
 Bytes Pager::Page(uint32_t number) {
-  return Bytes(Load(number).bytes.get(), PageSize());
+  return Bytes(Load(number).bytes, PageSize());
 }
 
 // The page, to stay for the statement.
@@ -436,7 +436,7 @@ Bytes Pager::PageInPassing(uint32_t number, std::span<const uint32_t> next) {
   if (writing_) page.statement = statement_;
   const bool alone = page.holder == PageCache::Holder::Nobody;
   page.holder = alone ? PageCache::Holder::Passerby : PageCache::Holder::Statement;
-  return Bytes(page.bytes.get(), PageSize());
+  return Bytes(page.bytes, PageSize());
 }
 
 // The first page, and with it as many of the others as lie close enough together: to read a few
@@ -463,9 +463,8 @@ void Pager::ReadPages(uint32_t first, std::span<const uint32_t> next) {
     const auto keep = [&](uint32_t number) {
       const size_t start = size_t{number - first} * PageSize();
       if (cache_.At(number).bytes || start + PageSize() > read) return;
-      PageCache::Buffer bytes = cache_.NewBuffer();
-      std::memcpy(bytes.get(), &read_ahead_[start], PageSize());
-      cache_.Keep(number, std::move(bytes));
+      std::memcpy(cache_.Room(), &read_ahead_[start], PageSize());
+      cache_.Keep(number);
       ++pages_read_;
     };
     keep(first);
@@ -476,14 +475,14 @@ void Pager::ReadPages(uint32_t first, std::span<const uint32_t> next) {
 }
 
 void Pager::ReadPage(uint32_t number) {
-  PageCache::Buffer bytes = cache_.NewBuffer();
+  uint8_t* const bytes = cache_.Room();
   const auto overlaid = overlay_.find(number);
   if (overlaid != overlay_.end()) {
-    std::ranges::copy(overlaid->second, bytes.get());
-  } else if (file_->ReadAt(uint64_t{number} * PageSize(), {bytes.get(), PageSize()}) < PageSize()) {
+    std::ranges::copy(overlaid->second, bytes);
+  } else if (file_->ReadAt(uint64_t{number} * PageSize(), {bytes, PageSize()}) < PageSize()) {
     RaisePageOutsideFile(path_, number, PageCount());
   }
-  cache_.Keep(number, std::move(bytes));
+  cache_.Keep(number);
   ++pages_read_;
 }
 

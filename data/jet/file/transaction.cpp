@@ -109,7 +109,7 @@ JournalRecord Transaction::Describe(const DatabaseFile& database, PageCache& cac
   for (const uint32_t number : changed) {
     const PageCache::Page& page = cache.At(number);
     assert(number > 0 && page.dirty && page.bytes);
-    const uint8_t* const bytes = page.bytes.get();
+    const uint8_t* const bytes = page.bytes;
     JournalPage part{.number = number,
                      .start = 0,
                      .length = 0,
@@ -120,7 +120,7 @@ JournalRecord Transaction::Describe(const DatabaseFile& database, PageCache& cac
       continue;
     }
     assert(page.before);
-    const uint8_t* const before = page.before.get();
+    const uint8_t* const before = page.before;
     auto [start, end] = Difference(before, bytes, database.page_size);
     if (start == end) continue;
     if (journal_.IsNew(number))
@@ -138,7 +138,7 @@ void Transaction::Keep(const DatabaseFile& database, PageCache& cache,
   for (const uint32_t number : expected) {
     const PageCache::Page& page = cache.At(number);
     if (page.dirty || !journal_.IsNew(number)) continue;
-    const Bytes content(page.bytes.get(), database.page_size);
+    const Bytes content(page.bytes, database.page_size);
     record.kept_pages.push_back({.number = number,
                                  .start = 0,
                                  .length = static_cast<uint16_t>(content.size()),
@@ -151,7 +151,7 @@ void Transaction::WritePages(const DatabaseFile& database, const JournalRecord& 
                              PageCache& cache, PageOrder& order) {
   const auto write = [&](uint32_t number) {
     database.content->WriteAt(uint64_t{number} * database.page_size,
-                              Bytes(cache.At(number).bytes.get(), database.page_size));
+                              Bytes(cache.At(number).bytes, database.page_size));
   };
   for (const JournalPage& page : record.new_pages) write(page.number);
   std::vector<uint32_t> old_pages;
@@ -169,7 +169,7 @@ void Transaction::Undo(const DatabaseFile& database, const JournalRecord& record
                        CommitWords& words) {
   FileState state{.pages = {}, .page_count = record.pages_before, .words = words};
   for (const JournalPage& page : record.old_pages) {
-    const uint8_t* const before = cache.At(page.number).before.get();
+    const uint8_t* const before = cache.At(page.number).before;
     state.pages[page.number].assign(before, before + database.page_size);
   }
   if (IsAtRest(words.First())) state.words.SetFirst(NextCommitWord(record.word_after));

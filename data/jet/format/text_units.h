@@ -11,21 +11,34 @@ namespace rdv::jet {
 
 inline constexpr size_t kUnitStep = 8;
 
-// Writes as many units as there are bytes.
-inline void WidenBytes(const uint8_t* from, size_t count, char16_t* to) {
+// Writes as many units as there are bytes. False, and the units are written all the same, when one
+// of the bytes is 0: then they may be no text of single bytes.
+inline bool WidenBytes(const uint8_t* from, size_t count, char16_t* to) {
+  constexpr uint64_t kOnes = 0x0101010101010101;
+  uint64_t zeros = 0;
   const auto step = [&](size_t at) {
     std::array<uint8_t, kUnitStep> bytes;
     std::array<char16_t, kUnitStep> units;
     std::memcpy(bytes.data(), from + at, sizeof bytes);
     for (size_t i = 0; i < kUnitStep; ++i) units[i] = bytes[i];
     std::memcpy(to + at, units.data(), sizeof units);
+    // Taking 1 away from each byte borrows from the highest bit of one that is 0; of the others
+    // with such a bit afterwards only those had it before.
+    uint64_t word = 0;
+    std::memcpy(&word, bytes.data(), sizeof word);
+    zeros |= (word - kOnes) & ~word & kOnes << 7;
   };
   if (count < kUnitStep) {
-    for (size_t i = 0; i < count; ++i) to[i] = from[i];
-    return;
+    bool all = true;
+    for (size_t i = 0; i < count; ++i) {
+      to[i] = from[i];
+      all &= from[i] != 0;
+    }
+    return all;
   }
   for (size_t at = 0; at + kUnitStep <= count; at += kUnitStep) step(at);
   step(count - kUnitStep);  // the rest, some of it again
+  return zeros == 0;
 }
 
 // Writes as many bytes as there are units. False, and the bytes mean nothing, when one of the units

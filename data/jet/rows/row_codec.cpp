@@ -27,23 +27,6 @@ size_t MaskSize(size_t column_count) {
   return (column_count + kBitsPerByte - 1) / kBitsPerByte;
 }
 
-void AppendDecimal(int32_t number, Text& to) {
-  if (number >= 0 && number < 10) {  // most numbers of a line are
-    to.push_back(static_cast<char16_t>(u'0' + number));
-    return;
-  }
-  std::array<char16_t, std::numeric_limits<int32_t>::digits10 + 2> digits;
-  char16_t* first = digits.data() + digits.size();
-  uint32_t rest = static_cast<uint32_t>(number);
-  if (number < 0) rest = ~rest + 1;
-  do {
-    *--first = static_cast<char16_t>(u'0' + rest % 10);
-    rest /= 10;
-  } while (rest != 0);
-  if (number < 0) *--first = u'-';
-  to.append(first, static_cast<size_t>(digits.data() + digits.size() - first));
-}
-
 DecimalNumber LoadNumeric(const uint8_t* from, uint8_t scale) {
   DecimalNumber number;
   number.negative = (from[0] & kNumericNegative) != 0;
@@ -93,9 +76,11 @@ inline size_t RowView::LoadOffset(size_t position) const {
   return format_->IsJet4() ? Load16(&row_[position]) : row_[position];
 }
 
-// Where variable column `index` starts; behind the last one, the end of the data.
+// Where variable column `index` starts; behind the last one, the end of the data. ParseVariablePart
+// has seen that the offsets lie in the row.
 inline size_t RowView::VariableOffset(size_t index) const {
-  size_t offset = LoadOffset(offsets_end_ - (index + 1) * format_->row.offset_size);
+  if (format_->IsJet4()) return Load16(row_.data() + offsets_end_ - (index + 1) * sizeof(uint16_t));
+  size_t offset = row_[offsets_end_ - (index + 1)];
   for (size_t jump = 1; jump <= jumps_; ++jump) {
     const uint8_t first_behind = row_[jumps_end_ - jump];
     if (first_behind == kNoJump || first_behind > index) break;
@@ -139,7 +124,8 @@ void RowView::ParseVariablePart() {
   if (end_of_data_ > offsets_end_ - table_size) DamagedRow();
 }
 
-std::optional<Bytes> RowView::Field(const Column& column) const {
+// Inline for what this file has of it.
+inline std::optional<Bytes> RowView::StoredField(const Column& column) const {
   if (!Has(column)) return std::nullopt;
   if (column.type == ColumnType::Boolean) return Bytes();
   if (column.fixed) {
@@ -151,6 +137,10 @@ std::optional<Bytes> RowView::Field(const Column& column) const {
   const size_t end = VariableOffset(column.variable_index + size_t{1});
   if (start < format_->row.count_size || start > end || end > end_of_data_) DamagedField(column);
   return row_.subspan(start, end - start);
+}
+
+std::optional<Bytes> RowView::Field(const Column& column) const {
+  return StoredField(column);
 }
 
 bool RowView::IsNull(const Column& column) const {
@@ -171,45 +161,70 @@ const uint8_t* RowView::Require(const Column& column, Bytes field) const {
 }
 
 // Whole numbers, which most columns hold, take the short way.
-Value RowView::Get(const Column& column) const {
-  const bool is_short = column.type == ColumnType::Integer;
-  if (column.fixed && (is_short || column.type == ColumnType::Long)) {
-    if (!Has(column)) return Null();
-    const int32_t number = FixedNumber(column);
-    if (is_short) return static_cast<int16_t>(number);
-    return number;
+void RowView::Read(const Column& column, Value& value) const {
+  if (IsFixedNumber(column)) {
+    if (!Has(column)) {
+      value = Null();
+    } else if (column.type == ColumnType::Integer) {
+      value = static_cast<int16_t>(FixedNumber(column));
+    } else {
+      value = FixedNumber(column);
+    }
+    return;
   }
-  const std::optional<Bytes> field = Field(column);
-  if (column.type == ColumnType::Boolean) return field.has_value();
-  if (!field) return Null();
+  const std::optional<Bytes> field = StoredField(column);
+  if (column.type == ColumnType::Boolean) {
+    value = field.has_value();
+  } else if (!field) {
+    value = Null();
+  } else if (column.type == ColumnType::Text) {
+    file_->AppendText(*field, value.emplace<Text>());
+  } else {
+    value = ValueOf(column, *field);
+  }
+}
+
+Value RowView::ValueOf(const Column& column, Bytes field) const {
   switch (column.type) {
     case ColumnType::Byte:
-      return *Require(column, *field);
+      return *Require(column, field);
     case ColumnType::Integer:
-      return static_cast<int16_t>(Load16(Require(column, *field)));
+      return static_cast<int16_t>(Load16(Require(column, field)));
     case ColumnType::Long:
-      return static_cast<int32_t>(Load32(Require(column, *field)));
+      return static_cast<int32_t>(Load32(Require(column, field)));
     case ColumnType::Currency:
-      return Currency{static_cast<int64_t>(Load64(Require(column, *field)))};
+      return Currency{static_cast<int64_t>(Load64(Require(column, field)))};
     case ColumnType::Single:
-      return LoadFloat(Require(column, *field));
+      return LoadFloat(Require(column, field));
     case ColumnType::Double:
-      return LoadDouble(Require(column, *field));
+      return LoadDouble(Require(column, field));
     case ColumnType::DateTime:
-      return DateTime{LoadDouble(Require(column, *field))};
+      return DateTime{LoadDouble(Require(column, field))};
     case ColumnType::Guid:
-      return LoadGuid(Require(column, *field));
+      return LoadGuid(Require(column, field));
     case ColumnType::Numeric:
-      return LoadNumeric(Require(column, *field), column.scale);
+      return LoadNumeric(Require(column, field), column.scale);
     case ColumnType::Text:
-      return file_->DecodeText(*field);
+      return file_->DecodeText(field);
     case ColumnType::Memo:
-      return ReadMemo(*file_, LongField(*field));
+      return ReadMemo(*file_, LongField(field));
     case ColumnType::Ole:
-      return ReadLongValue(*file_, LongField(*field));
+      return ReadLongValue(*file_, LongField(field));
     default:
-      return Binary(field->begin(), field->end());
+      return Binary(field.begin(), field.end());
   }
+}
+
+bool RowView::Holds(const Column& column, const Value& value) const {
+  if (!IsFixedNumber(column)) return Get(column) == value;
+  if (!Has(column)) return rdv::IsNull(value);
+  const int32_t number = FixedNumber(column);
+  if (column.type == ColumnType::Long) {
+    const auto* held = std::get_if<int32_t>(&value);
+    return held != nullptr && *held == number;
+  }
+  const auto* held = std::get_if<int16_t>(&value);
+  return held != nullptr && *held == number;
 }
 
 std::optional<int32_t> RowView::WholeNumber(const Column& column) const {
@@ -222,15 +237,21 @@ std::optional<int32_t> RowView::WholeNumber(const Column& column) const {
   return is_short ? static_cast<int16_t>(Load16(bytes)) : static_cast<int32_t>(Load32(bytes));
 }
 
-// Whole numbers, which most columns hold, take the short way.
-void RowView::AppendText(const Column& column, Text& to) const {
-  if (!column.fixed || (column.type != ColumnType::Integer && column.type != ColumnType::Long))
-    return AppendOtherText(column, to);
-  if (Has(column)) AppendDecimal(FixedNumber(column), to);
+void RowView::AppendDigits(int32_t number, Text& to) {
+  std::array<char16_t, std::numeric_limits<int32_t>::digits10 + 2> digits;
+  char16_t* first = digits.data() + digits.size();
+  uint32_t rest = static_cast<uint32_t>(number);
+  if (number < 0) rest = ~rest + 1;
+  do {
+    *--first = static_cast<char16_t>(u'0' + rest % 10);
+    rest /= 10;
+  } while (rest != 0);
+  if (number < 0) *--first = u'-';
+  to.append(first, static_cast<size_t>(digits.data() + digits.size() - first));
 }
 
 void RowView::AppendOtherText(const Column& column, Text& to) const {
-  const std::optional<Bytes> field = Field(column);
+  const std::optional<Bytes> field = StoredField(column);
   if (column.type == ColumnType::Boolean) {
     to += field ? TextView(u"True") : TextView(u"False");
     return;

@@ -36,12 +36,27 @@ class RowView {
 
   // Raise the damaged file's error for content that does not suit the type; long values are
   // fetched from their pages.
-  Value Get(const Column& column) const;
+  Value Get(const Column& column) const {
+    Value value;
+    Read(column, value);
+    return value;
+  }
+  // The same, over what `value` held.
+  void Read(const Column& column, Value& value) const;
+  // Whether Get would give a value that is equal.
+  bool Holds(const Column& column, const Value& value) const;
   // Of an Integer or Long column; nothing for Null.
   std::optional<int32_t> WholeNumber(const Column& column) const;
   // The field as ToText(Get(column)) gives it, without the detour; nothing for Null. GUIDs are
   // written in braces, binary data as hexadecimal digits.
-  void AppendText(const Column& column, Text& to) const;
+  void AppendText(const Column& column, Text& to) const {
+    // Most fields are whole numbers, and most of those have one digit.
+    if (!IsFixedNumber(column)) return AppendOtherText(column, to);
+    if (!Has(column)) return;
+    const int32_t number = FixedNumber(column);
+    if (number < 0 || number > 9) return AppendDigits(number, to);
+    to.push_back(static_cast<char16_t>(u'0' + number));
+  }
 
  private:
   [[noreturn]] void DamagedRow() const;
@@ -59,13 +74,19 @@ class RowView {
     if (start + size > mask_) DamagedField(column);
     return row_.data() + start;
   }
-  // Of a fixed Integer or Long column.
+  static bool IsFixedNumber(const Column& column) {
+    return column.fixed && (column.type == ColumnType::Integer || column.type == ColumnType::Long);
+  }
+  // Of such a column.
   int32_t FixedNumber(const Column& column) const {
     if (column.type == ColumnType::Integer)
       return static_cast<int16_t>(Load16(FixedField(column, sizeof(int16_t))));
     return static_cast<int32_t>(Load32(FixedField(column, sizeof(int32_t))));
   }
+  std::optional<Bytes> StoredField(const Column& column) const;
+  Value ValueOf(const Column& column, Bytes field) const;
   void AppendOtherText(const Column& column, Text& to) const;
+  static void AppendDigits(int32_t number, Text& to);
   const uint8_t* Require(const Column& column, Bytes field) const;
   Bytes LongField(Bytes field) const;
 

@@ -147,25 +147,24 @@ class Query : public Plan {
   }
 
   std::vector<Value> Output(const RowView& row, std::span<const Argument> arguments) const {
-    std::vector<Value> values;
-    values.reserve(outputs_.size());
-    for (const BoundOperand& output : outputs_) {
+    std::vector<Value> values(outputs_.size());
+    for (size_t i = 0; i < values.size(); ++i) {
+      const BoundOperand& output = outputs_[i];
       if (const auto* column = std::get_if<ColumnOperand>(&output)) {
-        values.push_back(row.Get(*column->column));
+        row.Read(*column->column, values[i]);
       } else if (const auto* parameter = std::get_if<ParameterOperand>(&output)) {
-        const Argument& argument = arguments[parameter->number];
-        values.push_back(argument ? Value(*argument) : Value(Null{}));
+        if (const Argument& argument = arguments[parameter->number]) values[i] = *argument;
       } else {
         const Literal& literal = std::get<Literal>(output);
-        values.push_back(ToColumn(ColumnFor(literal.kind), literal));
+        values[i] = ToColumn(ColumnFor(literal.kind), literal);
       }
     }
     return values;
   }
 
   std::vector<Value> Key(const RowView& row) const {
-    std::vector<Value> key;
-    for (const OrderKey& part : order_) key.push_back(row.Get(*part.column));
+    std::vector<Value> key(order_.size());
+    for (size_t i = 0; i < key.size(); ++i) row.Read(*order_[i].column, key[i]);
     return key;
   }
 

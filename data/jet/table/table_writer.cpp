@@ -200,7 +200,7 @@ std::optional<TableWriter::RowChange> TableWriter::PrepareUpdate(
     const Column& column = table.columns.at(assignment.column);
     if (column.type == ColumnType::Boolean && IsNull(assignment.value)) assignment.value = false;
     assigned[assignment.column] = nullptr;
-    if (assignment.value == view.Get(column)) continue;
+    if (view.Holds(column, assignment.value)) continue;
     CheckField(table, column, assignment.value);
     assigned[assignment.column] = &assignment.value;
     const int32_t* number = std::get_if<int32_t>(&assignment.value);

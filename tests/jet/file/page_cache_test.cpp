@@ -11,9 +11,8 @@ namespace {
 constexpr uint32_t kPageSize = 16;
 
 void Read(PageCache& cache, uint32_t number, uint8_t fill) {
-  PageCache::Buffer bytes = cache.NewBuffer();
-  std::fill_n(bytes.get(), kPageSize, fill);
-  cache.Keep(number, std::move(bytes));
+  std::fill_n(cache.Room(), kPageSize, fill);
+  cache.Keep(number);
 }
 
 uint32_t InMemory(PageCache& cache) {
@@ -102,6 +101,74 @@ TEST(PageCache, APageThatWasReadInPassingIsGivenUpWhenThereAreTooMany) {
   EXPECT_FALSE(cache.At(2).bytes);
   cache.GiveBack(1);
   EXPECT_TRUE(cache.At(1).bytes);
+}
+
+// As a scan does it.
+void Pass(PageCache& cache, uint32_t number) {
+  if (!cache.At(number).bytes) Read(cache, number, static_cast<uint8_t>(number));
+  PageCache::Page& page = cache.At(number);
+  if (page.holder == PageCache::Holder::Nobody) page.holder = PageCache::Holder::Passerby;
+  EXPECT_EQ(page.bytes[0], static_cast<uint8_t>(number));
+  cache.GiveBack(number);
+}
+
+TEST(PageCache, ScansKeepAQuarterOfTheBudgetAndLeaveTheOthersTheirPages) {
+  PageCache cache(40);
+  cache.Reset(200, kPageSize);
+  for (const uint32_t number : {1u, 2u}) {
+    Read(cache, number, static_cast<uint8_t>(number));
+    cache.At(number).holder = PageCache::Holder::Statement;
+  }
+  Read(cache, 50, 50);
+  cache.Change(50)[5] = 7;
+  for (uint32_t number = 0; number < 200; ++number) Pass(cache, number);
+  EXPECT_EQ(InMemory(cache), 2u + 1u + 10u);
+  EXPECT_TRUE(cache.At(1).bytes);
+  EXPECT_TRUE(cache.At(2).bytes);
+  EXPECT_EQ(cache.At(50).bytes[5], 7);
+  for (uint32_t number = 190; number < 200; ++number) EXPECT_TRUE(cache.At(number).bytes) << number;
+}
+
+TEST(PageCache, PagesThatFitTheScansPartStayFromScanToScan) {
+  PageCache cache(40);
+  cache.Reset(200, kPageSize);
+  for (int scan = 0; scan < 5; ++scan) {
+    for (uint32_t number = 100; number < 110; ++number) {
+      EXPECT_EQ(cache.At(number).bytes != nullptr, scan > 0);
+      Pass(cache, number);
+    }
+  }
+}
+
+// Each with what is its own, whichever memory it has got: that of pages that were given up is used
+// again.
+TEST(PageCache, NoTwoPagesShareTheirMemoryWhateverWasGivenUpBetween) {
+  PageCache cache(8);
+  cache.Reset(64, kPageSize);
+  const auto fill_of = [](uint32_t number) { return static_cast<uint8_t>(number * 3 + 1); };
+  for (uint32_t round = 0; round < 40; ++round) {
+    for (uint32_t i = 0; i < 24; ++i) {
+      const uint32_t number = (round * 7 + i * 5) % 64;
+      if (!cache.At(number).bytes) Read(cache, number, fill_of(number));
+      cache.At(number).holder = PageCache::Holder::Statement;
+      if (i % 3 == 0) cache.Change(number)[1] = 0xFF;
+    }
+    if (round % 2 == 0) {
+      cache.Restore();
+    } else {
+      for (const uint32_t number : cache.Changed()) cache.At(number).bytes[1] = fill_of(number);
+      cache.Settle();
+    }
+    for (uint32_t number = 0; number < 64; ++number) {
+      const PageCache::Page& page = cache.At(number);
+      if (!page.bytes) continue;
+      const auto differs = [&](uint8_t byte) { return byte != fill_of(number); };
+      EXPECT_TRUE(std::none_of(page.bytes, page.bytes + kPageSize, differs))
+          << round << ' ' << number;
+    }
+    cache.Trim();
+    EXPECT_LE(InMemory(cache), 8u);
+  }
 }
 
 }  // namespace

@@ -27,7 +27,7 @@ TEST(TextUnits, EveryLengthIsNarrowedAndWidenedAgainAndNothingBehindIsTouched) {
     ASSERT_TRUE(NarrowUnits(units.data(), count, bytes.data())) << count;
     EXPECT_EQ(bytes[count], kUntouched) << count;
     std::u16string widened(count + 1, kUntouched);
-    WidenBytes(bytes.data(), count, widened.data());
+    EXPECT_TRUE(WidenBytes(bytes.data(), count, widened.data())) << count;
     EXPECT_EQ(widened[count], kUntouched) << count;
     EXPECT_EQ(widened.substr(0, count), units) << count;
   }
@@ -42,6 +42,22 @@ TEST(TextUnits, OneUnitThatIsNoByteIsNoticedAnywhere) {
         std::vector<uint8_t> bytes(count);
         EXPECT_FALSE(NarrowUnits(units.data(), count, bytes.data()))
             << count << ' ' << place << ' ' << static_cast<unsigned>(unit);
+      }
+    }
+  }
+}
+
+TEST(TextUnits, AZeroAmongTheBytesIsNoticedAnywhereAndNothingElseIs) {
+  for (size_t count = 1; count <= kLongest; ++count) {
+    for (size_t place = 0; place < count; ++place) {
+      for (const int filling : {0x01, 0x7F, 0x80, 0x81, 0xFF}) {
+        std::vector<uint8_t> bytes(count, static_cast<uint8_t>(filling));
+        std::u16string widened(count, u'?');
+        EXPECT_TRUE(WidenBytes(bytes.data(), count, widened.data())) << count << ' ' << filling;
+        bytes[place] = 0;
+        EXPECT_FALSE(WidenBytes(bytes.data(), count, widened.data()))
+            << count << ' ' << place << ' ' << filling;
+        EXPECT_EQ(widened[place], 0);
       }
     }
   }
