@@ -405,6 +405,42 @@ TEST_F(LeftBehind, AFileWithTwoNamesOfItsOwnIsReadAndNotWritten) {
   Insert(*Open(), 50);
 }
 
+TEST_F(LeftBehind, AFileThatGetsASecondNameWhileItIsOpenIsNotWrittenAsLongAsItHasBoth) {
+  const auto engine = Open();
+  Insert(*engine, 50);
+  const auto other = folder_.Path() / "other.mdb";
+  std::filesystem::create_hard_link(path_, other);
+  EXPECT_NE(WhatRaises([&] { Insert(*engine, 51); }).find("several names"), std::string::npos);
+  EXPECT_EQ(Count(*engine), kCount + 1);
+  std::filesystem::remove(other);
+  Insert(*engine, 52);
+  engine->Close();
+  EXPECT_EQ(Count(*Open()), kCount + 2);
+}
+
+// Where the system cannot rename without replacing, a new file has both names for a moment, in
+// which its maker may die.
+TEST_F(LeftBehind, AFileThatStillHasItsDraftsNameLosesThatUnlessItsMakerIsAtWork) {
+  constexpr uint64_t kMakerByte = 0x4000'0000'0100;
+  const std::filesystem::path draft = path_.string() + ".new";
+  std::filesystem::create_hard_link(path_, draft);
+  {
+    const auto maker = NativeFileSystem().Open(PathText(draft), FileAccess::Draft);
+    ASSERT_TRUE(maker->TryLock(kMakerByte, 1, LockMode::Exclusive));
+    EXPECT_NE(WhatRaises([&] { Insert(*Open(), 50); }).find("several names"), std::string::npos);
+    EXPECT_TRUE(std::filesystem::exists(draft));
+  }
+  Insert(*Open(), 51);
+  EXPECT_FALSE(std::filesystem::exists(draft));
+  EXPECT_EQ(Count(*Open()), kCount + 1);
+  // Another file of that name is somebody's who is making one.
+  std::ofstream(draft).close();
+  const auto other = folder_.Path() / "other.mdb";
+  std::filesystem::create_hard_link(path_, other);
+  EXPECT_EQ(Count(*Open()), kCount + 1);
+  EXPECT_TRUE(std::filesystem::exists(draft));
+}
+
 TEST_F(LeftBehind, AFileThatWasReplacedIsNotWrittenAnyMore) {
   const auto copy = folder_.Copy(path_, "copy.mdb");
   const auto engine = Open();

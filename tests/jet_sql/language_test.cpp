@@ -134,6 +134,28 @@ TEST_F(Language, FindsWhatLiesBetween) {
   EXPECT_EQ(Where(u"NULL BETWEEN 1 AND 2"), Lines());
 }
 
+TEST_F(Language, HoldsAValueForTrueUnlessItIsZero) {
+  EXPECT_EQ(Where(u"Used"), Lines({1, 3}));
+  EXPECT_EQ(Where(u"NOT Used"), Lines({2, 4}));
+  EXPECT_EQ(Where(u"Used AND Line > 1"), Lines({3}));
+  EXPECT_EQ(Where(u"NOT (Used OR Line = 2)"), Lines({4}));
+  EXPECT_EQ(Where(u"Cost"), Lines({1, 2, 3}));
+  EXPECT_EQ(Where(u"NOT Cost"), Lines());  // Null is neither
+  EXPECT_EQ(Where(u"TRUE AND (Line) = (2)"), Lines({2}));
+  EXPECT_EQ(Where(u"NULL"), Lines());
+  EXPECT_EQ(ErrorOf(u"SELECT * FROM T WHERE Label"), "Data type mismatch in criteria expression.");
+}
+
+// A key is made of a text's first 255 characters, in which one sharp s is as long as two of the
+// characters that it is equal to.
+TEST_F(Language, FindsEqualMemosThatTheirKeysTellApart) {
+  const Text same(254, u'x');
+  Add(u"10, 'a', '" + same + u"\u00DF1', FALSE, 0");
+  Add(u"11, 'b', '" + same + u"ss1', FALSE, 0");
+  EXPECT_EQ(Where(u"Note = '" + same + u"ss1'"), Lines({10, 11}));
+  EXPECT_EQ(Where(u"Note = p", {same + u"\u00DF1"}), Lines({10, 11}));
+}
+
 TEST_F(Language, KnowsNothingOfNullWhereverItStands) {
   EXPECT_EQ(Where(u"NULL = 1"), Lines());
   EXPECT_EQ(Where(u"1 = NULL"), Lines());

@@ -3,6 +3,7 @@
 #include "data/commands.h"
 #include "data/jet/format/errors.h"
 #include "data/jet/sql/statement_parser.h"
+#include "data/jet/sql/syntax_error.h"
 #include "runtime/error.h"
 
 namespace rdv::jet::sql {
@@ -117,7 +118,7 @@ TEST(StatementParser, NamesTheClauseThatIsWrong) {
       "Invalid SQL statement; expected 'DELETE', 'INSERT', 'PROCEDURE', 'SELECT', or 'UPDATE'.";
   EXPECT_EQ(ErrorOf(u""), unknown);
   EXPECT_EQ(ErrorOf(u"   "), unknown);
-  EXPECT_EQ(ErrorOf(u"DROP TABLE T"), unknown);
+  EXPECT_EQ(ErrorOf(u"SHOW TABLES"), unknown);
   EXPECT_EQ(ErrorOf(u"SELECT * FROM"), "Syntax error in FROM clause.");
   EXPECT_EQ(ErrorOf(u"SELECT * FROM T WHERE"), "Syntax error in WHERE clause.");
   EXPECT_EQ(ErrorOf(u"SELECT * FROM T WHERE a = 1 AND"), "Syntax error in WHERE clause.");
@@ -129,7 +130,10 @@ TEST(StatementParser, NamesTheClauseThatIsWrong) {
   EXPECT_EQ(ErrorOf(u"INSERT INTO T (a VALUES (1)"), "Syntax error in INSERT INTO statement.");
   EXPECT_EQ(ErrorOf(u"DELETE T"), "Syntax error in DELETE statement.");
   EXPECT_EQ(ErrorOf(u"SELECT * FROM T; SELECT"), "Characters found after end of SQL statement.");
-  EXPECT_EQ(ErrorOf(u"SELECT * FROM T U"), "Characters found after end of SQL statement.");
+  EXPECT_EQ(ErrorOf(u"SELECT * FROM T 1"), "Characters found after end of SQL statement.");
+  EXPECT_EQ(ErrorOf(u"SELECT * FROM T WHERE a b"), "Syntax error in WHERE clause.");
+  EXPECT_EQ(ErrorOf(u"SELECT * FROM T WHERE (a"), "Syntax error in WHERE clause.");
+  EXPECT_EQ(ErrorOf(u"SELECT * FROM T WHERE a = (1"), "Syntax error in WHERE clause.");
 }
 
 TEST(StatementParser, NamesWhatItDoesNotSupport) {
@@ -140,6 +144,36 @@ TEST(StatementParser, NamesWhatItDoesNotSupport) {
       {u"SELECT a & b FROM T", "The joining of texts is not supported."},
       {u"SELECT a AS b FROM T", "A name of its own for a column or a table (AS) is not supported."},
       {u"SELECT * FROM T AS u", "A name of its own for a column or a table (AS) is not supported."},
+      {u"SELECT a b FROM T", "A name of its own for a column or a table (AS) is not supported."},
+      {u"SELECT * FROM T u", "A name of its own for a column or a table (AS) is not supported."},
+      {u"UPDATE T u SET a = 1", "A name of its own for a column or a table (AS) is not supported."},
+      {u"SELECT * FROM T WHERE a = -b", "Arithmetic is not supported."},
+      {u"SELECT * FROM T WHERE -a = 2", "Arithmetic is not supported."},
+      {u"SELECT * FROM T WHERE a = -(2)", "Arithmetic is not supported."},
+      {u"SELECT -a FROM T", "Arithmetic is not supported."},
+      {u"UPDATE T, U SET a = 1", "More than one table is not supported."},
+      {u"UPDATE T INNER JOIN U ON T.a = U.a SET a = 1", "A join is not supported."},
+      {u"SELECT * INTO U FROM T", "Making a table (SELECT ... INTO) is not supported."},
+      {u"SELECT 1", "A SELECT without FROM is not supported."},
+      {u"SELECT (a) FROM T", "A column in parentheses is not supported."},
+      {u"SELECT * FROM T ORDER BY 1", "A column by its number in ORDER BY is not supported."},
+      {u"SELECT * FROM T ORDER BY a LIMIT 5", "LIMIT (TOP says how many rows) is not supported."},
+      {u"SELECT * FROM T LIMIT 5", "LIMIT (TOP says how many rows) is not supported."},
+      {u"SELECT * FROM T WHERE a != 1", "The sign != is not supported: unequal is <>."},
+      {u"SELECT * FROM T WHERE a = &H2",
+       "Numbers in hexadecimal or octal (&H, &O) are not supported."},
+      {u"SELECT * FROM T WHERE (a = 1) = TRUE",
+       "A condition in place of a value is not supported."},
+      {u"SELECT * FROM T WHERE EXISTS (SELECT * FROM U)",
+       "A query within a statement is not supported."},
+      {u"SELECT * FROM T WHERE a = (SELECT b FROM U)",
+       "A query within a statement is not supported."},
+      {u"SELECT * FROM T WHERE a > ALL (SELECT b FROM U)",
+       "A query within a statement is not supported."},
+      {u"INSERT INTO T VALUES (1), (2)",
+       "More than one row in an INSERT INTO statement is not supported."},
+      {u"CREATE TABLE T (a INTEGER)", "CREATE is not supported."},
+      {u"drop table T", "DROP is not supported."},
       {u"SELECT * FROM T, U", "More than one table is not supported."},
       {u"SELECT * FROM T INNER JOIN U ON T.a = U.a", "A join is not supported."},
       {u"SELECT * FROM (SELECT * FROM T)",
@@ -156,6 +190,43 @@ TEST(StatementParser, NamesWhatItDoesNotSupport) {
   };
   for (const auto& [statement, error] : statements)
     EXPECT_EQ(ErrorOf(statement), error) << ToUtf8(statement);
+}
+
+// Where it stands, for whoever shows the statement.
+TEST(StatementParser, SaysWhereItIsThatIsNotSupported) {
+  const std::pair<TextView, size_t> statements[] = {
+      {u"SELECT a b FROM T", 9},
+      {u"SELECT * FROM T WHERE a = -b", 26},
+      {u"UPDATE T, U SET a = 1", 8},
+      {u"SELECT * INTO U FROM T", 9},
+      {u"SELECT * FROM T WHERE a != 1", 24},
+      {u"SELECT * FROM T WHERE a = &H2", 26},
+      {u"SELECT * FROM T LIMIT 5", 16},
+      {u"SELECT * FROM T WHERE EXISTS (SELECT 1)", 22},
+      {u"SELECT * FROM T ORDER BY 1", 25},
+      {u"DROP TABLE T", 0}};
+  for (const auto& [statement, position] : statements) {
+    try {
+      ParseStatement(statement);
+      ADD_FAILURE() << ToUtf8(statement);
+    } catch (const SyntaxError& error) {
+      EXPECT_EQ(error.Position(), position) << ToUtf8(statement);
+      EXPECT_NE(error.Unexpected(), u"") << ToUtf8(statement);
+    }
+  }
+}
+
+TEST(StatementParser, TakesAValueForAConditionAndOneInParenthesesForAValue) {
+  const Condition flag = WhereOf(u"Used");
+  ASSERT_EQ(flag.kind, ConditionKind::Compare);
+  EXPECT_EQ(flag.comparison, Comparison::NotEqual);
+  EXPECT_EQ(LiteralIn(flag.right).text, u"0");
+  EXPECT_EQ(WhereOf(u"NOT Used AND a = 1").parts[0].kind, ConditionKind::Not);
+  EXPECT_EQ(WhereOf(u"(Used) OR (b)").parts.size(), 2u);
+  EXPECT_EQ(NameIn(WhereOf(u"(a) = ((2))").left).column, u"a");
+  EXPECT_EQ(LiteralIn(WhereOf(u"(a) = ((2))").right).text, u"2");
+  EXPECT_EQ(WhereOf(u"(a) NOT IN (1, (2))").kind, ConditionKind::Not);
+  EXPECT_EQ(WhereOf(u"((a) = 1)").comparison, Comparison::Equal);
 }
 
 TEST(StatementParser, ReadsAListARangeAndAPattern) {

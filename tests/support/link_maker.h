@@ -16,8 +16,8 @@ namespace rdv::test {
 // Enters a link in the catalog, as another program does.
 class LinkMaker : public jet::TableSource {
  public:
-  explicit LinkMaker(const Text& path)
-      : pager_(jet::NativeFileSystem(), path, std::chrono::milliseconds(0), 16),
+  explicit LinkMaker(const Text& path, jet::FileSystem& files = jet::NativeFileSystem())
+      : pager_(files, path, std::chrono::milliseconds(0), 16),
         file_(pager_, pager_.FileHeader()) {
     pager_.BeginRead();
     objects_ = jet::ReadTableDefinition(file_, jet::kObjectsPage, jet::kObjectsName);

@@ -9,10 +9,14 @@ namespace {
 // the same file.
 constexpr uint64_t kMakerByte = 0x4000'0000'0100;
 
+Text DraftPath(const Text& final_path) {
+  return final_path + u".new";
+}
+
 }  // namespace
 
 Draft::Draft(FileSystem& files, const Text& final_path)
-    : files_(files), final_path_(final_path), path_(final_path + u".new") {
+    : files_(files), final_path_(final_path), path_(DraftPath(final_path)) {
   while (!file_) {
     std::unique_ptr<File> file = files_.Open(path_, FileAccess::Draft);
     if (!file->TryLock(kMakerByte, 1, LockMode::Exclusive))
@@ -57,6 +61,17 @@ void Draft::Publish() {
   files_.Rename(path_, final_path_);
   published_ = true;
   files_.FlushFolder(final_path_);
+}
+
+void RemoveNameOfDraft(FileSystem& files, File& file, const Text& final_path) {
+  const Text draft = DraftPath(final_path);
+  try {
+    if (!file.Bears(draft) || !file.TryLock(kMakerByte, 1, LockMode::Exclusive)) return;
+    files.Remove(draft);
+    file.Unlock(kMakerByte, 1);
+  } catch (const FileError&) {
+    // Whoever opens the file next tries again.
+  }
 }
 
 }  // namespace rdv::jet

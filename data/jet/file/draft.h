@@ -36,4 +36,9 @@ class Draft {
   bool published_ = false;
 };
 
+// Where a name is given in two steps, a maker that died between them has left the file with both,
+// the draft's and its own. Takes the draft's away, unless the maker is still at work. `file` bears
+// `final_path`.
+void RemoveNameOfDraft(FileSystem& files, File& file, const Text& final_path);
+
 }  // namespace rdv::jet

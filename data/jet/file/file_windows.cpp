@@ -37,7 +37,7 @@ OVERLAPPED At(uint64_t offset) {
 
 class WindowsFile : public File {
  public:
-  explicit WindowsFile(HANDLE handle) : handle_(handle) {}
+  WindowsFile(HANDLE handle, const Text& path) : handle_(handle), path_(path) {}
   ~WindowsFile() override { CloseHandle(handle_); }
 
   size_t ReadAt(uint64_t offset, std::span<uint8_t> into) override {
@@ -117,7 +117,7 @@ class WindowsFile : public File {
 
   // The file is opened without leave to rename, replace or delete it, and its folders cannot be
   // renamed meanwhile either.
-  bool Bears(const Text&) override { return true; }
+  bool Bears(const Text& path) override { return path == path_; }
 
   // Who may do what with it, in the system's own form; nothing where that cannot be read.
   std::vector<uint8_t> Rights() const {
@@ -147,6 +147,7 @@ class WindowsFile : public File {
   }
 
   HANDLE handle_;
+  Text path_;  // that it was opened by
 };
 
 class WindowsFileSystem : public FileSystem {
@@ -222,7 +223,7 @@ class WindowsFileSystem : public FileSystem {
         Sharing(access), rights, how, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_RANDOM_ACCESS | more_flags,
         nullptr);
     if (handle == INVALID_HANDLE_VALUE) RaiseLastError(GetLastError());
-    return std::make_unique<WindowsFile>(handle);
+    return std::make_unique<WindowsFile>(handle, path);
   }
 
   // Made or found, never made over what is there: another process may make or remove it in between.

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <utility>
 
+#include "data/jet/file/draft.h"
 #include "data/jet/file/recovery.h"
 #include "data/jet/format/errors.h"
 #include "runtime/error.h"
@@ -71,8 +72,7 @@ void Pager::OpenFile() {
     why_read_only_ = error.what();
     file_ = files_.Open(database_.path, FileAccess::Read);
   }
-  if (file_->Stamp().several_names)
-    why_read_only_ = "It has several names (hard links), so others may write it unseen";
+  if (file_->Stamp().several_names) RemoveNameOfDraft(files_, *file_, database_.path);
   database_.content = file_.get();
   lock_.emplace(*file_, lock_wait_);
   user_file_.emplace(files_, database_.path);
@@ -191,6 +191,12 @@ void Pager::AwaitOtherProgram() {
   }
 }
 
+// What lies beside one name does not lie beside the others.
+void Pager::RefuseSeveralNames() const {
+  if (stamp_.several_names)
+    RaiseReadOnly(path_, u"It has several names (hard links), so others may write it unseen");
+}
+
 // Users who are at work have been waited for; those that are left are not.
 void Pager::RefuseSuspect(bool allowed) {
   if (allowed || overlaid_ || at_rest_) return;
@@ -213,7 +219,7 @@ void Pager::PutRightAsReader() {
     judged_ = true;
     return;
   }
-  if (why_read_only_.empty()) {
+  if (why_read_only_.empty() && !stamp_.several_names) {
     lock_->Release();
     const bool done = TryPutRight();
     LockShared();
@@ -253,14 +259,15 @@ std::optional<JournalContent> Pager::LoadJournal() {
 // With the exclusive lock. A journal that the file has left behind is done with; one that does not
 // fit an unfinished statement stays for whoever repairs. False when another program is in the way.
 bool Pager::PutRight() {
-  judged_ = true;
+  judged_ = false;  // as long as it fails
   const std::optional<JournalContent> journal = LoadJournal();
-  if (!journal) {
-    if (IsAtRest(words_.First())) transaction_->Log().RemoveRemains();
+  std::optional<RecoveryPlan> plan;
+  if (journal) plan = PlanRecovery(*journal, *file_, words_);
+  if (!plan) {
+    if (!journal && IsAtRest(words_.First())) transaction_->Log().RemoveRemains();
+    judged_ = true;
     return true;
   }
-  const std::optional<RecoveryPlan> plan = PlanRecovery(*journal, *file_, words_);
-  if (!plan) return true;
   try {
     if (!TryKeepOtherProgramsOut()) return false;
     if (plan->outcome != Outcome::GoneBeyond) {
@@ -308,6 +315,7 @@ void Pager::BeginWrite() {
     began_writing_ = true;
     KeepOtherProgramsOut();
     Refresh();
+    RefuseSeveralNames();
     // A journal may have been left behind by those who were present when the file was looked at.
     if ((!judged_ || overlaid_ || !lock_->IsPresent()) && WasLeftBehind()) {
       if (!PutRight()) RaiseFileInUse(path_);

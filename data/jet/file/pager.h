@@ -110,6 +110,7 @@ class Pager : public PageSource {
   bool TryKeepOtherProgramsOut();
   void KeepOtherProgramsOut();
   void AwaitOtherProgram();
+  void RefuseSeveralNames() const;
   void RefuseSuspect(bool allowed);
   void Refresh();
   void SeeState(const CommitWords& words);

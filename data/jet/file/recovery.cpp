@@ -95,8 +95,8 @@ class Planner {
     if (!history_.IsSound() || !whole) return std::nullopt;
     if (history_.Last() == nullptr) return Untouched();
     // The last statement has not finished, wherever it was cut off: nobody was told that it is
-    // there.
-    const bool cut_off = words_.First() == kCommitWriting;
+    // there. Or it was lost with the power.
+    const bool cut_off = words_.First() == kCommitWriting || IsOfEarlierStatement();
     const bool put_back = IsNextInSession();
     if (put_back && !IsAsBeforeTheLast() && !IsAsWhenBegun()) return GoneBeyond();
     std::optional<RecoveryPlan> plan;
@@ -112,6 +112,13 @@ class Planner {
   // so are all records.
   bool IsSameSession() const {
     return origin_.session != 0 && origin_.session == journal_.head.origin.session;
+  }
+  // Then the word that the last statement ended with has not reached the disk - or was never
+  // written, when the disk refused it and what was to put the statement back.
+  bool IsOfEarlierStatement() const {
+    return std::ranges::any_of(journal_.records, [this](const JournalRecord& record) {
+      return record.word_before == words_.First();
+    });
   }
   // Where nothing was lost, the word behind the last record's is that of putting back - or of
   // another program's commit.

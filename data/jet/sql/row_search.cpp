@@ -32,6 +32,15 @@ const Value* GivenValue(const Predicate& predicate, const Column& column) {
   return nullptr;
 }
 
+// Whether a text may be equal to this one that has another key: keys are made of the beginnings of
+// texts, and of two that are equal one may be twice as long as the other (a sharp s is as good as
+// "ss"), so that they end at different places.
+bool KeyMayBeCut(const Column& column, const Value& value) {
+  const Text* const text = std::get_if<Text>(&value);
+  const size_t whole = column.IsLongValue() ? kMaxTextUnits / 2 : kMaxTextUnits;
+  return text != nullptr && text->size() > whole;
+}
+
 // The longest beginning of the index's columns that the condition gives values for and whose key is
 // known.
 AccessPath PathThrough(const FileReader& file, const TableDefinition& table, const RealIndex& index,
@@ -39,7 +48,7 @@ AccessPath PathThrough(const FileReader& file, const TableDefinition& table, con
   std::vector<Value> values;
   for (const IndexColumn& part : index.columns) {
     const Value* value = GivenValue(predicate, table.columns[part.column]);
-    if (value == nullptr) break;
+    if (value == nullptr || KeyMayBeCut(table.columns[part.column], *value)) break;
     values.push_back(*value);
   }
   if (of_key == OfKey::AllButTheLast && values.size() == index.columns.size()) values.pop_back();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <span>
 #include <utility>
 
 #include "data/jet/format/errors.h"
@@ -31,21 +32,26 @@ constexpr TextView kReserved[] = {u"SELECT", u"FROM",   u"WHERE",  u"ORDER", u"B
                                   u"DESC",   u"UPDATE", u"SET",    u"INTO",  u"AND", u"OR",
                                   u"INSERT", u"DELETE", u"VALUES", u"NOT",   u"IS",  u"NULL"};
 
+constexpr TextView kArithmetic = u"Arithmetic";
+constexpr TextView kOwnName = u"A name of its own for a column or a table (AS)";
+constexpr TextView kManyTables = u"More than one table";
+constexpr TextView kInnerQuery = u"A query within a statement";
+
 // What the language has beyond that, by the word or sign that begins it.
 struct Unsupported {
   TextView begins;
   TextView what;
 };
 constexpr Unsupported kUnsupported[] = {
-    {u"+", u"Arithmetic"},
-    {u"-", u"Arithmetic"},
-    {u"*", u"Arithmetic"},
-    {u"/", u"Arithmetic"},
-    {u"\\", u"Arithmetic"},
-    {u"^", u"Arithmetic"},
-    {u"MOD", u"Arithmetic"},
+    {u"+", kArithmetic},
+    {u"-", kArithmetic},
+    {u"*", kArithmetic},
+    {u"/", kArithmetic},
+    {u"\\", kArithmetic},
+    {u"^", kArithmetic},
+    {u"MOD", kArithmetic},
     {u"&", u"The joining of texts"},
-    {u"AS", u"A name of its own for a column or a table (AS)"},
+    {u"AS", kOwnName},
     {u"PERCENT", u"TOP ... PERCENT"},
     {u"JOIN", u"A join"},
     {u"INNER", u"A join"},
@@ -54,12 +60,25 @@ constexpr Unsupported kUnsupported[] = {
     {u"GROUP", u"GROUP BY"},
     {u"HAVING", u"HAVING"},
     {u"UNION", u"UNION"},
-    {u"SELECT", u"A query within a statement"},
-    {u"EXISTS", u"A query within a statement"},
+    {u"SELECT", kInnerQuery},
+    {u"EXISTS", kInnerQuery},
     {u"XOR", u"XOR"},
     {u"EQV", u"EQV"},
     {u"IMP", u"IMP"},
+    {u"LIMIT", u"LIMIT (TOP says how many rows)"},
 };
+
+// Statements of other kinds.
+constexpr TextView kOtherStatements[] = {
+    u"ALTER", u"BEGIN",  u"COMMIT",     u"CREATE",    u"DROP",     u"EXEC",     u"EXECUTE",
+    u"GRANT", u"REVOKE", u"PARAMETERS", u"PROCEDURE", u"ROLLBACK", u"TRANSFORM"};
+// In front of a query in parentheses.
+constexpr TextView kAsksQuery[] = {u"EXISTS", u"ANY", u"ALL", u"SOME"};
+
+bool IsOneOf(TextView word, std::span<const TextView> words) {
+  return std::ranges::any_of(words,
+                             [word](TextView known) { return EqualsIgnoringCase(word, known); });
+}
 
 Text NotSupported(TextView what) {
   return Text(what) + u" is not supported.";
@@ -74,6 +93,9 @@ constexpr Operator kOperators[] = {
     {u"<", Comparison::Less},    {u"<=", Comparison::LessOrEqual},
     {u">", Comparison::Greater}, {u">=", Comparison::GreaterOrEqual},
 };
+
+// Words that compare, with NOT in front of them or not.
+constexpr TextView kComparingWords[] = {u"IS", u"IN", u"BETWEEN", u"LIKE"};
 
 // Each clause sets the error that everything unexpected in it raises.
 class Parser {
@@ -94,6 +116,8 @@ class Parser {
     if (TakeWord(u"UPDATE")) return ParseUpdate();
     if (TakeWord(u"INSERT")) return ParseInsert();
     if (TakeWord(u"DELETE")) return ParseDelete();
+    if (Current().kind == TokenKind::Word && IsOneOf(Current().text, kOtherStatements))
+      Refuse(NotSupported(UpperCase(Current().text)));
     Fail();
   }
 
@@ -106,13 +130,18 @@ class Parser {
     select.top = ParseTop();
     do {
       select.items.push_back(ParseSelectItem());
+      RefuseOwnName();
     } while (TakeSymbol(u","));
+    if (IsWord(u"INTO")) Refuse(NotSupported(u"Making a table (SELECT ... INTO)"));
+    if (IsEnd()) Refuse(NotSupported(u"A SELECT without FROM"));
     select.table = ParseFrom();
     select.where = ParseWhere();
     if (!TakeWord(u"ORDER")) return select;
     error_ = kOrderError;
     RequireWord(u"BY");
     do {
+      if (Current().kind == TokenKind::Number)
+        Refuse(NotSupported(u"A column by its number in ORDER BY"));
       OrderItem item{ParseName()};
       item.descending = TakeWord(u"DESC");
       if (!item.descending) TakeWord(u"ASC");
@@ -156,13 +185,14 @@ class Parser {
       position_ += 2;
       return all;
     }
+    if (IsSymbol(u"(") && !IsInnerQuery()) Refuse(NotSupported(u"A column in parentheses"));
     return ParseOperand();
   }
 
   Update ParseUpdate() {
     error_ = kUpdateError;
     Update update;
-    update.table = TakeName();
+    update.table = ParseTable();
     RequireWord(u"SET");
     do {
       Name target = ParseName();
@@ -190,6 +220,7 @@ class Parser {
       insert.values.push_back(ParseOperand());
     } while (TakeSymbol(u","));
     RequireSymbol(u")");
+    if (IsSymbol(u",")) Refuse(NotSupported(u"More than one row in an INSERT INTO statement"));
     return insert;
   }
 
@@ -210,9 +241,19 @@ class Parser {
     RequireWord(u"FROM");
     error_ = kFromError;
     if (IsSymbol(u"(")) Refuse(NotSupported(u"A join or a query in place of a table"));
+    return ParseTable();
+  }
+
+  Text ParseTable() {
     Text table = TakeName();
-    if (IsSymbol(u",")) Refuse(NotSupported(u"More than one table"));
+    if (IsSymbol(u",")) Refuse(NotSupported(kManyTables));
+    RefuseOwnName();
     return table;
+  }
+
+  // One that stands behind a column or a table without AS.
+  void RefuseOwnName() const {
+    if (IsName() && KnownUnsupported() == nullptr) Refuse(NotSupported(kOwnName));
   }
 
   std::optional<Condition> ParseWhere() {
@@ -242,15 +283,49 @@ class Parser {
   Condition ParseNot(int depth) {
     if (depth > kMaxConditionDepth) RaiseSyntaxError(kTooComplex);
     if (TakeWord(u"NOT")) return Negated(ParseNot(depth + 1));
-    if (!TakeSymbol(u"(")) return ParseComparison();
+    if (IsOperandInParentheses() || !TakeSymbol(u"(")) return ParseComparison();
     Condition condition = ParseOr(depth + 1);
     RequireSymbol(u")");
     return condition;
   }
 
+  // "(" that belongs to the left side of a comparison, as what compares follows its ")".
+  bool IsOperandInParentheses() const {
+    if (!IsSymbol(u"(")) return false;
+    size_t ahead = 0;
+    int open = 0;
+    do {
+      if (IsSymbol(u"(", ahead)) ++open;
+      if (IsSymbol(u")", ahead)) --open;
+      ++ahead;
+    } while (open > 0 && Ahead(ahead).kind != TokenKind::End);
+    const Token& next = Ahead(ahead);
+    const bool negated = IsWord(u"NOT", ahead);
+    if (next.kind == TokenKind::Word)
+      return IsOneOf(Ahead(ahead + (negated ? 1 : 0)).text, kComparingWords);
+    return next.kind == TokenKind::Symbol && ComparisonOf(next) != nullptr;
+  }
+
+  static const Operator* ComparisonOf(const Token& token) {
+    const auto found = std::ranges::find_if(
+        kOperators, [&](const Operator& entry) { return token.text == entry.symbol; });
+    const bool compares = token.kind == TokenKind::Symbol && found != std::end(kOperators);
+    return compares ? &*found : nullptr;
+  }
+
+  bool IsEnd() const { return Current().kind == TokenKind::End || IsSymbol(u";"); }
+  // What stood before it is a whole condition.
+  bool EndsCondition() const {
+    return IsEnd() || IsSymbol(u")") || IsWord(u"AND") || IsWord(u"OR") || IsWord(u"ORDER");
+  }
+
   Condition ParseComparison() {
     Condition condition;
     condition.left = ParseOperand();
+    // A value as a condition: true unless it is 0.
+    if (EndsCondition())
+      return Compared(std::move(condition.left), Comparison::NotEqual,
+                      Literal{LiteralKind::Number, u"0"});
     if (TakeWord(u"IS")) {
       condition.kind = ConditionKind::IsNull;
       const bool negated = TakeWord(u"NOT");
@@ -265,9 +340,8 @@ class Parser {
       condition.right = ParseOperand();
       return NegatedIf(negated, std::move(condition));
     }
-    const auto found = std::find_if(std::begin(kOperators), std::end(kOperators),
-                                    [&](const Operator& entry) { return IsSymbol(entry.symbol); });
-    if (negated || found == std::end(kOperators)) Fail();
+    const Operator* const found = ComparisonOf(Current());
+    if (negated || found == nullptr) Fail();
     ++position_;
     condition.comparison = found->comparison;
     condition.right = ParseOperand();
@@ -324,7 +398,18 @@ class Parser {
     return negation;
   }
 
-  Operand ParseOperand() {
+  bool IsInnerQuery() const { return IsSymbol(u"(") && IsWord(u"SELECT", 1); }
+
+  Operand ParseOperand(int depth = 0) {
+    if (IsInnerQuery()) Refuse(NotSupported(kInnerQuery));
+    if (depth > kMaxConditionDepth) RaiseSyntaxError(kTooComplex);
+    if (TakeSymbol(u"(")) {
+      Operand inner = ParseOperand(depth + 1);
+      if (ComparisonOf(Current()) != nullptr)
+        Refuse(NotSupported(u"A condition in place of a value"));
+      RequireSymbol(u")");
+      return inner;
+    }
     const Token& token = Current();
     switch (token.kind) {
       case TokenKind::Text:
@@ -345,9 +430,12 @@ class Parser {
   }
 
   Literal ParseSignedNumber() {
+    const bool sign = IsSymbol(u"-") || IsSymbol(u"+");
+    const TokenKind next = Ahead(1).kind;
+    if (!sign || next == TokenKind::End) Fail();
+    if (next != TokenKind::Number) Refuse(NotSupported(kArithmetic));
     const bool negative = TakeSymbol(u"-");
     if (!negative) RequireSymbol(u"+");
-    if (Current().kind != TokenKind::Number) Fail();
     Literal literal = TakeLiteral(LiteralKind::Number);
     if (negative) literal.text.insert(0, u"-");
     return literal;
@@ -356,6 +444,8 @@ class Parser {
   Literal TakeLiteral(LiteralKind kind) { return {kind, tokens_[position_++].text}; }
 
   Name ParseName() {
+    const bool asks_query = IsSymbol(u"(", 1) && IsOneOf(Current().text, kAsksQuery);
+    if (asks_query && Current().kind == TokenKind::Word) Refuse(NotSupported(kInnerQuery));
     Name name{{}, TakeName()};
     if (IsSymbol(u"(")) Refuse(NotSupported(u"The function " + name.column));
     if (!TakeSymbol(u".")) return name;
@@ -366,9 +456,7 @@ class Parser {
   bool IsName() const {
     const Token& token = Current();
     if (token.kind == TokenKind::Quoted) return true;
-    return token.kind == TokenKind::Word &&
-           std::none_of(std::begin(kReserved), std::end(kReserved),
-                        [&](TextView word) { return EqualsIgnoringCase(token.text, word); });
+    return token.kind == TokenKind::Word && !IsOneOf(token.text, kReserved);
   }
   Text TakeName() {
     if (!IsName()) Fail();
@@ -380,8 +468,8 @@ class Parser {
     return tokens_[std::min(position_ + count, tokens_.size() - 1)];
   }
 
-  bool IsWord(TextView word) const {
-    return Current().kind == TokenKind::Word && EqualsIgnoringCase(Current().text, word);
+  bool IsWord(TextView word, size_t ahead = 0) const {
+    return Ahead(ahead).kind == TokenKind::Word && EqualsIgnoringCase(Ahead(ahead).text, word);
   }
   bool TakeWord(TextView word) {
     if (!IsWord(word)) return false;
@@ -404,16 +492,21 @@ class Parser {
     if (!TakeSymbol(symbol)) Fail();
   }
 
-  // What is wrong with the current word or sign: that it is not known here, or out of place.
-  Text Objection() const {
+  // What the current word or sign begins, where that is known.
+  const Unsupported* KnownUnsupported() const {
     const Token& token = Current();
     const bool written = token.kind == TokenKind::Word || token.kind == TokenKind::Symbol;
     const auto known = std::ranges::find_if(kUnsupported, [&](const Unsupported& entry) {
       return EqualsIgnoringCase(token.text, entry.begins);
     });
+    return written && known != std::end(kUnsupported) ? &*known : nullptr;
+  }
+
+  // What is wrong with the current word or sign: that it is not known here, or out of place.
+  Text Objection() const {
     const bool begins = position_ == 0 || tokens_[position_ - 1].text == u";";
-    if (begins || !written || known == std::end(kUnsupported)) return Text(error_);
-    return NotSupported(known->what);
+    const Unsupported* const known = KnownUnsupported();
+    return begins || known == nullptr ? Text(error_) : NotSupported(known->what);
   }
 
   [[noreturn]] void Fail() const { Refuse(Objection()); }

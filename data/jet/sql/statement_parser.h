@@ -9,8 +9,9 @@
 //   item       *, table.*, an operand, COUNT(*)
 //   condition  operand =, <>, <, <=, >, >= operand; operand IS [NOT] NULL;
 //              operand [NOT] IN (operand, ...); operand [NOT] BETWEEN operand AND operand;
-//              operand [NOT] LIKE operand; NOT, AND, OR, ( )
-//   operand    a name, table.name, a number, 'text', "text", #date#, TRUE, FALSE, NULL
+//              operand [NOT] LIKE operand; operand, which is true unless it is 0; NOT, AND, OR, ( )
+//   operand    a name, table.name, a number, 'text', "text", #date#, TRUE, FALSE, NULL,
+//              but for an item also ( operand )
 //
 // Keywords are known in either case; a name that is a keyword, or holds other characters than
 // letters, digits and "_", is written in backquotes or brackets. A ";" may end a statement. What

@@ -98,11 +98,27 @@ class Tokenizer {
       position_ += 2;
       return Text(pair);
     }
+    if (statement_.substr(position_, 2) == u"!=") {
+      position_ += 2;
+      Fail(u"The sign != is not supported: unequal is <>.");
+    }
+    if (Peek() == u'&' && BeginsNumberOfAnotherBase()) {
+      position_ += 2;
+      TakeWhile(ContinuesName);
+      Fail(u"Numbers in hexadecimal or octal (&H, &O) are not supported.");
+    }
     if (kSingles.find(Peek()) == TextView::npos) {
       ++position_;
       Fail(u"Syntax error in query expression.");
     }
     return Text(1, statement_[position_++]);
+  }
+
+  bool BeginsNumberOfAnotherBase() const {
+    const char16_t base = UpperCase(Peek(1));
+    const char16_t digit = UpperCase(Peek(2));
+    const bool in_16 = IsDigit(digit) || (digit >= u'A' && digit <= u'F');
+    return (base == u'H' && in_16) || (base == u'O' && digit >= u'0' && digit <= u'7');
   }
 
   // What has been read of the token that begins at start_ makes none.

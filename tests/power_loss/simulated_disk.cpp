@@ -1,4 +1,4 @@
-#include "tests/jet/simulated_disk.h"
+#include "tests/power_loss/simulated_disk.h"
 
 #include <algorithm>
 #include <utility>
@@ -53,7 +53,7 @@ class SimulatedDisk::OpenFile : public File {
   }
   void WriteAt(uint64_t offset, Bytes from) override {
     const bool full = disk_.IsFull();
-    if (full) from = from.first(from.size() / 2);
+    if (full) from = from.first(from.size() > kSector ? from.size() / 2 : 0);
     Put(disk_.files_[file_].bytes, offset, from);
     Note({.kind = Kind::Write, .offset = offset, .bytes = {from.begin(), from.end()}});
     if (full) throw FileError(FileProblem::DiskFull, "the disk is full");
@@ -71,7 +71,7 @@ class SimulatedDisk::OpenFile : public File {
   void Flush() override {
     const bool fails = disk_.until_flush_fails_ >= 0 && disk_.until_flush_fails_-- == 0;
     Note({.kind = fails ? Kind::FailedFlush : Kind::Flush});
-    if (fails) throw FileError(FileProblem::Other, "Input/output error");
+    if (fails) throw FileError(disk_.flush_problem_, "the disk did not take it");
   }
   FileOrigin Origin() override { return {.session = disk_.session_, .file = 1}; }
   bool TryLock(uint64_t offset, uint64_t length, LockMode mode) override {
@@ -122,6 +122,7 @@ bool SimulatedDisk::IsFull() {
   if (failures_ == 0 || until_full_-- > 0) return false;
   until_full_ = 0;
   --failures_;
+  was_full_ = true;
   return true;
 }
 

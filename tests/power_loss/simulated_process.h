@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/jet/simulated_disk.h"
+#include "tests/power_loss/simulated_disk.h"
 
 namespace rdv::jet {
 

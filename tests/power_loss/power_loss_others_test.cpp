@@ -3,11 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "data/jet/file/journal_record.h"
-#include "tests/jet/simulated_process.h"
 #include "tests/jet/things_table.h"
+#include "tests/power_loss/disk_judge.h"
+#include "tests/power_loss/simulated_process.h"
 
 namespace rdv::jet {
 namespace {
@@ -48,7 +48,7 @@ class PowerLossWithOthers : public testing::Test {
     std::mt19937 chance(1);
     size_t choices = 0;
     ForEachChoice(since, samples, chance, [&](const PowerLoss&, const auto&) { ++choices; });
-    const size_t stride = choices / (most * Factor()) + 1;
+    const size_t stride = choices / (most * Thoroughness()) + 1;
     size_t number = 0;
     ForEachChoice(since, samples, chance, [&](const PowerLoss& power, const auto& fates) {
       if (number++ % stride != 0 || HasFailure()) return;
@@ -60,6 +60,7 @@ class PowerLossWithOthers : public testing::Test {
 
   void ExpectSound(DiskContents contents, const std::set<int32_t>& needed) {
     ++states_;
+    CountJudgedState();
     SimulatedDisk after(std::move(contents));
     try {
       const auto engine = Open(after);
@@ -79,11 +80,6 @@ class PowerLossWithOthers : public testing::Test {
   size_t states_ = 0;  // made and opened
 
  private:
-  static size_t Factor() {
-    const char* const wanted = std::getenv("RDV_POWER_LOSS_STATES");
-    return wanted != nullptr ? static_cast<size_t>(std::max(1, std::atoi(wanted) / 80)) : 1;
-  }
-
   using UseChoice = std::function<void(const PowerLoss&, const std::vector<PowerLoss::Fate>&)>;
   void ForEachChoice(size_t since, int samples, std::mt19937& chance, const UseChoice& use) {
     PowerLoss power(start_, disk_->Operations());

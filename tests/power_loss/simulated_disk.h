@@ -41,15 +41,20 @@ class SimulatedDisk : public FileSystem {
   Bytes ContentOf(const Text& path) const { return files_[names_.at(path)].bytes; }
   const std::vector<DiskOperation>& Operations() const { return operations_; }
 
-  // The disk is full for `count` writes and resizes after `after` more that are done. A write that
-  // fails is done in half.
+  // The disk is full for `count` writes and resizes after `after` more that are done. A write of
+  // more than a sector that fails is done in half.
   void FillAfter(int after, int count) {
     until_full_ = after;
     failures_ = count;
+    was_full_ = false;
   }
+  bool WasFull() const { return was_full_; }  // since then
 
   // The flush that `after` others come before fails. Names are flushed all the same.
-  void FailFlushAfter(int after) { until_flush_fails_ = after; }
+  void FailFlushAfter(int after, FileProblem problem = FileProblem::Other) {
+    until_flush_fails_ = after;
+    flush_problem_ = problem;
+  }
   // No name can be removed.
   void KeepNames() { keeps_names_ = true; }
   uint64_t Session() const { return session_; }
@@ -83,9 +88,11 @@ class SimulatedDisk : public FileSystem {
   std::vector<DiskOperation> operations_;
   uint64_t session_;
   int until_flush_fails_ = -1;
+  FileProblem flush_problem_ = FileProblem::Other;
   bool keeps_names_ = false;
   int until_full_ = 0;
   int failures_ = 0;
+  bool was_full_ = false;
 };
 
 // What is left of the contents after each of the operations, if the power goes then.
