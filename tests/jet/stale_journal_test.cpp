@@ -4,8 +4,7 @@
 
 #include "data/jet/file/commit_words.h"
 #include "data/jet/format/format.h"
-#include "tests/jet/things_table.h"
-#include "tests/jet/write_support.h"
+#include "tests/jet/dead_writer.h"
 
 #ifndef _WIN32
 #include <sys/stat.h>
@@ -34,18 +33,9 @@ class StaleJournal : public testing::Test {
     return Engine::Open(PathText(path), {.lock_wait = kShortWait, .files = files});
   }
   std::unique_ptr<Engine> Open() { return Open(path_); }
-  std::filesystem::path Journal() const { return path_.string() + "-journal"; }
+  std::filesystem::path Journal() const { return things::JournalOf(path_); }
 
-  // A process ends between two statements, of which the first inserts row 1000.
-  void DieBetweenStatements() {
-    FaultyFileSystem files;
-    const auto engine = Open(path_, &files);
-    Insert(*engine, 1000);
-    files.Arm(Fault::DeathBefore, 0);
-    WhatRaises([&] { Insert(*engine, 1001); });
-    ASSERT_TRUE(files.Struck());
-    ASSERT_TRUE(std::filesystem::exists(Journal()));
-  }
+  void DieBetweenStatements() { things::DieBetweenStatements(path_); }
 
   // What a program does that has the file to itself and knows nothing of the journal: the same
   // file, other content.

@@ -2,6 +2,8 @@
 // everything that writes.
 #include <gtest/gtest.h>
 
+#include <cstdio>
+
 #include "tests/power_loss/disk_judge.h"
 
 namespace rdv::jet {

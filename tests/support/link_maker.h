@@ -17,8 +17,7 @@ namespace rdv::test {
 class LinkMaker : public jet::TableSource {
  public:
   explicit LinkMaker(const Text& path, jet::FileSystem& files = jet::NativeFileSystem())
-      : pager_(files, path, std::chrono::milliseconds(0), 16),
-        file_(pager_, pager_.FileHeader()) {
+      : pager_(files, path, std::chrono::milliseconds(0), 16), file_(pager_, pager_.FileHeader()) {
     pager_.BeginRead();
     objects_ = jet::ReadTableDefinition(file_, jet::kObjectsPage, jet::kObjectsName);
     pager_.EndRead();
