@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that the named purposes need, and nothing when all are there.
-#   scripts/install-packages.sh PURPOSE...     purposes: build test run lint package bench newer-wine
+#   scripts/install-packages.sh PURPOSE...     purposes: build test run lint package bench
+#                                              newer-wine foreign
 #   native, for the native tests alone
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 answer_help "$@"
@@ -40,6 +41,8 @@ imagemagick          test,run             takes the pictures and measures them
 nsis                 test,package         makes the Windows installer
 zip                  package              makes the archive
 debootstrap          newer-wine           makes a root folder with the next release
+dpkg-dev             foreign              unpacks the sources of a container of others
+make                 foreign              builds it
 pkg-config           bench                finds the libraries below
 libbenchmark-dev     bench                measures
 mdbtools-dev         bench                a yardstick for reading
@@ -67,7 +70,7 @@ missing() {
   done
 }
 
-[ $# -gt 0 ] || die "name a purpose: build test run lint package bench newer-wine"
+[ $# -gt 0 ] || die "name a purpose: build test run lint package bench newer-wine foreign"
 command -v dpkg-query >/dev/null || die "only Debian and its relatives are known here"
 mapfile -t packages < <(missing "$@")
 [ ${#packages[@]} -gt 0 ] || exit 0
