@@ -236,6 +236,15 @@ TEST(Copies, OfTheNewestTenChangesAreKept) {
   EXPECT_THAT(files, Contains("NewDB-old.mdb"));
 }
 
+TEST(Copies, DoNotFollowAFileWhoseNameHasNoTime) {
+  const LinesSite site;
+  WriteBytes(site.Database().parent_path() / "NewDB-99999999-999999-999.mdb", "");
+  EXPECT_EQ(site.Run("set", {"3", "1", "Volume=High"}).code, 0);
+  EXPECT_EQ(site.Run("set", {"3", "1", "Volume=Low"}).code, 0);
+  EXPECT_EQ(site.Run("undo").code, 0);
+  EXPECT_EQ(site.Run("undo").code, 0);
+}
+
 TEST(Copies, OfADatabaseThatIsNotSoundKeepEverythingFromBeingWritten) {
   const LinesSite site("broken/08-cyclic-index", "");
   const std::string before = site.Bytes();

@@ -1,4 +1,5 @@
 // What rdvsite says of files that cannot be used, or are not as they have to be, and mending them.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -327,6 +328,26 @@ TEST_F(DamagedSite, IsDumpedPastTheDamageWhichIsNamedAtTheEnd) {
     if (name == "Used_Lines") continue;
     EXPECT_EQ(table(dump.out, name), table(whole, name)) << name;
   }
+}
+
+TEST_F(DamagedSite, IsDumpedPastARowThatCannotBeFound) {
+  const auto rows_of = [](const std::string& dump) {
+    const size_t table = dump.find("{\"name\":\"Used_Lines\",\n");
+    const size_t begin = dump.find("\"rows\":[", table);
+    const std::string rows = dump.substr(begin, dump.find("]]}", begin) - begin);
+    size_t count = 0;
+    for (size_t at = 0; (at = rows.find("\n  [", at)) != std::string::npos; ++at) ++count;
+    return count;
+  };
+  const size_t all = rows_of(RunTool({"dump", Database()}).out);
+  ASSERT_GT(all, 10u);
+  // The place of its second row; behind the page's head of 14 bytes each place takes two.
+  Overwrite(DataPagesOf(u"Used_Lines").front() * kPage + 14 + 2, std::string("\x01\0", 2));
+  const Outcome dump = RunTool({"dump", Database()});
+  EXPECT_EQ(dump.code, kFindings);
+  EXPECT_THAT(dump.errors, testing::HasSubstr("row 1 lies outside"));
+  // A row ends where the one before it begins: one more cannot be told.
+  EXPECT_EQ(rows_of(dump.out), all - 2);
 }
 
 }  // namespace

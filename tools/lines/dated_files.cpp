@@ -33,11 +33,26 @@ std::string StampOf(sys_time<milliseconds> time) {
          Digits(static_cast<unsigned>(clock.subseconds().count()), 3);
 }
 
+int NumberIn(std::string_view stamp, size_t at, size_t count) {
+  return std::stoi(std::string(stamp.substr(at, count)));
+}
+
+year_month_day DateIn(std::string_view stamp) {
+  return {year(NumberIn(stamp, 1, 4)), month(static_cast<unsigned>(NumberIn(stamp, 5, 2))),
+          day(static_cast<unsigned>(NumberIn(stamp, 7, 2)))};
+}
+
+// One of a time that there is, and before the last year that a stamp can name: others have to
+// follow.
 bool IsStamp(std::string_view text) {
-  return text.size() == kPattern.size() &&
-         std::equal(text.begin(), text.end(), kPattern.begin(), [](char unit, char pattern) {
-           return pattern == '0' ? unit >= '0' && unit <= '9' : unit == pattern;
-         });
+  const bool has_form =
+      text.size() == kPattern.size() &&
+      std::equal(text.begin(), text.end(), kPattern.begin(), [](char unit, char pattern) {
+        return pattern == '0' ? unit >= '0' && unit <= '9' : unit == pattern;
+      });
+  constexpr year kLastYear{9998};
+  return has_form && DateIn(text).ok() && DateIn(text).year() <= kLastYear &&
+         NumberIn(text, 10, 2) < 24 && NumberIn(text, 12, 2) < 60 && NumberIn(text, 14, 2) < 60;
 }
 
 std::string Utf8(const fs::path& path) {
@@ -86,13 +101,9 @@ fs::path NextDatedStem(const fs::path& database) {
   std::string stamp = StampOf(time);
   if (stamp <= newest) {
     // As far behind the newest one as a clock can tell, whatever the clock says now.
-    const auto number = [&](size_t at, size_t count) {
-      return std::stoi(newest.substr(at, count));
-    };
-    const year_month_day date{year(number(1, 4)), month(static_cast<unsigned>(number(5, 2))),
-                              day(static_cast<unsigned>(number(7, 2)))};
-    time = sys_days(date) + hours(number(10, 2)) + minutes(number(12, 2)) + seconds(number(14, 2)) +
-           milliseconds(number(17, 3) + 1);
+    time = sys_days(DateIn(newest)) + hours(NumberIn(newest, 10, 2)) +
+           minutes(NumberIn(newest, 12, 2)) + seconds(NumberIn(newest, 14, 2)) +
+           milliseconds(NumberIn(newest, 17, 3) + 1);
     stamp = StampOf(time);
   }
   const std::string name = stem + stamp;

@@ -53,9 +53,10 @@ bool TableScan::NextSlot() {
 
 bool TableScan::Next() {
   while (NextSlot()) {
-    const Slot slot = page_->At(slot_);
-    const RowId id{page_number_, static_cast<uint8_t>(slot_)};
-    ++slot_;
+    // Whoever goes on after an error goes on behind this row.
+    const size_t place = slot_++;
+    const Slot slot = page_->At(place);
+    const RowId id{page_number_, static_cast<uint8_t>(place)};
     if (slot.Hidden()) continue;
     Bytes content = page_->Content(slot);
     if (slot.Pointer()) content = FollowPointer(*file_, table_->Page(), content);
