@@ -10,6 +10,7 @@
 #include "data/jet/file/pager.h"
 #include "data/jet/file/write_context.h"
 #include "data/jet/format/errors.h"
+#include "data/jet/rows/memory_budget.h"
 #include "data/jet/table/page_users.h"
 #include "data/jet/table/table_writer.h"
 #include "runtime/error.h"
@@ -56,6 +57,8 @@ struct Engine::State : public AllTables {
     Forget();
   }
   void Forget();
+  // Reads the definition of a table that is not known yet, and keeps it.
+  const TableDefinition* Know(const CatalogObject& object);
 
   Pager pager;
   FileReader file;
@@ -64,7 +67,8 @@ struct Engine::State : public AllTables {
   uint64_t definitions = 0;            // how often all that was known of them has been forgotten
   std::optional<Catalog> catalog;
   std::unordered_map<uint32_t, std::unique_ptr<TableDefinition>> tables;  // by page
-  std::map<Text, const TableDefinition*, std::less<>> tables_by_name;     // upper case
+  std::optional<MemoryBudget> of_definitions;
+  std::map<Text, const TableDefinition*, std::less<>> tables_by_name;  // upper case
   std::map<uint32_t, CatalogObject> objects;  // local tables by page, once one is sought
   TablesAsPageUsers page_users{file, *this};
   std::optional<PageAllocator> allocator;
@@ -84,6 +88,7 @@ void Engine::State::Forget() {
   catalog.reset();
   tables_by_name.clear();
   tables.clear();
+  of_definitions = MemoryBudget::OfDefinitions(file);
   objects.clear();
   allocator.emplace(context, &page_users);
   writer.emplace(context, *allocator, *this);
@@ -106,8 +111,13 @@ const TableDefinition* Engine::State::FindTableAt(uint32_t page) {
   KnowObjects();
   const auto object = objects.find(page);
   if (object == objects.end()) return nullptr;
-  auto table = std::make_unique<TableDefinition>(OpenCatalog().Table(object->second));
-  return tables.emplace(page, std::move(table)).first->second.get();
+  return Know(object->second);
+}
+
+const TableDefinition* Engine::State::Know(const CatalogObject& object) {
+  auto table = std::make_unique<TableDefinition>(OpenCatalog().Table(object));
+  of_definitions->Take(HeldBytes(*table));
+  return tables.emplace(static_cast<uint32_t>(object.id), std::move(table)).first->second.get();
 }
 
 void Engine::State::KnowObjects() {
@@ -193,11 +203,10 @@ const TableDefinition* Engine::FindTable(TextView name) {
   const std::optional<CatalogObject> object = state_->OpenCatalog().Find(kTablesContainer, name);
   if (!object || !object->IsLocalTable()) return nullptr;
   const uint32_t page = static_cast<uint32_t>(object->id);
-  if (!state_->tables.contains(page)) {
-    state_->tables.emplace(page,
-                           std::make_unique<TableDefinition>(state_->OpenCatalog().Table(*object)));
-  }
-  return state_->tables_by_name.emplace(key, state_->tables.at(page).get()).first->second;
+  const auto read = state_->tables.find(page);
+  const TableDefinition* table =
+      read != state_->tables.end() ? read->second.get() : state_->Know(*object);
+  return state_->tables_by_name.emplace(key, table).first->second;
 }
 
 const TableDefinition& Engine::TableAt(uint32_t page) {

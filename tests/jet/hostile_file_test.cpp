@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include "data/jet/catalog/properties.h"
 #include "data/jet/sql/jet_connection.h"
 
 namespace rdv::jet {
@@ -213,6 +214,96 @@ TEST_F(HostileFile, MemosThatShareOneChainAreRefusedBeforeTheyFillTheMemory) {
   EXPECT_THROW(read_all(), RuntimeError);
   EXPECT_LT(values.size(), 100u);
   EXPECT_NE(Findings().find("part of two values"), std::string::npos);
+}
+
+TEST_F(HostileFile, BinaryValuesThatShareOneChainAreRefusedAsTextToo) {
+  Change([](Engine& engine) {
+    TableSpec spec{.name = u"Pictures", .columns = {}, .indexes = {}};
+    spec.columns = {{.name = u"Id", .type = ColumnType::Long},
+                    {.name = u"Picture", .type = ColumnType::Ole}};
+    engine.CreateTable(spec);
+    const TableDefinition& table = engine.Table(u"Pictures");
+    for (int32_t i = 0; i < 3000; ++i) {
+      const Assignment values[] = {{0, i}, {1, Binary(100, uint8_t{1})}};
+      engine.Insert(table, values);
+    }
+    const Assignment values[] = {{0, int32_t{-1}}, {1, Binary(1'000'000, uint8_t{2})}};
+    engine.Insert(table, values);
+  });
+  Read();
+  ShareLongestValue(file_, fields_, "Pictures", "Picture");
+  Store();
+  const auto engine = Engine::Open(path_);
+  const Engine::ReadScope scope(*engine);
+  const TableDefinition& table = engine->Table(u"Pictures");
+  size_t read = 0;
+  const auto read_all = [&] {
+    for (TableScan scan(engine->File(), table); scan.Next(); ++read) {
+      Text text;
+      scan.Row().AppendText(table.columns[1], text);
+    }
+  };
+  EXPECT_THROW(read_all(), RuntimeError);
+  EXPECT_LT(read, 100u);
+}
+
+// Each table has all columns of one definition, and all properties of one block: two megabytes.
+TEST_F(HostileFile, TablesThatShareOneDefinitionAreNotAllKept) {
+  constexpr int kTables = 60;
+  const auto name_of = [](int table) { return u"T" + Decimal(table); };
+  TableSpec wide{.name = u"Wide", .columns = {}, .indexes = {}};
+  std::vector<Property> properties;
+  for (int i = 0; i < 255; ++i) {
+    const Text name = u"C" + Decimal(i);
+    wide.columns.push_back({.name = name, .type = ColumnType::Text, .length = 2});
+    for (const TextView of : {u"DefaultValue", u"ValidationRule"})
+      properties.push_back({.owner = name,
+                            .name = Text(of),
+                            .type = ColumnType::Memo,
+                            .value = std::vector<uint8_t>(4000, 0x64)});
+  }
+  Change([&](Engine& engine) {
+    engine.CreateTable(wide);
+    for (int i = 0; i < kTables; ++i) {
+      TableSpec spec{.name = name_of(i), .columns = {}, .indexes = {}};
+      spec.columns = {{.name = u"A", .type = ColumnType::Text, .length = 10, .required = true}};
+      engine.CreateTable(spec);
+    }
+  });
+  Read();
+  // What says that the catalog's table is the engine's own is in the file, too.
+  Set("MSysObjects.type", kUserTable);
+  Store();
+  Change([&](Engine& engine) {
+    const TableDefinition& objects = engine.Table(u"MSysObjects");
+    for (TableScan scan(engine.File(), objects); scan.Next();) {
+      if (ToText(scan.Row().Get(*objects.FindColumn(u"Name"))) != u"Wide") continue;
+      const Assignment values[] = {
+          {static_cast<size_t>(objects.FindColumn(u"LvProp") - objects.columns.data()),
+           Binary(EncodeProperties(properties))}};
+      engine.Update(objects, scan.Row().Id(), values);
+      return;
+    }
+  });
+  Read();
+  ShareLongestValue(file_, fields_, "MSysObjects", "LvProp");
+  for (int i = 0; i < kTables; ++i) {
+    const uint32_t page = PageOf(ToUtf8(name_of(i)) + ".type");
+    std::copy_n(Page(PageOf("Wide.type")), kPageSize, Page(page));
+  }
+  Store();
+  const auto engine = Engine::Open(path_);
+  const Engine::ReadScope scope(*engine);
+  int kept = 0;
+  std::string refusal;
+  try {
+    for (; kept < kTables; ++kept) engine->Table(name_of(kept));
+  } catch (const RuntimeError& error) {
+    refusal = ToUtf8(error.Description());
+  }
+  EXPECT_THAT(refusal,
+              testing::HasSubstr("More is to be kept in memory than the file can stand for"));
+  EXPECT_GT(kept, 10);
 }
 
 // Half a megabyte of the file would take a quarter of a gigabyte of memory.

@@ -13,16 +13,6 @@ namespace {
 
 constexpr size_t kMostFindings = 10000;
 
-size_t HeldBytes(const TableDefinition& table) {
-  size_t held = sizeof table + sizeof(RealIndex) * table.indexes.size() +
-                sizeof(LogicalIndex) * table.logical_indexes.size();
-  for (const Column& column : table.columns) {
-    held += sizeof column + sizeof(char16_t) * (column.name.size() + column.default_value.size() +
-                                                column.validation_rule.size());
-  }
-  return held;
-}
-
 std::vector<TableDefinition> ReadTables(const FileReader& file, CheckReport& report) {
   std::vector<TableDefinition> tables;
   std::set<uint32_t> pages;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "data/jet/file/file_reader.h"
+#include "data/jet/format/schema.h"
 #include "runtime/value.h"
 
 namespace rdv::jet {
@@ -18,11 +19,16 @@ class MemoryBudget {
  public:
   // `file` must outlive it.
   explicit MemoryBudget(const FileReader& file);
+  // A quarter of it, for the definitions that are kept from one statement to the next: in a sound
+  // file they take some ten times their bytes, and are the least of it.
+  static MemoryBudget OfDefinitions(const FileReader& file);
 
   // Raises the damaged file's error once more is kept than the file can stand for.
   void Take(uint64_t bytes);
 
  private:
+  MemoryBudget(const FileReader& file, uint64_t bytes) : file_(&file), left_(bytes) {}
+
   const FileReader* file_;
   uint64_t left_;
 };
@@ -30,5 +36,6 @@ class MemoryBudget {
 // What values take in memory, whatever they are: a Null takes as much as a number.
 size_t HeldBytes(const Value& value);
 size_t HeldBytes(const std::vector<Value>& row);
+size_t HeldBytes(const TableDefinition& table);
 
 }  // namespace rdv::jet

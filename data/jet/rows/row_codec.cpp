@@ -274,7 +274,7 @@ void RowView::AppendOtherText(const Column& column, Text& to) const {
       to += ToText(Get(column));
       return;
     case ColumnType::Ole:
-      return AppendBinary(ReadLongValue(*file_, *field), to);
+      return AppendBinary(ReadLongValue(*file_, LongField(*field)), to);
     default:
       return AppendBinary(*field, to);
   }
