@@ -236,6 +236,23 @@ TEST(Copies, OfTheNewestTenChangesAreKept) {
   EXPECT_THAT(files, Contains("NewDB-old.mdb"));
 }
 
+#ifndef _WIN32  // There the folder gives the rights.
+
+TEST(Copies, AndRecordsHaveTheRightsOfTheDatabase) {
+  namespace fs = std::filesystem;
+  const LinesSite site;
+  constexpr fs::perms kOwnersOnly = fs::perms::owner_read | fs::perms::owner_write;
+  fs::permissions(site.Database(), kOwnersOnly);
+  ASSERT_EQ(site.Run("set", {"3", "1", "Volume=High"}).code, 0);
+  const fs::path record = site.Newest(".undo.json");
+  EXPECT_EQ(fs::status(record).permissions(), kOwnersOnly);
+  EXPECT_EQ(
+      fs::status(record.parent_path() / (record.stem().stem().string() + ".mdb")).permissions(),
+      kOwnersOnly);
+}
+
+#endif
+
 TEST(Copies, DoNotFollowAFileWhoseNameHasNoTime) {
   const LinesSite site;
   WriteBytes(site.Database().parent_path() / "NewDB-99999999-999999-999.mdb", "");

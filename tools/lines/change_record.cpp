@@ -195,7 +195,8 @@ void CompareRows(ChangedTable kind, int16_t config, const RowTable& before, cons
   }
 }
 
-void WriteRecord(const std::filesystem::path& path, const ChangeRecord& record) {
+void WriteRecord(const Text& database, const std::filesystem::path& path,
+                 const ChangeRecord& record) {
   Json json;
   json["program"] = "rdvlines";
   json["version"] = kVersion;
@@ -204,7 +205,7 @@ void WriteRecord(const std::filesystem::path& path, const ChangeRecord& record) 
   json["rows"] = Json::array();
   for (const RowChange& row : record.rows) json["rows"].push_back(ToJson(row));
   const std::string text = json.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
-  WriteFile(path.u16string(), text);
+  WriteFileBeside(database, path.u16string(), text);
 }
 
 ChangeRecord ReadRecord(const std::filesystem::path& path) {

@@ -49,7 +49,8 @@ void CompareRows(ChangedTable kind, int16_t config, const RowTable& before, cons
                  std::vector<RowChange>& to);
 
 // Throws std::runtime_error when the file is not on the disk afterwards.
-void WriteRecord(const std::filesystem::path& path, const ChangeRecord& record);
+void WriteRecord(const Text& database, const std::filesystem::path& path,
+                 const ChangeRecord& record);
 // Throws std::runtime_error for a file that is none.
 ChangeRecord ReadRecord(const std::filesystem::path& path);
 

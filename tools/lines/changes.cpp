@@ -150,7 +150,7 @@ class Change {
 
     std::filesystem::path record = stem;
     record += kRecordEnding;
-    WriteRecord(record, {RecordTimeNow(), options_.command, outcome_.rows});
+    WriteRecord(session_.Database(), record, {RecordTimeNow(), options_.command, outcome_.rows});
     try {
       writing.Commit();
     } catch (...) {

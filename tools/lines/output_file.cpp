@@ -50,13 +50,15 @@ bool IsDatabase(const std::filesystem::path& path) {
 
 }  // namespace
 
-void WriteFile(const Text& path, std::string_view content) {
-  if (IsDeviceOrPipe(std::filesystem::path(path))) return WriteThrough(path, content);
+namespace {
+
+// `model`: whose rights it gets, or null.
+void WriteAsDraft(const Text& path, std::string_view content, jet::File* model) {
   const std::filesystem::path target = Target(std::filesystem::path(path));
   if (IsDatabase(target)) Fail(path, "written", "it is a database");
   try {
     // In a file of its own, whatever bears the draft's name already.
-    jet::Draft draft(jet::NativeFileSystem(), target.u16string());
+    jet::Draft draft(jet::NativeFileSystem(), target.u16string(), model);
     draft.Content().WriteAt(
         0, jet::Bytes(reinterpret_cast<const uint8_t*>(content.data()), content.size()));
     draft.Content().Flush();
@@ -65,6 +67,22 @@ void WriteFile(const Text& path, std::string_view content) {
     Fail(path, "written", error.what());
   } catch (const std::filesystem::filesystem_error& error) {
     Fail(path, "written", error.code().message());
+  }
+}
+
+}  // namespace
+
+void WriteFile(const Text& path, std::string_view content) {
+  if (IsDeviceOrPipe(std::filesystem::path(path))) return WriteThrough(path, content);
+  WriteAsDraft(path, content, nullptr);
+}
+
+void WriteFileBeside(const Text& database, const Text& path, std::string_view content) {
+  try {
+    const auto model = jet::NativeFileSystem().Open(database, jet::FileAccess::Read);
+    WriteAsDraft(path, content, model.get());
+  } catch (const jet::FileError& error) {
+    Fail(database, "read", error.what());
   }
 }
 

@@ -40,11 +40,11 @@ void RequireSame(const ForEachPiece& for_each_piece, File& copy) {
   });
 }
 
-void MakeCopy(FileSystem& files, const Text& to, const ForEachPiece& for_each_piece,
+void MakeCopy(FileSystem& files, File& original, const Text& to, const ForEachPiece& for_each_piece,
               const std::function<void(const Text& draft)>& check) {
   try {
     if (files.Exists(to)) RaiseFileExists(to);
-    Draft draft(files, to);
+    Draft draft(files, to, &original);
     for_each_piece([&](uint64_t offset, Bytes piece) { draft.Content().WriteAt(offset, piece); });
     draft.Content().Flush();
     RequireSame(for_each_piece, draft.Content());
@@ -81,7 +81,8 @@ void CopyDatabase(FileSystem& files, const Text& from, const Text& to,
         pager.GiveBack(page);
       }
     };
-    MakeCopy(files, to, for_each_page, [&](const Text&) {
+    const auto original = Reading(from, [&] { return files.Open(from, FileAccess::Read); });
+    MakeCopy(files, *original, to, for_each_page, [&](const Text&) {
       if (!pager.UnchangedSinceBegin()) RaiseFileInUse(from);
     });
   }
@@ -101,7 +102,7 @@ void CopyHeldDatabase(FileSystem& files, const Text& from, const Text& to,
       offset += size;
     }
   };
-  MakeCopy(files, to, for_each_piece, check);
+  MakeCopy(files, *original, to, for_each_piece, check);
 }
 
 }  // namespace rdv::jet

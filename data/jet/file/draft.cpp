@@ -15,10 +15,12 @@ Text DraftPath(const Text& final_path) {
 
 }  // namespace
 
-Draft::Draft(FileSystem& files, const Text& final_path)
+Draft::Draft(FileSystem& files, const Text& final_path, File* model)
     : files_(files), final_path_(final_path), path_(DraftPath(final_path)) {
   while (!file_) {
-    std::unique_ptr<File> file = files_.Open(path_, FileAccess::Draft);
+    std::unique_ptr<File> file = model != nullptr
+                                     ? files_.OpenBeside(*model, path_, FileAccess::Draft)
+                                     : files_.Open(path_, FileAccess::Draft);
     if (!file->TryLock(kMakerByte, 1, LockMode::Exclusive))
       throw FileError(FileProblem::InUse, "another process is making it");
     const FileStamp stamp = file->Stamp();

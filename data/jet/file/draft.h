@@ -13,7 +13,8 @@ namespace rdv::jet {
 class Draft {
  public:
   // Makes an empty file, in place of what a dead maker left. InUse when another one is at work.
-  Draft(FileSystem& files, const Text& final_path);
+  // What holds the content of another file, `model`, gets that one's rights.
+  Draft(FileSystem& files, const Text& final_path, File* model = nullptr);
   Draft(const Draft&) = delete;
   Draft& operator=(const Draft&) = delete;
   // Removes the file unless it was published.

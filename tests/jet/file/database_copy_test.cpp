@@ -38,12 +38,18 @@ class WatchedFileSystem : public FaultyFileSystem {
     return FaultyFileSystem::Exists(path);
   }
   std::unique_ptr<File> Open(const Text& path, FileAccess access) override {
-    auto file = FaultyFileSystem::Open(path, access);
+    return Watched(FaultyFileSystem::Open(path, access), access);
+  }
+  std::unique_ptr<File> OpenBeside(File& model, const Text& path, FileAccess access) override {
+    return Watched(FaultyFileSystem::OpenBeside(model, path, access), access);
+  }
+
+ private:
+  std::unique_ptr<File> Watched(std::unique_ptr<File> file, FileAccess access) const {
     if (!forgets || access != FileAccess::Draft) return file;
     return std::make_unique<Forgetful>(std::move(file));
   }
 
- private:
   class Forgetful : public File {
    public:
     explicit Forgetful(std::unique_ptr<File> file) : file_(std::move(file)) {}
