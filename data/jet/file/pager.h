@@ -6,11 +6,9 @@
 //      statement: whatever a dead process or a loss of power left was put right first.
 //   2. Pages are changed in memory only until Commit, which does what transaction.h says.
 //   3. Each commit changes the first commit word, so pages in memory are good as long as it (and
-//   the
-//      file's size and date, where the system keeps one) are those that they were read with.
+//      the file's size and date, where the system keeps one) are those that they were read with.
 //   4. A file that was left in the middle of a write and cannot be put right is not used, but by
-//   those
-//      who say that they can deal with it.
+//      those who say that they can deal with it.
 #pragma once
 
 #include <chrono>
