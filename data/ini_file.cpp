@@ -11,7 +11,7 @@ namespace rdv {
 namespace {
 
 constexpr int32_t kPathFileAccess = 75;  // the language's number for it
-constexpr uintmax_t kLargestSettingsFile = 64 * 1024;
+constexpr uintmax_t kLargestSettingsFile = uintmax_t{64} * 1024;
 
 std::string_view TrimBlanks(std::string_view text) {
   constexpr std::string_view kBlanks = " \t\r";

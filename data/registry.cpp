@@ -47,7 +47,7 @@ class RegistryKey {
     content.bytes.resize(kFirstBufferSize);
     LSTATUS status;
     do {
-      DWORD size = static_cast<DWORD>(content.bytes.size());
+      auto size = static_cast<DWORD>(content.bytes.size());
       status = RegQueryValueExA(key_, ansi_name.c_str(), nullptr, &content.type,
                                 content.bytes.data(), &size);
       content.bytes.resize(size);

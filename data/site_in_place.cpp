@@ -7,22 +7,26 @@
 namespace rdv {
 namespace {
 
-const SiteInPlace* current = nullptr;
+// The process has one at most.
+const SiteInPlace*& Installed() {
+  static const SiteInPlace* installed = nullptr;
+  return installed;
+}
 
 }  // namespace
 
 SiteInPlace::SiteInPlace(Text suite_folder, ConnectionMaker connect)
     : suite_folder_(std::move(suite_folder)), connect_(std::move(connect)) {
-  if (current) Raise(LanguageError::InvalidProcedureCall);
-  current = this;
+  if (Installed()) Raise(LanguageError::InvalidProcedureCall);
+  Installed() = this;
 }
 
 SiteInPlace::~SiteInPlace() {
-  current = nullptr;
+  Installed() = nullptr;
 }
 
 const SiteInPlace* SiteInPlace::Current() {
-  return current;
+  return Installed();
 }
 
 }  // namespace rdv

@@ -101,7 +101,8 @@ void DependentChoices::ShowModeNumberFor(Code mode_type) {
     number.SetVisible(true);
   } else if (!takes_number && number.Visible()) {
     if (mode.Width() > number.Width()) {
-      mode.SetWidth(RoundToInt32(mode.Width()) / 2);
+      const int32_t half = RoundToInt32(mode.Width()) / 2;
+      mode.SetWidth(half);
     } else {
       mode.SetWidth(mode.Width() + number.Width());
     }

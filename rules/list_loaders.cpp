@@ -60,7 +60,7 @@ bool ListLoaders::LoadLineTypeToCombo() {
     for (const Code code : LineTypeCodes) {
       AddEntry(form_.cmbLineType,
                code == line_type::kNotInstalled ? caption::kNotInstalled
-                                                : TextView(state_.CardTypes.Item(Decimal(code))),
+                                                : TextView{state_.CardTypes.Item(Decimal(code))},
                code);
     }
   });

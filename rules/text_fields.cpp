@@ -34,7 +34,7 @@ void TextFields::txtEWTOption_Change() {
   ForEachSelectedRow(grid, kLinesWithoutOptions, [&](int row) {
     const Text option = box.Text();
     grid.SetCell(row, column::kEWTOption,
-                 CLng(option) != 0 ? TextView(option) : caption::kDisabled);
+                 CLng(option) != 0 ? TextView{option} : caption::kDisabled);
   });
 }
 
@@ -63,7 +63,7 @@ void TextFields::RejectLabel() {
   const Text rejected = box.Text();
   const Text cleaned = CleanLabel(rejected);
   if (cleaned == rejected) return;
-  const Text kept_before_caret = CleanLabel(TextView(rejected).substr(0, box.Caret()));
+  const Text kept_before_caret = CleanLabel(TextView{rejected}.substr(0, box.Caret()));
   box.SetText(cleaned);
   box.SetCaret(kept_before_caret.size());
 }

@@ -74,24 +74,11 @@ Decoded DecodeUtf8(std::string_view rest) {
 }  // namespace
 
 bool IsUtf8(std::string_view bytes) {
-  for (size_t i = 0; i < bytes.size();) {
-    const auto lead = static_cast<unsigned char>(bytes[i]);
-    const size_t length = lead < 0x80   ? 1
-                          : lead < 0xC2 ? 0
-                          : lead < 0xE0 ? 2
-                          : lead < 0xF0 ? 3
-                          : lead < 0xF5 ? 4
-                                        : 0;
-    if (length == 0 || i + length > bytes.size()) return false;
-    for (size_t k = 1; k < length; ++k) {
-      const auto next = static_cast<unsigned char>(bytes[i + k]);
-      if (next < 0x80 || next > 0xBF) return false;
-      if (k == 1 && ((lead == 0xE0 && next < 0xA0) || (lead == 0xF0 && next < 0x90) ||
-                     (lead == 0xF4 && next > 0x8F))) {
-        return false;
-      }
-    }
-    i += length;
+  while (!bytes.empty()) {
+    const Decoded next = DecodeUtf8(bytes);
+    // What stands for a byte that cannot be read is longer where it was written itself.
+    if (next.character == kReplacement && next.length == 1) return false;
+    bytes.remove_prefix(next.length);
   }
   return true;
 }

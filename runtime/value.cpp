@@ -107,7 +107,7 @@ Text ToDigits(const DecimalNumber& number) {
 
 Text ToDigits(Currency amount) {
   const bool negative = amount.ten_thousandths < 0;
-  const uint64_t bits = static_cast<uint64_t>(amount.ten_thousandths);
+  const auto bits = static_cast<uint64_t>(amount.ten_thousandths);
   return WithDecimals(std::to_string(negative ? ~bits + 1 : bits), 4, negative);
 }
 

@@ -123,7 +123,7 @@ const TableDefinition* Engine::State::Know(const CatalogObject& object) {
 void Engine::State::KnowObjects() {
   if (!objects.empty()) return;
   for (CatalogObject& object : OpenCatalog().All()) {
-    const uint32_t page = static_cast<uint32_t>(object.id);
+    const auto page = static_cast<uint32_t>(object.id);
     if (object.IsLocalTable()) objects.try_emplace(page, std::move(object));
   }
 }
@@ -202,7 +202,7 @@ const TableDefinition* Engine::FindTable(TextView name) {
   if (known != state_->tables_by_name.end()) return known->second;
   const std::optional<CatalogObject> object = state_->OpenCatalog().Find(kTablesContainer, name);
   if (!object || !object->IsLocalTable()) return nullptr;
-  const uint32_t page = static_cast<uint32_t>(object->id);
+  const auto page = static_cast<uint32_t>(object->id);
   const auto read = state_->tables.find(page);
   const TableDefinition* table =
       read != state_->tables.end() ? read->second.get() : state_->Know(*object);

@@ -53,7 +53,7 @@ template <typename IsSeparatorHere>
 Parts Split(TextView path, IsSeparatorHere is_separator) {
   Parts parts;
   for (size_t start = 0; start <= path.size();) {
-    const size_t end = static_cast<size_t>(
+    const auto end = static_cast<size_t>(
         std::find_if(path.begin() + static_cast<ptrdiff_t>(start), path.end(), is_separator) -
         path.begin());
     const TextView part = path.substr(start, end - start);
@@ -124,7 +124,7 @@ Text RequireInFolder(const LinkedTable& link, const Text& path, const Text& file
                                u" outside of the folder of '" + path + u"'");
   };
   try {
-    const Text real = files.CanonicalPath(file);
+    Text real = files.CanonicalPath(file);
     const Parts folder = Split(files.CanonicalPath(FolderOf(path)), IsOwnSeparator);
     const Parts parts = Split(real, IsOwnSeparator);
     const auto end =
@@ -154,7 +154,7 @@ Text RealPath(const Text& path, FileSystem& files) {
 Text FileOfLink(const LinkedTable& link, const Text& spelled, FileSystem& files) {
   const Text path = RealPath(spelled, files);
   if (link.server) RaiseNotFollowed(link, u"a server (" + WithoutSecrets(link.connect) + u")");
-  const Text kind(Trim(TextView(link.connect).substr(0, link.connect.find(u';'))));
+  const Text kind(Trim(TextView{link.connect}.substr(0, link.connect.find(u';'))));
   if (!kind.empty())
     RaiseNotFollowed(link, u"'" + link.database + u"', which is of another kind (" + kind + u")");
   const bool network =

@@ -12,7 +12,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Not;
-using ::testing::UnorderedElementsAre;
 
 // Rows of configuration 1 of the site "plain" by the type of their line.
 constexpr int kHybridRow = 1;

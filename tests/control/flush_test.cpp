@@ -13,22 +13,30 @@
 
 namespace {
 
-// How many of the coming flushes still succeed. What happens then: all others fail, or one does.
 constexpr int kAll = -1;
 constexpr int kMany = 1000;  // more than anything needs
-int flushes_left = kAll;
-bool one_fails = false;
+
+struct Disk {
+  // How many of the coming flushes still succeed. What happens then: all others fail, or one does.
+  int left = kAll;
+  bool one_fails = false;
+};
+
+Disk& TheDisk() {
+  static Disk disk;
+  return disk;
+}
 
 }  // namespace
 
 // In the place of the system's own.
 extern "C" int fdatasync(int file) {
-  if (flushes_left == 0) {
-    if (one_fails) flushes_left = kAll;
+  if (TheDisk().left == 0) {
+    if (TheDisk().one_fails) TheDisk().left = kAll;
     errno = EIO;
     return -1;
   }
-  if (flushes_left > 0) --flushes_left;
+  if (TheDisk().left > 0) --TheDisk().left;
   return static_cast<int>(syscall(SYS_fdatasync, file));
 }
 
@@ -41,15 +49,15 @@ using ::testing::SizeIs;
 class FailingFlush : public ControlTest {
  protected:
   void TearDown() override {
-    flushes_left = kAll;
-    one_fails = false;
+    TheDisk().left = kAll;
+    TheDisk().one_fails = false;
   }
 };
 
 TEST_F(FailingFlush, OfADefaultLineIsReportedByItsTemplate) {
   UseSite("plain");
   Create();
-  flushes_left = 0;
+  TheDisk().left = 0;
   EXPECT_FALSE(control().ShowControl(2));
   const std::vector<Message> messages = Messages();
   ASSERT_THAT(messages, SizeIs(11));
@@ -74,13 +82,13 @@ TEST_F(FailingFlush, OfATemplateIsReportedWhicheverItIs) {
   const auto store = [&](int flushes) {
     UseSite("plain");
     grid().RemoveRows();
-    flushes_left = flushes;
+    TheDisk().left = flushes;
     return templates.LoadDefaultHybrideLine(1, Target::NewRow, Store::Yes);
   };
   ASSERT_TRUE(store(kMany));
-  const int needed = kMany - flushes_left;
+  const int needed = kMany - TheDisk().left;
   ASSERT_GT(needed, 0);
-  one_fails = true;
+  TheDisk().one_fails = true;
   for (int good = 0; good < needed; ++good) {
     EXPECT_FALSE(store(good)) << good;
     EXPECT_THAT(Messages(), SizeIs(1)) << good;
@@ -91,11 +99,11 @@ TEST_F(FailingFlush, OfTheLastOneOfADefaultUnitIsReportedByTheLoad) {
   const auto show = [&](int flushes) {
     UseSite("plain");
     Create();
-    flushes_left = flushes;
+    TheDisk().left = flushes;
     return control().ShowControl(2);
   };
   ASSERT_TRUE(show(kMany));
-  const int needed = kMany - flushes_left;
+  const int needed = kMany - TheDisk().left;
   EXPECT_FALSE(show(needed - 1));
   const std::vector<Message> messages = Messages();
   ASSERT_THAT(messages, SizeIs(1));
@@ -107,7 +115,7 @@ TEST_F(FailingFlush, OfApplyIsReportedAndLeavesTheChangesPending) {
   Create();
   ASSERT_TRUE(control().ShowControl(1));
   form().cmdApply.SetEnabled(true);
-  flushes_left = 0;
+  TheDisk().left = 0;
   Press(form().cmdApply);
   EXPECT_TRUE(form().cmdApply.Enabled());
   EXPECT_THAT(Messages(), SizeIs(1));
@@ -120,9 +128,9 @@ TEST_F(FailingFlush, OfTheLastOneOfApplyIsReportedToo) {
   const auto apply = [&](TextView label, int flushes) {
     form().LVRDVLineConfig.SetCell(1, column::kLabel, label);
     form().cmdApply.SetEnabled(true);
-    flushes_left = flushes;
+    TheDisk().left = flushes;
     Press(form().cmdApply);
-    return flushes - flushes_left;
+    return flushes - TheDisk().left;
   };
   apply(u"one", kMany);  // whatever else differs from the stored lines is written now
   const int needed = apply(u"two", kMany);

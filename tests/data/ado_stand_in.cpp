@@ -115,7 +115,7 @@ class ScriptObject : public IDispatch {
   }
   HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD kind, DISPPARAMS* parameters,
                                    VARIANT* result, EXCEPINFO* exception, UINT*) override {
-    const size_t position = static_cast<size_t>(id) - 1;
+    const auto position = static_cast<size_t>(id) - 1;
     if (position >= members_.size() || (members_[position].kinds & kind) == 0)
       return DISP_E_MEMBERNOTFOUND;
     CallArguments arguments;

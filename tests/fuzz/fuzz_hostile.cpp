@@ -52,7 +52,7 @@ void RelateTrees(std::vector<uint8_t>& bytes, const std::vector<FileField>& fiel
   const auto number = [&](const std::string& name) {
     return LoadField(bytes, FindField(fields, "Trees.logical index " + name + ".number"));
   };
-  const uint32_t page = static_cast<uint32_t>(FindField(fields, "Trees.rows").at / kJet4.page_size);
+  const auto page = static_cast<uint32_t>(FindField(fields, "Trees.rows").at / kJet4.page_size);
   set("PrimaryKey.foreign key", kForeignKeyReferenced);
   set("PrimaryKey.other index", number("ByParent"));
   set("PrimaryKey.other table", page);

@@ -12,13 +12,13 @@ class MemoryFile : public File {
 
   size_t ReadAt(uint64_t offset, std::span<uint8_t> into) override {
     if (offset >= content_->size()) return 0;
-    const size_t start = static_cast<size_t>(offset);
+    const auto start = static_cast<size_t>(offset);
     const size_t count = std::min(into.size(), content_->size() - start);
     std::memcpy(into.data(), content_->data() + start, count);
     return count;
   }
   void WriteAt(uint64_t offset, Bytes from) override {
-    const size_t start = static_cast<size_t>(offset);
+    const auto start = static_cast<size_t>(offset);
     if (start + from.size() > content_->size()) content_->resize(start + from.size());
     std::copy(from.begin(), from.end(), content_->begin() + static_cast<ptrdiff_t>(start));
   }

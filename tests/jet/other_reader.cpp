@@ -109,7 +109,7 @@ std::string FirstDifference(const TableDefinition& table, std::vector<Fields> ex
   if (left == expected.end()) return {};
   if (left->size() != right->size()) return std::to_string(right->size()) + " fields in a row";
   const auto field = std::mismatch(left->begin(), left->end(), right->begin()).first;
-  const size_t column = static_cast<size_t>(field - left->begin());
+  const auto column = static_cast<size_t>(field - left->begin());
   return ToUtf8(table.columns.at(column).name) + " is " + Shown(*right, column) + " instead of " +
          Shown(*left, column);
 }

@@ -236,7 +236,7 @@ TEST_P(ChangedFile, IsReadOrRefused) {
       const size_t page = random() % (bytes.size() / 2048) * 2048;
       const size_t offset = random() % 2 == 0 ? random() % 64 : random() % 2048;
       static constexpr uint8_t kTellingBytes[] = {0x00, 0x01, 0x7F, 0x80, 0xFF, 0x40};
-      const uint8_t any = static_cast<uint8_t>(random());
+      const auto any = static_cast<uint8_t>(random());
       bytes[page + offset] = random() % 2 == 0 ? any : kTellingBytes[random() % 6];
     }
     const Text error = ErrorOfReading(std::move(bytes), GetParam());

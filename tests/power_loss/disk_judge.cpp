@@ -92,7 +92,7 @@ void DiskJudge::ForEachMoment(const std::function<void(const PowerLoss&)>& call)
 
 void DiskJudge::Prove(size_t wanted) {
   const size_t moments = Disk().Operations().size() + 1;
-  const int samples = static_cast<int>(wanted / moments) + 1;
+  const auto samples = static_cast<int>(wanted / moments) + 1;
   size_t choices = 0;
   std::mt19937 chance(1);
   ForEachMoment([&](const PowerLoss& disk) {
@@ -206,7 +206,7 @@ void DiskJudge::RunOutOfRoom(const DiskContents& contents,
                              std::pair<size_t, size_t> allowed, uint64_t session) {
   const size_t writes = WritesAmong(operations);
   if (writes == 0) return;
-  const int position = static_cast<int>(again_() % writes);
+  const auto position = static_cast<int>(again_() % writes);
   SimulatedDisk disk(contents, session);
   disk.FillAfter(position, again_() % 2 == 0 ? 1 : kStaysFull);
   SCOPED_TRACE(testing::Message() << "and no room after write " << position << " of " << writes);

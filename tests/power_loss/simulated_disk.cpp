@@ -16,7 +16,7 @@ constexpr size_t kFew = 6;
 constexpr size_t kMany = 24;
 
 void Put(std::vector<uint8_t>& content, uint64_t offset, Bytes bytes) {
-  const size_t end = static_cast<size_t>(offset) + bytes.size();
+  const auto end = static_cast<size_t>(offset) + bytes.size();
   if (content.size() < end) content.resize(end);
   std::ranges::copy(bytes, content.begin() + static_cast<ptrdiff_t>(offset));
 }
@@ -46,7 +46,7 @@ class SimulatedDisk::OpenFile : public File {
   size_t ReadAt(uint64_t offset, std::span<uint8_t> into) override {
     const std::vector<uint8_t>& bytes = disk_.files_[file_].bytes;
     if (offset >= bytes.size()) return 0;
-    const size_t start = static_cast<size_t>(offset);
+    const auto start = static_cast<size_t>(offset);
     const size_t count = std::min(into.size(), bytes.size() - start);
     std::copy_n(bytes.begin() + static_cast<ptrdiff_t>(start), count, into.begin());
     return count;

@@ -22,7 +22,7 @@ void AppendName(std::vector<uint8_t>& to, std::string_view name) {
 
 // A new page at the file's end, and its number.
 uint32_t AppendPage(std::vector<uint8_t>& file, PageType type) {
-  const uint32_t number = static_cast<uint32_t>(file.size() / kPageSize);
+  const auto number = static_cast<uint32_t>(file.size() / kPageSize);
   file.resize(file.size() + kPageSize);
   file[number * kPageSize] = static_cast<uint8_t>(type);
   file[number * kPageSize + 1] = kPageMark;

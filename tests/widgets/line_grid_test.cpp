@@ -259,7 +259,7 @@ TEST_F(LineGridTest, VerticalScrollGoesToTheNearestWholeRow) {
   grid.UserScrollVertically(-height * 0.4);
   EXPECT_EQ(grid.RowTop(1), top - 2 * height);
   grid.UserScrollVertically(1000 * height);
-  const int in_sight = static_cast<int>((grid.Height() - top) / height);
+  const auto in_sight = static_cast<int>((grid.Height() - top) / height);
   EXPECT_EQ(grid.RowTop(30 - in_sight + 1), top);
   EXPECT_EQ(grid.HitTest(0, top), 30 - in_sight + 1);
   grid.UserScrollVertically(-1000 * height);

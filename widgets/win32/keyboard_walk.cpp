@@ -165,7 +165,7 @@ void KeyboardWalk::Enter(bool at_the_end) {
 // False at the end: the focus then leaves the control.
 bool KeyboardWalk::StepToStop(bool backward) {
   const int step = backward ? -1 : 1;
-  const int count = static_cast<int>(stops_.size());
+  const auto count = static_cast<int>(stops_.size());
   int index = 0;
   while (index < count && !HasFocus(stops_[static_cast<size_t>(index)].window)) ++index;
   if (index == count) index = backward ? count : -1;

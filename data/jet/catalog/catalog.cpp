@@ -165,7 +165,7 @@ std::vector<Relationship> Catalog::Relationships() const {
   for (TableScan scan(*file_, table); scan.Next();) {
     const RowView& row = scan.Row();
     const Text name = TextField(*file_, table, row, u"szRelationship");
-    const uint32_t bits = static_cast<uint32_t>(LongField(*file_, table, row, u"grbit"));
+    const auto bits = static_cast<uint32_t>(LongField(*file_, table, row, u"grbit"));
     Relationship& relationship = by_name[name];
     relationship.name = name;
     relationship.table = TextField(*file_, table, row, u"szObject");

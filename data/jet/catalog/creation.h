@@ -43,8 +43,8 @@ class SchemaWriter {
   void CreateRelationship(const RelationshipSpec& spec);
 
  private:
-  TableDefinition DefineTable(const TableSpec& spec) const;
-  void DefineIndexes(const TableSpec& spec, TableDefinition& table) const;
+  static TableDefinition DefineTable(const TableSpec& spec);
+  static void DefineIndexes(const TableSpec& spec, TableDefinition& table);
   void AllocateMaps(TableDefinition& table);
   RowId NewMap(uint32_t& page);
   void AllocateRoot(RealIndex& index, uint32_t table_page, uint32_t& map_page);

@@ -233,7 +233,7 @@ TableDefinition Definition(const SystemTable& system) {
 // The file before its first rows: all pages are there, and the pager can work on them.
 class Foundation {
  public:
-  explicit Foundation(const CreationStamp& stamp) : bytes_(kPages * kFormat.page_size, 0) {
+  explicit Foundation(const CreationStamp& stamp) : bytes_(size_t{kPages} * kFormat.page_size, 0) {
     Header(stamp);
     GlobalMaps();
     Maps();
@@ -349,7 +349,7 @@ class SystemTableSource : public TableSource {
 };
 
 void InsertRows(Pager& pager, double row_date) {
-  constexpr int32_t kSystemObject = static_cast<int32_t>(0x80000000);
+  constexpr auto kSystemObject = static_cast<int32_t>(0x80000000);
   const FileReader file(pager, pager.FileHeader());
   const WriteContext context{pager, file};
   PageAllocator allocator(context);

@@ -256,7 +256,7 @@ std::vector<uint8_t> AddIndexToDefinition(Bytes definition, const TableDefinitio
   if (real) EncodeRealIndex(table, *real, insert(kFormat.real_index.size));
 
   const auto& present = table.logical_indexes;
-  const size_t place = static_cast<size_t>(std::ranges::count_if(
+  const auto place = static_cast<size_t>(std::ranges::count_if(
       present, [&](const LogicalIndex& other) { return NameLess(other.name, logical.name); }));
   position += place * kFormat.logical_index.size;
   EncodeLogicalIndex(logical, insert(kFormat.logical_index.size));

@@ -71,8 +71,8 @@ class PropertyParser {
 
   // The name of what the values belong to, then the values.
   void ParseOwner(ByteReader& block) {
-    const size_t header_size = block.U32();
-    ByteReader header(TakeRest(block, header_size, kOwnerSizeSize));
+    const size_t size = block.U32();
+    ByteReader header(TakeRest(block, size, kOwnerSizeSize));
     const Text owner = Name(header);
     if (header.Failed()) Fail();
     while (block.Left() > 0) ParseValue(block, owner);

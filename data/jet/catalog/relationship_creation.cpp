@@ -124,7 +124,7 @@ void SchemaWriter::AddRelationshipRows(const RelationshipSpec& spec) {
   uint32_t rules = 0;
   if (spec.cascade_updates) rules |= kRelationCascadeUpdates;
   if (spec.cascade_deletes) rules |= kRelationCascadeDeletes;
-  const int32_t count = static_cast<int32_t>(spec.columns.size());
+  const auto count = static_cast<int32_t>(spec.columns.size());
   for (int32_t i = 0; i < count; ++i) {
     const RelationshipColumn& pair = spec.columns[static_cast<size_t>(i)];
     const std::vector<Assignment> values = {{kRelationName, spec.name},

@@ -82,12 +82,12 @@ void SchemaWriter::CreateTable(const TableSpec& spec) {
   table.pages = {allocator_.Allocate()};
   AllocateMaps(table);
   StoreDefinition(context_, allocator_, EncodeDefinition(table), table.pages);
-  const int32_t id = static_cast<int32_t>(table.Page());
+  const auto id = static_cast<int32_t>(table.Page());
   AddObject(id, kTablesContainer, kObjectTable, spec.name, PropertiesOf(spec));
   InheritPermissions(id, kTablesContainer);
 }
 
-TableDefinition SchemaWriter::DefineTable(const TableSpec& spec) const {
+TableDefinition SchemaWriter::DefineTable(const TableSpec& spec) {
   if (spec.columns.empty() || spec.columns.size() > kMaxColumns)
     RaiseInvalidDefinition(u"a table has 1 to 255 fields");
   TableDefinition table;
@@ -113,7 +113,7 @@ TableDefinition SchemaWriter::DefineTable(const TableSpec& spec) const {
   return table;
 }
 
-void SchemaWriter::DefineIndexes(const TableSpec& spec, TableDefinition& table) const {
+void SchemaWriter::DefineIndexes(const TableSpec& spec, TableDefinition& table) {
   if (spec.indexes.size() > kMaxIndexes) RaiseInvalidDefinition(u"a table has up to 32 indexes");
   for (const IndexSpec& index_spec : spec.indexes) {
     RequireName(index_spec.name);
@@ -126,7 +126,7 @@ void SchemaWriter::DefineIndexes(const TableSpec& spec, TableDefinition& table) 
     for (const IndexPartSpec& part : index_spec.columns) {
       const Column* column = table.FindColumn(part.column);
       if (!column) RaiseInvalidDefinition(u"there is no field '" + part.column + u"'");
-      const size_t position = static_cast<size_t>(column - table.columns.data());
+      const auto position = static_cast<size_t>(column - table.columns.data());
       index.columns.push_back({position, part.descending});
     }
     AppendIndex(table, std::move(index), index_spec.name, index_spec.primary);
@@ -202,7 +202,7 @@ void SchemaWriter::InheritPermissions(int32_t id, int32_t container) {
     const auto same = [&](const auto& entry) { return entry.first == sid; };
     const auto known = std::ranges::find_if(inherited, same);
     if (known == inherited.end()) {
-      inherited.push_back({sid, rights});
+      inherited.emplace_back(sid, rights);
     } else {
       known->second |= rights;
     }

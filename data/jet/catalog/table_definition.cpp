@@ -98,6 +98,7 @@ class DefinitionParser {
     std::vector<Column>& columns = table_.columns;
     if (std::ranges::is_sorted(columns, {}, &Column::number)) return;
     std::vector<Column*> order;
+    order.reserve(columns.size());
     for (Column& column : columns) order.push_back(&column);
     std::ranges::sort(order, {}, &Column::number);
     std::vector<Column> sorted;

@@ -20,7 +20,7 @@ std::vector<TableDefinition> ReadTables(const FileReader& file, CheckReport& rep
   const Catalog catalog(file);
   for (const CatalogObject& object : catalog.All()) {
     if (!object.IsLocalTable()) continue;
-    const uint32_t page = static_cast<uint32_t>(object.id);
+    const auto page = static_cast<uint32_t>(object.id);
     const Finding damaged{
         .kind = FindingKind::DamagedStructure, .page = page, .table = page, .text = {}};
     if (!pages.insert(page).second) {

@@ -37,7 +37,7 @@ class TreeWalk {
   }
 
   // Returns the depth of the tree below the page. `last`: what the page's last entry has to be.
-  int Visit(uint32_t number, std::optional<EntryBytes> last, int level = 0) {
+  int Visit(uint32_t number, const std::optional<EntryBytes>& last, int level = 0) {
     if (level > kDeepestIndex) file_.DamagedPage(index_.root, u"is the root of an endless index");
     if (number >= visited_.size() || visited_[number]) {
       file_.DamagedPage(number, u"is met twice on the way through an index");

@@ -152,13 +152,14 @@ class Repair {
   }
 
   bool DropLongValue(const Finding& finding) {
-    for (const Column& column : Table(finding).columns) {
-      if (!column.IsLongValue() || column.owned_map != finding.map) continue;
-      RowStore(context_, allocator_, kOwnerLongValues, column.owned_map, column.free_map)
-          .RemoveWithPage({finding.page, static_cast<uint8_t>(finding.position)});
-      return true;
-    }
-    return false;
+    const std::vector<Column> columns = Table(finding).columns;
+    const auto column = std::ranges::find_if(columns, [&](const Column& one) {
+      return one.IsLongValue() && one.owned_map == finding.map;
+    });
+    if (column == columns.end()) return false;
+    RowStore(context_, allocator_, kOwnerLongValues, column->owned_map, column->free_map)
+        .RemoveWithPage({finding.page, static_cast<uint8_t>(finding.position)});
+    return true;
   }
 
   bool RebuildIndex(const Finding& finding) {

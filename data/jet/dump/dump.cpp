@@ -301,7 +301,7 @@ class DatabaseDump {
   void WriteColumn(const Column& column) {
     json_.Raw("\n  {");
     Pair("name", column.name);
-    json_.Raw(",\"type\":\"" + TypeName(column.type) + "\"");
+    json_.Raw(R"(,"type":")" + TypeName(column.type) + '"');
     Count("length", column.length);
     Flag("autonumber", column.autonumber);
     if (column.type == ColumnType::Numeric) {
@@ -335,7 +335,7 @@ class DatabaseDump {
       parts.Next();
       json_.Raw("{");
       Pair("name", table.columns[part.column].name);
-      json_.Raw(part.descending ? ",\"direction\":\"desc\"}" : ",\"direction\":\"asc\"}");
+      json_.Raw(part.descending ? R"(,"direction":"desc"})" : R"(,"direction":"asc"})");
     }
     json_.Raw("]");
     Flag("unique", real.unique);

@@ -12,7 +12,7 @@
 namespace rdv::jet {
 namespace {
 
-constexpr size_t kPieceSize = 64 * 1024;
+constexpr size_t kPieceSize = size_t{64} * 1024;
 
 // The year, month and day of the Gregorian calendar, from days since 1899-12-30.
 struct Day {
@@ -112,7 +112,7 @@ void JsonWriter::Date(DateTime date) {
   constexpr double last_day = 1e9;  // far beyond every calendar; keeps the arithmetic in range
   if (!(std::abs(date.days) < last_day)) return Real(date.days);
   const double whole = std::trunc(date.days);
-  int64_t day = static_cast<int64_t>(whole);
+  auto day = static_cast<int64_t>(whole);
   int64_t ms = std::llround(std::abs(date.days - whole) * ms_per_day);
   if (ms == ms_per_day) {
     ms = 0;

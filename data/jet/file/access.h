@@ -45,6 +45,7 @@ class FileLock {
   FileLock(File& file, std::chrono::milliseconds wait) : file_(file), wait_(wait) {}
   FileLock(const FileLock&) = delete;
   FileLock& operator=(const FileLock&) = delete;
+  ~FileLock() = default;
 
   bool AcquireShared();
   bool AcquireExclusive();
@@ -77,6 +78,7 @@ class UserFile {
   UserFile(FileSystem& files, const Text& database_path);
   UserFile(const UserFile&) = delete;
   UserFile& operator=(const UserFile&) = delete;
+  ~UserFile() = default;
 
   // Whether a lock file is there in which somebody else holds a lock, or which cannot be looked
   // into. Makes no file.

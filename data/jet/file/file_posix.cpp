@@ -1,7 +1,6 @@
 #ifndef _WIN32
 
 #include <fcntl.h>
-#include <stdio.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
 #include <unistd.h>
@@ -10,8 +9,10 @@
 #include <array>
 #include <bit>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string_view>
 
 #include "data/jet/file/file.h"
@@ -77,6 +78,8 @@ class PosixFile : public File {
   // `status`: that of the descriptor.
   PosixFile(int descriptor, const struct stat& status)
       : descriptor_(descriptor), device_(status.st_dev), number_(status.st_ino) {}
+  PosixFile(const PosixFile&) = delete;
+  PosixFile& operator=(const PosixFile&) = delete;
   ~PosixFile() override { close(descriptor_); }
 
   size_t ReadAt(uint64_t offset, std::span<uint8_t> into) override {
@@ -148,7 +151,7 @@ class PosixFile : public File {
 
   // As far as they can be given. The owner only where the superuser makes the file; where the group
   // cannot be given, its own gets no more than everybody has.
-  void TakeRightsOf(int model) {
+  void TakeRightsOf(int model) const {
     struct stat status {};
     if (fstat(model, &status) != 0) RaiseErrno(errno);
     constexpr mode_t kReadAndWrite = 0666;
@@ -163,7 +166,9 @@ class PosixFile : public File {
   int Descriptor() const { return descriptor_; }
 
  private:
-  static struct flock LockOf(uint64_t offset, uint64_t length, short type) {
+  using LockType = decltype(flock::l_type);
+
+  static struct flock LockOf(uint64_t offset, uint64_t length, LockType type) {
     struct flock lock {};
     lock.l_type = type;
     lock.l_whence = SEEK_SET;
@@ -174,7 +179,7 @@ class PosixFile : public File {
 
   // Locks of the open file description: unlike a process' own, they exclude other descriptors of
   // the same process and are not lost when one of those is closed.
-  bool SetLock(uint64_t offset, uint64_t length, short type) {
+  bool SetLock(uint64_t offset, uint64_t length, LockType type) const {
     struct flock lock = LockOf(offset, length, type);
     while (fcntl(descriptor_, F_OFD_SETLK, &lock) != 0) {
       if (errno == EAGAIN || errno == EACCES) return false;
@@ -200,7 +205,7 @@ class PosixFileSystem : public FileSystem {
     for (;;) {
       try {
         auto file = OpenWith(path, access, O_CREAT | O_EXCL);
-        file->TakeRightsOf(static_cast<PosixFile&>(model).Descriptor());
+        file->TakeRightsOf(dynamic_cast<const PosixFile&>(model).Descriptor());
         return file;
       } catch (const FileError& error) {
         if (error.Problem() != FileProblem::Exists) throw;
@@ -224,15 +229,14 @@ class PosixFileSystem : public FileSystem {
 
   Text CanonicalPath(const Text& path) override {
     const std::string name = ToUtf8(path);
-    char* const real = realpath(name.c_str(), nullptr);
+    const auto release = [](char* path) { std::free(path); };
+    const std::unique_ptr<char, decltype(release)> real(realpath(name.c_str(), nullptr));
     if (real == nullptr) {
       if (errno == ENOENT && !FolderOfExists(name))
         throw FileError(FileProblem::FolderNotFound, std::strerror(ENOENT));
       RaiseErrno(errno);
     }
-    Text canonical = FromUtf8(real);
-    std::free(real);
-    return canonical;
+    return FromUtf8(real.get());
   }
 
   void Remove(const Text& path) override {

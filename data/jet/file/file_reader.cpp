@@ -150,7 +150,7 @@ Text FileReader::DecodeName(Bytes stored) const {
   return FromWindows1252(bytes);
 }
 
-void FileReader::Damaged(Text reason) const {
+void FileReader::Damaged(const Text& reason) const {
   RaiseDamaged(pages_->Path(), reason);
 }
 

@@ -39,7 +39,7 @@ class FileReader {
   // Text as it is stored in definitions and properties: never compressed.
   Text DecodeName(Bytes stored) const;
 
-  [[noreturn]] void Damaged(Text reason) const;
+  [[noreturn]] void Damaged(const Text& reason) const;
   [[noreturn]] void DamagedPage(uint32_t number, TextView reason) const;
 
  private:

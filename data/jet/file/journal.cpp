@@ -59,7 +59,7 @@ std::optional<JournalContent> Journal::Load(uint64_t database_size) {
   content.end = JournalHead::kSize;
   while (content.end <= content.storage.size()) {
     const Bytes rest = Bytes(content.storage).subspan(static_cast<size_t>(content.end));
-    const uint32_t number = static_cast<uint32_t>(content.records.size() + 1);
+    const auto number = static_cast<uint32_t>(content.records.size() + 1);
     std::optional<ParsedRecord> parsed = ParseRecord(rest, number, content.head);
     if (!parsed) break;
     content.records.push_back(std::move(parsed->record));

@@ -145,7 +145,7 @@ void AppendRecord(const JournalRecord& record, uint64_t salt, std::vector<uint8_
 }
 
 std::optional<ParsedRecord> ParseRecord(Bytes bytes, uint32_t number, const JournalHead& head) {
-  if (bytes.size() < kEntriesAt || Load32(&bytes[0]) != kRecordMark) return std::nullopt;
+  if (bytes.size() < kEntriesAt || Load32(bytes.data()) != kRecordMark) return std::nullopt;
   ParsedRecord parsed;
   parsed.length = Load32(&bytes[kLengthAt]);
   const size_t old_count = Load32(&bytes[kOldPagesAt]);

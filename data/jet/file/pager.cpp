@@ -97,11 +97,11 @@ void Pager::ReadHeaderPage() {
     LockShared();
     Refresh();
     while (!judged_) PutRightAsReader();
-    size = overlaid_ ? uint64_t{PageCount()} * database_.page_size : file_->Stamp().size;
+    size = overlaid_ ? uint64_t{cache_.Count()} * database_.page_size : file_->Stamp().size;
     lock_->Release();
   }
   header_ = ReadHeader(start, size, path_);
-  database_.page_size = PageSize();
+  database_.page_size = Layout().page_size;
   database_.words_at = Layout().header.commit_words;
 }
 

@@ -50,6 +50,8 @@ class Pager : public PageSource {
   // writing is opened for reading.
   Pager(FileSystem& files, Text path, std::chrono::milliseconds lock_wait, size_t cache_pages,
         Suspects suspects = Suspects::Refused);
+  Pager(const Pager&) = delete;
+  Pager& operator=(const Pager&) = delete;
   ~Pager() override;
 
   const Header& FileHeader() const { return header_; }

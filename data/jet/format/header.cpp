@@ -52,14 +52,14 @@ std::optional<Mismatch> TooShort(uint64_t file_size, const Format& format) {
 // from everything else.
 std::optional<Mismatch> MismatchOf(Bytes start, uint64_t file_size) {
   if (file_size == 0) return TooShort(file_size, kJet3);
-  const char* engine = reinterpret_cast<const char*>(start.data() + kHeaderEngineName);
+  const auto* engine = reinterpret_cast<const char*>(start.data() + kHeaderEngineName);
   const bool has_name = start.size() >= kHeaderEngineName + kHeaderEngineNameSize;
   const std::string_view name(engine, has_name ? strnlen(engine, kHeaderEngineNameSize) : 0);
   if (!has_name || !std::equal(kHeaderMark.begin(), kHeaderMark.end(), start.begin()) ||
       (name != kNameJet && name != kNameAce && name != kNameMoney)) {
     return Mismatch{u"The file has no such signature: it does not begin as a Jet database does"};
   }
-  if (const auto too_short = TooShort(file_size, kJet3)) return too_short;
+  if (auto too_short = TooShort(file_size, kJet3)) return too_short;
   if (start.size() < kHeaderSize) return Mismatch{u"Its first page is cut off"};
   if (name == kNameMoney) return Mismatch{u"Files of Microsoft Money are not supported", true};
   const uint32_t version = Load32(start.data() + kHeaderVersion);
@@ -70,7 +70,7 @@ std::optional<Mismatch> MismatchOf(Bytes start, uint64_t file_size) {
   if (version > static_cast<uint32_t>(Version::Jet4)) {
     return Mismatch{u"Version " + Decimal(version) + u" of the format is not known", true};
   }
-  if (const auto too_short = TooShort(file_size, FormatOf(version))) return too_short;
+  if (auto too_short = TooShort(file_size, FormatOf(version))) return too_short;
   if (file_size % kJet3.page_size != 0) {
     return Mismatch{u"The file is cut off in the middle of a page, at " +
                     Decimal(static_cast<int64_t>(file_size)) + u" bytes"};
@@ -94,7 +94,7 @@ Text ReadPassword(Bytes page, const Format& format, double creation_date) {
   for (size_t i = 0; i + 1 < field.size(); i += 2) {
     const int low = field[i] ^ mask[i % mask.size()];
     const int high = field[i + 1] ^ mask[(i + 1) % mask.size()];
-    const char16_t unit = static_cast<char16_t>(low | (high << 8));
+    const auto unit = static_cast<char16_t>(low | (high << 8));
     if (unit == 0) break;
     password.push_back(unit);
   }

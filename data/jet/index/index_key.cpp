@@ -43,7 +43,7 @@ void AppendSigned(Unsigned number, bool descending, Key& key) {
 // grow away from zero, are complemented below the sign.
 template <typename Unsigned>
 void AppendReal(Unsigned bits, bool descending, Key& key) {
-  const Unsigned sign = static_cast<Unsigned>(Unsigned{1} << (sizeof(Unsigned) * 8 - 1));
+  const auto sign = static_cast<Unsigned>(Unsigned{1} << (sizeof(Unsigned) * 8 - 1));
   if (bits & sign) bits = static_cast<Unsigned>(~bits ^ sign);
   AppendSigned(bits, descending, key);
 }
@@ -55,7 +55,7 @@ void AppendBinary(Bytes bytes, bool descending, Key& key) {
     uint8_t padded[kSegmentSize] = {};
     std::copy(segment.begin(), segment.end(), padded);
     AppendInOrder(padded, kSegmentSize, descending, key);
-    const uint8_t length = static_cast<uint8_t>(segment.size());
+    const auto length = static_cast<uint8_t>(segment.size());
     if (bytes.empty()) {
       AppendInOrder(&length, 1, descending, key);
     } else {
@@ -89,7 +89,7 @@ bool AppendText(const FileReader& file, TextView text, bool descending, Key& key
 
 struct PartAppender {
   const FileReader& file;
-  bool descending;
+  const bool descending;
   Key& key;
   char16_t unsupported = 0;
 

@@ -51,11 +51,13 @@ size_t UsedEntryBytes(const Format& format, Bytes page) {
 }
 
 IndexPageView::IndexPageView(const FileReader& file, uint32_t table_page, uint32_t number)
-    : file_(&file), number_(number), page_(file.IndexPage(number, table_page)) {
+    : file_(&file),
+      number_(number),
+      page_(file.IndexPage(number, table_page)),
+      mask_(MaskOf(file.Layout(), page_)),
+      entries_(page_.subspan(file.Layout().index.entries)),
+      child_size_(IsLeaf() ? 0 : kEntryChildSize) {
   const auto& layout = file.Layout().index;
-  mask_ = MaskOf(file.Layout(), page_);
-  entries_ = page_.subspan(layout.entries);
-  child_size_ = IsLeaf() ? 0 : kEntryChildSize;
   if (LowestBit(mask_, entries_.size() + 1))
     file.DamagedPage(number, u"marks index entries behind its end");
   const auto first = EntryAt(0);

@@ -209,7 +209,7 @@ std::vector<size_t> IndexWriter::DivideLeaf(const IndexPageImage& image, bool ap
 }
 
 // The entry in the middle moves up: its child becomes the tail of the left half.
-std::vector<IndexWriter::Piece> IndexWriter::DivideNode(IndexPageImage image) const {
+std::vector<IndexWriter::Piece> IndexWriter::DivideNode(IndexPageImage image) {
   const size_t count = image.entries.size();
   size_t total = 0;
   for (const EntryBytes& entry : image.entries) total += entry.size();

@@ -74,7 +74,7 @@ class IndexWriter {
   void SplitBelow(const Path& path, size_t depth, std::vector<Piece> pieces);
   std::vector<Piece> Divide(IndexPageImage image, bool appended) const;
   std::vector<size_t> DivideLeaf(const IndexPageImage& image, bool appended) const;
-  std::vector<Piece> DivideNode(IndexPageImage image) const;
+  static std::vector<Piece> DivideNode(IndexPageImage image);
   void LinkAndStore(std::vector<Piece>& pieces, const std::vector<uint32_t>& pages,
                     uint32_t previous, uint32_t next);
 

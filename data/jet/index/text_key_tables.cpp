@@ -137,7 +137,8 @@ constexpr CharacterCode ParseCode(std::string_view word) {
     code.kind = CharacterKind::Primary;
     const size_t plus = word.find('+');
     code.primary = static_cast<uint16_t>(Hex(word.substr(0, plus)));
-    if (plus != word.npos) code.weight = static_cast<uint8_t>(Hex(word.substr(plus + 1)));
+    if (plus != std::string_view::npos)
+      code.weight = static_cast<uint8_t>(Hex(word.substr(plus + 1)));
   }
   return code;
 }
@@ -179,7 +180,7 @@ constexpr std::array<WesternCode, 256> ParseWestern() {
     const std::string_view word = NextWord(text);
     const size_t mark = word.find_first_of("!+");
     code.primary = static_cast<uint16_t>(Hex(word.substr(0, mark)));
-    if (mark == word.npos) continue;
+    if (mark == std::string_view::npos) continue;
     if (word[mark] == '+') {
       code.accent = static_cast<uint8_t>(Hex(word.substr(mark + 1)));
     } else {

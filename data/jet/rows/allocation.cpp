@@ -100,7 +100,7 @@ std::optional<uint32_t> PageAllocator::FindFreeIn(Bytes bits, uint64_t first_pag
   while (from < count) {
     const std::optional<size_t> bit = LowestBit(bits, static_cast<size_t>(from - first_page));
     if (!bit || first_page + *bit >= count) return std::nullopt;
-    const uint32_t page = static_cast<uint32_t>(first_page + *bit);
+    const auto page = static_cast<uint32_t>(first_page + *bit);
     // The header and the map itself are never free, whatever a map says.
     if (page > kGlobalMapPage && !pending.Contains(page)) return page;
     from = uint64_t{page} + 1;

@@ -15,11 +15,12 @@ Bytes Target(const FileReader& file, uint32_t owner, RowId id) {
 }  // namespace
 
 DataPageView::DataPageView(const FileReader& file, uint32_t number, Bytes page)
-    : file_(&file), number_(number), page_(page) {
-  const Format& format = file.Layout();
-  slot_count_ = Load16(&page_[format.data.slot_count]);
-  slots_ = format.data.slots;
-  slots_end_ = slots_ + slot_count_ * kSlotSize;
+    : file_(&file),
+      number_(number),
+      page_(page),
+      slot_count_(Load16(&page[file.Layout().data.slot_count])),
+      slots_(file.Layout().data.slots),
+      slots_end_(slots_ + slot_count_ * kSlotSize) {
   if (slot_count_ > kRowNumbers || slots_end_ > page_.size()) {
     file.DamagedPage(number, u"says that it has more rows than fit a page");
   }

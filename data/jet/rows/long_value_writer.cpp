@@ -39,7 +39,7 @@ size_t LongValueWriter::FieldSize(Bytes value) const {
 std::vector<uint8_t> LongValueWriter::Store(Bytes value) {
   if (value.size() > kLongValueLengthMask) RaiseFieldTooSmall();
   std::vector<uint8_t> field(FieldSize(value));
-  const uint32_t length = static_cast<uint32_t>(value.size());
+  const auto length = static_cast<uint32_t>(value.size());
   if (value.size() <= format_.long_value.inline_max) {
     Store32(field.data(), length | kLongValueInline);
     std::ranges::copy(value, field.begin() + kLongValueDescriptorSize);

@@ -240,7 +240,7 @@ std::optional<int32_t> RowView::WholeNumber(const Column& column) const {
 void RowView::AppendDigits(int32_t number, Text& to) {
   std::array<char16_t, std::numeric_limits<int32_t>::digits10 + 2> digits;
   char16_t* first = digits.data() + digits.size();
-  uint32_t rest = static_cast<uint32_t>(number);
+  auto rest = static_cast<uint32_t>(number);
   if (number < 0) rest = ~rest + 1;
   do {
     *--first = static_cast<char16_t>(u'0' + rest % 10);

@@ -253,12 +253,12 @@ bool IsWrittenLike(const Column& column, LiteralKind kind) {
 }  // namespace
 
 Value ToColumn(const Column& column, const Argument& argument) {
-  return argument ? ToColumn(column, TextView(*argument)) : NullFor(column);
+  return argument ? ToColumn(column, TextView{*argument}) : NullFor(column);
 }
 
 Value ToColumn(const Column& column, const Literal& literal) {
   if (literal.kind == LiteralKind::Null) return NullFor(column);
-  return ToColumn(column, TextView(literal.text));
+  return ToColumn(column, TextView{literal.text});
 }
 
 Value ToColumn(const Column& column, const Value& value) {
@@ -268,14 +268,14 @@ Value ToColumn(const Column& column, const Value& value) {
   if (const bool* flag = std::get_if<bool>(&value))
     return ToColumn(column, *flag ? TextView(u"-1") : TextView(u"0"));
   if (const auto* number = std::get_if<DecimalNumber>(&value))
-    return ToColumn(column, TextView(ToDigits(*number)));
+    return ToColumn(column, TextView{ToDigits(*number)});
   if (std::holds_alternative<Guid>(value) || std::holds_alternative<Binary>(value))
     RaiseTypeMismatch();
-  return ToColumn(column, TextView(ToText(value)));
+  return ToColumn(column, TextView{ToText(value)});
 }
 
 SearchValue ToSearchValue(const Column& column, const Argument& argument) {
-  return argument ? ToSearchValue(column, TextView(*argument)) : SearchValue{};
+  return argument ? ToSearchValue(column, TextView{*argument}) : SearchValue{};
 }
 
 SearchValue ToSearchValue(const Column& column, const Literal& literal) {
@@ -283,7 +283,7 @@ SearchValue ToSearchValue(const Column& column, const Literal& literal) {
   if (!IsWrittenLike(column, literal.kind)) RaiseTypeMismatch();
   const auto number = ParseNumberText(literal.text);
   if (number && column.type == ColumnType::Boolean) return AmongBooleans(*number);
-  SearchValue search = ToSearchValue(column, TextView(literal.text));
+  SearchValue search = ToSearchValue(column, TextView{literal.text});
   const auto decimals = DecimalsOf(column);
   if (number && decimals && search.beyond == 0) search.beside = BesideScaled(*number, *decimals);
   return search;

@@ -72,13 +72,13 @@ class DateParser {
   }
 
   static std::optional<double> Days(int year, int month, int day) {
-    using namespace std::chrono;
-    const year_month_day date = std::chrono::year(year) /
-                                std::chrono::month(static_cast<unsigned>(month)) /
-                                std::chrono::day(static_cast<unsigned>(day));
+    namespace calendar = std::chrono;
+    const calendar::year_month_day date = calendar::year(year) /
+                                          calendar::month(static_cast<unsigned>(month)) /
+                                          calendar::day(static_cast<unsigned>(day));
     if (!date.ok()) return std::nullopt;
-    constexpr sys_days kEpoch = 1899y / December / 30;
-    const double days = static_cast<double>((sys_days(date) - kEpoch).count());
+    constexpr calendar::sys_days kEpoch = calendar::year(1899) / calendar::December / 30;
+    const auto days = static_cast<double>((calendar::sys_days(date) - kEpoch).count());
     if (!IsDateInRange(days)) return std::nullopt;
     return days;
   }

@@ -20,7 +20,7 @@ LikePattern::LikePattern(TextView pattern) {
     } else if (units[i] == u'[') {
       const size_t end = units.find(u']', i + 1);
       if (end == Text::npos) RaiseSyntaxError(u"Invalid pattern string.");
-      TextView list = TextView(units).substr(i + 1, end - i - 1);
+      TextView list = TextView{units}.substr(i + 1, end - i - 1);
       i = end;
       if (list.empty()) {  // as if it were not there
         elements_.pop_back();

@@ -128,7 +128,7 @@ std::optional<Magnitude> ScaledMagnitude(const NumberText& number, int scale) {
 }
 
 int BesideScaled(const NumberText& number, int scale) {
-  const int64_t kept = static_cast<int64_t>(number.digits.size()) + number.exponent + scale;
+  const auto kept = static_cast<int64_t>(number.digits.size()) + number.exponent + scale;
   if (number.IsZero() || number.exponent + scale >= 0) return 0;
   bool up = false;
   if (kept >= 0) {

@@ -29,6 +29,7 @@ class Predicate {
   Predicate(const std::optional<Condition>& where, Names& names);
   Predicate(const Predicate&) = delete;
   Predicate& operator=(const Predicate&) = delete;
+  ~Predicate() = default;
 
   // Again and again, for other arguments. Raises "Data type mismatch ..." for a constant that does
   // not compare with its column.

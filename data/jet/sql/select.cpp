@@ -69,7 +69,7 @@ class Query : public Plan {
     for (const SelectItem& item : select.items) {
       if (std::holds_alternative<CountAll>(item)) {
         counts_ = true;
-        outputs.push_back(Literal{});
+        outputs.emplace_back(Literal{});
         continue;
       }
       if (const auto* operand = std::get_if<Operand>(&item)) {
@@ -81,7 +81,7 @@ class Query : public Plan {
         RaiseSyntaxError(u"The Microsoft Jet database engine does not recognize '" + qualifier +
                          u".*' as a valid field name or expression.");
       }
-      for (const Column& column : table_.columns) outputs.push_back(ColumnOperand{&column});
+      for (const Column& column : table_.columns) outputs.emplace_back(ColumnOperand{&column});
     }
     if (counts_) RequireCountsOnly(select);
     return outputs;
@@ -155,7 +155,7 @@ class Query : public Plan {
       } else if (const auto* parameter = std::get_if<ParameterOperand>(&output)) {
         if (const Argument& argument = arguments[parameter->number]) values[i] = *argument;
       } else {
-        const Literal& literal = std::get<Literal>(output);
+        const auto& literal = std::get<Literal>(output);
         values[i] = ToColumn(ColumnFor(literal.kind), literal);
       }
     }

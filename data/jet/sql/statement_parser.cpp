@@ -333,8 +333,8 @@ class Parser {
       return NegatedIf(negated, std::move(condition));
     }
     const bool negated = TakeWord(u"NOT");
-    if (TakeWord(u"IN")) return NegatedIf(negated, ParseList(std::move(condition.left)));
-    if (TakeWord(u"BETWEEN")) return NegatedIf(negated, ParseRange(std::move(condition.left)));
+    if (TakeWord(u"IN")) return NegatedIf(negated, ParseList(condition.left));
+    if (TakeWord(u"BETWEEN")) return NegatedIf(negated, ParseRange(condition.left));
     if (TakeWord(u"LIKE")) {
       condition.comparison = Comparison::Like;
       condition.right = ParseOperand();
@@ -349,7 +349,7 @@ class Parser {
   }
 
   // IN: equal to one of them.
-  Condition ParseList(Operand left) {
+  Condition ParseList(const Operand& left) {
     Condition any;
     any.kind = ConditionKind::Or;
     RequireSymbol(u"(");
@@ -361,7 +361,7 @@ class Parser {
   }
 
   // BETWEEN: from one bound to the other, whichever is the lower.
-  Condition ParseRange(Operand left) {
+  Condition ParseRange(const Operand& left) {
     const Operand first = ParseOperand();
     RequireWord(u"AND");
     const Operand second = ParseOperand();

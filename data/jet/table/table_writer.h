@@ -115,7 +115,7 @@ class TableWriter {
   // In `inserted_`.
   void CollectInserted(const TableDefinition& table, std::span<const Assignment> values);
   Value NextAutonumber(const TableDefinition& table, const Column& column) const;
-  void PrepareField(RowChange& change, size_t column, const Value& value);
+  void PrepareField(RowChange& change, size_t number, const Value& value);
 
   void PlanUpdate(Plan& plan, const TableDefinition& table, RowId row,
                   std::vector<Assignment> assignments, Followed followed);

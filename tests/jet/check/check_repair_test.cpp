@@ -71,7 +71,7 @@ RowId FindSlot(const Tools& tools, const TableDefinition& table, uint16_t flags)
   for (const uint32_t page : UsageMap(tools.context.file, table.owned_map).Pages()) {
     const DataPageWriter rows(tools.context, page, table.Page());
     for (size_t row = 0; row < rows.SlotCount(); ++row) {
-      const uint8_t number = static_cast<uint8_t>(row);
+      const auto number = static_cast<uint8_t>(row);
       if (rows.Flags(number) == flags) return {page, number};
     }
   }
@@ -110,7 +110,7 @@ void LengthenInlineLongValue(const Tools& tools) {
   for (const uint32_t page : UsageMap(tools.context.file, tools.lines.owned_map).Pages()) {
     DataPageWriter rows(tools.context, page, tools.lines.Page());
     for (size_t row = 0; row < rows.SlotCount(); ++row) {
-      const uint8_t number = static_cast<uint8_t>(row);
+      const auto number = static_cast<uint8_t>(row);
       if (rows.Flags(number) != 0) continue;
       view.Reset({page, number}, rows.Row(number));
       for (const Column& column : tools.lines.columns) {
