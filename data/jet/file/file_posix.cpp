@@ -229,7 +229,7 @@ class PosixFileSystem : public FileSystem {
 
   Text CanonicalPath(const Text& path) override {
     const std::string name = ToUtf8(path);
-    const auto release = [](char* path) { std::free(path); };
+    const auto release = [](char* text) { std::free(text); };
     const std::unique_ptr<char, decltype(release)> real(realpath(name.c_str(), nullptr));
     if (real == nullptr) {
       if (errno == ENOENT && !FolderOfExists(name))
