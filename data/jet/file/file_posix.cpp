@@ -10,10 +10,11 @@
 #include <bit>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <string_view>
+#include <system_error>
 
 #include "data/jet/file/file.h"
 
@@ -229,14 +230,14 @@ class PosixFileSystem : public FileSystem {
 
   Text CanonicalPath(const Text& path) override {
     const std::string name = ToUtf8(path);
-    const auto release = [](char* text) { std::free(text); };
-    const std::unique_ptr<char, decltype(release)> real(realpath(name.c_str(), nullptr));
-    if (real == nullptr) {
-      if (errno == ENOENT && !FolderOfExists(name))
+    std::error_code error;
+    const std::filesystem::path real = std::filesystem::canonical(name, error);
+    if (error) {
+      if (error.value() == ENOENT && !FolderOfExists(name))
         throw FileError(FileProblem::FolderNotFound, std::strerror(ENOENT));
-      RaiseErrno(errno);
+      RaiseErrno(error.value());
     }
-    return FromUtf8(real.get());
+    return FromUtf8(real.native());
   }
 
   void Remove(const Text& path) override {

@@ -70,8 +70,8 @@ class Transaction {
   JournalRecord Describe(const DatabaseFile& database, PageCache& cache) const;
   void Keep(const DatabaseFile& database, PageCache& cache, std::span<const uint32_t> expected,
             JournalRecord& record) const;
-  void WritePages(const DatabaseFile& database, const JournalRecord& record, PageCache& cache,
-                  PageOrder& order);
+  static void WritePages(const DatabaseFile& database, const JournalRecord& record,
+                         PageCache& cache, PageOrder& order);
   void Undo(const DatabaseFile& database, const JournalRecord& record, PageCache& cache,
             CommitWords& words);
 
