@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "runtime/error.h"
+#include "tests/component/support/loaded_control.h"
 #include "tests/component/support/ole_test.h"
 #include "tests/component/support/stand_in_class.h"
 
@@ -75,6 +76,36 @@ TEST_F(Label, ThatTheComponentFailsOnRaisesItsError) {
     EXPECT_EQ(error.Description(), u"The dictionary is missing");
     EXPECT_EQ(error.Source(), u"Stand-in");
   }
+}
+
+// What the rows show whenever a component that was asked about a label is let go.
+class LabelOfSelectedRows : public LoadedControl {
+ protected:
+  void SetUp() override {
+    ASSERT_NO_FATAL_FAILURE(LoadedControl::SetUp());
+    suite_.on_object_gone = [this] { shown_at_release_.push_back(Text(row_, column::kLabel)); };
+    ASSERT_NO_FATAL_FAILURE(PlaceAndLoad());
+    ASSERT_NO_FATAL_FAILURE(Open(control_id::txtLabel));
+  }
+  StandInClass suite_{kValidatorName, {{.name = L"IsValid", .takes = VT_BSTR}}};
+  std::vector<std::wstring> shown_at_release_;
+};
+
+// A component may end the whole of its library with its last object.
+TEST_F(LabelOfSelectedRows, IsWrittenBeforeTheComponentIsLetGo) {
+  SendMessageW(GetFocus(), WM_CHAR, L'x', 1);
+  EXPECT_EQ(suite_.asked, std::vector<std::wstring>{L"IsValid: x"});
+  EXPECT_EQ(shown_at_release_, std::vector<std::wstring>{L"x"});
+}
+
+TEST_F(LabelOfSelectedRows, ThatIsRejectedIsWrittenCleanedBeforeEitherComponentIsLetGo) {
+  const BoxAnswerer boxes;
+  suite_.answer = VARIANT_FALSE;
+  SetWindowTextW(GetFocus(), L"y\"");
+  // The change that cleaning makes is asked about, too, and ends first.
+  EXPECT_EQ(suite_.asked, (std::vector<std::wstring>{L"IsValid: y\"", L"IsValid: y"}));
+  EXPECT_EQ(shown_at_release_, (std::vector<std::wstring>{L"y", L"y"}));
+  EXPECT_EQ(boxes.Texts().size(), 2u);
 }
 
 }  // namespace

@@ -113,6 +113,51 @@ TEST_F(UserHands, TypingWhatIsShownKeepsTheEntryWheneverThePlatformTakesItOff) {
   EXPECT_EQ(SendMessageW(list, CB_GETCURSEL, 0, 0), 0);
 }
 
+// Windows marks what it writes into the text part of a list; this Wine only where the list has the
+// focus.
+class MarksWhatItWrites {
+ public:
+  explicit MarksWhatItWrites(HWND list)
+      : list_(list),
+        interception_(GetWindow(list, GW_CHILD),
+                      [list](UINT message, WPARAM, LPARAM, const auto& pass_on) {
+                        const LRESULT result = pass_on();
+                        if (message == WM_SETTEXT)
+                          SendMessageW(GetWindow(list, GW_CHILD), EM_SETSEL, 0, -1);
+                        return result;
+                      }) {}
+  void ExpectUnmarked(const wchar_t* text) const {
+    wchar_t shown[64] = L"";
+    GetWindowTextW(list_, shown, 64);
+    EXPECT_STREQ(shown, text);
+    const auto marked = static_cast<DWORD>(SendMessageW(list_, CB_GETEDITSEL, 0, 0));
+    EXPECT_EQ(LOWORD(marked), HIWORD(marked));
+  }
+
+ private:
+  const HWND list_;
+  const Interception interception_;
+};
+
+class TypedLists : public LoadedControl {};
+
+TEST_F(TypedLists, ShowNoHighlightedTextWhereTheyAreSetWithoutTheFocus) {
+  ASSERT_EQ(placed_->Verb(OLEIVERB_UIACTIVATE), S_OK);
+  const MarksWhatItWrites unit_type(placed_->Child(control_id::cmbRDVType));
+  const MarksWhatItWrites node_number(placed_->Child(control_id::cmbStartingNodeNumber));
+  const auto methods = placed_->As<LineConfigInterface>(kLineConfigInterfaceId);
+  VARIANT nothing;
+  VariantInit(&nothing);
+  ASSERT_EQ(methods->AssignIndextoDefaultBox(6, 1, &nothing), S_OK);
+  unit_type.ExpectUnmarked(L"4 Hybrid Lines 2 MOH Lines");
+  ASSERT_NO_FATAL_FAILURE(Load());
+  ASSERT_EQ(methods->AssignIndextoDefaultBox(5, 5, &nothing), S_OK);
+  unit_type.ExpectUnmarked(L"8 Impedance Lines 2 MOH Lines");
+  SetFocus(Grid());
+  ASSERT_NO_FATAL_FAILURE(Open(control_id::cmbStartingNodeName));
+  node_number.ExpectUnmarked(Text(row_, column::kStartingNodeNumber).c_str());
+}
+
 TEST_F(UserHands, EscWhileEditingBringsTheCellsBack) {
   Open(control_id::cmbSoftStop);
   const auto before = AllTexts();

@@ -2,6 +2,7 @@
 // that is scrolled, and which list it falls back on.
 #include <gmock/gmock.h>
 
+#include "runtime/conversion.h"
 #include "tests/support/control_fixture.h"
 
 namespace rdv::test {
@@ -122,6 +123,15 @@ TEST_F(CellPlacing, AnEditorThatIsNotShownIsNotLoaded) {
   const int low = form().cmbVolume.ListIndex();
   Click(kHybridRow, column::kPartition);
   EXPECT_EQ(form().cmbVolume.ListIndex(), low);
+}
+
+// The width of a column is no whole number at some resolutions of the screen.
+TEST_F(CellPlacing, TheHalvesOfAPairAreThoseOfTheRoundedWidth) {
+  ChangeColumnWidth(column::kMode, 1001.6);
+  Click(kHybridRow, column::kMode);
+  const int32_t half = RoundToInt32(grid().ColumnWidth(column::kMode)) / 2;
+  EXPECT_EQ(form().cmbModeType.Width(), half);
+  EXPECT_EQ(form().cmbModeNumber.Width(), half);
 }
 
 TEST_F(CellPlacing, ALabelThatFitsIsAsWideAsItsColumn) {

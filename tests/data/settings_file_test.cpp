@@ -38,6 +38,18 @@ TEST_F(SettingsFile, MapsTheCaptionsThatItLists) {
   EXPECT_EQ(Caption(u""), u"");
 }
 
+TEST_F(SettingsFile, ThatCannotBeReadIsReportedByEachReaderInItsOwnName) {
+  std::filesystem::create_directories(site_.SettingsFile());
+  std::vector<Text> messages;
+  const auto report = [&](TextView message) { messages.emplace_back(message); };
+  EXPECT_EQ(GetMOHVolumeCaptionfromINI(u"6", report), u"");
+  EXPECT_FALSE(GetHasImplementedImpedanceForChinaFromINI(report));
+  ASSERT_EQ(messages.size(), 2u);
+  EXPECT_TRUE(messages[0].starts_with(u"ERROR_Handler: GetMOHVolumeCaptionfromINI   \r\n'"));
+  EXPECT_TRUE(
+      messages[1].starts_with(u"ERROR_Handler: GetHasImplementedImpedanceForChinaFromINI   \r\n'"));
+}
+
 TEST_F(SettingsFile, GivesAtMost254Characters) {
   site_.WriteSettings("[MOHLINEVOLUME]\r\n6=" + std::string(300, 'x') + "\r\n");
   EXPECT_EQ(Caption(u"6"), Text(254, u'x'));

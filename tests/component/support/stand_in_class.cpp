@@ -20,6 +20,44 @@ constexpr SYSKIND kSystem = SYS_WIN32;
 
 }  // namespace
 
+class StandInClass::Object final : public IDispatch {
+ public:
+  explicit Object(StandInClass& of) : class_(of) {}
+
+  STDMETHODIMP QueryInterface(REFIID iid, void** object) override {
+    *object = iid == IID_IDispatch || iid == IID_IUnknown ? this : nullptr;
+    if (!*object) return E_NOINTERFACE;
+    AddRef();
+    return S_OK;
+  }
+  STDMETHODIMP_(ULONG) AddRef() override { return ++references_; }
+  STDMETHODIMP_(ULONG) Release() override {
+    const ULONG left = --references_;
+    if (left == 0) {
+      if (class_.on_object_gone) class_.on_object_gone();
+      delete this;
+    }
+    return left;
+  }
+  STDMETHODIMP GetTypeInfoCount(UINT* count) override {
+    *count = 1;
+    return S_OK;
+  }
+  STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo** information) override {
+    *information = ComPointer<ITypeInfo>(class_.description_).Detach();
+    return S_OK;
+  }
+  STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
+  STDMETHODIMP Invoke(DISPID member, REFIID, LCID, WORD flags, DISPPARAMS* parameters,
+                      VARIANT* result, EXCEPINFO* exception, UINT*) override {
+    return class_.Answer(member, flags, *parameters, *result, *exception);
+  }
+
+ private:
+  StandInClass& class_;
+  ULONG references_ = 1;  // of whoever made it
+};
+
 StandInClass::StandInClass(const wchar_t* name, const std::vector<StandInMethod>& methods)
     : root_(MachineIsOpen() ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER),
       key_(std::wstring(kClasses) + L"\\" + name) {
@@ -76,40 +114,31 @@ void StandInClass::Describe(const std::vector<StandInMethod>& methods) {
 STDMETHODIMP StandInClass::QueryInterface(REFIID iid, void** object) {
   *object = nullptr;
   if (iid == IID_IClassFactory || iid == IID_IUnknown) *object = static_cast<IClassFactory*>(this);
-  if (iid == IID_IDispatch) *object = static_cast<IDispatch*>(this);
   return *object ? S_OK : E_NOINTERFACE;
 }
 
 STDMETHODIMP StandInClass::CreateInstance(IUnknown*, REFIID iid, void** object) {
-  return QueryInterface(iid, object);
+  ComPointer<IDispatch> made;
+  *made.Receive() = new Object(*this);
+  return made->QueryInterface(iid, object);
 }
 
-STDMETHODIMP StandInClass::GetTypeInfoCount(UINT* count) {
-  *count = 1;
-  return S_OK;
-}
-
-STDMETHODIMP StandInClass::GetTypeInfo(UINT, LCID, ITypeInfo** information) {
-  *information = ComPointer<ITypeInfo>(description_).Detach();
-  return S_OK;
-}
-
-STDMETHODIMP StandInClass::Invoke(DISPID member, REFIID, LCID, WORD flags, DISPPARAMS* parameters,
-                                  VARIANT* result, EXCEPINFO* exception, UINT*) {
-  const bool one_text = flags == DISPATCH_METHOD && parameters->cArgs == 1 &&
-                        parameters->rgvarg[0].vt == VT_BSTR && member >= 1 &&
+HRESULT StandInClass::Answer(DISPID member, WORD flags, const DISPPARAMS& parameters,
+                             VARIANT& result, EXCEPINFO& exception) {
+  const bool one_text = flags == DISPATCH_METHOD && parameters.cArgs == 1 &&
+                        parameters.rgvarg[0].vt == VT_BSTR && member >= 1 &&
                         static_cast<size_t>(member) <= names_.size();
   EXPECT_TRUE(one_text);
   if (!one_text) return DISP_E_MEMBERNOTFOUND;
-  asked.push_back(names_[static_cast<size_t>(member) - 1] + L": " + parameters->rgvarg[0].bstrVal);
+  asked.push_back(names_[static_cast<size_t>(member) - 1] + L": " + parameters.rgvarg[0].bstrVal);
   if (!failure.empty()) {
-    exception->scode = kStandInFailure;
-    exception->bstrDescription = SysAllocString(failure.c_str());
-    exception->bstrSource = SysAllocString(L"Stand-in");
+    exception.scode = kStandInFailure;
+    exception.bstrDescription = SysAllocString(failure.c_str());
+    exception.bstrSource = SysAllocString(L"Stand-in");
     return DISP_E_EXCEPTION;
   }
-  result->vt = VT_BOOL;
-  result->boolVal = answer;
+  result.vt = VT_BOOL;
+  result.boolVal = answer;
   return S_OK;
 }
 

@@ -2,6 +2,7 @@
 // of the test's choice that is described by a type library.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -19,7 +20,7 @@ struct StandInMethod {
 inline constexpr HRESULT kStandInFailure = MAKE_HRESULT(SEVERITY_ERROR, FACILITY_ITF, 0x321);
 
 // Registered as long as it lives: its name for the machine, its class for the process.
-class StandInClass final : public IClassFactory, public IDispatch {
+class StandInClass final : public IClassFactory {
  public:
   StandInClass(const wchar_t* name, const std::vector<StandInMethod>& methods);
   StandInClass(const StandInClass&) = delete;
@@ -30,20 +31,21 @@ class StandInClass final : public IClassFactory, public IDispatch {
   VARIANT_BOOL answer = VARIANT_TRUE;
   std::wstring failure;             // its description; without one they succeed
   std::vector<std::wstring> asked;  // "method: argument"
+  // Called when the last reference to one of its objects is gone.
+  std::function<void()> on_object_gone;
 
   STDMETHODIMP QueryInterface(REFIID iid, void** object) override;
   STDMETHODIMP_(ULONG) AddRef() override { return 2; }
   STDMETHODIMP_(ULONG) Release() override { return 1; }
   STDMETHODIMP CreateInstance(IUnknown* outer, REFIID iid, void** object) override;
   STDMETHODIMP LockServer(BOOL) override { return S_OK; }
-  STDMETHODIMP GetTypeInfoCount(UINT* count) override;
-  STDMETHODIMP GetTypeInfo(UINT index, LCID, ITypeInfo** information) override;
-  STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
-  STDMETHODIMP Invoke(DISPID member, REFIID, LCID, WORD flags, DISPPARAMS* parameters,
-                      VARIANT* result, EXCEPINFO* exception, UINT*) override;
 
  private:
+  class Object;
+
   void Describe(const std::vector<StandInMethod>& methods);
+  HRESULT Answer(DISPID member, WORD flags, const DISPPARAMS& parameters, VARIANT& result,
+                 EXCEPINFO& exception);
 
   const HKEY root_;
   const std::wstring key_;
