@@ -1,9 +1,13 @@
-// rdvwindows: measures or closes the window of another program.
+// rdvwindows: measures, disturbs or closes the window of another program.
 //
 //   rdvwindows list CLASS      the window of that class and all windows in it
 //   rdvwindows close CLASS     asks it to close
 //   rdvwindows type CLASS ID TEXT    puts a text into one of its fields
 //   rdvwindows press CLASS ID        presses one of its buttons, and does not wait
+//   rdvwindows focus CLASS           the identifier of the window in it that has the keyboard
+//   rdvwindows borrow CLASS          takes the keyboard from the program for a moment, with a
+//   window
+//                                    of its own, and gives it back, as Alt+Tab there and back does
 //   rdvwindows box             the text of the message box that is open
 //   rdvwindows answer          presses the box's OK, or its only button
 //
@@ -60,6 +64,49 @@ BOOL CALLBACK PrintWindow(HWND window, LPARAM /*context*/) {
   return TRUE;
 }
 
+// Nothing while another program has the keyboard.
+HWND FocusIn(HWND window) {
+  GUITHREADINFO thread = {};
+  thread.cbSize = sizeof thread;
+  if (!GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &thread)) return nullptr;
+  return thread.hwndFocus;
+}
+
+// A list that can be typed into has the keyboard in its text part.
+int PrintFocus(HWND window) {
+  const HWND focus = FocusIn(window);
+  if (!focus) return kNoWindow;
+  const HWND parent = GetParent(focus);
+  wchar_t name[64] = {};
+  GetClassNameW(parent, name, static_cast<int>(std::size(name)));
+  std::printf("%d\n", GetDlgCtrlID(_wcsicmp(name, WC_COMBOBOXW) == 0 ? parent : focus));
+  return kDone;
+}
+
+// Sees to this program's messages until the condition holds; some seconds at most.
+template <class Condition>
+bool WaitUntil(const Condition& condition) {
+  for (int attempt = 0; attempt < 500; ++attempt) {
+    MSG message = {};
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
+    if (condition()) return true;
+    Sleep(20);
+  }
+  return false;
+}
+
+int BorrowKeyboard(HWND window) {
+  const HWND own = CreateWindowExW(WS_EX_TOPMOST, L"STATIC", L"borrower", WS_POPUP | WS_VISIBLE, 0,
+                                   0, 40, 20, nullptr, nullptr, nullptr, nullptr);
+  SetForegroundWindow(own);
+  const bool taken = WaitUntil([&] { return GetForegroundWindow() == own && !FocusIn(window); });
+  SetForegroundWindow(window);
+  const bool given_back =
+      WaitUntil([&] { return GetForegroundWindow() == window && FocusIn(window); });
+  DestroyWindow(own);
+  return taken && given_back ? kDone : kNoWindow;
+}
+
 int Run(int count, wchar_t** arguments) {
   const auto is = [&](const wchar_t* command, int wanted) {
     return count == wanted && std::wcscmp(arguments[1], command) == 0;
@@ -73,6 +120,8 @@ int Run(int count, wchar_t** arguments) {
     EnumChildWindows(window, &PrintWindow, 0);
     return kDone;
   }
+  if (is(L"focus", 3)) return PrintFocus(window);
+  if (is(L"borrow", 3)) return BorrowKeyboard(window);
   if (is(L"close", 3)) return PostMessageW(window, WM_CLOSE, 0, 0) ? kDone : kNoWindow;
   if (is(L"answer", 2)) {
     rdv::play::PressInBox(window, IDOK);
@@ -103,7 +152,9 @@ int wmain(int count, wchar_t** arguments) {
   const int status = Run(count, arguments);
   if (status == kWrongArguments) {
     std::fputs(
-        "usage: rdvwindows list|close CLASS | type CLASS ID TEXT | press CLASS ID | box | answer\n",
+        "usage: rdvwindows list|focus|borrow|close CLASS | type CLASS ID TEXT | press CLASS ID | "
+        "box "
+        "| answer\n",
         stderr);
   }
   return status;
