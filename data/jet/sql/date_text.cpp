@@ -78,7 +78,7 @@ class DateParser {
                                           calendar::day(static_cast<unsigned>(day));
     if (!date.ok()) return std::nullopt;
     constexpr calendar::sys_days kEpoch = calendar::year(1899) / calendar::December / 30;
-    const auto days = static_cast<double>((calendar::sys_days(date) - kEpoch).count());
+    const auto days = static_cast<double>((calendar::sys_days{date} - kEpoch).count());
     if (!IsDateInRange(days)) return std::nullopt;
     return days;
   }
