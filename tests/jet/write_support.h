@@ -41,8 +41,9 @@ class TemporaryFolder {
   const std::filesystem::path& Path() const { return path_; }
 
   // A copy that can be written, under the same name or another one.
-  std::filesystem::path Copy(const std::filesystem::path& from, std::string name = {}) const {
-    const auto to = path_ / (name.empty() ? from.filename().string() : name);
+  std::filesystem::path Copy(const std::filesystem::path& from,
+                             const std::string& name = {}) const {
+    auto to = path_ / (name.empty() ? from.filename().string() : name);
     // Not left to copy_file, which on Windows does not overwrite whatever it is told.
     std::filesystem::remove(to);
     std::filesystem::copy_file(from, to);
@@ -95,7 +96,7 @@ class FaultyFileSystem : public FileSystem {
   }
   std::unique_ptr<File> OpenBeside(File& model, const Text& path, FileAccess access) override {
     if (dead_) Fail();
-    File& native = *static_cast<FaultyFile&>(model).file_;
+    File& native = *dynamic_cast<FaultyFile&>(model).file_;
     return std::make_unique<FaultyFile>(*this, NativeFileSystem().OpenBeside(native, path, access));
   }
   bool OpensAlone() const override { return NativeFileSystem().OpensAlone(); }

@@ -131,7 +131,7 @@ std::vector<uint8_t> PropertiesWithLongNames() {
   Append(block, 0x80, 2);
   Append(block, kLongest, 2);
   block.resize(block.size() + kLongest, 'x');
-  Append(block, 6 + 6 + kLongest + kValues * 8, 4);
+  Append(block, 6 + 6 + kLongest + size_t{kValues} * 8, 4);
   Append(block, 0x01, 2);
   Append(block, 6 + kLongest, 4);
   Append(block, kLongest, 2);

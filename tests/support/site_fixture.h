@@ -23,6 +23,7 @@ class Site : public SiteFiles {
       : SiteFiles(database, settings), found_(Folder().u16string()) {}
 
   // Runs a statement in the form of the stored commands on the site's database.
+  // NOLINTNEXTLINE(readability-convert-member-functions-to-static): this site is found
   RowTable Execute(TextView statement, const std::vector<Argument>& arguments = {}) const {
     const auto connection = jet::OpenJetConnection(GetDatabaseFolder() + u"NewDB.mdb");
     return connection->Execute(statement, arguments).rows.value_or(RowTable{});
