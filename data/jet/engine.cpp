@@ -190,6 +190,10 @@ void Engine::WriteScope::Commit() {
   state.pager.Commit();
 }
 
+void Engine::BeginStatement() {
+  state_->pager.BeginPart();
+}
+
 const TableDefinition& Engine::Table(TextView name) {
   const TableDefinition* table = FindTable(name);
   if (!table) RaiseCannotFindTable(name);

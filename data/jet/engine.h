@@ -104,6 +104,10 @@ class Engine {
     bool open_ = true;
   };
 
+  // Inside a scope, which is one statement otherwise: begins another one. Each may make so much of
+  // the file and no more (see file/work_budget.h).
+  void BeginStatement();
+
   // Inside a scope only. References live until the scope ends, and see Generation.
   //
   // Raises "... cannot find the input table or query ..." when there is none of this name.

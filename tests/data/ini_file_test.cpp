@@ -2,11 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
+
 #include "runtime/error.h"
 #include "tests/support/site_fixture.h"
 
 #ifdef _WIN32
 #include <windows.h>
+#else
+#include <sys/stat.h>
 #endif
 
 namespace rdv {
@@ -110,6 +115,36 @@ TEST_F(IniFile, ThatIsNoFileOrTooLargeForSettingsIsRefusedByName) {
     }
   }
 }
+
+#ifndef _WIN32
+// As one has that is still being written: what counts is what is read, not what was said of it.
+TEST_F(IniFile, ThatHasMoreThanItsSizeSaysIsRefusedAllTheSame) {
+  const std::filesystem::path file = "/proc/self/smaps";
+  std::error_code error;
+  std::ifstream stream(file, std::ios::binary);
+  const std::string content(std::istreambuf_iterator<char>(stream), {});
+  if (std::filesystem::file_size(file, error) != 0 || error || content.size() <= 64 * 1024)
+    GTEST_SKIP() << "this system has no file that is longer than it says";
+  try {
+    FindIniValue(FromUtf8(file.string()), u"S", u"k");
+    ADD_FAILURE() << "it was read";
+  } catch (const RuntimeError& refusal) {
+    EXPECT_EQ(refusal.Number(), 75);
+  }
+}
+
+TEST_F(IniFile, ThatIsAPipeIsRefusedAndNotWaitedFor) {
+  const std::filesystem::path pipe = folder_.Path() / "pipe.ini";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  EXPECT_THROW(FindIniValue(FromUtf8(pipe.string()), u"S", u"k"), RuntimeError);
+}
+
+TEST_F(IniFile, MayBeReachedThroughALink) {
+  const std::filesystem::path link = folder_.Path() / "link.ini";
+  std::filesystem::create_symlink(ToUtf8(Write("[S]\nk=v")), link);
+  EXPECT_EQ(FindIniValue(FromUtf8(link.string()), u"S", u"k"), "v");
+}
+#endif
 
 }  // namespace
 }  // namespace rdv

@@ -1,7 +1,7 @@
 // A sound file with some of its fields changed on purpose, and then written to: definitions, maps,
 // index pages, data pages, rows and long values, each field where it really lies. Every statement
 // ends, is done or refused, and the checker and the repair end, too.
-#include <array>
+#include <optional>
 
 #include "data/jet/catalog/table_spec.h"
 #include "data/jet/check/check.h"
@@ -69,31 +69,72 @@ struct Sample {
   std::vector<uint8_t> bytes;
   std::vector<FileField> fields;
   uint32_t pages = 0;
+  std::vector<Text> tables;  // that are written to
 };
 
-const Sample& TheSample() {
-  static const Sample sample = [] {
+Sample SampleOf(std::vector<uint8_t> bytes) {
+  Sample made{.bytes = std::move(bytes), .fields = {}, .pages = 0, .tables = {}};
+  made.fields = FieldsOf(made.bytes);
+  made.pages = static_cast<uint32_t>(made.bytes.size() / kJet4.page_size);
+  return made;
+}
+
+// The catalog's own tables have many fields, and nothing writes to them.
+void LeaveOutTheCatalogsOwn(Sample& sample) {
+  std::erase_if(sample.fields,
+                [](const FileField& field) { return field.name.starts_with("MSysA"); });
+}
+
+Sample OwnSample() {
+  MemoryFiles files;
+  const Text path(kPath);
+  files.Put(path, SampleDatabase());
+  const auto engine = Engine::Open(path, {.files = &files});
+  {
+    Engine::WriteScope scope(*engine);
+    engine->CreateTable(Trees());
+    FillTrees(*engine);
+    scope.Commit();
+  }
+  engine->Close();
+  Sample made = SampleOf(files.Get(path));
+  RelateTrees(made.bytes, made.fields);
+  LeaveOutTheCatalogsOwn(made);
+  made.tables = {u"Things", u"Trees", u"Parts"};
+  return made;
+}
+
+// Nothing of a file that cannot be written to, or is so large that each input would take long.
+std::optional<Sample> RealSample(std::vector<uint8_t> bytes) {
+  constexpr size_t kLargest = size_t{1} << 20;
+  if (bytes.size() > kLargest || PageSizeOf(bytes) != kJet4.page_size) return std::nullopt;
+  try {
     MemoryFiles files;
     const Text path(kPath);
-    files.Put(path, SampleDatabase());
+    files.Put(path, bytes);
+    Sample made = SampleOf(std::move(bytes));
+    LeaveOutTheCatalogsOwn(made);
     const auto engine = Engine::Open(path, {.files = &files});
-    {
-      Engine::WriteScope scope(*engine);
-      engine->CreateTable(Trees());
-      FillTrees(*engine);
-      scope.Commit();
+    const Engine::ReadScope scope(*engine);
+    made.tables = engine->UserTableNames();
+    if (made.tables.empty() || made.fields.empty()) return std::nullopt;
+    return made;
+  } catch (const RuntimeError&) {
+    return std::nullopt;
+  }
+}
+
+// The engine's own first, then the databases in the folders that are named.
+const std::vector<Sample>& Samples() {
+  static const std::vector<Sample> samples = [] {
+    std::vector<Sample> made;
+    made.push_back(OwnSample());
+    for (std::vector<uint8_t>& bytes : NamedDatabases()) {
+      if (auto sample = RealSample(std::move(bytes))) made.push_back(std::move(*sample));
     }
-    engine->Close();
-    Sample made{.bytes = files.Get(path), .fields = {}, .pages = 0};
-    made.fields = FieldsOf(made.bytes);
-    RelateTrees(made.bytes, made.fields);
-    // The catalog's own tables have many fields, and nothing writes to them.
-    std::erase_if(made.fields,
-                  [](const FileField& field) { return field.name.starts_with("MSysA"); });
-    made.pages = static_cast<uint32_t>(made.bytes.size() / kJet4.page_size);
     return made;
   }();
-  return sample;
+  return samples;
 }
 
 uint32_t NewValue(Input& input, const Sample& sample, const FileField& field) {
@@ -122,8 +163,7 @@ uint32_t NewValue(Input& input, const Sample& sample, const FileField& field) {
 }
 
 // Fields of one neighbourhood: what is damaged together meets together.
-std::vector<uint8_t> HostileFile(Input& input) {
-  const Sample& sample = TheSample();
+std::vector<uint8_t> HostileFile(Input& input, const Sample& sample) {
   std::vector<uint8_t> bytes = sample.bytes;
   const size_t count = 1 + input.Byte() % kMostFields;
   size_t place = input.Below(sample.fields.size());
@@ -149,10 +189,14 @@ bool Try(Action action) {
 
 class Attack {
  public:
-  explicit Attack(Input& input) : input_(input), checked_(input.Byte() % 8 == 0) {}
+  explicit Attack(Input& input) : input_(input) {
+    const uint8_t first = input.Byte();
+    checked_ = first % 8 == 0;
+    sample_ = &Samples()[first / 8 % Samples().size()];
+  }
 
   void Run() {
-    files_.Put(path_, HostileFile(input_));
+    files_.Put(path_, HostileFile(input_, *sample_));
     Try([&] {
       engine_ = Engine::Open(path_, {.cache_pages = 16, .files = &files_});
       for (int i = 0; i < kMostChanges && !input_.Empty(); ++i) Try([&] { Statement(); });
@@ -170,8 +214,7 @@ class Attack {
 
  private:
   void Statement() {
-    static constexpr std::array<TextView, 3> kTables = {u"Things", u"Trees", u"Parts"};
-    const TextView name = kTables[input_.Byte() % kTables.size()];
+    const TextView name = sample_->tables[input_.Byte() % sample_->tables.size()];
     if (input_.Byte() % 8 == 0) {
       const Engine::ReadScope scope(*engine_);
       ReadRows(engine_->Table(name));
@@ -229,7 +272,8 @@ class Attack {
   }
 
   Input& input_;
-  const bool checked_;
+  const Sample* sample_ = nullptr;
+  bool checked_ = false;
   const Text path_{kPath};
   MemoryFiles files_;
   std::unique_ptr<Engine> engine_;

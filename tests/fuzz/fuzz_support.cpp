@@ -3,6 +3,11 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string>
 
 #include "data/jet/catalog/table_spec.h"
 
@@ -194,6 +199,28 @@ Value Input::ValueFor(const Column& column) {
 const std::vector<uint8_t>& SampleDatabase() {
   static const std::vector<uint8_t> sample = MakeSample();
   return sample;
+}
+
+std::vector<std::vector<uint8_t>> NamedDatabases() {
+  namespace fs = std::filesystem;
+  const char* const named = std::getenv("RDV_FUZZ_DATABASES");
+  std::vector<fs::path> paths;
+  std::istringstream folders(named == nullptr ? "" : named);
+  for (std::string folder; std::getline(folders, folder, ':');) {
+    if (!fs::exists(folder)) continue;
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+      if (entry.is_regular_file() && entry.path().extension() == ".mdb")
+        paths.push_back(entry.path());
+    }
+  }
+  std::ranges::sort(paths);
+  std::vector<std::vector<uint8_t>> databases;
+  for (const fs::path& path : paths) {
+    std::ifstream stream(path, std::ios::binary);
+    databases.emplace_back(std::istreambuf_iterator<char>(stream),
+                           std::istreambuf_iterator<char>());
+  }
+  return databases;
 }
 
 std::vector<uint8_t> RestAsFile(Input& input) {

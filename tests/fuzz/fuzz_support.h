@@ -43,6 +43,10 @@ class Input {
 // Two related tables with columns of most types, several indexes, memos, moved and deleted rows.
 const std::vector<uint8_t>& SampleDatabase();
 
+// Those in the folders that RDV_FUZZ_DATABASES names, with colons between them; none where it is
+// not set. They are the same in every run as long as the folders are.
+std::vector<std::vector<uint8_t>> NamedDatabases();
+
 // What the first byte ends in when the rest of the input is a file as it is.
 inline constexpr uint8_t kWholeFile = 0x0F;
 constexpr bool IsWholeFile(uint8_t first) {

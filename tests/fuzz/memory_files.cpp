@@ -38,7 +38,10 @@ class MemoryFile : public File {
 
 std::unique_ptr<File> MemoryFiles::Open(const Text& path, FileAccess access) {
   const auto found = files_.find(path);
-  if (found != files_.end()) return std::make_unique<MemoryFile>(found->second);
+  if (found != files_.end()) {
+    if (access == FileAccess::NewDraft) throw FileError(FileProblem::Exists, "there is one");
+    return std::make_unique<MemoryFile>(found->second);
+  }
   if (!MayMake(access)) throw FileError(FileProblem::NotFound, "there is none");
   Content content = std::make_shared<std::vector<uint8_t>>();
   files_.emplace(path, content);

@@ -331,6 +331,19 @@ TEST_F(LeftBehind, ALinkInThePlaceOfADraftIsNotFollowed) {
   EXPECT_EQ(std::filesystem::hard_link_count(made), 1u);
 }
 
+// Its owner would own the database, and whoever has it open could write to that for good.
+TEST_F(LeftBehind, AnEmptyDraftThatSomebodyElseMadeDoesNotBecomeTheFile) {
+  const auto made = folder_.Path() / "made.mdb";
+  const Text draft = PathText(folder_.Path() / "made.mdb.new");
+  std::ofstream(folder_.Path() / "made.mdb.new").close();
+  const auto others = NativeFileSystem().Open(draft, FileAccess::ReadWrite);
+  Engine::Create(PathText(made));
+  EXPECT_FALSE(others->Bears(PathText(made)));
+  EXPECT_EQ(others->Stamp().size, 0u);
+  EXPECT_FALSE(others->Stamp().linked);
+  EXPECT_FALSE(std::filesystem::exists(draft));
+}
+
 // Whoever lays a link where the journal and the lock file are expected would have others write to a
 // file of his choice, with their rights.
 TEST_F(LeftBehind, LinksInThePlaceOfWhatLiesBesideTheFileAreNotFollowed) {

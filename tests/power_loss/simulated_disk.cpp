@@ -134,7 +134,10 @@ DiskContents SimulatedDisk::Contents() const {
 
 std::unique_ptr<File> SimulatedDisk::Open(const Text& path, FileAccess access) {
   const auto found = names_.find(path);
-  if (found != names_.end()) return std::make_unique<OpenFile>(*this, found->second);
+  if (found != names_.end()) {
+    if (access == FileAccess::NewDraft) throw FileError(FileProblem::Exists, "there is one");
+    return std::make_unique<OpenFile>(*this, found->second);
+  }
   if (!MayMake(access)) throw FileError(FileProblem::NotFound, "there is none");
   names_[path] = files_.size();
   files_.emplace_back();

@@ -131,6 +131,7 @@ CommandResult SiteSession::Execute(TextView text, std::span<const Argument> argu
 
 CommandResult SiteSession::Run(const jet::sql::Statement& statement,
                                std::span<const Argument> arguments) {
+  engine_->BeginStatement();
   const jet::TableDefinition& table = engine_->Table(jet::sql::TableOf(statement));
   return jet::sql::MakePlan(statement, table)->Run(*engine_, arguments);
 }

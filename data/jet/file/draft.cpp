@@ -17,29 +17,43 @@ Text DraftPath(const Text& final_path) {
 
 Draft::Draft(FileSystem& files, const Text& final_path, File* model)
     : files_(files), final_path_(final_path), path_(DraftPath(final_path)) {
-  while (!file_) {
-    std::unique_ptr<File> file = model != nullptr
-                                     ? files_.OpenBeside(*model, path_, FileAccess::Draft)
-                                     : files_.Open(path_, FileAccess::Draft);
-    if (!file->TryLock(kMakerByte, 1, LockMode::Exclusive))
-      throw FileError(FileProblem::InUse, "another process is making it");
-    const FileStamp stamp = file->Stamp();
-    // Whoever had it removed it in the meantime.
-    if (!stamp.linked) continue;
-    // An empty one with other names as well is somebody else's.
-    if (stamp.size == 0 && !stamp.several_names) {
-      RemoveJournal();
-      file_ = std::move(file);
-      continue;
-    }
-    // A dead maker's. Removed, not emptied: the same file may have its name already where that was
-    // given in two steps.
-    try {
-      files_.Remove(path_);
-    } catch (const FileError& error) {
-      if (error.Problem() != FileProblem::NotFound) throw;
-    }
+  while (!TryMake(model)) RemoveDeadOne();
+  RemoveJournal();
+}
+
+// A new file, whatever bears the name: one that was found would stay its owner's, and open to
+// whoever has it open. False where there is one.
+bool Draft::TryMake(File* model) {
+  std::unique_ptr<File> file;
+  try {
+    file = model != nullptr ? files_.OpenBeside(*model, path_, FileAccess::NewDraft)
+                            : files_.Open(path_, FileAccess::NewDraft);
+  } catch (const FileError& error) {
+    if (error.Problem() != FileProblem::Exists) throw;
+    return false;
   }
+  Lock(*file);
+  // Another maker may have taken it for a dead one's before it was locked.
+  if (!file->Stamp().linked) return false;
+  file_ = std::move(file);
+  return true;
+}
+
+// Not emptied: the same file may have its name already where that was given in two steps.
+void Draft::RemoveDeadOne() {
+  try {
+    const std::unique_ptr<File> file = files_.Open(path_, FileAccess::Draft);
+    Lock(*file);
+    // Whoever had it may have removed it in the meantime.
+    if (file->Stamp().linked) files_.Remove(path_);
+  } catch (const FileError& error) {
+    if (error.Problem() != FileProblem::NotFound) throw;
+  }
+}
+
+void Draft::Lock(File& file) {
+  if (!file.TryLock(kMakerByte, 1, LockMode::Exclusive))
+    throw FileError(FileProblem::InUse, "another process is making it");
 }
 
 // That of a dead maker's draft, which this one might be taken for.

@@ -28,6 +28,9 @@ class Draft {
   void Publish();
 
  private:
+  bool TryMake(File* model);
+  void RemoveDeadOne();
+  static void Lock(File& file);
   void RemoveJournal();
 
   FileSystem& files_;

@@ -47,18 +47,23 @@ enum class FileAccess {
   ReadWrite,
   ReadBeside,
   ReadWriteBeside,
-  Create,  // ReadWriteBeside; made empty when it is not there
-  Draft,   // Create; may be renamed and removed while it is open in this way only
-  Alone,   // Create; refused while anybody has it open, and keeps everybody out, where the system
-           // knows that (FileSystem::OpensAlone)
+  Create,    // ReadWriteBeside; made empty when it is not there
+  Draft,     // ReadWriteBeside; may be renamed and removed while drafts' are the only ways in which
+             // it is open
+  Alone,     // Create; refused while anybody has it open, and keeps everybody out, where the system
+             // knows that (FileSystem::OpensAlone)
+  NewDraft,  // Draft; made, and refused as Exists where anything bears the name, a link included
 };
 
 inline bool IsBeside(FileAccess access) {
   return access != FileAccess::Read && access != FileAccess::ReadWrite;
 }
+inline bool IsOfDraft(FileAccess access) {
+  return access == FileAccess::Draft || access == FileAccess::NewDraft;
+}
 inline bool MayMake(FileAccess access) {
-  return IsBeside(access) && access != FileAccess::ReadBeside &&
-         access != FileAccess::ReadWriteBeside;
+  return access == FileAccess::Create || access == FileAccess::NewDraft ||
+         access == FileAccess::Alone;
 }
 inline bool MayWrite(FileAccess access) {
   return access != FileAccess::Read && access != FileAccess::ReadBeside;

@@ -197,7 +197,8 @@ class PosixFile : public File {
 class PosixFileSystem : public FileSystem {
  public:
   std::unique_ptr<File> Open(const Text& path, FileAccess access) override {
-    return OpenWith(path, access, MayMake(access) ? O_CREAT : 0);
+    const int must_be_new = access == FileAccess::NewDraft ? O_EXCL : 0;
+    return OpenWith(path, access, MayMake(access) ? O_CREAT | must_be_new : 0);
   }
 
   std::unique_ptr<File> OpenBeside(File& model, const Text& path, FileAccess access) override {
@@ -209,7 +210,7 @@ class PosixFileSystem : public FileSystem {
         file->TakeRightsOf(dynamic_cast<const PosixFile&>(model).Descriptor());
         return file;
       } catch (const FileError& error) {
-        if (error.Problem() != FileProblem::Exists) throw;
+        if (error.Problem() != FileProblem::Exists || access == FileAccess::NewDraft) throw;
       }
       try {
         return OpenWith(path, access, 0);
@@ -298,7 +299,7 @@ class PosixFileSystem : public FileSystem {
     if (failure != 0) RaiseErrno(failure);
     if (S_ISDIR(status.st_mode)) RaiseErrno(EISDIR);
     if (!S_ISREG(status.st_mode)) throw FileError(FileProblem::Other, "it is no ordinary file");
-    if (IsBeside(access) && access != FileAccess::Draft && status.st_nlink > 1)
+    if (IsBeside(access) && !IsOfDraft(access) && status.st_nlink > 1)
       throw FileError(FileProblem::Denied, "it has other names as well");
     return file;
   }

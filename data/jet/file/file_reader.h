@@ -30,6 +30,8 @@ class FileReader {
   // The same, for a scan; see PageSource.
   Bytes DataPageInPassing(uint32_t number, uint32_t owner, std::span<const uint32_t> next) const;
   void GiveBack(uint32_t number) const { pages_->GiveBack(number); }
+  // See PageSource.
+  void Charge(uint64_t bytes) const { pages_->Charge(bytes); }
   // Any page.
   Bytes RawPage(uint32_t number) const { return pages_->Page(number); }
 

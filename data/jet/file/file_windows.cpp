@@ -234,7 +234,7 @@ class WindowsFileSystem : public FileSystem {
         try {
           return OpenWith(path, access, CREATE_NEW, FILE_FLAG_OPEN_REPARSE_POINT, rights);
         } catch (const FileError& error) {
-          if (error.Problem() != FileProblem::Exists) throw;
+          if (error.Problem() != FileProblem::Exists || access == FileAccess::NewDraft) throw;
         }
       }
       try {
@@ -251,7 +251,7 @@ class WindowsFileSystem : public FileSystem {
     auto file = OpenWith(path, access, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
     if (file->IsLink()) throw FileError(FileProblem::Denied, "a link bears its name");
     if (file->IsReparsePoint()) file = OpenWith(path, access, OPEN_EXISTING, 0, nullptr);
-    if (access != FileAccess::Draft && file->Stamp().several_names)
+    if (!IsOfDraft(access) && file->Stamp().several_names)
       throw FileError(FileProblem::Denied, "it has other names as well");
     return file;
   }
@@ -259,7 +259,7 @@ class WindowsFileSystem : public FileSystem {
   static DWORD Sharing(FileAccess access) {
     if (access == FileAccess::Alone) return 0;
     const DWORD usual = FILE_SHARE_READ | FILE_SHARE_WRITE;
-    return access == FileAccess::Draft ? usual | FILE_SHARE_DELETE : usual;
+    return IsOfDraft(access) ? usual | FILE_SHARE_DELETE : usual;
   }
 
   // The text of a call that says how long it is; empty when it fails.

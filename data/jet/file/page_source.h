@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "data/jet/file/work_budget.h"
 #include "data/jet/format/bytes.h"
 #include "runtime/text.h"
 
@@ -33,9 +34,21 @@ class PageSource {
 
   // For the texts of errors.
   virtual const Text& Path() const = 0;
+
+  // Counts what the statement at work makes of the file beside the requests for pages, which count
+  // by themselves. Raises the damaged file's error once it is more than the file can stand for.
+  void Charge(uint64_t bytes) {
+    if (!work_.Take(bytes)) RaiseTooMuchWork();
+  }
+
+ protected:
+  WorkBudget work_;
+
+ private:
+  [[noreturn]] void RaiseTooMuchWork() const;
 };
 
-// A file that lies in memory as a whole.
+// A file that lies in memory as a whole. Knows of no statements, and gives them no budget.
 class BufferPageSource : public PageSource {
  public:
   // A last page that is cut off is no page.

@@ -134,6 +134,7 @@ void Pager::BeginRead() {
     AwaitOtherProgram();
     RefuseSuspect(suspects_ != Suspects::Refused);
     readers_ = 1;
+    BeginPart();
   } catch (const FileError& error) {
     Quietly([this] { lock_->Release(); });
     RaiseFileError(error, path_);
@@ -326,6 +327,7 @@ void Pager::BeginWrite() {
     RefuseSuspect(suspects_ == Suspects::Mended);
     writing_ = true;
     ++statement_;
+    BeginPart();
   } catch (const FileError& error) {
     EndWrite();
     RaiseFileError(error, path_);
@@ -410,6 +412,10 @@ void Pager::RequireInFile(uint32_t number) const {
   if (number >= PageCount()) RaisePageOutsideFile(path_, number, PageCount());
 }
 
+void Pager::BeginPart() {
+  work_.Begin(uint64_t{PageCount()} * PageSize());
+}
+
 Bytes Pager::Page(uint32_t number) {
   return Bytes(Load(number).bytes, PageSize());
 }
@@ -418,6 +424,7 @@ Bytes Pager::Page(uint32_t number) {
 PageCache::Page& Pager::Load(uint32_t number) {
   assert(writing_ || readers_ > 0);
   RequireInFile(number);
+  Charge(WorkBudget::kPageRequest);
   PageCache::Page& page = cache_.At(number);
   if (!page.bytes) ReadPages(number, {});
   page.used = true;
@@ -438,6 +445,8 @@ void Pager::GiveUp(uint32_t number) {
 Bytes Pager::PageInPassing(uint32_t number, std::span<const uint32_t> next) {
   assert(writing_ || readers_ > 0);
   RequireInFile(number);
+  // Others may have taken its place since it was last asked for.
+  Charge(PageSize());
   PageCache::Page& page = cache_.At(number);
   if (!page.bytes) ReadPages(number, next);
   page.used = true;
@@ -517,6 +526,7 @@ uint32_t Pager::Append() {
   if (!writing_) Raise(LanguageError::InvalidProcedureCall);
   if ((uint64_t{PageCount()} + 1) * PageSize() > kLargestFile)
     RaiseDiskError(path_, u"A database cannot grow beyond 2 gigabytes");
+  work_.Grow(PageSize());
   return cache_.Append();
 }
 

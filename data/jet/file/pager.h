@@ -71,6 +71,9 @@ class Pager : public PageSource {
   void Commit();
   void Rollback() noexcept;
   bool Writing() const { return writing_; }
+  // Inside a statement: what follows may make as much of the file as a whole statement. For whoever
+  // runs many of them as one change or on one state of the file.
+  void BeginPart();
 
   // Inside a statement.
   uint32_t PageSize() const override { return Layout().page_size; }

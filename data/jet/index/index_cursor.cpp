@@ -54,6 +54,8 @@ void IndexCursor::StandOn(std::optional<EntryBounds> entry) {
     if (++leaves_ > file_->PageCount()) {
       file_->DamagedPage(next, u"is met twice on the way through an index");
     }
+    // Pages without entries are as quickly left as come to, and as many as the file has.
+    file_->Charge(file_->Layout().page_size);
     std::swap(last_, entry_);
     page_.emplace(*file_, table_->Page(), next);
     if (!page_->IsLeaf()) file_->DamagedPage(next, u"follows a leaf of an index but is none");
@@ -69,6 +71,8 @@ void IndexCursor::StandOn(std::optional<EntryBounds> entry) {
   }
   bounds_ = *entry;
   page_->Restore(bounds_, entry_);
+  // What all entries of a page share may be thousands of times what each has of its own.
+  file_->Charge(entry_.size());
 }
 
 RowId IndexCursor::Row() const {

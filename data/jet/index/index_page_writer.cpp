@@ -137,8 +137,10 @@ IndexPageImage LoadIndexPage(const WriteContext& context, uint32_t table_page, u
   image.tail = view.Tail();
   image.prefix = view.Prefix();
   image.entries.reserve(kTypicalEntries);
-  for (auto bounds = view.EntryAt(0); bounds; bounds = view.EntryAt(bounds->end))
+  for (auto bounds = view.EntryAt(0); bounds; bounds = view.EntryAt(bounds->end)) {
     view.Restore(*bounds, image.entries.emplace_back());
+    context.file.Charge(image.entries.back().size());
+  }
   RequireOrder(context, number, image);
   return image;
 }

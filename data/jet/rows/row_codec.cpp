@@ -152,6 +152,7 @@ Bytes RowView::LongField(Bytes field) const {
   const uint64_t size = ParseLongValue(*file_, field).length;
   if (size > values_left_) file_->Damaged(u"More long values are led to than the file has");
   values_left_ -= size;
+  file_->Charge(size);
   return field;
 }
 

@@ -46,7 +46,7 @@ class WatchedFileSystem : public FaultyFileSystem {
 
  private:
   std::unique_ptr<File> Watched(std::unique_ptr<File> file, FileAccess access) const {
-    if (!forgets || access != FileAccess::Draft) return file;
+    if (!forgets || access != FileAccess::NewDraft) return file;
     return std::make_unique<Forgetful>(std::move(file));
   }
 
