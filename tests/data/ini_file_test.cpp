@@ -11,7 +11,9 @@
 #ifdef _WIN32
 #include <windows.h>
 #else
+#include <sys/mman.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #endif
 
 namespace rdv {
@@ -117,8 +119,15 @@ TEST_F(IniFile, ThatIsNoFileOrTooLargeForSettingsIsRefusedByName) {
 }
 
 #ifndef _WIN32
-// As one has that is still being written: what counts is what is read, not what was said of it.
+// As one has that is still being written: what counts is what is read, not what was said of it. The
+// system's list of a process' memory has a size of nothing and many lines for each piece.
 TEST_F(IniFile, ThatHasMoreThanItsSizeSaysIsRefusedAllTheSame) {
+  constexpr size_t kPieces = 200;
+  const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+  void* const memory = mmap(nullptr, kPieces * page, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  ASSERT_NE(memory, MAP_FAILED);
+  for (size_t piece = 0; piece < kPieces; piece += 2)
+    mprotect(static_cast<char*>(memory) + piece * page, page, PROT_NONE);
   const std::filesystem::path file = "/proc/self/smaps";
   std::error_code error;
   std::ifstream stream(file, std::ios::binary);
@@ -131,6 +140,7 @@ TEST_F(IniFile, ThatHasMoreThanItsSizeSaysIsRefusedAllTheSame) {
   } catch (const RuntimeError& refusal) {
     EXPECT_EQ(refusal.Number(), 75);
   }
+  munmap(memory, kPieces * page);
 }
 
 TEST_F(IniFile, ThatIsAPipeIsRefusedAndNotWaitedFor) {
