@@ -189,6 +189,10 @@ TEST_F(HostileFile, PropertiesWithNamesTooLongForANameAreRefused) {
   EXPECT_NE(Findings(), "");
 }
 
+// More than are read of values that all have one chain; fewer than fill the memory when nobody
+// refuses them.
+constexpr size_t kManyShared = 40;
+
 // Read one after the other they are a thousand times the file.
 TEST_F(HostileFile, MemosThatShareOneChainAreRefusedBeforeTheyFillTheMemory) {
   Change([](Engine& engine) {
@@ -208,11 +212,10 @@ TEST_F(HostileFile, MemosThatShareOneChainAreRefusedBeforeTheyFillTheMemory) {
   const TableDefinition& table = engine->Table(u"Things");
   std::vector<Value> values;
   const auto read_all = [&] {
-    for (TableScan scan(engine->File(), table); scan.Next();)
+    for (TableScan scan(engine->File(), table); scan.Next() && values.size() < kManyShared;)
       values.push_back(scan.Row().Get(table.columns[kRemarks]));
   };
   EXPECT_THROW(read_all(), RuntimeError);
-  EXPECT_LT(values.size(), 100u);
   EXPECT_NE(Findings().find("part of two values"), std::string::npos);
 }
 
@@ -238,18 +241,17 @@ TEST_F(HostileFile, BinaryValuesThatShareOneChainAreRefusedAsTextToo) {
   const TableDefinition& table = engine->Table(u"Pictures");
   size_t read = 0;
   const auto read_all = [&] {
-    for (TableScan scan(engine->File(), table); scan.Next(); ++read) {
+    for (TableScan scan(engine->File(), table); scan.Next() && read < kManyShared; ++read) {
       Text text;
       scan.Row().AppendText(table.columns[1], text);
     }
   };
   EXPECT_THROW(read_all(), RuntimeError);
-  EXPECT_LT(read, 100u);
 }
 
 // Each table has all columns of one definition, and all properties of one block: two megabytes.
 TEST_F(HostileFile, TablesThatShareOneDefinitionAreNotAllKept) {
-  constexpr int kTables = 60;
+  constexpr int kTables = 40;  // a few more than are kept
   const auto name_of = [](int table) { return u"T" + Decimal(table); };
   TableSpec wide{.name = u"Wide", .columns = {}, .indexes = {}};
   std::vector<Property> properties;
