@@ -21,7 +21,14 @@ _rdvlines() {
     report) options='--output --title' ;;
     *) return ;;
   esac
-  if [[ $current == -* ]]; then
+  if [ "$command" = set ] && [[ $current == '=' || $previous == '=' ]]; then
+    # Bash takes "Soft\ Stop=En" for three words. What other columns take is the site's to say.
+    local column=${COMP_WORDS[COMP_CWORD - 2]} value=$current
+    [ "$current" != '=' ] || column=$previous value=
+    if [ "$column" = 'Soft\ Stop' ]; then
+      mapfile -t COMPREPLY < <(compgen -W 'Enabled Disabled' -- "$value")
+    fi
+  elif [[ $current == -* ]]; then
     mapfile -t COMPREPLY < <(compgen -W "$options --help" -- "$current")
   elif [ "$command" = set ] && [ "$COMP_CWORD" -ge 4 ]; then
     compopt -o nospace

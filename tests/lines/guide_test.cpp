@@ -110,11 +110,12 @@ std::set<std::string> OptionsIn(const std::string& text) {
   return options;
 }
 
-// What the completion offers behind "rdvlines COMMAND --".
-std::string Completed(const std::string& command) {
+// What the completion offers for the last of these words, which the shell has taken apart.
+std::string Completed(const std::string& words) {
   const std::filesystem::path completion = rdv::sites::Place("delivery") / "rdvlines.bash";
-  const std::string script = "source '" + completion.string() + "'; COMP_WORDS=(rdvlines " +
-                             command + " --); COMP_CWORD=2; _rdvlines; echo \"${COMPREPLY[*]}\"";
+  const std::string script = "source '" + completion.string() + "'; COMP_WORDS=(rdvlines " + words +
+                             "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _rdvlines 2>/dev/null; "
+                             "echo \"${COMPREPLY[*]}\"";
   std::string output;
   FILE* const pipe = popen(
       ("bash -c '" + std::regex_replace(script, std::regex("'"), "'\\''") + "'").c_str(), "r");
@@ -135,8 +136,16 @@ TEST(Guide, TheCompletionOffersTheOptionsOfEachCommand) {
         names += line.substr(0, line.find(' ', at)) + " ";
       }
     }
-    EXPECT_EQ(OptionsIn(Completed(command)), OptionsIn(names)) << command;
+    EXPECT_EQ(OptionsIn(Completed(command + " --")), OptionsIn(names)) << command;
   }
+}
+
+// Bash takes COLUMN=VALUE for three words.
+TEST(Guide, TheCompletionOffersNoColumnsWhereAValueBelongs) {
+  EXPECT_EQ(Completed("set site 3 1 Volume ="), "\n");
+  EXPECT_EQ(Completed("set site 3 1 Volume = H"), "\n");
+  EXPECT_EQ(Completed("set site 3 1 Soft\\\\\\ Stop = En"), "Enabled\n");
+  EXPECT_EQ(Completed("set site 3 1 Volume = High La"), "Label=\n");
 }
 
 #endif

@@ -104,7 +104,8 @@ TEST(Process, SaysThatAChangeIsWrittenOfWhichItCannotTell) {
   const std::string before = site.Bytes();
   const Ended set = Shell("set '" + site.Folder() + "' 1 all 'Label=Front desk' 2>&1 >/dev/full");
   EXPECT_EQ(set.code, 3);
-  EXPECT_THAT(set.printed, HasSubstr("the change is written; the output cannot be: No space left"));
+  EXPECT_THAT(set.printed,
+              HasSubstr("the change is written; the output cannot be written: No space left"));
   EXPECT_NE(site.Bytes(), before);
 }
 

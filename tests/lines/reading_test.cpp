@@ -95,6 +95,44 @@ TEST(EveryCommand, SaysWhichFileLacksWhat) {
   EXPECT_THAT(site.FilesBesideDatabase(), IsEmpty());
 }
 
+TEST(EveryCommand, SaysWhatTellsMoreOfADamagedDatabase) {
+  for (const char* damaged : {"broken/07-pointer-out-of-range", "broken/09-row-offset-outside"}) {
+    const LinesSite site(damaged, "");
+    const Outcome shown = site.Run("show");
+    EXPECT_EQ(shown.code, 3);
+    EXPECT_THAT(shown.errors, HasSubstr("; rdvsite check " + site.Database().string() +
+                                        " tells what is damaged\n"));
+  }
+}
+
+TEST(EveryCommand, RefusesAValueForAnOptionThatTakesNone) {
+  const LinesSite site;
+  for (const char* value : {"5", "no", ""}) {
+    EXPECT_EQ(site.Run("check", {std::string("--json=") + value}).errors,
+              "rdvlines check: '--json' takes no value (see rdvlines check --help)\n");
+  }
+  EXPECT_EQ(site.Run("set", {"3", "1", "Volume=High", "--dry-run=no"}).code, 2);
+}
+
+#ifndef _WIN32  // There the system reads the file, and says nothing of it.
+
+TEST(EveryCommand, TellsOnceThatTheSettingsCannotBeRead) {
+  const LinesSite site("plain", "");
+  const std::filesystem::path suite = site.Database().parent_path().parent_path();
+  std::filesystem::create_directory(suite / "ORVANTPlus.ini");
+  const std::vector<std::string> lines = LinesOf(site.Run("check").out);
+  EXPECT_THAT(lines[0], StartsWith("the site: '"));
+  EXPECT_THAT(lines[0], EndsWith("ORVANTPlus.ini' is no file of settings."));
+  for (size_t i = 1; i < lines.size(); ++i) {
+    EXPECT_THAT(lines[i], Not(HasSubstr("ORVANTPlus.ini")));
+    EXPECT_THAT(lines[i], Not(HasSubstr("which is called \"\"")));
+  }
+  EXPECT_EQ(LinesOf(site.Run("show", {"1"}).errors), std::vector<std::string>{lines[0]});
+  EXPECT_EQ(json::parse(site.Run("check", {"--json"}).out)["findings"][0]["kind"], "settings");
+}
+
+#endif
+
 TEST(EveryCommand, KeepsAwayFromASiteThatLiesInTwoFiles) {
   const LinesSite site("broken/10-missing-table", "");
   rdv::test::LinkMaker(site.Database().u16string())
@@ -270,7 +308,11 @@ INSTANTIATE_TEST_SUITE_P(
               "control does not show this one"},
         Fault{"HalvesDiffer",
               u"UPDATE Used_Lines SET Volume_ID = 5 WHERE Config_ID = 3 AND Line = 10",
-              ", line 10, Volume \"5\": differs from \"6\" in the first half of the pair, line 9"}),
+              ", line 10, Volume \"5\": differs from \"6\" in the first half of the pair, line 9"},
+        Fault{"LabelsOfHalvesDiffer",
+              u"UPDATE Used_Lines SET Description = 'zz' WHERE Config_ID = 3 AND Line = 10",
+              ", line 10, Label \"zz\": differs from \"\" in the first half of the pair, line 9, "
+              "and no box shows it"}),
     [](const auto& fault) { return std::string(fault.param.name); });
 
 // Without a highest number of its own a node type keeps the number that the line had before.
@@ -321,6 +363,24 @@ TEST(Check, FindsANumberThatNoLineOfAUnitHas) {
         site.Run("check", {"3"}).out,
         HasSubstr(", Line \"" + shown + "\": is no line of a unit, which has lines 1 to 12\n"));
   }
+}
+
+TEST(Check, FindsANumberThatNoUnitHas) {
+  const LinesSite site;
+  site.Execute(u"UPDATE Used_Lines SET Config_ID = -4 WHERE Config_ID = 3 AND Base_Slot_No = 1");
+  EXPECT_THAT(LinesOf(site.Run("check").out),
+              Contains("configuration -4: is no number of a unit, which are 1 to 32767"));
+}
+
+// A choice for several selected lines goes into those of this type, too, whose own row opens no
+// list for it.
+TEST(Check, FindsNothingInAnImpedanceThatWasChosenForSeveralLinesAtOnce) {
+  const LinesSite site;
+  const std::string before = site.Run("check", {"1"}).out;
+  site.Execute(
+      u"UPDATE Used_Lines SET Impedance = 3, SoftStop = 1 WHERE Config_ID = 1 AND Line = 6 AND "
+      u"Base_Slot_No = 1 AND Slot_Offset = 1");
+  EXPECT_EQ(site.Run("check", {"1"}).out, before);
 }
 
 TEST(Check, GivesEachFindingOneLineWhateverItsLabelHolds) {

@@ -47,10 +47,37 @@ TEST(Report, HoldsEveryUnitItsFindingsAndTheCounts) {
   EXPECT_THAT(html, StartsWith("<!DOCTYPE html>"));
   EXPECT_EQ(Count(html, "<section "), 3u);
   EXPECT_EQ(Count(html, "<li>Line "), 18u);
-  EXPECT_EQ(Count(html, "<sup>"), 17u);  // one line has no row to be marked in
+  EXPECT_EQ(Count(html, "<sup>"), 18u);
   EXPECT_THAT(html, HasSubstr("<li><b>3</b> units"));
   EXPECT_THAT(html, HasSubstr("Линия 7 – γραμμή – 受付"));
   EXPECT_THAT(html, HasSubstr("O'Brien &quot;direct&quot;"));
+}
+
+TEST(Report, MarksASecondHalfOfAPairInTheRowThatShowsThePair) {
+  const LinesSite site;
+  ASSERT_EQ(site.Run("report", {"1", "-o", site.Scratch("before.html").string()}).code, 1);
+  site.Execute(u"UPDATE Used_Lines SET Partition_ID = 2 WHERE Config_ID = 1 AND Line = 10");
+  site.Run("report", {"1", "-o", site.Scratch("after.html").string()});
+  const std::string html = ReadBytes(site.Scratch("after.html"));
+  EXPECT_THAT(html, HasSubstr("<td>MOH Line<td class=found>Reception<sup>"));
+  EXPECT_EQ(Count(html, "<sup>"), Count(html, "<li>Line "));
+  EXPECT_GT(Count(html, "<sup>"), Count(ReadBytes(site.Scratch("before.html")), "<sup>"));
+}
+
+TEST(Report, ShowsAUnitThatTheControlCannotShowAsItIsStored) {
+  const LinesSite site;
+  site.Execute(
+      u"UPDATE Used_Lines SET Mode_Type_ID = NULL WHERE Config_ID = 3 AND Line = 1 AND "
+      u"Base_Slot_No = 1");
+  const std::filesystem::path page = site.Scratch("page.html");
+  EXPECT_EQ(site.Run("report", {"3", "-o", page.string()}).code, 1);
+  const std::string html = ReadBytes(page);
+  EXPECT_THAT(html, HasSubstr("the control cannot show the unit: "));
+  EXPECT_THAT(html, HasSubstr("Stored, and not shown by the control:"));
+  EXPECT_THAT(html, HasSubstr("<tr><td>1<td>Hybrid Line<td>North<td>Message 10<td>Low"
+                              "<td class=found>"));
+  EXPECT_EQ(Count(html, "<sup>"), Count(html, "<li>Line "));
+  EXPECT_THAT(html, HasSubstr("; of these the control does not show "));
 }
 
 TEST(Report, NeedsNothingBesidesItself) {
@@ -153,7 +180,7 @@ TEST_F(ReportInABrowser, HasEveryLineInItsTable) {
   EXPECT_EQ(Count(dom, "<section id="), 3u);
   // Each cell in a row of its own table: nothing was moved out of one as misplaced.
   EXPECT_EQ(Count(dom, "<th scope=\"col\">"), 3u * 11u);
-  EXPECT_EQ(Count(dom, "class=\"found\""), 17u);
+  EXPECT_EQ(Count(dom, "class=\"found\""), 18u);
   EXPECT_THAT(dom, HasSubstr("<q>O'Brien \"direct\"</q>"));
 }
 

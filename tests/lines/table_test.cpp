@@ -256,6 +256,40 @@ TEST(Import, TurnsAHundredMegabytesOfRubbishDown) {
   EXPECT_THAT(imported.errors, HasSubstr("rubbish.csv, row 1, column "));
 }
 
+// Of well-formed rows no more are read than the site can have lines.
+TEST(Import, StopsAtTheFirstRowTooMany) {
+  const LinesSite site;
+  std::string table = kHeader;
+  for (int config = 5; config < 300; ++config) table += std::to_string(config) + ",1,,,,,,,,,,\n";
+  WriteBytes(site.Scratch("rows.csv"), table + "300,rubbish");
+  const Outcome imported = site.Run("import", {site.Scratch("rows.csv").string()});
+  EXPECT_EQ(imported.code, 1);
+  // What is stored of the units, and what four of them can be filled up with.
+  size_t most = size_t{4} * 12;
+  for (const StoredRow& row : site.Rows("Used_Lines")) {
+    if (row.at("Base_Slot_No") == "1" && row.at("Slot_Offset") == "1") ++most;
+  }
+  EXPECT_EQ(imported.errors, "rdvlines import: " + site.Scratch("rows.csv").string() + ", row " +
+                                 std::to_string(most + 2) +
+                                 ", column 1: there are more rows than the site can have lines, "
+                                 "which are " +
+                                 std::to_string(most) + " at most; nothing was written\n");
+}
+
+TEST(Import, TellsTheDifferencesAsALoadWouldShowThemAlsoWhereItIsRefused) {
+  const LinesSite site;
+  std::string table = site.Run("export", {"1"}).out;
+  for (const auto& [from, to] : {std::pair<std::string, std::string>{"Music 1,Low", "Music 1,Off"},
+                                 {"Queue 12,Low", "Queue 12,Loud"}}) {
+    table.replace(table.find(from), from.size(), to);
+  }
+  WriteBytes(site.Scratch("t.csv"), table);
+  const Outcome imported = site.Run("import", {site.Scratch("t.csv").string()});
+  EXPECT_EQ(imported.code, 1);
+  EXPECT_THAT(LinesOf(imported.out),
+              Contains("configuration 1, line 9, Volume: \"Low\" -> \"Off\""));
+}
+
 TEST(Import, ReadsWhatASpreadsheetSavesWithSemicolonsAndQuotes) {
   const LinesSite site;
   WriteBytes(site.Scratch("t.csv"),

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "tests/lines/lines_site.h"
+#include "tests/support/as_anybody.h"
 
 namespace rdv::lines::test {
 namespace {
@@ -112,6 +113,77 @@ TEST(Set, TellsWhatSavingTheUnitChangesBesides) {
   EXPECT_THAT(set.out, HasSubstr("saved with it: configuration 4, line 3, LineType: \"7\" -> "
                                  "\"6\"\n"));
 }
+
+TEST(Set, TellsEachCellAsTheNextLoadShowsIt) {
+  const LinesSite site;
+  const Outcome set = site.Run("set", {"1", "9", "Volume=0"});
+  EXPECT_THAT(LinesOf(set.out), Contains("configuration 1, line 9, Volume: \"Low\" -> \"Off\""));
+  EXPECT_THAT(site.Run("show", {"1", "--csv"}).out, HasSubstr("Music 1,Off,"));
+  EXPECT_THAT(LinesOf(site.Run("set", {"1", "1", "EWT Option=007"}).out),
+              Contains("configuration 1, line 1, EWT Option: \"Disabled\" -> \"7\""));
+  const Outcome restored = site.Run("restore", {"3", "8 Hybrid Lines 2 MOH Lines"});
+  EXPECT_THAT(restored.out, testing::Not(HasSubstr(", Mode: \"Continuous\"")));
+  EXPECT_THAT(restored.out, HasSubstr("saved with it: configuration 3, line 9, Mode_Caption: "
+                                      "\"Continuous\" -> \"Continuous=1\"\n"));
+}
+
+TEST(Set, WritesNothingWhereWhatIsChosenIsWhatIsStored) {
+  const LinesSite site;
+  ASSERT_EQ(site.Run("set", {"1", "1", "EWT Option=7"}).code, 0);
+  const std::string bytes = site.Bytes();
+  const std::vector<std::string> files = site.FilesBesideDatabase();
+  const Outcome set = site.Run("set", {"1", "1", "EWT Option=07"});
+  EXPECT_EQ(set.code, 0);
+  EXPECT_EQ(set.out, "nothing was written\n");
+  EXPECT_EQ(site.Bytes(), bytes);
+  EXPECT_EQ(site.FilesBesideDatabase(), files);
+}
+
+#ifndef _WIN32  // There the folder gives the rights, and making links takes one of its own.
+
+TEST(Trial, GoesWhereNothingMayBeWritten) {
+  namespace fs = std::filesystem;
+  const LinesSite site;
+  ASSERT_EQ(site.Run("set", {"3", "1", "Volume=High"}).code, 0);
+  const fs::path folder = site.Database().parent_path();
+  const fs::perms writable = fs::status(folder).permissions();
+  fs::permissions(site.Newest(".undo.json"), fs::perms(0444));
+  fs::permissions(site.Database(), fs::perms(0444));
+  fs::permissions(folder, fs::perms(0555));
+  fs::permissions(site.Folder(), fs::perms(0755));
+  {
+    const rdv::test::AsAnybody anybody;
+    const Outcome trial = site.Run("set", {"3", "2", "Label=tried", "-n"});
+    EXPECT_EQ(trial.code, 0) << trial.errors;
+    EXPECT_EQ(trial.out,
+              "configuration 3, line 2, Label: \"Line 2\" -> \"tried\"\n"
+              "a trial: nothing was written\n");
+    EXPECT_EQ(site.Run("restore", {"2", "8 Hybrid Lines 2 MOH Lines", "-n"}).code, 0);
+    const Outcome undo = site.Run("undo", {"-n"});
+    EXPECT_EQ(undo.code, 0) << undo.errors;
+    EXPECT_THAT(undo.out, HasSubstr("Volume: \"High\" -> \"Low\"\n"));
+    const Outcome real = site.Run("set", {"3", "2", "Label=tried"});
+    EXPECT_EQ(real.code, 3);
+    EXPECT_THAT(real.errors, HasSubstr("can be read and not be written"));
+  }
+  fs::permissions(folder, writable);
+}
+
+TEST(Link, LeadsToTheFilesThatBelongToTheDatabase) {
+  const LinesSite site;
+  const std::filesystem::path link = site.Scratch("link.mdb");
+  std::filesystem::create_symlink(site.Database(), link);
+  const Outcome set = RunWords({"set", link.string(), "3", "1", "Volume=High"});
+  EXPECT_EQ(set.code, 0) << set.errors;
+  // The settings are those of the site: no caption of a volume is made another one.
+  EXPECT_EQ(set.out.find("Volume_Name"), std::string::npos) << set.out;
+  EXPECT_THAT(site.FilesBesideDatabase(), SizeIs(2));
+  EXPECT_FALSE(std::filesystem::exists(site.Scratch("link-")));
+  EXPECT_EQ(site.Run("undo").code, 0);
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+}
+
+#endif
 
 TEST(Set, TouchesNoOtherSlotAndNoOtherUnit) {
   const LinesSite site;
@@ -350,7 +422,11 @@ TEST(Undo, SeesAChangeOfAFieldThatTheChangeLeftAlone) {
   site.Execute(
       u"UPDATE Used_Lines SET NIS_Option = 9 WHERE Config_ID = 3 AND Line = 1 AND "
       u"Base_Slot_No = 1");
-  EXPECT_EQ(site.Run("undo").code, 1);
+  const Outcome undone = site.Run("undo");
+  EXPECT_EQ(undone.code, 1);
+  EXPECT_THAT(undone.out,
+              HasSubstr("configuration 3, line 1, NIS_Option: the change left \"0\", it "
+                        "is now \"9\"\n"));
   EXPECT_EQ(site.Line(3, 1).at("Volume_ID"), "128");
 }
 
@@ -404,6 +480,15 @@ TEST(Undo, RefusesARecordThatIsNone) {
   const Outcome undone = site.Run("undo");
   EXPECT_EQ(undone.code, 3);
   EXPECT_THAT(undone.errors, HasSubstr("the record of the last change cannot be read"));
+}
+
+TEST(Undo, ReadsNoRecordThatGoesDeeperThanOneDoes) {
+  const LinesSite site;
+  WriteBytes(site.Database().parent_path() / "NewDB-20200101-000000-000.undo.json",
+             std::string(100'000, '['));
+  const Outcome undone = site.Run("undo");
+  EXPECT_EQ(undone.code, 3);
+  EXPECT_THAT(undone.errors, HasSubstr("000.undo.json: it is none\n"));
 }
 
 }  // namespace

@@ -102,11 +102,22 @@ TEST_F(CommandLineTest, AMisspeltWordIsNamedWithWhatWasMeant) {
   ExpectUsageError({"ord"}, "brew: unknown command 'ord': did you mean 'order'?");
   ExpectUsageError({"zzz"}, "brew: unknown command 'zzz' (");
   ExpectUsageError({"--versoin"}, "brew: unknown option '--versoin': did you mean '--version'?");
+  ExpectUsageError({"--helpp"}, "brew: unknown option '--helpp': did you mean '--help'?");
+  ExpectUsageError({"helpp"}, "brew: unknown command 'helpp': did you mean 'help'?");
+  ExpectUsageError({"help", "--version"}, "brew: no help on '--version' (");
   ExpectUsageError({"help", "leafs"}, "brew: no help on 'leafs': did you mean 'leaves'?");
   ExpectUsageError({"pour", "x", "--cup", "3"},
                    "brew pour: unknown option '--cup': did you mean '--cups'?");
   ExpectUsageError({"pour", "x", "--cup=3"},
                    "brew pour: unknown option '--cup': did you mean '--cups'?");
+}
+
+TEST_F(CommandLineTest, HelpOnHelpIsHelp) {
+  EXPECT_EQ(Run({"help"}), kDone);
+  const std::string help = out_.str();
+  out_.str("");
+  EXPECT_EQ(Run({"help", "help"}), kDone);
+  EXPECT_EQ(out_.str(), help);
 }
 
 TEST_F(CommandLineTest, MissingSurplusAndEmptyWordsAreNamed) {

@@ -95,6 +95,19 @@ TEST_F(SitePrograms, FailWhenADumpDoesNotFitOnTheDisk) {
   EXPECT_EQ(dump.printed, "rdvsite dump: the output cannot be written: No space left on device\n");
 }
 
+TEST_F(SitePrograms, SayThatWhatTheyMadeIsThereWhenNobodyCanBeToldOfIt) {
+  ASSERT_EQ(created_.code, kDone) << created_.printed;
+  EXPECT_EQ(Shell(Program() + " create " + Site() + "2 2>&1 >/dev/full").printed,
+            "rdvsite create: the site is made; the output cannot be written: No space left on "
+            "device\n");
+  EXPECT_EQ(Shell(Program() + " check " + Site() + "2").code, kDone);
+  const std::string copy = Site() + "/copy.mdb";
+  EXPECT_EQ(Shell(Program() + " repair " + Site() + " --to " + copy + " 2>&1 >/dev/full").printed,
+            "rdvsite repair: the copy is made; the output cannot be written: No space left on "
+            "device\n");
+  EXPECT_EQ(Shell(Program() + " check " + copy).code, kDone);
+}
+
 // A database that is opened then must not become what the program prints to.
 TEST_F(SitePrograms, LeaveTheDatabaseAloneWhereTheirOutputIsClosed) {
   ASSERT_EQ(created_.code, kDone) << created_.printed;

@@ -10,6 +10,7 @@
 #include "data/jet/sql/parameters.h"
 #include "data/jet/sql/statement_parser.h"
 #include "data/needed_tables.h"
+#include "tests/support/as_anybody.h"
 #include "tests/support/link_maker.h"
 #include "tests/support/sites/sample_sites.h"
 #include "tests/tools/site_tool.h"
@@ -17,7 +18,6 @@
 
 #ifndef _WIN32
 #include <sys/stat.h>
-#include <unistd.h>
 #endif
 
 namespace rdv {
@@ -62,21 +62,6 @@ TEST_F(SiteTool, SaysWhyAFileIsNoDatabase) {
 
 #ifndef _WIN32
 
-// Without the administrator's rights, which no permission of a file binds.
-class AsAnybody {
- public:
-  AsAnybody() {
-    constexpr uid_t kNobody = 65534;
-    if (before_ == 0 && seteuid(kNobody) != 0) throw std::runtime_error("no other user");
-  }
-  ~AsAnybody() {
-    if (seteuid(before_) != 0) std::abort();
-  }
-
- private:
-  uid_t before_ = geteuid();
-};
-
 TEST_F(SiteTool, TellsWhichRightIsMissing) {
   Create();
   const std::filesystem::path folder = Suite() / "Database";
@@ -85,13 +70,14 @@ TEST_F(SiteTool, TellsWhichRightIsMissing) {
     ASSERT_EQ(chmod(folder.c_str(), to_folder), 0);
   };
   const auto change = [&] {
-    const AsAnybody anybody;
+    const test::AsAnybody anybody;
     return Sql("DELETE FROM Used_Cards");
   };
   allow(0000, 0777);
   EXPECT_EQ(change().errors.find("rdvsite sql: '" + Database() + "' cannot be read: Permission"),
             0u)
       << change().errors;
+  EXPECT_EQ(change().errors.find("Cannot update"), std::string::npos) << change().errors;
   allow(0444, 0777);
   EXPECT_EQ(change().errors.find("rdvsite sql: '" + Database() +
                                  "' can be read and not be written: Permission denied"),
@@ -103,6 +89,14 @@ TEST_F(SiteTool, TellsWhichRightIsMissing) {
             0u)
       << change().errors;
   EXPECT_EQ(change().code, kUnusable);
+  {
+    const std::string copy = (folder / "copy.mdb").string();
+    const test::AsAnybody anybody;
+    const Outcome repair = RunTool({"repair", Database(), "--to", copy});
+    EXPECT_EQ(repair.code, kUnusable);
+    EXPECT_EQ(repair.errors.find("rdvsite repair: '" + copy + "' cannot be made there. "), 0u)
+        << repair.errors;
+  }
   allow(0666, 0777);
   EXPECT_EQ(change().out, "7\n");
 }
@@ -269,6 +263,31 @@ TEST_F(DamagedSite, IsLeftAloneByARepairOfACopyAndByADryRun) {
   EXPECT_EQ(ReadFile(Database()), damaged);
   EXPECT_EQ(Files(), (std::vector<std::string>{"NewDB.mdb", "ORVANTPlus.ini"}));
 }
+
+TEST_F(DamagedSite, ThatCannotBeMendedLeavesNoCopyAndIsNamedItself) {
+  Overwrite(2 * kPage, std::string(kPage, '\xFF'));  // the catalog
+  const std::string copy = (folder_.Path() / "mended.mdb").string();
+  const Outcome repair = RunTool({"repair", Database(), "--to", copy});
+  EXPECT_EQ(repair.code, kUnusable) << repair.out;
+  EXPECT_NE(repair.errors.find("'" + Database() + "'"), std::string::npos) << repair.errors;
+  EXPECT_EQ(repair.errors.find(copy), std::string::npos) << repair.errors;
+  EXPECT_FALSE(std::filesystem::exists(copy));
+}
+
+#ifndef _WIN32  // There making links takes a right of its own.
+
+TEST_F(DamagedSite, IsCopiedBesideTheFileThatALinkLeadsTo) {
+  SpoilARowCount();
+  const std::filesystem::path link = folder_.Path() / "link.mdb";
+  std::filesystem::create_symlink(Database(), link);
+  const Outcome repair = RunTool({"repair", link.string()});
+  EXPECT_EQ(repair.code, kDone) << repair.errors;
+  const std::string copy = repair.out.substr(20, repair.out.find('\n') - 20);
+  EXPECT_EQ(std::filesystem::path(copy).parent_path(), Suite() / "Database");
+  EXPECT_TRUE(std::filesystem::is_symlink(link));
+}
+
+#endif
 
 // What nobody else uses: a session was ended while it wrote, or met a damaged page.
 TEST_F(DamagedSite, ThatIsSuspectIsMendedInEachWay) {

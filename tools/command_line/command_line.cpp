@@ -33,9 +33,14 @@ bool IsOption(const std::string& word) {
   return word.size() > 1 && word[0] == '-';
 }
 
+// An option is meant by what begins with a dash, a command or a topic by what does not.
 std::string MeantInstead(const std::string& word, std::span<const std::string> known) {
-  const std::string nearest = Nearest(word, known);
-  return nearest.empty() ? "" : ": did you mean '" + nearest + "'?";
+  std::vector<std::string> alike;
+  for (const std::string& candidate : known) {
+    if (IsOption(candidate) == IsOption(word)) alike.push_back(candidate);
+  }
+  const std::string nearest = Nearest(word, alike);
+  return nearest.empty() || nearest == word ? "" : ": did you mean '" + nearest + "'?";
 }
 
 std::string Row(const std::string& word, const std::string& purpose) {
@@ -63,6 +68,17 @@ std::string Quotable(const std::string& word) {
 std::string WithEnvironment() {
   const Text in_force = EnvironmentInForce();
   return in_force.empty() ? "" : "the environment has " + ToUtf8(in_force) + '\n';
+}
+
+// The option that was given a value and takes none; "" without one.
+std::string FlagWithValue(std::span<const std::string> words, const CLI::App& app) {
+  for (const std::string& word : words) {
+    const std::string name = word.substr(0, word.find('='));
+    if (name.size() == word.size() || !IsOption(word)) continue;
+    const CLI::Option* const option = app.get_option_no_throw(name);
+    if (option != nullptr && option->get_items_expected_max() == 0) return name;
+  }
+  return "";
 }
 
 // What CLI11 found wrong, in our words where its own do not name what to do.
@@ -210,6 +226,8 @@ int CommandLine::RunCommand(Command& command, std::span<const std::string> argum
   std::vector<std::string> words(arguments.begin(),
                                  arguments.begin() + static_cast<ptrdiff_t>(read));
   std::reverse(words.begin(), words.end());  // the order that CLI11 takes them in
+  if (const std::string flag = FlagWithValue(words, *command.app); !flag.empty())
+    throw UsageError("'" + flag + "' takes no value");
   try {
     command.app->parse(words);
   } catch (const CLI::CallForHelp&) {
@@ -224,7 +242,7 @@ int CommandLine::RunCommand(Command& command, std::span<const std::string> argum
 
 int CommandLine::Help(std::span<const std::string> words, std::ostream& out) const {
   if (words.size() > 1) throw UsageError("'" + words[1] + "' is one word too many");
-  if (words.empty() || IsHelp(words[0])) {
+  if (words.empty() || IsHelp(words[0]) || words[0] == "help") {
     if (!has_commands_) out << commands_.front().app->help();
     out << Overview();
     return kDone;

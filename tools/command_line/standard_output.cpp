@@ -124,12 +124,11 @@ StandardOutput::~StandardOutput() {
   }
 }
 
-void RequireTold(std::ostream& out) {
+void RequireTold(std::ostream& out, const char* done) {
   try {
     out.flush();
   } catch (const OutputError& error) {
-    throw std::runtime_error("the change is written; the output cannot be: " +
-                             std::string(error.what()));
+    throw std::runtime_error(std::string(done) + "; the output cannot be written: " + error.what());
   }
 }
 

@@ -47,10 +47,9 @@ class StandardOutput : public std::ostream {
   Buffer buffer_;
 };
 
-// Brings out what tells of a change that is in the database already. A change of which nobody is
-// told is there all the same: raises std::runtime_error that says so when the output cannot be
-// written.
-void RequireTold(std::ostream& out);
+// Brings out what tells of something that is done already. What nobody is told of is there all the
+// same: raises std::runtime_error that begins with `done` when the output cannot be written.
+void RequireTold(std::ostream& out, const char* done = "the change is written");
 
 // Raised by StopWithoutReader.
 struct ReaderGone {};

@@ -44,4 +44,11 @@ fs::path DatabaseOfSite(const fs::path& folder) {
   throw std::runtime_error(text);
 }
 
+fs::path FileOf(const fs::path& database) {
+  std::error_code failed;
+  if (!fs::is_symlink(database, failed)) return database;
+  const fs::path file = fs::canonical(database, failed);
+  return failed ? database : file;
+}
+
 }  // namespace rdv

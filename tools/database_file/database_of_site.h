@@ -10,4 +10,8 @@ namespace rdv {
 // meant.
 std::filesystem::path DatabaseOfSite(const std::filesystem::path& folder);
 
+// The file itself where the name is that of a link to it: whatever belongs to a database lies
+// beside the file.
+std::filesystem::path FileOf(const std::filesystem::path& database);
+
 }  // namespace rdv

@@ -37,8 +37,6 @@ std::optional<std::string> WhyNotOpened(const Text& path, jet::FileAccess access
 
 // Which right is missing: one error of the engine stands for all three.
 std::string MissingRight(const Text& path) {
-  if (const auto reason = WhyNotOpened(path, jet::FileAccess::Read))
-    return Quoted(path) + " cannot be read: " + *reason;
   if (const auto reason = WhyNotOpened(path, jet::FileAccess::ReadWrite))
     return Quoted(path) + " can be read and not be written: " + *reason;
   const Text folder =
@@ -47,8 +45,10 @@ std::string MissingRight(const Text& path) {
          ", where the lock file and the journal have to lie beside it";
 }
 
+}  // namespace
+
 // Refusals for other reasons than rights have the reason in the text of the error.
-bool IsOfTheSystem(const RuntimeError& error) {
+bool IsMissingRight(const RuntimeError& error) {
   constexpr TextView kReadOnly = u"Cannot update. Database or object is read-only.";
   constexpr TextView kOwnReasons[] = {u"Access 97 files", u"is the engine's own"};
   return error.Description().starts_with(kReadOnly) &&
@@ -56,8 +56,6 @@ bool IsOfTheSystem(const RuntimeError& error) {
            return error.Description().find(reason) != Text::npos;
          });
 }
-
-}  // namespace
 
 std::string Explained(const RuntimeError& error, const Text& path) {
   std::string text = tools::Described(error);
@@ -69,7 +67,12 @@ std::string Explained(const RuntimeError& error, const Text& path) {
     if (reason && error.Description().find(*reason) == Text::npos)
       return ToUtf8(*reason) + ". " + text;
   }
-  if (IsOfTheSystem(error)) return MissingRight(path) + ". " + text;
+  if (IsMissingRight(error)) {
+    // Of a file that nobody may read the engine's text, which is about writing, says nothing.
+    if (const auto reason = WhyNotOpened(path, jet::FileAccess::Read))
+      return Quoted(path) + " cannot be read: " + *reason;
+    return MissingRight(path) + ". " + text;
+  }
   return text;
 }
 

@@ -12,6 +12,9 @@ namespace rdv {
 // can be done. Looks at the file and its folder.
 std::string Explained(const RuntimeError& error, const Text& path);
 
+// Whether the system keeps this user from writing the file or beside it.
+bool IsMissingRight(const RuntimeError& error);
+
 // In single quotes, in UTF-8.
 std::string Quoted(const Text& name);
 

@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
@@ -16,7 +15,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 using namespace std::chrono;
 
-constexpr int kVersion = 1;
+constexpr int kVersion = 2;
 constexpr const char* kTableNames[] = {"Used_Lines", "Used_Cards"};
 
 // Without a half of a pair of units that stands alone, which no JSON text may hold.
@@ -68,10 +67,6 @@ Value Plain(const Value& value) {
   return value;
 }
 
-bool IsKept(const Value& value) {
-  return ToJson(value).has_value();
-}
-
 Json ToJson(const std::optional<Fields>& fields) {
   if (!fields) return nullptr;
   Json object = Json::object();
@@ -105,6 +100,10 @@ Json ToJson(const RowChange& row) {
   json["before"] = ToJson(row.before);
   json["after"] = ToJson(row.after);
   json["wholeAfter"] = row.whole_after;
+  json["rowAfter"] = Json::array();
+  for (const Value& value : row.row_after) {
+    json["rowAfter"].push_back(ToJson(value).value_or(Json(nullptr)));
+  }
   return json;
 }
 
@@ -117,10 +116,28 @@ RowChange RowFrom(const Json& json) {
   row.before = FieldsFrom(json.at("before"));
   row.after = FieldsFrom(json.at("after"));
   row.whole_after = json.at("wholeAfter");
+  for (const Json& value : json.at("rowAfter")) row.row_after.push_back(FromJson(value));
   return row;
 }
 
+// The text of a record. Reads no more than the largest one has, and nothing that lies deeper than
+// one does: what is no record is refused before it takes memory.
+Json Parsed(const std::filesystem::path& path) {
+  constexpr uintmax_t kLargest = 256u << 20;
+  constexpr int kDeepest = 8;
+  if (std::filesystem::file_size(path) > kLargest) throw std::runtime_error("it is too large");
+  std::ifstream file(path, std::ios::binary);
+  return Json::parse(file, [](int depth, Json::parse_event_t, Json&) {
+    if (depth > kDeepest) throw std::runtime_error("it is none");
+    return true;
+  });
+}
+
 }  // namespace
+
+bool IsKept(const Value& value) {
+  return ToJson(value).has_value();
+}
 
 std::string RecordTimeNow() {
   const auto now = floor<seconds>(system_clock::now());
@@ -173,7 +190,7 @@ void CompareRows(ChangedTable kind, int16_t config, const RowTable& before, cons
   for (size_t row = 0; row < after.rows.size(); ++row) by_line[line_of(after, row)].after = row;
 
   for (const auto& [line, sides] : by_line) {
-    RowChange change{kind, config, line, {}, {}, {}};
+    RowChange change{kind, config, line, {}, {}, {}, {}};
     if (sides.after) change.whole_after = DigestOf(after, *sides.after);
     if (sides.before && sides.after) {
       const std::vector<Value>& old_row = before.rows[*sides.before];
@@ -191,6 +208,9 @@ void CompareRows(ChangedTable kind, int16_t config, const RowTable& before, cons
     } else {
       change.after = AllFields(after, *sides.after);
     }
+    if (sides.after) {
+      for (const Value& value : after.rows[*sides.after]) change.row_after.push_back(Plain(value));
+    }
     to.push_back(std::move(change));
   }
 }
@@ -202,6 +222,10 @@ void WriteRecord(const Text& database, const std::filesystem::path& path,
   json["version"] = kVersion;
   json["when"] = record.when;
   json["command"] = ToUtf8(record.command);
+  for (size_t table = 0; table < record.columns.size(); ++table) {
+    Json& columns = json["columns"][kTableNames[table]] = Json::array();
+    for (const Text& column : record.columns[table]) columns.push_back(ToUtf8(column));
+  }
   json["rows"] = Json::array();
   for (const RowChange& row : record.rows) json["rows"].push_back(ToJson(row));
   const std::string text = json.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
@@ -210,14 +234,18 @@ void WriteRecord(const Text& database, const std::filesystem::path& path,
 
 ChangeRecord ReadRecord(const std::filesystem::path& path) {
   try {
-    std::ifstream file(path, std::ios::binary);
-    const Json json = Json::parse(std::string(std::istreambuf_iterator<char>(file), {}));
+    const Json json = Parsed(path);
     if (json.at("program") != "rdvlines" || json.at("version") != kVersion) {
       throw std::runtime_error("of another program or version");
     }
     ChangeRecord record;
     record.when = json.at("when");
     record.command = FromUtf8(json.at("command").get<std::string>());
+    for (size_t table = 0; table < record.columns.size(); ++table) {
+      for (const Json& column : json.at("columns").at(kTableNames[table])) {
+        record.columns[table].push_back(FromUtf8(column.get<std::string>()));
+      }
+    }
     for (const Json& row : json.at("rows")) record.rows.push_back(RowFrom(row));
     return record;
   } catch (const std::exception& error) {

@@ -1,6 +1,7 @@
 // What a change did to the database, kept beside it so that the change can be taken back.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -26,13 +27,18 @@ struct RowChange {
   std::optional<Fields> before;  // nothing: the row was made
   std::optional<Fields> after;   // nothing: the row was taken away
   std::string whole_after;       // a digest of the whole row; "" without one
+  std::vector<Value> row_after;  // all of it, by the columns of the record; none without one
 
   bool operator==(const RowChange&) const = default;
 };
 
+// The names of the columns, by ChangedTable.
+using ColumnsByTable = std::array<std::vector<Text>, 2>;
+
 struct ChangeRecord {
   std::string when;  // "2026-11-22 07:45:12" UTC
   Text command;      // the words of the command
+  ColumnsByTable columns;
   std::vector<RowChange> rows;
 
   bool operator==(const ChangeRecord&) const = default;
@@ -40,6 +46,9 @@ struct ChangeRecord {
 
 // The present time in the form of a record.
 std::string RecordTimeNow();
+
+// Whether a record holds values of that type.
+bool IsKept(const Value& value);
 
 // How a row's columns are told apart from those of a row that differs anywhere.
 std::string DigestOf(const RowTable& table, size_t row);

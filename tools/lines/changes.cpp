@@ -9,6 +9,7 @@
 #include "tools/lines/dated_files.h"
 #include "tools/lines/site_copy.h"
 #include "tools/lines/stored_lines.h"
+#include "tools/lines/trial_site.h"
 #include "tools/lines/unit.h"
 
 namespace rdv::lines {
@@ -18,7 +19,8 @@ namespace {
 struct PlannedUnit {
   const UnitEdit* edit = nullptr;
   RowTable read;  // its lines when the change was worked out
-  std::vector<RowCells> after;
+  std::vector<RowCells> before;
+  std::vector<RowCells> after;  // as the editors leave it
 };
 
 std::string UnitName(int16_t config) {
@@ -49,10 +51,12 @@ class Change {
 
   ChangeOutcome Run() {
     WorkOut();
-    const bool refused = options_.all_or_nothing && !outcome_.refused.empty();
-    if (!refused && !planned_.empty()) {
+    if (planned_.empty()) return std::move(outcome_);
+    if (options_.all_or_nothing && !outcome_.refused.empty()) {
+      TryOut();
+    } else {
       if (options_.before_writing) options_.before_writing();
-      Write();
+      Write(options_.dry_run);
     }
     return std::move(outcome_);
   }
@@ -89,7 +93,7 @@ class Change {
   }
 
   void Plan(const UnitEdit& edit) {
-    PlannedUnit unit{&edit, ReadStoredLines(session_, edit.config), {}};
+    PlannedUnit unit{&edit, ReadStoredLines(session_, edit.config), {}, {}};
     if (unit.read.rows.empty() && !options_.makes_units) {
       Refuse(edit.config, u"no lines are stored; restore it to a unit type to make them");
       return;
@@ -102,11 +106,11 @@ class Change {
       Refuse(edit.config, u"the control cannot show the unit: " + FromUtf8(error.what()));
       return;
     }
-    const std::vector<RowCells> before = is_new ? std::vector<RowCells>() : editor.Rows();
+    if (!is_new) unit.before = editor.Rows();
     edit.edit(editor, outcome_.refused);
     unit.after = editor.Rows();
     const size_t known = outcome_.changes.size();
-    CompareCells(edit.config, before, unit.after, outcome_.changes);
+    CompareCells(edit.config, unit.before, unit.after, outcome_.changes);
     if (outcome_.changes.size() > known) planned_.push_back(std::move(unit));
   }
 
@@ -122,7 +126,17 @@ class Change {
     outcome_.refused.push_back({config, 0, 0, {}, std::move(why), {}});
   }
 
-  void Write() {
+  // What would be seen of a change that is refused: nothing of it is written.
+  void TryOut() {
+    try {
+      Write(true);
+    } catch (const NoRightToWrite&) {
+      // Then it is told as the editors show it.
+    }
+    outcome_.written = false;
+  }
+
+  void Write(bool dry_run) {
     SiteSession::Writing writing(session_);
     for (const PlannedUnit& unit : planned_) {
       FindConflicts(unit.edit->config, unit.read, ReadStoredLines(session_, unit.edit->config),
@@ -132,7 +146,7 @@ class Change {
 
     const std::filesystem::path database(session_.Database());
     const std::filesystem::path stem = NextDatedStem(database);
-    if (!options_.dry_run) {
+    if (!dry_run) {
       outcome_.copy = stem;
       outcome_.copy += kCopyEnding;
       RemoveDrafts(database);
@@ -140,17 +154,21 @@ class Change {
     }
     try {
       MakeChanges();
+      TellAsLoaded();
     } catch (...) {
       // Of a database that stays as it is nobody needs a copy.
       Remove(outcome_.copy);
       throw;
     }
+    // What was chosen may come to the same as what is stored.
+    if (outcome_.rows.empty()) return Remove(outcome_.copy);
     outcome_.written = true;
-    if (options_.dry_run) return;
+    if (dry_run) return;
 
     std::filesystem::path record = stem;
     record += kRecordEnding;
-    WriteRecord(session_.Database(), record, {RecordTimeNow(), options_.command, outcome_.rows});
+    WriteRecord(session_.Database(), record,
+                {RecordTimeNow(), options_.command, std::move(columns_), outcome_.rows});
     try {
       writing.Commit();
     } catch (...) {
@@ -191,15 +209,33 @@ class Change {
     } catch (const std::exception& error) {
       throw tools::Refusal("nothing was written; " + UnitName(config) + ": " + error.what());
     }
-    CompareRows(ChangedTable::Lines, config, unit.read, ReadStoredLines(session_, config),
-                outcome_.rows);
-    CompareRows(ChangedTable::Cards, config, card, ReadStoredCard(session_, config), outcome_.rows);
+    CompareTables(ChangedTable::Lines, config, unit.read, ReadStoredLines(session_, config));
+    CompareTables(ChangedTable::Cards, config, card, ReadStoredCard(session_, config));
+  }
+
+  void CompareTables(ChangedTable kind, int16_t config, const RowTable& before,
+                     const RowTable& after) {
+    CompareRows(kind, config, before, after, outcome_.rows);
+    columns_[static_cast<size_t>(kind)] = after.columns;
+  }
+
+  // The cells as the next load shows them: saved text may come back as another, "007" as 7.
+  void TellAsLoaded() {
+    UnitReader reader(session_);
+    outcome_.changes.clear();
+    for (const PlannedUnit& planned : planned_) {
+      const int16_t config = planned.edit->config;
+      const Unit unit = reader.Read(config);
+      CompareCells(config, planned.before, unit.failure.empty() ? unit.rows : planned.after,
+                   outcome_.changes);
+    }
   }
 
   SiteSession& session_;
   const std::vector<UnitEdit>& edits_;
   const ChangeOptions& options_;
   std::vector<PlannedUnit> planned_;
+  ColumnsByTable columns_;
   ChangeOutcome outcome_;
 };
 
@@ -207,7 +243,8 @@ class Change {
 
 ChangeOutcome ChangeUnits(SiteSession& session, const std::vector<UnitEdit>& edits,
                           const ChangeOptions& options) {
-  ChangeOutcome outcome = Change(session, edits, options).Run();
+  ChangeOutcome outcome = WithTrialSite(
+      session, options.dry_run, [&](SiteSession& on) { return Change(on, edits, options).Run(); });
   if (outcome.written && !options.dry_run) session.Close();
   return outcome;
 }

@@ -157,6 +157,8 @@ Broken VolumeCaption(const LineFacts& line) {
   for (const Choice& offered : line.rules.OffersFor(line.line_type).volumes) {
     if (offered.code == *code && offered.caption == stored) return kFine;
   }
+  // Without settings no caption can be held against them.
+  if (IsMusicOnHold(line) && !line.rules.Reader().SettingsFailure().empty()) return kFine;
   const Text shown = line.rules.StoredVolume(*code, line.line_type);
   // New music-on-hold lines are stored with the code for a caption.
   if (IsMusicOnHold(line)) return RequireOneOf(stored, {shown, Decimal(*code)});

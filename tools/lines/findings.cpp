@@ -1,6 +1,7 @@
 #include "tools/lines/findings.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "data/recordset.h"
 #include "data/settings_file.h"
@@ -56,12 +57,18 @@ constexpr SharedField kSharedFields[] = {
 // The lines that a unit may have: the two pairs for music on hold are the last.
 constexpr int16_t kFirstLine = 1;
 constexpr int16_t kLastLine = 12;
+constexpr int16_t kFirstConfig = 1;
 
 class UnitCheck {
  public:
   UnitCheck(const SiteRules& rules, const Unit& unit) : rules_(rules), unit_(unit) {}
 
   std::vector<Finding> Run() {
+    if (unit_.config < kFirstConfig) {
+      Add(0, 0, "configuration", {},
+          u"is no number of a unit, which are " + Decimal(kFirstConfig) + u" to " +
+              Decimal(std::numeric_limits<int16_t>::max()));
+    }
     if (!unit_.failure.empty()) {
       Add(0, 0, "cannot-be-shown", {}, u"the control cannot show the unit: " + unit_.failure);
     }
@@ -171,6 +178,14 @@ class UnitCheck {
           u"differs from \"" + of_first + u"\" in the first half of the pair, line " +
               Decimal(first.number));
     }
+    // The control gives the second half no label and leaves alone what it has.
+    const size_t label = ColumnAt(unit_.stored, u"Description");
+    const Text of_first = Shown(unit_.stored.rows[first.row][label]);
+    const Text of_second = Shown(unit_.stored.rows[second.row][label]);
+    if (of_second.empty() || of_second == of_first) return;
+    Add(second.number, column::kLabel, "pair", of_second,
+        u"differs from \"" + of_first + u"\" in the first half of the pair, line " +
+            Decimal(first.number) + u", and no box shows it");
   }
 
   const SiteRules& rules_;

@@ -48,6 +48,7 @@ p { margin: 0 0 .5rem; }
 .unit td { overflow-wrap: break-word; }
 .unit td:first-child { text-align: right; font-variant-numeric: tabular-nums; }
 .unit .none td { color: #6b7480; }
+.unit .left-out td { background: var(--head); color: var(--soft); text-align: left; }
 .unit .moh td:first-child { border-left: 3px solid var(--bar); }
 .unit td.found { background: var(--warn); color: var(--ink); outline: 1.5px solid #e0a100;
   outline-offset: -1.5px; }

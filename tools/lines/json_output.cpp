@@ -53,6 +53,15 @@ Json JsonOf(const Finding& finding) {
   return json;
 }
 
+Json JsonOfSettings(const Text& failure) {
+  Json json;
+  for (const char* place : {"configuration", "line", "column"}) json[place] = nullptr;
+  json["kind"] = "settings";
+  json["value"] = "";
+  json["why"] = ToUtf8(failure);
+  return json;
+}
+
 std::string Printed(const Json& document) {
   return document.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
 }

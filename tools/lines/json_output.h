@@ -16,6 +16,8 @@ Json NumberOrText(const Text& text);
 
 Json JsonOf(const Unit& unit);
 Json JsonOf(const Finding& finding);
+// A finding that concerns the site as a whole.
+Json JsonOfSettings(const Text& failure);
 
 // Indented, with a line feed at its end. What no JSON text may hold is replaced.
 std::string Printed(const Json& document);

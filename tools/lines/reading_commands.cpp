@@ -1,4 +1,5 @@
 // show, check, export and compare.
+#include <algorithm>
 #include <map>
 #include <ostream>
 
@@ -52,9 +53,13 @@ void ShowText(const std::vector<Unit>& units, std::ostream& out) {
 }
 
 // Units that are shown in part, or not at all, are told of where the format has no place for it.
-int TellFailures(const std::vector<Unit>& units, std::ostream& errors) {
+int TellFailures(const SiteContents& contents, std::ostream& errors) {
   int code = kDone;
-  for (const Unit& unit : units) {
+  if (!contents.settings_failure.empty()) {
+    errors << "the site: " << OnOneLine(contents.settings_failure) << '\n';
+    code = kFindings;
+  }
+  for (const Unit& unit : contents.units) {
     if (unit.failure.empty()) continue;
     errors << ConfigurationName(unit.config)
            << " cannot be shown whole: " << OnOneLine(unit.failure) << '\n';
@@ -163,7 +168,7 @@ int Show(const Selection& selection, Format format, const Surroundings& around) 
       ShowText(contents.units, around.out);
       break;
   }
-  return TellFailures(contents.units, around.errors);
+  return TellFailures(contents, around.errors);
 }
 
 int Check(const Selection& selection, Format format, const Surroundings& around) {
@@ -172,13 +177,17 @@ int Check(const Selection& selection, Format format, const Surroundings& around)
     Json document;
     document["configurations"] = contents.units.size();
     document["findings"] = Json::array();
+    if (!contents.settings_failure.empty())
+      document["findings"].push_back(JsonOfSettings(contents.settings_failure));
     for (const Finding& finding : contents.findings)
       document["findings"].push_back(JsonOf(finding));
     around.out << Printed(document);
   } else {
+    if (!contents.settings_failure.empty())
+      around.out << "the site: " << OnOneLine(contents.settings_failure) << '\n';
     for (const Finding& finding : contents.findings) around.out << AsText(finding);
   }
-  return contents.findings.empty() ? kDone : kFindings;
+  return contents.Flawless() ? kDone : kFindings;
 }
 
 int Export(const Selection& selection, const std::optional<Text>& file,
@@ -190,7 +199,7 @@ int Export(const Selection& selection, const std::optional<Text>& file,
   } else {
     around.out << table;
   }
-  return TellFailures(contents.units, around.errors);
+  return TellFailures(contents, around.errors);
 }
 
 int Compare(const Text& left, const Text& right, Format format, const Surroundings& around) {
@@ -207,9 +216,9 @@ int Compare(const Text& left, const Text& right, Format format, const Surroundin
   } else {
     for (const Difference& difference : differences) around.out << AsText(difference);
   }
-  const bool failed = TellFailures(first.units, around.errors) != kDone ||
-                      TellFailures(second.units, around.errors) != kDone;
-  return differences.empty() && !failed ? kDone : kFindings;
+  const int failed =
+      std::max(TellFailures(first, around.errors), TellFailures(second, around.errors));
+  return differences.empty() ? failed : kFindings;
 }
 
 }  // namespace rdv::lines

@@ -71,20 +71,28 @@ void AppendSummary(const SiteContents& contents, std::string& to) {
   Counts volumes;
   Counts modes;
   size_t lines = 0;
+  size_t not_shown = 0;
   for (const Unit& unit : contents.units) {
-    for (const RowCells& row : unit.rows) {
-      ++lines;
-      ++types[row[column::kLineType]];
-      if (row[column::kLineTypeCode] == Decimal(line_type::kNotInstalled)) continue;
-      ++volumes[row[column::kVolume]];
-      ++modes[ModeName(row[column::kMode])];
+    not_shown += unit.not_shown.size();
+    for (const std::vector<RowCells>* rows : {&unit.rows, &unit.not_shown}) {
+      for (const RowCells& row : *rows) {
+        ++lines;
+        ++types[row[column::kLineType]];
+        if (row[column::kLineTypeCode] == Decimal(line_type::kNotInstalled)) continue;
+        ++volumes[row[column::kVolume]];
+        ++modes[ModeName(row[column::kMode])];
+      }
     }
   }
   to += "<ul class=figures>\n";
   AppendFigure(contents.units.size(), "unit", "units", to);
   AppendFigure(lines, "line", "lines", to);
   AppendFigure(contents.findings.size(), "finding", "findings", to);
-  to += "</ul>\n<div class=charts>\n";
+  to +=
+      "</ul>\n<p>Lines are counted as they stand below, the two halves of a music-on-hold pair as "
+      "one";
+  if (not_shown > 0) to += "; of these the control does not show " + Grouped(not_shown);
+  to += ".</p>\n<div class=charts>\n";
   AppendBars("Lines by type", types, to);
   AppendBars("Volumes", volumes, to);
   AppendBars("Modes", modes, to);

@@ -33,6 +33,7 @@ SiteContents ReadSite(const Selection& selection, WithFindings with_findings,
     std::optional<SiteRules> rules;
     if (with_findings == WithFindings::Yes) rules.emplace(session, reader);
     Progress progress(around.errors, around.on_terminal, "configuration", configs.size());
+    contents.settings_failure = reader.SettingsFailure();
     for (const int16_t config : configs) {
       contents.units.push_back(reader.Read(config));
       if (rules) {

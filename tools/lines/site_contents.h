@@ -12,6 +12,9 @@ namespace rdv::lines {
 struct SiteContents {
   std::vector<Unit> units;        // ascending
   std::vector<Finding> findings;  // in the order of units; empty unless asked for
+  Text settings_failure;          // why the settings file cannot be read; empty when it can
+
+  bool Flawless() const { return findings.empty() && settings_failure.empty(); }
 };
 
 enum class WithFindings { No, Yes };

@@ -26,16 +26,16 @@ SiteLocation LocateSite(const std::optional<Text>& site) {
     }
     return {GetDatabaseFolder() + Text(names::kDatabaseFile), GetSuiteFolder()};
   }
-  const fs::path path(*site);
+  const fs::path path = FileOf(fs::path(*site));
   std::error_code ignored;
   if (fs::is_directory(path, ignored)) {
     const fs::path database = DatabaseOfSite(path);
-    return {database.u16string(), WithSeparator(database.parent_path().parent_path())};
+    return {FileOf(database).u16string(), WithSeparator(database.parent_path().parent_path())};
   }
   const fs::path folder = fs::absolute(path, ignored).parent_path();
   const bool is_database_folder =
       EqualsIgnoringCase(folder.filename().u16string(), names::kDatabaseFolder);
-  return {*site, WithSeparator(is_database_folder ? folder.parent_path() : folder)};
+  return {path.u16string(), WithSeparator(is_database_folder ? folder.parent_path() : folder)};
 }
 
 }  // namespace rdv::lines

@@ -34,11 +34,18 @@ bool IsReferenceQuery(TextView statement) {
   return statement.find(u"FROM SR_") != TextView::npos;
 }
 
+// With the next step where the file is damaged: this tool mends nothing.
+std::string WithNextStep(const RuntimeError& error, const Text& path) {
+  const bool damaged = error.Description().find(u"file may be corrupt") != Text::npos;
+  return Explained(error, path) +
+         (damaged ? "; rdvsite check " + ToUtf8(path) + " tells what is damaged" : "");
+}
+
 std::unique_ptr<jet::Engine> OpenDatabase(const Text& path) {
   try {
     return jet::Engine::Open(path, Options());
   } catch (const RuntimeError& error) {
-    throw std::runtime_error(Explained(error, path));
+    throw std::runtime_error(WithNextStep(error, path));
   }
 }
 
@@ -83,7 +90,8 @@ SiteSession::Writing::Writing(SiteSession& session) try
   session_.ForgetRows();
   session_.RequireParts();
 } catch (const RuntimeError& error) {
-  throw std::runtime_error(Explained(error, session.Database()));
+  if (IsMissingRight(error)) throw NoRightToWrite(Explained(error, session.Database()));
+  session.RaiseExplained(error);
 }
 
 SiteSession::Writing::~Writing() {
@@ -101,6 +109,10 @@ void SiteSession::RequireParts() {
 
 void SiteSession::RaiseUnusable(const std::string& why) const {
   throw std::runtime_error(Quoted(Database()) + " cannot be used: " + why);
+}
+
+void SiteSession::RaiseExplained(const RuntimeError& error) const {
+  throw std::runtime_error(WithNextStep(error, Database()));
 }
 
 std::unique_ptr<Connection> SiteSession::Connect() {

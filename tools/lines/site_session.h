@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <stdexcept>
 #include <vector>
 
 #include "data/connection.h"
@@ -13,9 +14,16 @@
 #include "data/jet/format/errors.h"
 #include "data/jet/sql/statement.h"
 #include "data/site_in_place.h"
+#include "runtime/error.h"
 #include "tools/lines/site_location.h"
 
 namespace rdv::lines {
+
+// What a Writing raises where the system keeps this user from writing the database or beside it.
+class NoRightToWrite : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
 
 // Every access lies in a Reading or a Writing. While one is open, every DataBase of this process
 // works in it: on one state of the file, or inside the one change that Commit makes. Not
@@ -29,6 +37,7 @@ class SiteSession {
   ~SiteSession();
 
   const Text& Database() const { return location_.database; }
+  const SiteLocation& Location() const { return location_; }
 
   class Reading {
    public:
@@ -66,6 +75,8 @@ class SiteSession {
   void RequireParts();
   // Throws std::runtime_error with the file's name and the reason.
   [[noreturn]] void RaiseUnusable(const std::string& why) const;
+  // Throws it with what the user can do about it.
+  [[noreturn]] void RaiseExplained(const RuntimeError& error) const;
 
   // Inside a Reading or a Writing.
   CommandResult Execute(TextView statement, std::span<const Argument> arguments);
@@ -103,6 +114,8 @@ auto ReadConsistently(SiteSession& session, Read read) {
       session.RequireParts();
       auto result = read();
       if (reading.StillValid()) return result;
+    } catch (const RuntimeError& error) {
+      if (reading.StillValid()) session.RaiseExplained(error);
     } catch (const std::exception&) {
       // What was read from a file that changed meanwhile says nothing about the file.
       if (reading.StillValid()) throw;

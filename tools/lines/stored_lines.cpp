@@ -52,6 +52,11 @@ std::vector<int16_t> KnownConfigurations(SiteSession& session) {
   return SortedOnce(std::move(numbers));
 }
 
+size_t MostLines(SiteSession& session) {
+  constexpr size_t kLinesOfAUnit = 12;
+  return session.Rows(kUnitLines).rows.size() + KnownConfigurations(session).size() * kLinesOfAUnit;
+}
+
 size_t ColumnAt(const RowTable& table, TextView name) {
   for (size_t column = 0; column < table.columns.size(); ++column) {
     if (EqualsIgnoringCase(table.columns[column], name)) return column;

@@ -23,6 +23,10 @@ std::vector<int16_t> ConfigurationsWithLines(SiteSession& session);
 // Those that the site knows at all, by their settings, partitions or lines, ascending.
 std::vector<int16_t> KnownConfigurations(SiteSession& session);
 
+// How many lines the units of the site can show: what is stored, and what the control fills units
+// up with.
+size_t MostLines(SiteSession& session);
+
 // The position of a column, without regard to case. Raises 3265 for a name that is none.
 size_t ColumnAt(const RowTable& table, TextView name);
 

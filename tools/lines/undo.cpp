@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <map>
 #include <optional>
 #include <stdexcept>
@@ -6,6 +7,7 @@
 #include "tools/lines/dated_files.h"
 #include "tools/lines/site_copy.h"
 #include "tools/lines/stored_lines.h"
+#include "tools/lines/trial_site.h"
 #include "tools/lines/unit.h"
 
 namespace rdv::lines {
@@ -99,10 +101,12 @@ bool Holds(const RowTable& table, size_t row, const Fields& fields) {
 
 class Undo {
  public:
-  Undo(SiteSession& session, const ChangeOptions& options) : session_(session), options_(options) {}
+  // The records lie beside `database`, of which the session may have a copy.
+  Undo(SiteSession& session, const std::filesystem::path& database, const ChangeOptions& options)
+      : session_(session), database_(database), options_(options) {}
 
   UndoOutcome Run() {
-    const std::filesystem::path database(session_.Database());
+    const std::filesystem::path& database = database_;
     const std::vector<std::filesystem::path> records = DatedFiles(database, kRecordEnding);
     if (records.empty()) return {};
     outcome_.found = true;
@@ -180,19 +184,24 @@ class Undo {
     }
   }
 
+  // Every field of the row that is another one by now, whether the change wrote it or not.
   void AddConflicts(const RowChange& row, const RowTable& table, size_t place) {
     const size_t known = outcome_.conflicts.size();
-    for (const auto& [column, value] : *row.after) {
-      const Text stored = Shown(table.rows[place][ColumnAt(table, column)]);
-      if (stored == Shown(value)) continue;
-      outcome_.conflicts.push_back({row.config, row.line, column, Shown(value), stored});
+    const std::vector<Text>& columns = outcome_.record.columns[static_cast<size_t>(row.table)];
+    for (size_t i = 0; i < std::min(columns.size(), row.row_after.size()); ++i) {
+      const Value& now = table.rows[place][ColumnAt(table, columns[i])];
+      const Text left = Shown(row.row_after[i]);
+      if (!IsKept(now) || Shown(now) == left) continue;
+      outcome_.conflicts.push_back({row.config, row.line, columns[i], left, Shown(now)});
     }
     if (outcome_.conflicts.size() == known) {
-      outcome_.conflicts.push_back({row.config, row.line, u"another field", {}, {}});
+      outcome_.conflicts.push_back(
+          {row.config, row.line, u"a field of a type that no record holds", {}, {}});
     }
   }
 
   SiteSession& session_;
+  const std::filesystem::path& database_;
   const ChangeOptions& options_;
   UndoOutcome outcome_;
 };
@@ -200,7 +209,9 @@ class Undo {
 }  // namespace
 
 UndoOutcome UndoLastChange(SiteSession& session, const ChangeOptions& options) {
-  UndoOutcome outcome = Undo(session, options).Run();
+  const std::filesystem::path database(session.Database());
+  UndoOutcome outcome = WithTrialSite(
+      session, options.dry_run, [&](SiteSession& on) { return Undo(on, database, options).Run(); });
   if (!outcome.changes.empty() && !options.dry_run) session.Close();
   return outcome;
 }

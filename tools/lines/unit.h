@@ -19,7 +19,10 @@ struct Unit {
   int16_t config = 0;
   RowTable stored;             // its lines, all columns, by line number
   std::vector<RowCells> rows;  // as the control shows them
-  Text failure;                // why it cannot show them all; empty when it can
+  // The stored captions of lines that no row shows. The second half of a pair is shown by the
+  // first.
+  std::vector<RowCells> not_shown;
+  Text failure;  // why it cannot show them all; empty when it can
 
   bool HasLines() const { return !stored.rows.empty(); }
 };
@@ -34,6 +37,8 @@ class UnitReader {
 
   Unit Read(int16_t config);
 
+  // Why the site's settings file cannot be read, which concerns all units; empty when it can.
+  const Text& SettingsFailure() const { return settings_failure_; }
   // The lists of the unit that was read last, and those of all units.
   const ControlState& State() const { return state_; }
   const memory::MemoryForm& Widgets() const { return form_; }
@@ -44,6 +49,7 @@ class UnitReader {
 
  private:
   Text TakeFailure();
+  std::vector<RowCells> NotShown(const Unit& unit) const;
 
   SiteSession& session_;
   memory::MemoryForm form_{kGridContent};
@@ -52,9 +58,13 @@ class UnitReader {
   ListLoaders loaders_;
   LineTemplates templates_;
   GridLoading grid_loading_;
+  Text settings_failure_;
 };
 
 // What a report of the control says, on one line.
 Text InOneLine(TextView report);
+
+// What several reports say, on one line; a reason that several of them give is told once.
+Text InOneLine(const std::vector<memory::ShownMessage>& reports);
 
 }  // namespace rdv::lines

@@ -93,12 +93,7 @@ void UnitEditor::Show(int16_t config) {
 }
 
 Text UnitEditor::TakeMessages() {
-  Text text;
-  for (const memory::ShownMessage& message : form_.screen.TakeMessages()) {
-    if (!text.empty()) text += u"; ";
-    text += InOneLine(message.text);
-  }
-  return text;
+  return InOneLine(form_.screen.TakeMessages());
 }
 
 std::vector<RowCells> UnitEditor::Rows() const {

@@ -66,7 +66,7 @@ std::string TableOf(const std::vector<Unit>& units) {
   return table;
 }
 
-std::vector<TableRow> ReadTable(std::string_view bytes) {
+std::vector<TableRow> ReadTable(std::string_view bytes, size_t most_rows) {
   CsvReader reader(bytes);
   std::vector<Text> fields;
   if (!reader.Next(fields)) throw CsvError(1, 1, "the file is empty");
@@ -81,6 +81,11 @@ std::vector<TableRow> ReadTable(std::string_view bytes) {
       throw CsvError(row, std::min(fields.size(), wanted) + 1,
                      "the row has " + std::to_string(fields.size()) + " fields, not " +
                          std::to_string(wanted));
+    }
+    if (rows.size() == most_rows) {
+      throw CsvError(row, 1,
+                     "there are more rows than the site can have lines, which are " +
+                         std::to_string(most_rows) + " at most");
     }
     TableRow& read = rows.emplace_back();
     read.row = row;

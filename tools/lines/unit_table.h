@@ -25,7 +25,8 @@ struct TableRow {
 };
 
 // The rows of a table, in its order. Throws CsvError for what is no such table: another header,
-// too few or too many fields, numbers that are none, a line that is there twice.
-std::vector<TableRow> ReadTable(std::string_view bytes);
+// too few or too many fields, numbers that are none, a line that is there twice, more than
+// `most_rows`. The memory that it takes is bounded by these.
+std::vector<TableRow> ReadTable(std::string_view bytes, size_t most_rows);
 
 }  // namespace rdv::lines

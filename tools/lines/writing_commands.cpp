@@ -11,6 +11,7 @@
 #include "tools/lines/commands.h"
 #include "tools/lines/csv.h"
 #include "tools/lines/output_file.h"
+#include "tools/lines/stored_lines.h"
 #include "tools/lines/text_table.h"
 #include "tools/lines/unit_table.h"
 
@@ -205,6 +206,15 @@ std::vector<ImportedUnit> ByUnit(std::vector<TableRow> rows) {
   return list;
 }
 
+std::vector<ImportedUnit> UnitsIn(const Text& file, size_t most_rows) {
+  const std::string content = ReadFile(file);
+  try {
+    return ByUnit(ReadTable(content, most_rows));
+  } catch (const CsvError& error) {
+    throw tools::Refusal(ToUtf8(file) + ", " + error.what() + "; nothing was written");
+  }
+}
+
 // In the file that is imported.
 Text PlaceIn(const Text& file, const TableRow& row, size_t column) {
   return file + u", row " + Decimal(static_cast<int64_t>(row.row)) +
@@ -267,12 +277,15 @@ std::vector<UnitEdit> EditsFor(SiteSession& session, const Text& file,
                                const std::vector<ImportedUnit>& units, const Surroundings& around) {
   return ReadConsistently(session, [&] {
     UnitReader reader(session);
+    const std::vector<int16_t> known = KnownConfigurations(session);
     Progress progress(around.errors, around.on_terminal, "comparing", units.size());
     std::vector<UnitEdit> edits;
     size_t compared = 0;
     for (const ImportedUnit& unit : units) {
       progress.Done(++compared);
-      if (!Differs(reader.Read(unit.config), unit)) continue;
+      // One that the site does not know is refused as such.
+      const bool is_known = std::binary_search(known.begin(), known.end(), unit.config);
+      if (is_known && !Differs(reader.Read(unit.config), unit)) continue;
       edits.push_back(
           {unit.config, [&unit, &file](UnitEditor& editor, std::vector<RefusedChoice>& refused) {
              for (const TableRow& row : unit.rows) ImportRow(editor, file, row, refused);
@@ -286,14 +299,9 @@ std::vector<UnitEdit> EditsFor(SiteSession& session, const Text& file,
 
 int Import(const std::optional<Text>& site, const Text& file, bool dry_run,
            const Surroundings& around) {
-  std::vector<ImportedUnit> units;
-  const std::string content = ReadFile(file);
-  try {
-    units = ByUnit(ReadTable(content));
-  } catch (const CsvError& error) {
-    throw tools::Refusal(ToUtf8(file) + ", " + error.what() + "; nothing was written");
-  }
   SiteSession session(LocateSite(site));
+  const std::vector<ImportedUnit> units =
+      UnitsIn(file, ReadConsistently(session, [&] { return MostLines(session); }));
   const std::vector<UnitEdit> edits = EditsFor(session, file, units, around);
   ChangeOptions options = OptionsFor(dry_run, around);
   options.all_or_nothing = true;

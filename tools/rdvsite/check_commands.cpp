@@ -11,7 +11,9 @@
 #include "data/jet/file/database_copy.h"
 #include "data/jet/file/file.h"
 #include "data/jet/format/errors.h"
+#include "tools/command_line/standard_output.h"
 #include "tools/database_file/missing_parts.h"
+#include "tools/database_file/temporary_copy.h"
 #include "tools/rdvsite/commands.h"
 #include "tools/rdvsite/database.h"
 
@@ -99,27 +101,6 @@ void CopyForRepair(const Text& path, const Text& copy) {
                     jet::Suspects::Read);
 }
 
-// A copy that goes with the object.
-class TemporaryCopy {
- public:
-  explicit TemporaryCopy(const Text& path)
-      : path_((std::filesystem::temp_directory_path() / ("rdvsite " + Now() + " ")).u16string() +
-              Decimal(std::chrono::steady_clock::now().time_since_epoch().count()) + u".mdb") {
-    CopyForRepair(path, path_);
-  }
-  TemporaryCopy(const TemporaryCopy&) = delete;
-  TemporaryCopy& operator=(const TemporaryCopy&) = delete;
-  ~TemporaryCopy() {
-    std::error_code ignored;
-    std::filesystem::remove(std::filesystem::path(path_), ignored);
-  }
-
-  const Text& Path() const { return path_; }
-
- private:
-  Text path_;
-};
-
 int Mend(const Text& path, const char* prefix, std::ostream& out) {
   const jet::RepairReport report =
       jet::RepairDatabase(jet::NativeFileSystem(), path, jet::EngineOptions().lock_wait);
@@ -129,12 +110,46 @@ int Mend(const Text& path, const char* prefix, std::ostream& out) {
   return report.remaining.Clean() ? tools::kDone : tools::kFindings;
 }
 
-int RepairFile(const Text& path, const RepairOptions& options, std::ostream& out) {
-  if (!options.copy.empty()) {
-    const Text copy = FromUtf8(options.copy);
-    CopyForRepair(path, copy);
-    return Mend(copy, "mended: ", out);
+void Remove(const Text& path) {
+  std::error_code ignored;
+  std::filesystem::remove(std::filesystem::path(path), ignored);
+}
+
+// The error with the one file's name in place of the other's.
+RuntimeError About(const Text& file, const Text& instead_of, const RuntimeError& error) {
+  Text description = error.Description();
+  const size_t at = description.find(instead_of);
+  if (at != Text::npos) description.replace(at, instead_of.size(), file);
+  return {error.Number(), description, error.Source()};
+}
+
+int RepairCopy(const Text& path, const Text& copy, std::ostream& out) {
+  CopyForRepair(path, copy);
+  try {
+    const int code = Mend(copy, "mended: ", out);
+    tools::RequireTold(out, "the copy is made");
+    return code;
+  } catch (const RuntimeError& error) {
+    // A copy that cannot be mended is of no use, and what is wrong with it is wrong with the file.
+    Remove(copy);
+    throw About(path, copy, error);
   }
+}
+
+// Tells where the file lies as it was, before anything is done to it.
+void TellCopy(const Text& copy, std::ostream& out) {
+  try {
+    out << "the file as it was: " << ToUtf8(copy) << '\n';
+    out.flush();
+  } catch (const tools::OutputError& error) {
+    Remove(copy);
+    throw std::runtime_error("nothing is changed; the output cannot be written: " +
+                             std::string(error.what()));
+  }
+}
+
+int RepairFile(const Text& path, const RepairOptions& options, std::ostream& out) {
+  if (!options.copy.empty()) return RepairCopy(path, FromUtf8(options.copy), out);
   const Verdict verdict = Examine(path, true);
   if (verdict.file.Clean()) {
     out << "nothing to mend\n";
@@ -142,15 +157,16 @@ int RepairFile(const Text& path, const RepairOptions& options, std::ostream& out
     return tools::kDone;
   }
   if (options.dry_run) {
-    const TemporaryCopy copy(path);
+    const TemporaryCopy copy(path, jet::Suspects::Read);
     out << "nothing is changed; the repair would do this:\n";
     return Mend(copy.Path(), "would be mended: ", out);
   }
   const Text copy = NameForCopy(path);
   CopyForRepair(path, copy);
-  out << "the file as it was: " << ToUtf8(copy) << '\n';
-  out.flush();
-  return Mend(path, "mended: ", out);
+  TellCopy(copy, out);
+  const int code = Mend(path, "mended: ", out);
+  tools::RequireTold(out);
+  return code;
 }
 
 int Repair(const RepairOptions& options, std::ostream& out) {
@@ -163,7 +179,9 @@ int Repair(const RepairOptions& options, std::ostream& out) {
     // What is wrong with the copy is not wrong with the file.
     const Text copy = FromUtf8(options.copy);
     const bool about_copy = !copy.empty() && error.Description().find(copy) != Text::npos;
-    throw std::runtime_error(about_copy ? Described(error) : Explained(error, path));
+    if (!about_copy) throw std::runtime_error(Explained(error, path));
+    throw std::runtime_error(
+        (IsMissingRight(error) ? Quoted(copy) + " cannot be made there. " : "") + Described(error));
   }
 }
 

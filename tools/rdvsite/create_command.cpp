@@ -3,6 +3,7 @@
 #include <ostream>
 
 #include "runtime/error.h"
+#include "tools/command_line/standard_output.h"
 #include "tools/rdvsite/commands.h"
 #include "tools/rdvsite/database.h"
 #include "tools/rdvsite/demonstration_site.h"
@@ -20,6 +21,7 @@ int Create(const Options& options, std::ostream& out) {
     out << ToUtf8(CreateDemonstrationSite(FromUtf8(options.folder), options.configurations)
                       .u16string())
         << '\n';
+    tools::RequireTold(out, "the site is made");
     return tools::kDone;
   } catch (const RuntimeError& error) {
     constexpr int32_t kPathAccess = 75;

@@ -7,6 +7,7 @@
 #include "tools/database_file/database_of_site.h"
 
 namespace rdv {
+
 void AddFileOperand(CLI::App& command, std::string& file) {
   command.add_option("FILE", file, "The database, or the folder that holds a site")
       ->required()
@@ -16,8 +17,8 @@ void AddFileOperand(CLI::App& command, std::string& file) {
 Text DatabasePath(const std::string& given) {
   const std::filesystem::path path(FromUtf8(given));
   std::error_code ignored;
-  if (!std::filesystem::is_directory(path, ignored)) return path.u16string();
-  return DatabaseOfSite(path).u16string();
+  const bool is_folder = std::filesystem::is_directory(path, ignored);
+  return FileOf(is_folder ? DatabaseOfSite(path) : path).u16string();
 }
 
 std::unique_ptr<jet::Engine> OpenDatabase(const Text& path) {
