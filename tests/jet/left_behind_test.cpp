@@ -1,5 +1,5 @@
-// Links, replaced files, leftovers of dead users, full disks and broken ones: what a real system
-// does to a database file, and what the engine then does.
+// Links, replaced files, leftovers of dead users: what a real system does to a database file, and
+// what the engine then does.
 #include <gtest/gtest.h>
 
 #include "data/jet/check/repair.h"
@@ -13,60 +13,9 @@
 #include "tests/jet/dead_writer.h"
 
 #ifndef _WIN32
-#include <fcntl.h>
-#include <sched.h>
-#include <signal.h>
-#include <sys/mount.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include <cerrno>
-#include <cstdarg>
-#endif
-
-#ifndef _WIN32
-
-namespace {
-
-// The error that the system's calls give once `calls_until_error` more of them have been made.
-int call_error = 0;
-int calls_until_error = 0;
-bool call_failed = false;
-
-bool CallFails() {
-  if (call_error == 0 || calls_until_error-- > 0) return false;
-  calls_until_error = 0;
-  call_failed = true;
-  errno = call_error;
-  return true;
-}
-
-}  // namespace
-
-// In place of those of the system's library.
-extern "C" ssize_t pwrite(int file, const void* bytes, size_t count, off_t offset) {
-  return CallFails() ? -1 : syscall(SYS_pwrite64, file, bytes, count, offset);
-}
-extern "C" int fdatasync(int file) {
-  return CallFails() ? -1 : static_cast<int>(syscall(SYS_fdatasync, file));
-}
-extern "C" int ftruncate(int file, off_t size) noexcept {
-  return CallFails() ? -1 : static_cast<int>(syscall(SYS_ftruncate, file, size));
-}
-extern "C" int unlink(const char* name) noexcept {
-  return CallFails() ? -1 : static_cast<int>(syscall(SYS_unlinkat, AT_FDCWD, name, 0));
-}
-extern "C" int open(const char* name, int flags, ...) {
-  va_list arguments;
-  va_start(arguments, flags);
-  const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
-  va_end(arguments);
-  return CallFails() ? -1 : static_cast<int>(syscall(SYS_openat, AT_FDCWD, name, flags, mode));
-}
-
 #endif
 
 namespace rdv::jet {
@@ -92,14 +41,7 @@ class LeftBehind : public testing::Test {
     return std::filesystem::path(path_).replace_extension(".ldb");
   }
 
-  // Leaves the file in the middle of a statement, after `writes` writes of it.
-  void DieWriting(int writes) {
-    FaultyFileSystem files;
-    const auto engine = Open(path_, &files);
-    files.Arm(Fault::Death, writes);
-    WhatRaises([&] { Insert(*engine, 1000, 20000); });
-    ASSERT_TRUE(files.Struck());
-  }
+  void DieWriting(int writes) { things::DieWriting(path_, writes); }
   void DieBetweenStatements() { things::DieBetweenStatements(path_); }
 
   uint16_t Word(size_t slot) const {
@@ -496,87 +438,6 @@ TEST_F(LeftBehind, AFileInAFolderWithoutRightsIsReadAsItHasToBeAndNotWritten) {
   EXPECT_EQ(status, 0);
   chmod(folder_.Path().c_str(), 0755);
   EXPECT_EQ(Count(*Open()), kCount);
-}
-
-// From some call of the system on, all that open, write, flush, cut or remove fail: as long as the
-// process lives, and no longer.
-TEST_F(LeftBehind, AnErrorOfTheSystemAtAnyCallLeavesTheFileAfterSomeWholeStatement) {
-  const auto original = folder_.Copy(path_, "original.mdb");
-  for (const int error : {ENOSPC, EIO}) {
-    int failed = 0;
-    for (int calls = 0;; ++calls) {
-      SCOPED_TRACE(testing::Message() << error << " after " << calls);
-      folder_.Copy(original, path_.filename().string());
-      int written = kCount;
-      std::string raised;
-      {
-        const auto engine = Open();
-        call_failed = false;
-        calls_until_error = calls;
-        call_error = error;
-        raised = WhatRaises([&] {
-          for (int32_t id = 1000; id < 1003; ++id, ++written) Insert(*engine, id, 5000);
-          engine->Close();
-        });
-        if (raised != "nothing was raised") {
-          EXPECT_NE(raised.find("Disk or network error"), std::string::npos) << raised;
-        }
-      }
-      call_error = 0;
-      const auto engine = Open();
-      EXPECT_EQ(Count(*engine), written);
-      EXPECT_EQ(Findings(*engine), "");
-      if (!call_failed || HasFailure()) break;
-      ++failed;
-    }
-    EXPECT_GT(failed, 20) << "the system's calls were not the test's";
-  }
-}
-
-// A file system of a few pages that runs full, in a child that may mount one.
-TEST_F(LeftBehind, AFullDiskRefusesTheStatementAndLeavesTheRest) {
-  constexpr int kCannotMount = 77;
-  const auto mounted = folder_.Path() / "small";
-  std::filesystem::create_directory(mounted);
-  const pid_t child = fork();
-  if (child == 0) {
-    const bool root = getuid() == 0;
-    const bool apart = unshare(root ? CLONE_NEWNS : CLONE_NEWUSER | CLONE_NEWNS) == 0 &&
-                       mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
-    if (!apart || mount("tmpfs", mounted.c_str(), "tmpfs", 0, "size=600k") != 0)
-      _exit(kCannotMount);
-    int failed = 0;
-    try {
-      std::filesystem::copy_file(path_, mounted / "site.mdb");
-      int written = kCount;
-      for (int32_t id = 1000; id < 1200; ++id) {
-        const auto engine = Open(mounted / "site.mdb");
-        const std::string raised = WhatRaises([&] { Insert(*engine, id, 20000); });
-        if (raised == "nothing was raised") {
-          ++written;
-          engine->Close();
-        } else if (raised.find("Disk or network error") == std::string::npos) {
-          throw std::runtime_error(raised);
-        } else {
-          ++failed;
-        }
-        if (Count(*Open(mounted / "site.mdb")) != written)
-          throw std::runtime_error("not as before");
-        if (failed == 5) break;
-      }
-      const auto engine = Open(mounted / "site.mdb");
-      if (!Findings(*engine).empty()) throw std::runtime_error(Findings(*engine));
-    } catch (const std::exception& error) {
-      fprintf(stderr, "%s\n", error.what());
-      _exit(1);
-    }
-    _exit(failed == 5 ? 0 : 2);
-  }
-  int status = -1;
-  waitpid(child, &status, 0);
-  ASSERT_TRUE(WIFEXITED(status));
-  if (WEXITSTATUS(status) == kCannotMount) GTEST_SKIP() << "no file system may be mounted here";
-  EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
 #endif

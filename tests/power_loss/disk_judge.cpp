@@ -104,7 +104,7 @@ void DiskJudge::Prove(size_t wanted) {
   chance.seed(2);
   ForEachMoment([&](const PowerLoss& disk) {
     disk.ForEachChoice(samples, chance, [&](const Fates& fates) {
-      const bool killed = IsKill(fates);
+      const bool killed = IsKill(fates) && !disk.HasLost();
       const bool chosen = killed ? disk.Position() % kill_stride == 0 : number++ % stride == 0;
       if (!chosen || HasFailure()) return;
       SCOPED_TRACE(testing::Message() << "after operation " << disk.Position() << " of "

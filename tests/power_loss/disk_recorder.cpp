@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "data/jet/engine.h"
+
 namespace rdv::jet {
 namespace {
 
@@ -38,12 +40,18 @@ bool DiskRecorder::Succeeds(const std::function<void()>& action, bool may_be_the
 
 bool DiskRecorder::Do(const std::function<void()>& statement) {
   if (!Succeeds(statement, false)) return false;
-  Finished(PagesOf(disk_->Contents()));
+  // Of a file that the statement is not about, what was refused before may not be put back yet.
+  SimulatedDisk next(disk_->Contents(), disk_->Session());
+  for (const auto& [path, pages] : states_.back()) {
+    const auto engine = Engine::Open(path, {.files = &next});
+    const Engine::ReadScope scope(*engine);
+  }
+  Finished(PagesOf(next.Contents()));
   return true;
 }
 
-void DiskRecorder::Close(const std::function<void()>& close) {
-  if (Succeeds(close, false)) Durable();
+void DiskRecorder::Close(const std::function<void()>& close, bool promises) {
+  if (Succeeds(close, false) && promises) Durable();
 }
 
 void DiskRecorder::DoAndClose(const std::function<void()>& action) {

@@ -28,8 +28,9 @@ class DiskRecorder {
   // A statement: what the files are afterwards is a state that they may be found in. False when it
   // was refused.
   bool Do(const std::function<void()>& statement);
-  // The end of a connection: everything that was finished is there from now on.
-  void Close(const std::function<void()>& close);
+  // The end of a connection: everything that was finished is there from now on. One of which no
+  // statement finished `promises` nothing for those of others.
+  void Close(const std::function<void()>& close, bool promises = true);
   // Both at once: it may be there though it was refused.
   void DoAndClose(const std::function<void()>& action);
 

@@ -199,6 +199,73 @@ TEST_F(PowerLossWithOthers, AfterAnyFlushThatFailedNothingIsSaidToBeThereThatIsN
   EXPECT_GT(failed, 7);
 }
 
+// Nobody but the one whose flush it was is told by the system. Another one is at work meanwhile, or
+// comes later; it writes or only closes.
+TEST_F(PowerLossWithOthers, WhatTheFlushOfAnotherHasLostIsWrittenOnceMoreByWhoeverGoesOn) {
+  Start(5);
+  enum class Then { Closes, Writes, IsJoined };
+  for (const Then then : {Then::Closes, Then::Writes, Then::IsJoined}) {
+    for (int flush = 0; flush < 2; ++flush) {
+      SCOPED_TRACE(testing::Message() << static_cast<int>(then) << " after flush " << flush);
+      Again();
+      const auto two = Open();
+      const auto one = Open();
+      Insert(*two, 200, 3000);
+      Insert(*one, 100, 30);
+      Insert(*one, 101, 30);
+      disk_->FailFlushAfter(flush);
+      EXPECT_NE(WhatRaises([&] { one->Close(); }), kNothing);
+      std::set<int32_t> needed = {0, 1, 2, 3, 4, 100, 101, 200};
+      if (then == Then::Writes) Insert(*two, 201, 30);
+      if (then == Then::Writes) needed.insert(201);
+      if (then == Then::IsJoined) {
+        const auto three = Open();
+        Insert(*three, 300, 30);
+        three->Close();
+        needed.insert(300);
+        Prove(Now(), needed, 20, 20);
+      }
+      two->Close();
+      Prove(Now(), needed, 20, 20);
+      Prove(0, {}, 1, 20);
+      EXPECT_FALSE(disk_->Exists(kPath + u"-journal"));
+    }
+  }
+}
+
+// One fails before it writes anything to the file, so nothing there tells of its record.
+TEST_F(PowerLossWithOthers, ARecordOfAStatementThatFailedAtOnceIsNotWrittenOver) {
+  Start(20);
+  const auto one = Open();
+  const auto two = Open();
+  Insert(*one, 100, 30);
+  disk_->FillAfter(1, 2);
+  EXPECT_NE(WhatRaises([&] { Insert(*two, 200, 30); }), kNothing);
+  disk_->FillAfter(0, 2);
+  EXPECT_NE(WhatRaises([&] { Insert(*one, 101, 30); }), kNothing);
+  disk_->FillAfter(0, 0);
+  Insert(*two, 201, 30);
+  ExpectSound(disk_->Contents(), {100, 201});
+}
+
+TEST_F(PowerLossWithOthers, AnApplyWhoseJournalCannotEndFailsWhereAnotherWriterGoesOnWithIt) {
+  Start(5);
+  const auto apply = Open();
+  Insert(*apply, 100, 30);
+  disk_->FillAfter(0, 1);
+  apply->Close();
+  EXPECT_TRUE(disk_->WasFull());
+  Prove(Now(), {0, 1, 2, 3, 4, 100}, 4, 20);
+
+  Again();
+  const auto other = Open();
+  const auto second = Open();
+  Insert(*second, 100, 30);
+  Insert(*other, 200, 30);
+  disk_->FillAfter(0, 1);
+  EXPECT_NE(WhatRaises([&] { second->Close(); }).find("the disk is full"), std::string::npos);
+}
+
 // Each takes two commit words. They lie on pages that the journal has, so nothing is flushed.
 TEST_F(PowerLossWithOthers, ManyStatementsThatFailedLeaveNoWordThatTheJournalDoesNotKnow) {
   Start(5);

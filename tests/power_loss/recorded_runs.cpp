@@ -83,20 +83,21 @@ class Writer {
 
   template <typename Change>
   void Do(Change change) {
-    recorder_.Do([&] {
+    wrote_ |= recorder_.Do([&] {
       Engine::WriteScope scope(*engine_);
       change(*engine_);
       scope.Commit();
     });
   }
   void Close() {
-    recorder_.Close([&] { engine_->Close(); });
+    recorder_.Close([&] { engine_->Close(); }, wrote_);
   }
   const EngineCounters& Counters() const { return engine_->Counters(); }
 
  private:
   DiskRecorder& recorder_;
   std::unique_ptr<Engine> engine_;
+  bool wrote_ = false;
 };
 
 // --- Updates, insertions, deletions ---

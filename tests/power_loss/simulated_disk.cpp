@@ -224,7 +224,7 @@ bool PowerLoss::Advance() {
   std::erase_if(pending_, [&](const DiskOperation* pending) {
     if (IsOfNames(pending->kind) != of_names) return false;
     if (!of_names && pending->file != operation.file) return false;
-    if (operation.kind == Kind::FailedFlush) return true;
+    if (operation.kind == Kind::FailedFlush) return has_lost_ = true;
     if (of_names) {
       ApplyName(*pending, names_);
     } else {

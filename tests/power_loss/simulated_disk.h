@@ -107,6 +107,9 @@ class PowerLoss {
   // What is not on the disk for certain: writes, sizes and names.
   size_t PendingCount() const { return pending_.size(); }
 
+  // Whether a flush that failed has lost something, which those who still run see all the same.
+  bool HasLost() const { return has_lost_; }
+
   enum class Fate : uint8_t { Kept, Dropped, Torn };
   // One for each of the pending operations. `chance` says which sectors of a torn write are there.
   DiskContents Left(const std::vector<Fate>& fates, std::mt19937& chance) const;
@@ -125,6 +128,7 @@ class PowerLoss {
   std::map<size_t, std::vector<uint8_t>> files_;  // as they are on the disk for certain
   std::map<Text, size_t> names_;
   std::vector<const DiskOperation*> pending_;
+  bool has_lost_ = false;
 };
 
 }  // namespace rdv::jet

@@ -25,6 +25,17 @@
 
 namespace rdv::jet {
 
+// For giving something up at the end: an unlocking that fails leaves the lock to the closing of the
+// file, a file beside the database that cannot be removed hinders nobody.
+template <typename Action>
+void Quietly(Action action) noexcept {
+  try {
+    action();
+  } catch (const FileError&) {
+    return;
+  }
+}
+
 // Polls with growing pauses until a time is up.
 class Patience {
  public:
@@ -52,6 +63,7 @@ class FileLock {
   // No writer is there until Release, and none begins; readers may be.
   bool KeepWritersOut();
   void Release();
+  bool IsExclusive() const { return held_ == Held::Exclusive; }
 
   // Until EndPresence. Requires that the exclusive lock is held.
   void BePresent();

@@ -82,7 +82,35 @@ void Journal::Forget() {
 
 bool Journal::IsStillMine() {
   std::array<uint8_t, JournalHead::kMarkSize> start{};
-  return file_->ReadAt(0, start) == start.size() && start == MarkOf(head_);
+  if (file_->ReadAt(0, start) < start.size()) return false;
+  JournalHead failed = head_;
+  failed.flush_failed = true;
+  return start == MarkOf(head_) || start == MarkOf(failed);
+}
+
+std::optional<JournalHead> Journal::HeadByName() {
+  if (!files_.Exists(path_)) return std::nullopt;
+  return ReadHead(*files_.Open(path_, FileAccess::ReadBeside));
+}
+
+bool Journal::SaysFlushFailed() {
+  if (begun_ && written_) {
+    std::array<uint8_t, JournalHead::kMarkSize> start{};
+    if (file_->ReadAt(0, start) == start.size() && start == MarkOf(head_)) return false;
+  }
+  const std::optional<JournalHead> head = HeadByName();
+  return head && head->flush_failed;
+}
+
+void Journal::SayFlushFailed() noexcept {
+  try {
+    std::optional<JournalHead> head = HeadByName();
+    if (!head || head->flush_failed) return;
+    head->flush_failed = true;
+    files_.Open(path_, FileAccess::ReadWriteBeside)->WriteAt(0, MarkOf(*head));
+  } catch (const FileError&) {
+    return;  // those who have it open learn it from the system, if from anybody
+  }
 }
 
 void Journal::MarkTouched(uint32_t page) {
@@ -109,12 +137,19 @@ void Journal::Learn(const JournalContent& content) {
   begun_ = true;
   written_ = true;
   head_ = content.head;
+  head_.flush_failed = false;
   end_ = content.end;
   words_ = content.head.words;
   word_before_ = word_after_ = words_.First();
   touched_.assign(head_.page_count, false);
   flush_next_ = true;
   for (const JournalRecord& record : content.records) Adopt(record);
+}
+
+// The commit word does not tell of one whose statement failed before it wrote anything.
+bool Journal::HasAddedRecord() {
+  std::array<uint8_t, sizeof(uint32_t)> start{};
+  return file_->ReadAt(end_, start) == start.size() && IsRecordMark(start);
 }
 
 void Journal::ReadAddedRecords(uint64_t database_size) {
@@ -136,7 +171,7 @@ Journal::State Journal::Look(const CommitWords& words, const JournaledFile& data
     if (!content || !database.IsOf(content->head)) return State::None;
     file_ = files_.Open(path_, FileAccess::ReadWriteBeside);
     Learn(*content);
-  } else if (words.First() != words_.First()) {
+  } else if (words.First() != words_.First() || HasAddedRecord()) {
     ReadAddedRecords(database.Size());
   }
   // The first word tells what became of the last statement.
@@ -179,6 +214,7 @@ void Journal::Add(JournalRecord& record, File& model) {
   // Room for what follows: a file that does not grow is flushed without what the system has to note
   // about it.
   if (!written_) buffer_.resize(buffer_.size() + kRoomAhead);
+  bool flushing = false;
   try {
     if (!written_) {
       if (file_ && !file_->Bears(path_)) file_.reset();
@@ -186,12 +222,14 @@ void Journal::Add(JournalRecord& record, File& model) {
     }
     file_->WriteAt(start, buffer_);
     if (flush) {
+      flushing = true;
       ++flushes_;
       file_->Flush();
       if (!named_) files_.FlushFolder(path_);
     }
   } catch (const FileError&) {
-    spoiled_ = spoiled_ || flush;
+    spoiled_ = spoiled_ || flushing;
+    if (flushing && written_) SayFlushFailed();
     try {
       if (file_) file_->Resize(written_ ? end_ : 0);
     } catch (const FileError&) {
@@ -219,7 +257,8 @@ void Journal::Finish(const CommitWords& words) {
 }
 
 void Journal::FlushRest(const CommitWords& words) {
-  if (!begun_ || !written_) return;
+  // One without its mark has ended: all that it is about was flushed.
+  if (!begun_ || !written_ || !IsStillMine()) return;
   const bool all = unflushed_ == 0 && !flush_next_ && !spoiled_ && words.First() == words_.First();
   if (all) return;
   if (spoiled_) {

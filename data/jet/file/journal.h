@@ -7,8 +7,11 @@
 //   1. A record is complete before the first page of its statement is written.
 //   2. Of each page that was there when the journal was begun, the journal holds the whole content
 //      of that moment, and that is on the disk, before the page is written for the first time.
-//   3. Records lie one behind the other without a gap, and what is flushed is all of them.
+//   3. Records lie one behind the other without a gap, and what is flushed is all of them. Nobody
+//      writes over one that somebody else has added, whatever became of its statement.
 //   4. A journal whose statements are all on the disk has no mark. It loses it before its name.
+//   5. One that says that a flush has failed is not added to. What that flush was to bring to the
+//      disk is lost even where the next one succeeds: everything has to be written again.
 #pragma once
 
 #include <cstdint>
@@ -86,6 +89,10 @@ class Journal {
   void FlushRest(const CommitWords& words);
   // Brings the whole of one that was left behind to the disk, before the database is changed by it.
   void FlushWhatIsThere(const JournalContent& content);
+  // That a flush of it or of the database has failed: what nobody can tell from the files. With
+  // other writers kept out. Quiet where that cannot be written.
+  void SayFlushFailed() noexcept;
+  bool SaysFlushFailed();
   // Takes the mark away, then the name if nobody else has the file open. A journal without mark
   // that keeps its name hinders nobody.
   void Discard();
@@ -101,8 +108,10 @@ class Journal {
 
  private:
   bool IsStillMine();
+  std::optional<JournalHead> HeadByName();
   void Adopt(const JournalRecord& record);
   void Learn(const JournalContent& content);
+  bool HasAddedRecord();
   void ReadAddedRecords(uint64_t database_size);
   void Forget();
   void MarkTouched(uint32_t page);

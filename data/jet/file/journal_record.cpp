@@ -8,6 +8,7 @@ namespace rdv::jet {
 namespace {
 
 constexpr std::array<uint8_t, 8> kHeadMark = {'R', 'D', 'V', 'J', 'R', 'N', 'L', '3'};
+constexpr std::array<uint8_t, 8> kFlushFailedMark = {'R', 'D', 'V', 'J', 'R', 'N', 'L', 'F'};
 constexpr size_t kSaltAt = 8;
 constexpr size_t kPageSizeAt = 16;
 constexpr size_t kPageCountAt = 20;
@@ -69,7 +70,7 @@ uint64_t ContentSum(Bytes bytes, uint64_t seed) {
 
 std::array<uint8_t, JournalHead::kMarkSize> MarkOf(const JournalHead& head) {
   std::array<uint8_t, JournalHead::kMarkSize> mark;
-  std::ranges::copy(kHeadMark, mark.begin());
+  std::ranges::copy(head.flush_failed ? kFlushFailedMark : kHeadMark, mark.begin());
   Store64(&mark[kSaltAt], head.salt);
   return mark;
 }
@@ -77,6 +78,7 @@ std::array<uint8_t, JournalHead::kMarkSize> MarkOf(const JournalHead& head) {
 void AppendHead(const JournalHead& head, std::vector<uint8_t>& to) {
   const size_t start = to.size();
   to.resize(start + JournalHead::kSize);
+  assert(!head.flush_failed);
   uint8_t* at = to.data() + start;
   std::ranges::copy(MarkOf(head), at);
   Store32(at + kPageSizeAt, head.page_size);
@@ -90,11 +92,17 @@ void AppendHead(const JournalHead& head, std::vector<uint8_t>& to) {
 
 std::optional<JournalHead> ParseHead(Bytes bytes) {
   if (bytes.size() < JournalHead::kSize) return std::nullopt;
-  bytes = bytes.first(JournalHead::kSize);
+  // As it was written.
+  std::array<uint8_t, JournalHead::kSize> head{};
+  std::ranges::copy(bytes.first(JournalHead::kSize), head.begin());
+  const bool flush_failed = std::ranges::equal(bytes.first(kHeadMark.size()), kFlushFailedMark);
+  if (flush_failed) std::ranges::copy(kHeadMark, head.begin());
+  bytes = head;
   if (!std::ranges::equal(bytes.first(kHeadMark.size()), kHeadMark)) return std::nullopt;
   if (Load64(&bytes[kHeadSumAt]) != SumWithout(bytes, kHeadSumAt, 0)) return std::nullopt;
   return JournalHead{
       .salt = Load64(&bytes[kSaltAt]),
+      .flush_failed = flush_failed,
       .page_size = Load32(&bytes[kPageSizeAt]),
       .page_count = Load32(&bytes[kPageCountAt]),
       .identity = Load64(&bytes[kIdentityAt]),
@@ -144,8 +152,12 @@ void AppendRecord(const JournalRecord& record, uint64_t salt, std::vector<uint8_
   Store64(at + kRecordSumAt, SumWithout({at, length}, kRecordSumAt, salt));
 }
 
+bool IsRecordMark(Bytes bytes) {
+  return bytes.size() >= sizeof(uint32_t) && Load32(bytes.data()) == kRecordMark;
+}
+
 std::optional<ParsedRecord> ParseRecord(Bytes bytes, uint32_t number, const JournalHead& head) {
-  if (bytes.size() < kEntriesAt || Load32(bytes.data()) != kRecordMark) return std::nullopt;
+  if (bytes.size() < kEntriesAt || !IsRecordMark(bytes)) return std::nullopt;
   ParsedRecord parsed;
   parsed.length = Load32(&bytes[kLengthAt]);
   const size_t old_count = Load32(&bytes[kOldPagesAt]);

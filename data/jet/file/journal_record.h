@@ -4,7 +4,7 @@
 //
 // HEAD (1024 bytes, little-endian)
 //   OFFSET SIZE MEANING
-//   0      8    mark; zeros when the journal is not valid
+//   0      8    mark; another one once a flush has failed; zeros when the journal is not valid
 //   8      8    salt, another one each time a journal is begun
 //   16     4    page size
 //   20     4    pages of the database file when the journal was begun
@@ -65,6 +65,7 @@ struct JournalHead {
   static constexpr size_t kMarkSize = 16;
 
   uint64_t salt = 0;
+  bool flush_failed = false;  // of the journal or of the database since it was begun
   uint32_t page_size = 0;
   uint32_t page_count = 0;
   uint64_t identity = 0;
@@ -96,13 +97,16 @@ struct JournalRecord {
 };
 
 // What a head begins with: tells a journal that was valid once from all others, and from itself
-// when it is not valid any more.
+// when a flush has failed or it is not valid any more.
 std::array<uint8_t, JournalHead::kMarkSize> MarkOf(const JournalHead& head);
 void AppendHead(const JournalHead& head, std::vector<uint8_t>& to);
 std::optional<JournalHead> ParseHead(Bytes bytes);
 
 // At a sector's beginning in `to`, which begins with one.
 void AppendRecord(const JournalRecord& record, uint64_t salt, std::vector<uint8_t>& to);
+
+// Whether something begins there that may be a record.
+bool IsRecordMark(Bytes bytes);
 
 // The record with the given number at the beginning of `bytes`, and its length in bytes; nothing
 // when what is there is none or was not written to its end. It refers to `bytes`.

@@ -22,17 +22,6 @@ constexpr uint32_t kLongestRead = 32;
 // hours, but others of this engine look into its lock file for a moment.
 constexpr std::chrono::milliseconds kForeignWait{200};
 
-// For giving something up at the end: an unlocking that fails leaves the lock to the closing of the
-// file, a file beside the database that cannot be removed hinders nobody.
-template <typename Action>
-void Quietly(Action action) noexcept {
-  try {
-    action();
-  } catch (const FileError&) {
-    return;
-  }
-}
-
 [[noreturn]] void RaiseOthersAtWork() {
   throw FileError(FileProblem::InUse, "others are at work");
 }
@@ -167,10 +156,7 @@ CommitWords Pager::ReadCommitWords() {
 
 // Makes pages in memory good for the state of the file under the lock just taken.
 void Pager::Refresh() {
-  SeeState(ReadCommitWords());
-}
-
-void Pager::SeeState(const CommitWords& words) {
+  const CommitWords words = ReadCommitWords();
   const FileStamp stamp = file_->Stamp();
   if (words == words_ && stamp == stamp_) return;
   words_ = words;
@@ -271,12 +257,13 @@ bool Pager::PutRight() {
   }
   try {
     if (!TryKeepOtherProgramsOut()) return false;
+    const auto flush = [this] { transaction_->FlushDatabase(*file_, true); };
     if (plan->outcome != Outcome::GoneBeyond) {
       transaction_->Log().FlushWhatIsThere(*journal);
-      PutBack(*file_, plan->state, database_.page_size, words_, database_.words_at,
+      PutBack(*file_, plan->state, database_.page_size, words_, database_.words_at, flush,
               plan->outcome == Outcome::NothingLost);
     }
-    transaction_->FlushDatabase(*file_, true);
+    flush();
     transaction_->Log().Discard();
     Quietly([this] { user_file_->RemoveIfEmpty(*file_); });
   } catch (...) {
@@ -318,7 +305,8 @@ void Pager::BeginWrite() {
     Refresh();
     RefuseSeveralNames();
     // A journal may have been left behind by those who were present when the file was looked at.
-    if ((!judged_ || overlaid_ || !lock_->IsPresent()) && WasLeftBehind()) {
+    const bool is_new = !judged_ || overlaid_ || !lock_->IsPresent();
+    if ((is_new && WasLeftBehind()) || transaction_->Log().SaysFlushFailed()) {
       if (!PutRight()) RaiseFileInUse(path_);
       KeepOtherProgramsOut();
       Refresh();
@@ -560,32 +548,50 @@ void Pager::Close() {
   if (failure) RaiseFileError(*failure, path_);
 }
 
+void Pager::FlushForClosing(const CommitWords& words) {
+  try {
+    transaction_->Log().FlushRest(words);
+    transaction_->FlushDatabase(*file_);
+  } catch (const FileError&) {
+    Quietly([this] {
+      if (lock_->IsExclusive() || lock_->KeepWritersOut()) transaction_->Log().SayFlushFailed();
+    });
+    throw;
+  }
+}
+
 // What the journal says has to be on the disk with what it is about: its name may be there again
 // after a loss of power. When all is, nobody needs it any more; it stays while a statement is
 // unfinished, and when only readers are in the way. If others go on with it, though, what is on the
 // disk now is not there for good.
 void Pager::LetJournalEnd() {
   const CommitWords flushed = ReadCommitWords();
-  const auto flush = [&](const CommitWords& words) {
-    transaction_->Log().FlushRest(words);
-    transaction_->FlushDatabase(*file_);
-  };
-  flush(flushed);
+  FlushForClosing(flushed);
   if (!lock_->AcquireExclusive()) {
-    if (!lock_->KeepWritersOut() || ReadCommitWords() != flushed) RaiseOthersAtWork();
+    const bool alone = lock_->KeepWritersOut() && ReadCommitWords() == flushed;
+    if (!alone || transaction_->Log().SaysFlushFailed()) RaiseOthersAtWork();
     lock_->EndPresence();
     if (lock_->OthersArePresent()) RaiseOthersAtWork();
     lock_->Release();
     return;
   }
+  // What somebody else's flush has lost does not come with this one's.
+  if (transaction_->Log().SaysFlushFailed()) {
+    Refresh();
+    if (!PutRight()) RaiseOthersAtWork();
+  }
   const CommitWords words = ReadCommitWords();
   if (IsAtRest(words.First())) {
-    if (words != flushed) flush(words);
+    if (words != flushed) FlushForClosing(words);
     // Another file may have the name by now: what this journal says must not be played into it.
-    Quietly([this] {
-      if (file_->Bears(database_.path)) return transaction_->Log().DiscardMine();
-      transaction_->Log().UnmarkMine();
-    });
+    const bool named = file_->Bears(database_.path);
+    try {
+      named ? transaction_->Log().DiscardMine() : transaction_->Log().UnmarkMine();
+    } catch (const FileError&) {
+      // It stays. Who goes on with it may lose with the power what is on the disk now.
+      lock_->EndPresence();
+      if (lock_->OthersArePresent()) throw;
+    }
   }
   lock_->Release();
 }

@@ -116,7 +116,6 @@ class Pager : public PageSource {
   void RefuseSeveralNames() const;
   void RefuseSuspect(bool allowed);
   void Refresh();
-  void SeeState(const CommitWords& words);
   CommitWords ReadCommitWords();
   bool WasLeftBehind();
   void PutRightAsReader();
@@ -125,6 +124,7 @@ class Pager : public PageSource {
   void PutRightInMemory();
   std::optional<JournalContent> LoadJournal();
   void LetJournalEnd();
+  void FlushForClosing(const CommitWords& words);
   void EndWrite() noexcept;
   void ShowCommitWords(const CommitWords& words);
 

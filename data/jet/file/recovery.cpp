@@ -265,7 +265,7 @@ void WriteCommitWords(File& file, const CommitWords& from, const CommitWords& to
 }
 
 void PutBack(File& file, const FileState& state, uint32_t page_size, const CommitWords& words,
-             uint64_t words_at, bool is_there) {
+             uint64_t words_at, const std::function<void()>& flush, bool is_there) {
   CommitWords writing = words;
   if (!is_there) writing.SetFirst(kCommitWriting);
   WriteCommitWords(file, words, writing, words_at);
@@ -274,6 +274,7 @@ void PutBack(File& file, const FileState& state, uint32_t page_size, const Commi
     if (number < state.page_count) file.WriteAt(uint64_t{number} * page_size, content);
   }
   file.Resize(uint64_t{state.page_count} * page_size);
+  if (!is_there) flush();
   WriteCommitWords(file, writing, state.words, words_at);
 }
 

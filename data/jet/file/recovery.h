@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <vector>
@@ -46,9 +47,10 @@ std::optional<RecoveryPlan> PlanRecovery(const JournalContent& journal, File& fi
 
 // Brings the file to the state, saying "being written" until it has it, unless it is there already
 // and only written again. May be cut off and done again. `words`: those in the file, at `words_at`.
-// Nothing is flushed. Raises FileError.
+// `flush` flushes the file: before the commit word says that the state is there, lest the word
+// reaches the disk and the pages do not. Raises FileError.
 void PutBack(File& file, const FileState& state, uint32_t page_size, const CommitWords& words,
-             uint64_t words_at, bool is_there = false);
+             uint64_t words_at, const std::function<void()>& flush, bool is_there = false);
 
 void WriteCommitWords(File& file, const CommitWords& from, const CommitWords& to,
                       uint64_t words_at);

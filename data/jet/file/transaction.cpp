@@ -86,7 +86,12 @@ void Transaction::PrepareJournal(const DatabaseFile& database, const CommitWords
     case Journal::State::Live:
       return;
     case Journal::State::Past:
-      FlushDatabase(*database.content);
+      try {
+        FlushDatabase(*database.content);
+      } catch (const FileError&) {
+        journal_.SayFlushFailed();
+        throw;
+      }
       journal_.Discard();
       break;
     case Journal::State::None:
@@ -175,7 +180,8 @@ void Transaction::Undo(const DatabaseFile& database, const JournalRecord& record
   if (IsAtRest(words.First())) state.words.SetFirst(NextCommitWord(record.word_after));
   try {
     // All words are written: of a mending there may be any.
-    PutBack(*database.content, state, database.page_size, CommitWords(), database.words_at);
+    PutBack(*database.content, state, database.page_size, CommitWords(), database.words_at,
+            [&] { FlushDatabase(*database.content); });
     words = state.words;
     journal_.Finish(words);
   } catch (const FileError&) {
