@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cstring>
+#include <limits>
 #include <utility>
 
 #include "data/jet/rows/data_page.h"
@@ -10,7 +11,6 @@
 namespace rdv::jet {
 namespace {
 
-constexpr const Format& kFormat = kJet4;
 constexpr uint8_t kLongestPart = 8;  // of the free space that a page does not count
 
 // Puts numbers behind one another.
@@ -24,6 +24,7 @@ class Appender {
     return to_.data() + to_.size() - size;
   }
   void Name(TextView name) {
+    assert(name.size() <= std::numeric_limits<uint16_t>::max() / sizeof(char16_t));
     uint8_t* to = Block(2 + name.size() * sizeof(char16_t));
     Store16(to, static_cast<uint16_t>(name.size() * sizeof(char16_t)));
     for (size_t i = 0; i < name.size(); ++i) Store16(to + 2 + i * sizeof(char16_t), name[i]);
@@ -62,7 +63,7 @@ uint8_t ColumnFlags(const TableDefinition& table, const Column& column) {
 }
 
 void EncodeColumn(const TableDefinition& table, const Column& column, uint8_t* to) {
-  const auto& layout = kFormat.column;
+  const auto& layout = kJet4.column;
   to[layout.type] = static_cast<uint8_t>(column.type);
   Store32(to + 1, kDefinitionConstant);
   Store16(to + layout.number, column.number);
@@ -82,7 +83,8 @@ void EncodeColumn(const TableDefinition& table, const Column& column, uint8_t* t
 
 void EncodeRealIndex(const TableDefinition& table, const RealIndex& index, uint8_t* to) {
   assert(!index.columns.empty() && index.columns.size() <= kIndexMaxColumns);
-  const auto& layout = kFormat.real_index;
+  assert(index.map && index.root > kGlobalMapPage);
+  const auto& layout = kJet4.real_index;
   Store32(to, kIndexConstant);
   for (size_t i = 0; i < kIndexMaxColumns; ++i) {
     uint8_t* part = to + layout.columns + i * kIndexColumnSize;
@@ -100,7 +102,7 @@ void EncodeRealIndex(const TableDefinition& table, const RealIndex& index, uint8
 }
 
 void EncodeLogicalIndex(const LogicalIndex& index, uint8_t* to) {
-  const auto& layout = kFormat.logical_index;
+  const auto& layout = kJet4.logical_index;
   Store32(to, kDefinitionConstant);
   Store32(to + layout.number, index.number);
   Store32(to + layout.real_index, static_cast<uint32_t>(index.real_index));
@@ -131,7 +133,9 @@ std::vector<const LogicalIndex*> ByName(const TableDefinition& table) {
 }
 
 void EncodeHeader(const TableDefinition& table, uint8_t* to) {
-  const auto& layout = kFormat.definition;
+  assert(table.owned_map && table.free_map);
+  assert(table.columns.size() <= kMaxColumns && table.indexes.size() <= kMaxIndexes);
+  const auto& layout = kJet4.definition;
   to[0] = static_cast<uint8_t>(PageType::Definition);
   to[1] = kPageMark;
   Store32(to + layout.length + 4, kDefinitionConstant);
@@ -149,7 +153,7 @@ void EncodeHeader(const TableDefinition& table, uint8_t* to) {
 }
 
 void StoreLength(std::vector<uint8_t>& definition) {
-  Store32(definition.data() + kFormat.definition.length, static_cast<uint32_t>(definition.size()));
+  Store32(definition.data() + kJet4.definition.length, static_cast<uint32_t>(definition.size()));
 }
 
 }  // namespace
@@ -182,17 +186,17 @@ void AppendIndex(TableDefinition& table, RealIndex index, TextView name, bool pr
 std::vector<uint8_t> EncodeDefinition(const TableDefinition& table) {
   std::vector<uint8_t> bytes;
   Appender append(bytes);
-  EncodeHeader(table, append.Block(kFormat.definition.statistics));
-  append.Block(table.indexes.size() * kFormat.definition.statistics_size);
+  EncodeHeader(table, append.Block(kJet4.definition.statistics));
+  append.Block(table.indexes.size() * kJet4.definition.statistics_size);
   const std::vector<const Column*> columns = InOrderOfDisplay(table);
   for (const Column* column : columns)
-    EncodeColumn(table, *column, append.Block(kFormat.column.size));
+    EncodeColumn(table, *column, append.Block(kJet4.column.size));
   for (const Column* column : columns) append.Name(column->name);
   for (const RealIndex& index : table.indexes)
-    EncodeRealIndex(table, index, append.Block(kFormat.real_index.size));
+    EncodeRealIndex(table, index, append.Block(kJet4.real_index.size));
   const std::vector<const LogicalIndex*> logical = ByName(table);
   for (const LogicalIndex* index : logical)
-    EncodeLogicalIndex(*index, append.Block(kFormat.logical_index.size));
+    EncodeLogicalIndex(*index, append.Block(kJet4.logical_index.size));
   for (const LogicalIndex* index : logical) append.Name(index->name);
   for (const Column* column : columns) {
     if (!column->IsLongValue()) continue;
@@ -208,10 +212,10 @@ std::vector<uint8_t> EncodeDefinition(const TableDefinition& table) {
 
 std::vector<uint32_t> StoreDefinition(const WriteContext& context, PageAllocator& allocator,
                                       Bytes definition, std::vector<uint32_t> pages) {
-  const auto& layout = kFormat.definition;
+  const auto& layout = kJet4.definition;
   assert(definition.size() > layout.statistics &&
          Load32(definition.data() + layout.length) == definition.size());
-  const size_t page_size = kFormat.page_size;
+  const size_t page_size = kJet4.page_size;
   const size_t capacity = page_size - layout.continuation;
   const size_t needed = (definition.size() - layout.continuation + capacity - 1) / capacity;
   for (; pages.size() > needed; pages.pop_back()) allocator.Free(pages.back());
@@ -235,7 +239,7 @@ std::vector<uint32_t> StoreDefinition(const WriteContext& context, PageAllocator
 
 std::vector<uint8_t> AddIndexToDefinition(Bytes definition, const TableDefinition& table,
                                           const LogicalIndex& logical, const RealIndex* real) {
-  const auto& layout = kFormat.definition;
+  const auto& layout = kJet4.definition;
   std::vector<uint8_t> bytes(definition.begin(), definition.end());
   size_t position = layout.statistics;
   const auto skip_names = [&](size_t count) {
@@ -250,17 +254,17 @@ std::vector<uint8_t> AddIndexToDefinition(Bytes definition, const TableDefinitio
   };
   position += table.indexes.size() * layout.statistics_size;
   if (real) insert(layout.statistics_size);
-  position += table.columns.size() * kFormat.column.size;
+  position += table.columns.size() * kJet4.column.size;
   skip_names(table.columns.size());
-  position += table.indexes.size() * kFormat.real_index.size;
-  if (real) EncodeRealIndex(table, *real, insert(kFormat.real_index.size));
+  position += table.indexes.size() * kJet4.real_index.size;
+  if (real) EncodeRealIndex(table, *real, insert(kJet4.real_index.size));
 
   const auto& present = table.logical_indexes;
   const auto place = static_cast<size_t>(std::ranges::count_if(
       present, [&](const LogicalIndex& other) { return NameLess(other.name, logical.name); }));
-  position += place * kFormat.logical_index.size;
-  EncodeLogicalIndex(logical, insert(kFormat.logical_index.size));
-  position += (present.size() - place) * kFormat.logical_index.size;
+  position += place * kJet4.logical_index.size;
+  EncodeLogicalIndex(logical, insert(kJet4.logical_index.size));
+  position += (present.size() - place) * kJet4.logical_index.size;
   skip_names(place);
   std::vector<uint8_t> name;
   Appender(name).Name(logical.name);

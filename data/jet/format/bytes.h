@@ -4,6 +4,7 @@
 #pragma once
 
 #include <bit>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -42,7 +43,9 @@ inline void Store16(uint8_t* to, uint16_t value) {
   to[0] = static_cast<uint8_t>(value);
   to[1] = static_cast<uint8_t>(value >> 8);
 }
+// Of a page's number: what is cut off would make it the number of another page.
 inline void Store24(uint8_t* to, uint32_t value) {
+  assert(value >> 24 == 0);
   Store16(to, static_cast<uint16_t>(value));
   to[2] = static_cast<uint8_t>(value >> 16);
 }
@@ -61,13 +64,14 @@ inline void StoreDouble(uint8_t* to, double value) {
   Store64(to, std::bit_cast<uint64_t>(value));
 }
 inline void Store24BigEndian(uint8_t* to, uint32_t value) {
+  assert(value >> 24 == 0);
   to[0] = static_cast<uint8_t>(value >> 16);
   to[1] = static_cast<uint8_t>(value >> 8);
   to[2] = static_cast<uint8_t>(value);
 }
 inline void Store32BigEndian(uint8_t* to, uint32_t value) {
   to[0] = static_cast<uint8_t>(value >> 24);
-  Store24BigEndian(to + 1, value);
+  Store24BigEndian(to + 1, value & 0xFFFFFF);
 }
 inline void Store64BigEndian(uint8_t* to, uint64_t value) {
   Store32BigEndian(to, static_cast<uint32_t>(value >> 32));

@@ -1,6 +1,7 @@
 #include "data/jet/format/header.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <cstring>
 #include <functional>
@@ -140,6 +141,7 @@ std::optional<Text> WhyNotRecognized(Bytes start, uint64_t file_size) {
 
 // The stream of the mask is the same for every file.
 void ApplyHeaderMask(std::span<uint8_t> page, const Format& format) {
+  assert(page.size() >= kHeaderSize);
   static const auto mask = [] {
     std::array<uint8_t, kHeaderSize - kHeaderMaskStart> stream{};
     ApplyRc4(kHeaderMaskKey, stream);

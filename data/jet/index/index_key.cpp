@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cassert>
 
 #include "data/jet/format/errors.h"
 
@@ -174,6 +175,7 @@ void AppendKeyPart(const FileReader& file, const Column& column, bool descending
 
 Key BuildKey(const FileReader& file, const TableDefinition& table, const RealIndex& index,
              std::span<const Value> values) {
+  assert(values.size() <= index.columns.size());
   Key key;
   key.reserve(kTypicalKey);
   for (size_t i = 0; i < values.size(); ++i) {
@@ -186,6 +188,7 @@ Key BuildKey(const FileReader& file, const TableDefinition& table, const RealInd
 
 std::optional<Key> TryBuildKey(const FileReader& file, const TableDefinition& table,
                                const RealIndex& index, std::span<const Value> values) {
+  assert(values.size() <= index.columns.size());
   Key key;
   key.reserve(kTypicalKey);
   for (size_t i = 0; i < values.size(); ++i) {

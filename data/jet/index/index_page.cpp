@@ -1,6 +1,7 @@
 #include "data/jet/index/index_page.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 
 #include "data/jet/format/bits.h"
@@ -38,6 +39,7 @@ void AppendRow(std::vector<uint8_t>& key, RowId row) {
 }
 
 EntryBytes MakeEntry(Bytes key, RowId row) {
+  assert(!key.empty() && row);
   EntryBytes entry;
   entry.reserve(key.size() + kEntryRowSize);
   entry.assign(key.begin(), key.end());

@@ -188,6 +188,7 @@ bool FitsIndexPage(const Format& format, const IndexPageImage& image, size_t fir
 
 bool InsertEntryInPlace(const WriteContext& context, uint32_t table_page, uint32_t number,
                         size_t offset, Bytes entry) {
+  assert(entry.size() > kEntryRowSize);
   const Format& format = context.Layout();
   const IndexPageView view(context.file, table_page, number);
   if (!view.IsLeaf() || !view.IsBoundary(offset))
@@ -224,6 +225,7 @@ bool RemoveEntryInPlace(const WriteContext& context, uint32_t table_page, uint32
   const Format& format = context.Layout();
   const IndexPageView view(context.file, table_page, number);
   const size_t used = view.Used();
+  assert(entry.start < entry.end && entry.end <= used);
   // The entry that comes first next would have to be completed.
   if (entry.start == 0 && entry.end < used && view.Prefix() > 0) return false;
   uint8_t* page = context.pager.Edit(number);

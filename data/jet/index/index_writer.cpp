@@ -147,6 +147,7 @@ void IndexWriter::SplitBelow(const Path& path, size_t depth, std::vector<Piece> 
 
 void IndexWriter::LinkAndStore(std::vector<Piece>& pieces, const std::vector<uint32_t>& pages,
                                uint32_t previous, uint32_t next) {
+  assert(pieces.size() == pages.size());
   for (size_t i = 0; i < pieces.size(); ++i) {
     pieces[i].image.previous = i == 0 ? previous : pages[i - 1];
     pieces[i].image.next = i + 1 == pieces.size() ? next : pages[i + 1];

@@ -380,6 +380,7 @@ void TableWriter::FollowDelete(Plan& plan, size_t number) {
 
 RowId TableWriter::Apply(RowChange& change) {
   assert(changing_ && !change.bytes.empty() == (change.kind != RowChange::Kind::Delete));
+  assert((change.kind == RowChange::Kind::Insert) == !change.row);
   RowStore rows = RowsOf(context_, allocator_, *change.table);
   StoreLongValues(change);
   switch (change.kind) {
@@ -404,6 +405,7 @@ void TableWriter::StoreLongValues(RowChange& change) {
   bool stored = false;
   for (const LongValueChange& value : change.long_values) {
     if (!value.added) continue;
+    assert(change.table->columns[value.column].IsLongValue());
     LongValueWriter writer(context_, allocator_, change.table->columns[value.column]);
     change.fields.Set(value.column, writer.Store(*value.added));
     stored = true;
@@ -421,6 +423,9 @@ void TableWriter::ReleaseLongValues(const RowChange& change) {
 
 void TableWriter::UpdateIndexes(RowChange& change, RowId row) {
   for (IndexChange& entry : change.indexes) {
+    // Else its pages would take in the entries of another table's rows.
+    assert(entry.index->position < change.table->indexes.size() &&
+           &change.table->indexes[entry.index->position] == entry.index);
     IndexWriter writer(context_, allocator_, change.table->Page(), *entry.index);
     if (entry.removed) writer.Remove(*entry.removed, row);
     if (entry.added) writer.Insert(std::move(*entry.added), row, entry.place);
