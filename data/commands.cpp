@@ -1,5 +1,6 @@
 #include "data/commands.h"
 
+#include <array>
 #include <iterator>
 
 namespace rdv {
@@ -22,55 +23,39 @@ constexpr Parameter kLine[] = {{u"Given_ConfigID", kNumber},
                                {u"Given_Slot_Offset", kNumber},
                                {u"Given_Line", kNumber}};
 
-constexpr Parameter kUpdatedLine[] = {{u"Given_Partition_Name", kText},
-                                      {u"Given_Partition_ID", kNumber},
-                                      {u"Given_Starting_Node_Caption", kText},
-                                      {u"Given_Starting_Node_Type_ID", kNumber},
-                                      {u"Given_Starting_Node_Number", kNumber},
-                                      {u"Given_Volume_Name", kText},
-                                      {u"Given_Volume_ID", kNumber},
-                                      {u"Given_Mode_Caption", kText},
-                                      {u"Given_Mode_Type_ID", kNumber},
-                                      {u"Given_Mode_Ring_Number", kNumber},
-                                      {u"Given_Description", kText},
-                                      {u"Given_NIS_Option", kNumber},
-                                      {u"Given_EWT_Option", kNumber},
-                                      {u"Given_ACD_Option", kNumber},
-                                      {u"Given_LineType", kNumber},
-                                      {u"Given_Impedance", kNumber},
-                                      {u"Given_SoftStop", kNumber},
-                                      {u"Given_rsvd1", kNumber},
-                                      {u"Given_rsvd2", kNumber},
-                                      {u"Given_rsvd3", kNumber},
-                                      {u"Given_ConfigID", kNumber},
-                                      {u"Given_Base_Slot_No", kNumber},
-                                      {u"Given_SlotOffset", kNumber},
-                                      {u"Given_Line", kNumber}};
-
-constexpr Parameter kInsertedLine[] = {{u"Given_Partition_Name", kText},
-                                       {u"Given_Partition_ID", kNumber},
-                                       {u"Given_Starting_Node_Caption", kText},
-                                       {u"Given_Starting_Node_Type_ID", kNumber},
-                                       {u"Given_Starting_Node_Number", kNumber},
-                                       {u"Given_Volume_Name", kText},
-                                       {u"Given_Volume_ID", kNumber},
-                                       {u"Given_Mode_Caption", kText},
-                                       {u"Given_Mode_Type_ID", kNumber},
-                                       {u"Given_Mode_Ring_Number", kNumber},
-                                       {u"Given_Description", kText},
-                                       {u"Given_NIS_Option", kNumber},
-                                       {u"Given_RTQA_Option", kNumber},
-                                       {u"Given_ACD_Option", kNumber},
-                                       {u"Given_LineType", kNumber},
-                                       {u"Given_Impedance", kNumber},
-                                       {u"Given_SoftStop", kNumber},
-                                       {u"Given_rsvd1", kNumber},
-                                       {u"Given_rsvd2", kNumber},
-                                       {u"Given_rsvd3", kNumber},
-                                       {u"Given_Config_ID", kNumber},
-                                       {u"Given_Base_Slot_No", kNumber},
-                                       {u"Given_Slot_Offset", kNumber},
-                                       {u"Given_Line", kNumber}};
+// The two statements that write a line take the same values in the same order; three of the names
+// that are stored with them differ.
+constexpr std::array<Parameter, 24> ValuesOfLine(TextView queue_time, TextView configuration,
+                                                 TextView slot_offset) {
+  return {{{u"Given_Partition_Name", kText},
+           {u"Given_Partition_ID", kNumber},
+           {u"Given_Starting_Node_Caption", kText},
+           {u"Given_Starting_Node_Type_ID", kNumber},
+           {u"Given_Starting_Node_Number", kNumber},
+           {u"Given_Volume_Name", kText},
+           {u"Given_Volume_ID", kNumber},
+           {u"Given_Mode_Caption", kText},
+           {u"Given_Mode_Type_ID", kNumber},
+           {u"Given_Mode_Ring_Number", kNumber},
+           {u"Given_Description", kText},
+           {u"Given_NIS_Option", kNumber},
+           {queue_time, kNumber},
+           {u"Given_ACD_Option", kNumber},
+           {u"Given_LineType", kNumber},
+           {u"Given_Impedance", kNumber},
+           {u"Given_SoftStop", kNumber},
+           {u"Given_rsvd1", kNumber},
+           {u"Given_rsvd2", kNumber},
+           {u"Given_rsvd3", kNumber},
+           {configuration, kNumber},
+           {u"Given_Base_Slot_No", kNumber},
+           {slot_offset, kNumber},
+           {u"Given_Line", kNumber}}};
+}
+constexpr auto kUpdatedLine =
+    ValuesOfLine(u"Given_EWT_Option", u"Given_ConfigID", u"Given_SlotOffset");
+constexpr auto kInsertedLine =
+    ValuesOfLine(u"Given_RTQA_Option", u"Given_Config_ID", u"Given_Slot_Offset");
 
 constexpr Parameter kInsertedCard[] = {
     {u"Given_Config_ID", kNumber},    {u"Given_Base_Slot_No", kNumber},

@@ -13,12 +13,6 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-// Rows of configuration 1 of the site "plain" by the type of their line.
-constexpr int kHybridRow = 1;
-constexpr int kImpedanceRow = 5;
-constexpr int kNotInstalledRow = 7;
-constexpr int kMohRow = 9;
-
 class CellEditing : public ControlTest {
  protected:
   void SetUp() override {

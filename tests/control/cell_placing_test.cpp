@@ -8,10 +8,6 @@
 namespace rdv::test {
 namespace {
 
-// Rows of configuration 1 of the site "plain".
-constexpr int kHybridRow = 1;
-constexpr int kMohRow = 9;
-
 class CellPlacing : public ControlTest {
  protected:
   void SetUp() override {

@@ -9,11 +9,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-// Rows of configuration 1 of the site "plain".
-constexpr int kHybridRow = 1;
-constexpr int kNotInstalledRow = 7;
-constexpr int kMohRow = 9;
-
 class CellWalkTest : public ControlTest {
  protected:
   void SetUp() override {

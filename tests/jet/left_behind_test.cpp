@@ -10,6 +10,7 @@
 #include "data/jet/rows/allocation.h"
 #include "data/jet/rows/data_page_writer.h"
 #include "data/jet/rows/usage_map.h"
+#include "runtime/error.h"
 #include "tests/jet/dead_writer.h"
 
 #ifndef _WIN32
@@ -21,19 +22,17 @@
 namespace rdv::jet {
 namespace {
 
-constexpr std::chrono::milliseconds kShortWait{30};
+constexpr std::chrono::milliseconds kWaitForOthers{30};
 
 using things::Count;
-using things::Findings;
 using things::Insert;
-using things::WhatRaises;
 
 class LeftBehind : public testing::Test {
  protected:
   LeftBehind() { things::Create(PathText(path_), kCount, 3000); }
 
   std::unique_ptr<Engine> Open(const std::filesystem::path& path, FileSystem* files = nullptr) {
-    return Engine::Open(PathText(path), {.lock_wait = kShortWait, .files = files});
+    return Engine::Open(PathText(path), {.lock_wait = kWaitForOthers, .files = files});
   }
   std::unique_ptr<Engine> Open() { return Open(path_); }
   std::filesystem::path Journal() const { return things::JournalOf(path_); }
@@ -101,7 +100,7 @@ TEST_F(LeftBehind, ASuspectFileIsUsedByThoseOnlyWhoLookForWhatIsWrong) {
   EXPECT_NE(WhatRaises([&] { Count(*Open()); }).find("may be corrupt"), std::string::npos);
   EXPECT_NE(WhatRaises([&] { Insert(*Open(), 50); }).find("may be corrupt"), std::string::npos);
   const auto looker =
-      Engine::Open(PathText(path_), {.lock_wait = kShortWait, .reads_suspect = true});
+      Engine::Open(PathText(path_), {.lock_wait = kWaitForOthers, .reads_suspect = true});
   EXPECT_NE(Findings(*looker), "");
   EXPECT_NE(WhatRaises([&] { Insert(*looker, 50); }).find("may be corrupt"), std::string::npos);
 }
@@ -127,7 +126,7 @@ TEST_F(LeftBehind, ARepairThatFailsLeavesTheFileSuspect) {
       FaultyFileSystem files;
       files.Arm(fault, writes);
       const std::string raised =
-          WhatRaises([&] { RepairDatabase(files, PathText(path_), kShortWait); });
+          WhatRaises([&] { RepairDatabase(files, PathText(path_), kWaitForOthers); });
       if (raised == "nothing was raised") break;
       const std::string refused = WhatRaises([&] { Insert(*Open(), 50); });
       const bool mended = Word(2) != kCommitCorrupt;
@@ -143,7 +142,7 @@ TEST_F(LeftBehind, ARepairCountsOnFromTheHighestWordSoThatNobodyGoesOnWithOldPag
   SetWord(0, 0x0104);
   SetWord(5, 0x0200);
   SetWord(2, kCommitCorrupt);
-  RepairDatabase(NativeFileSystem(), PathText(path_), kShortWait);
+  RepairDatabase(NativeFileSystem(), PathText(path_), kWaitForOthers);
   EXPECT_EQ(Word(0), 0x0201);
   EXPECT_EQ(Word(5), kCommitIdle);
   EXPECT_EQ(Word(2), kCommitIdle);
@@ -200,7 +199,8 @@ TEST_F(LeftBehind, ALockFileThatIsRemovedBeforeItIsLockedIsMadeAgain) {
 
 TEST_F(LeftBehind, PagesBeforeTheFirstOfAMapStayInUseWhenItGrowsIntoPagesOfItsOwn) {
   constexpr uint32_t kFirst = 16;
-  std::optional<Pager> pager(std::in_place, NativeFileSystem(), PathText(path_), kShortWait, 100);
+  std::optional<Pager> pager(std::in_place, NativeFileSystem(), PathText(path_), kWaitForOthers,
+                             100);
   const FileReader file(*pager, pager->FileHeader());
   const WriteContext context{*pager, file};
   pager->BeginWrite();

@@ -94,8 +94,8 @@ std::string OutputOf(const std::string& command) {
 }
 
 std::string Shown(const Fields& row, size_t column) {
-  constexpr size_t kLongest = 200;
-  return row.at(column) ? "'" + row[column]->substr(0, kLongest) + "'" : "Null";
+  constexpr size_t kLongestShown = 200;
+  return row.at(column) ? "'" + row[column]->substr(0, kLongestShown) + "'" : "Null";
 }
 
 // Rows come in different orders.

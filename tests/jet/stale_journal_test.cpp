@@ -16,11 +16,9 @@ namespace rdv::jet {
 namespace {
 
 using things::Count;
-using things::Findings;
 using things::Insert;
-using things::WhatRaises;
 
-constexpr std::chrono::milliseconds kShortWait{30};
+constexpr std::chrono::milliseconds kWaitForWriter{30};
 constexpr int32_t kCount = 20;
 const std::string kNothing = "nothing was raised";
 
@@ -30,7 +28,7 @@ class StaleJournal : public testing::Test {
 
   static std::unique_ptr<Engine> Open(const std::filesystem::path& path,
                                       FileSystem* files = nullptr) {
-    return Engine::Open(PathText(path), {.lock_wait = kShortWait, .files = files});
+    return Engine::Open(PathText(path), {.lock_wait = kWaitForWriter, .files = files});
   }
   std::unique_ptr<Engine> Open() { return Open(path_); }
   std::filesystem::path Journal() const { return things::JournalOf(path_); }

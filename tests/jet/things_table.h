@@ -1,15 +1,13 @@
 // A small table, and what tests of whole files do with it.
 #pragma once
 
-#include <functional>
 #include <set>
-#include <string>
 
 #include "data/jet/catalog/table_spec.h"
-#include "data/jet/check/check.h"
 #include "data/jet/engine.h"
 #include "data/jet/rows/table_scan.h"
-#include "runtime/error.h"
+#include "tests/jet/findings.h"
+#include "tests/jet/what_raises.h"
 
 namespace rdv::jet::things {
 
@@ -70,23 +68,6 @@ inline std::set<int32_t> Ids(Engine& engine) {
 
 inline int Count(Engine& engine) {
   return static_cast<int>(Ids(engine).size());
-}
-
-inline std::string Findings(Engine& engine) {
-  const Engine::ReadScope scope(engine);
-  std::string text;
-  for (const Finding& finding : CheckFile(engine.File()).findings)
-    text += ToUtf8(KindName(finding.kind) + u": " + finding.text) + "\n";
-  return text;
-}
-
-inline std::string WhatRaises(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const RuntimeError& error) {
-    return error.what();
-  }
-  return "nothing was raised";
 }
 
 }  // namespace rdv::jet::things

@@ -6,13 +6,11 @@
 #include <set>
 #include <sstream>
 
-#include "data/jet/catalog/table_spec.h"
-#include "data/jet/check/check.h"
 #include "data/jet/engine.h"
-#include "data/jet/index/index_cursor.h"
-#include "data/jet/index/index_key.h"
 #include "data/jet/rows/table_scan.h"
 #include "runtime/error.h"
+#include "tests/jet/findings.h"
+#include "tests/jet/indexed_things.h"
 #include "tests/jet/write_support.h"
 
 #ifndef _WIN32
@@ -26,29 +24,11 @@ namespace {
 
 using Rows = std::vector<std::vector<Value>>;
 
-const TableSpec kThings = {
-    .name = u"Things",
-    .columns = {{.name = u"ID", .type = ColumnType::Long},
-                {.name = u"Name", .type = ColumnType::Text, .length = 200},
-                {.name = u"Notes", .type = ColumnType::Memo},
-                {.name = u"Counter", .type = ColumnType::Long}},
-    .indexes = {{.name = u"PrimaryKey", .columns = {{u"ID"}}, .primary = true},
-                {.name = u"Name", .columns = {{u"Name"}}},
-                {.name = u"Counter", .columns = {{u"Counter", true}}}}};
-
-std::vector<Assignment> Thing(int32_t id, size_t name_length, size_t notes_length) {
-  return {{0, id},
-          {1, Text(name_length, static_cast<char16_t>(u'a' + id % 26))},
-          {2, Text(notes_length, u'n')},
-          {3, int32_t{0}}};
-}
-
-std::string Findings(Engine& engine) {
-  const Engine::ReadScope scope(engine);
-  std::string text;
-  for (const Finding& finding : CheckFile(engine.File()).findings)
-    text += ToUtf8(KindName(finding.kind) + u": " + finding.text) + "\n";
-  return text;
+// One index more, in falling order.
+TableSpec ThingsByCounter() {
+  TableSpec spec = IndexedThings();
+  spec.indexes.push_back({.name = u"Counter", .columns = {{u"Counter", true}}});
+  return spec;
 }
 
 Rows ReadThings(Engine& engine) {
@@ -62,17 +42,9 @@ Rows ReadThings(Engine& engine) {
   return rows;
 }
 
-RowId FindThing(Engine& engine, int32_t id) {
-  const TableDefinition& table = engine.Table(u"Things");
-  const Value value = id;
-  IndexSeek seek(engine.File(), table, table.indexes[0],
-                 BuildKey(engine.File(), table, table.indexes[0], {&value, 1}));
-  return seek.Next() ? seek.Row().Id() : RowId{};
-}
-
 void Update(Engine& engine, int32_t id, size_t column, const Value& value) {
   const std::vector<Assignment> assignments = {{column, value}};
-  engine.Update(engine.Table(u"Things"), FindThing(engine, id), assignments);
+  engine.Update(engine.Table(u"Things"), FindThing(engine, id).value(), assignments);
 }
 
 class WriteCrashTest : public testing::Test {
@@ -81,7 +53,7 @@ class WriteCrashTest : public testing::Test {
     Engine::Create(PathText(path_));
     const auto engine = Engine::Open(PathText(path_));
     Engine::WriteScope scope(*engine);
-    engine->CreateTable(kThings);
+    engine->CreateTable(ThingsByCounter());
     for (int32_t i = 0; i < kThingCount; ++i)
       engine->Insert(engine->Table(u"Things"), Thing(i * 2, 60, i % 10 == 0 ? 900 : 20));
     scope.Commit();
@@ -146,15 +118,16 @@ TEST_F(WriteCrashTest, DeathLeavesAllOfAnUpdateThatMovesTheRowOrNothing) {
 }
 
 TEST_F(WriteCrashTest, DeathLeavesAllOfADeletionOrNothing) {
-  DieEverywhereIn(
-      [](Engine& engine) { engine.Delete(engine.Table(u"Things"), FindThing(engine, 100)); });
+  DieEverywhereIn([](Engine& engine) {
+    engine.Delete(engine.Table(u"Things"), FindThing(engine, 100).value());
+  });
 }
 
 TEST_F(WriteCrashTest, DeathLeavesAllOfAStatementOnManyRowsOrNothing) {
   DieEverywhereIn([](Engine& engine) {
     for (int32_t i = 0; i < 100; ++i) {
       engine.Insert(engine.Table(u"Things"), Thing(2 * i + 1, 120, 10));
-      engine.Delete(engine.Table(u"Things"), FindThing(engine, 2 * i + 200));
+      engine.Delete(engine.Table(u"Things"), FindThing(engine, 2 * i + 200).value());
     }
   });
 }
@@ -366,7 +339,7 @@ TEST_F(WriteCrashTest, ProcessesLoseNoUpdateAndReadNothingHalf) {
   const auto value_of = [](Engine& engine, int32_t id) {
     const TableDefinition& table = engine.Table(u"Things");
     RowView row(engine.File(), table);
-    if (!FetchRow(engine.File(), table, FindThing(engine, id), row))
+    if (!FetchRow(engine.File(), table, FindThing(engine, id).value_or(RowId{}), row))
       throw std::runtime_error("a row is gone");
     return std::get<int32_t>(row.Get(table.columns[3]));
   };

@@ -13,7 +13,7 @@ namespace rdv::jet {
 namespace {
 
 // Together more pages than one page of bits tells about.
-constexpr int32_t kRows = 34;
+constexpr int32_t kPictures = 34;
 constexpr size_t kPicture = size_t{4} << 20;
 
 class LargeFile : public testing::Test {
@@ -34,7 +34,7 @@ class LargeFile : public testing::Test {
   static Binary Picture(int32_t id) { return Binary(kPicture, static_cast<uint8_t>(id)); }
 
   void InsertAll() {
-    for (int32_t id = 0; id < kRows; ++id) {
+    for (int32_t id = 0; id < kPictures; ++id) {
       Engine::WriteScope scope(*engine_);
       const Assignment values[] = {{0, id}, {1, Picture(id)}};
       engine_->Insert(engine_->Table(u"Pictures"), values);
@@ -89,7 +89,7 @@ TEST_F(LargeFile, KeepsTheMapOfFreePagesOnPagesOfItsOwn) {
   const uint32_t pages = Pages();
   EXPECT_GT(pages, kJet4.PagesPerMapPage());
   EXPECT_EQ(PagesOfFreeMap(), 2u);
-  ExpectPictures(kRows);
+  ExpectPictures(kPictures);
   ExpectSound();
 
   // What is deleted is used again, on either side of where one page of bits ends.
@@ -100,7 +100,7 @@ TEST_F(LargeFile, KeepsTheMapOfFreePagesOnPagesOfItsOwn) {
   engine_ = Engine::Open(path_);
   InsertAll();
   EXPECT_LE(Pages(), pages + 1);
-  ExpectPictures(kRows);
+  ExpectPictures(kPictures);
   ExpectSound();
 }
 

@@ -11,6 +11,7 @@
 #include "data/jet/index/index_key.h"
 #include "data/jet/rows/table_scan.h"
 #include "runtime/error.h"
+#include "tests/jet/findings.h"
 #include "tests/jet/other_reader.h"
 #include "tests/jet/random_values.h"
 #include "tests/jet/write_support.h"
@@ -20,13 +21,6 @@ namespace rdv::jet {
 namespace {
 
 using Row = std::vector<Value>;
-
-std::string Findings(const CheckReport& report) {
-  std::string text;
-  for (const Finding& finding : report.findings)
-    text += ToUtf8(KindName(finding.kind) + u": " + finding.text) + "\n";
-  return text;
-}
 
 // One table of a file and what it should hold.
 class Model {

@@ -12,8 +12,6 @@
 namespace rdv::jet::sql {
 namespace {
 
-constexpr char kMismatch[] = "Data type mismatch in criteria expression.";
-constexpr char kMissingParameter[] = "No value given for one or more required parameters.";
 constexpr char kTooSmall[] =
     "The field is too small to accept the amount of data you attempted to add. Try inserting or "
     "pasting less data.";
@@ -240,19 +238,18 @@ class LineWithAForeignLabel : public SampleCopyTest {
       ADD_FAILURE() << ToUtf8(finding.text);
   }
 
-  // What an independent reader finds in the file, where one is installed.
+#ifndef _WIN32
+  // What an independent reader finds in the file, where one is installed. There is none for
+  // Windows, where the same file is written.
   std::string ExportedLines() {
-#ifdef _WIN32
-    return {};
-#else
     const std::string command = "mdb-export '" + path_.string() + "' Used_Lines 2>/dev/null";
     FILE* pipe = popen(command.c_str(), "r");
     std::string text;
     for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) text += static_cast<char>(c);
     pclose(pipe);
     return text;
-#endif
   }
+#endif
 };
 
 TEST_F(LineWithAForeignLabel, IsSavedAsItIs) {
@@ -274,10 +271,12 @@ TEST_F(LineWithAForeignLabel, GetsOneWhoseKeyIsKnownAndLeavesNoEntryBehind) {
   EXPECT_EQ(LinesWith(Text(u"reception")), Integers({7}));
   EXPECT_EQ(LinesWith(label), Integers({}));
   ExpectSound();
+#ifndef _WIN32
   const std::string exported = ExportedLines();
   if (exported.empty()) GTEST_SKIP() << "mdb-export is not at hand";
   EXPECT_NE(exported.find("reception"), std::string::npos);
   EXPECT_EQ(exported.find("\u53D7"), std::string::npos);
+#endif
 }
 
 TEST_F(LineWithAForeignLabel, RefusesAnotherWhoseKeyIsNotKnown) {

@@ -7,9 +7,6 @@
 namespace rdv::jet::sql {
 namespace {
 
-constexpr char kMismatch[] = "Data type mismatch in criteria expression.";
-constexpr char kMissingParameter[] = "No value given for one or more required parameters.";
-
 class Queries : public SampleCopyTest {};
 
 TEST_F(Queries, FindTableAndColumnsWithoutRegardToCase) {

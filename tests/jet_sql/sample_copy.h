@@ -15,6 +15,9 @@
 
 namespace rdv::jet::sql {
 
+inline constexpr char kMismatch[] = "Data type mismatch in criteria expression.";
+inline constexpr char kMissingParameter[] = "No value given for one or more required parameters.";
+
 class SampleCopyTest : public testing::Test {
  protected:
   void SetUp() override { Use("sites/plain/NewDB.mdb"); }

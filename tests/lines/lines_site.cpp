@@ -25,6 +25,17 @@ fs::path SuiteIn(const fs::path& folder) {
 
 #ifndef _WIN32
 
+std::string AsText(const nlohmann::json& value) {
+  if (value.is_string()) return value.get<std::string>();
+  return value.dump();
+}
+
+#endif
+
+}  // namespace
+
+#ifndef _WIN32
+
 std::string OutputOf(const std::string& command) {
   std::string output;
   FILE* const pipe = popen(command.c_str(), "r");
@@ -35,14 +46,7 @@ std::string OutputOf(const std::string& command) {
   return output;
 }
 
-std::string AsText(const nlohmann::json& value) {
-  if (value.is_string()) return value.get<std::string>();
-  return value.dump();
-}
-
 #endif
-
-}  // namespace
 
 LinesSite::LinesSite(const std::string& site, const std::string& settings) {
   const fs::path made = sites::SiteFolder(site);

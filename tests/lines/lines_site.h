@@ -57,6 +57,11 @@ class LinesSite {
   rdv::test::TemporaryFolder scratch_;
 };
 
+#ifndef _WIN32
+// What the command prints; expects it to succeed.
+std::string OutputOf(const std::string& command);
+#endif
+
 Outcome RunWords(const std::vector<std::string>& words,
                  const std::function<void()>& before_writing = {});
 

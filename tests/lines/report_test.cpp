@@ -145,15 +145,6 @@ std::string Browser() {
   return "";
 }
 
-std::string OutputOf(const std::string& command) {
-  std::string output;
-  FILE* const pipe = popen(command.c_str(), "r");
-  char piece[4096];
-  for (size_t size; (size = fread(piece, 1, sizeof piece, pipe)) > 0;) output.append(piece, size);
-  EXPECT_EQ(pclose(pipe), 0) << command;
-  return output;
-}
-
 class ReportInABrowser : public testing::Test {
  protected:
   void SetUp() override {

@@ -12,10 +12,8 @@
 namespace rdv::jet {
 namespace {
 
-constexpr size_t kPageSize = 4096;
 // What RDV_POWER_LOSS_STATES is without being said.
 constexpr int kEverydayStates = 80;
-constexpr int kStaysFull = 1 << 30;
 
 size_t judged_in_all = 0;
 

@@ -17,6 +17,9 @@
 
 namespace rdv::jet {
 
+// Operations of the disk after which it has room again: never.
+inline constexpr int kStaysFull = 1 << 30;
+
 // How many times as thorough as every day this run is to be.
 size_t Thoroughness();
 

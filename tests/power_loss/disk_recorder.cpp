@@ -5,11 +5,6 @@
 #include "data/jet/engine.h"
 
 namespace rdv::jet {
-namespace {
-
-constexpr size_t kPageSize = 4096;
-
-}  // namespace
 
 DatabasePages PagesOf(const DiskContents& contents) {
   DatabasePages pages;

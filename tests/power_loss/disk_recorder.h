@@ -13,6 +13,8 @@
 
 namespace rdv::jet {
 
+inline constexpr size_t kPageSize = 4096;  // of the databases here
+
 // The pages of each database behind its header page, whose commit words count on.
 using DatabasePages = std::map<Text, std::vector<uint8_t>>;
 

@@ -11,7 +11,6 @@
 namespace rdv::jet {
 namespace {
 
-constexpr int kStaysFull = 1 << 30;
 // Of all writes of a run that might fail so many do every day; else all of them. For each, so many
 // states of the disk.
 constexpr int kEveryDayFailures = 4;

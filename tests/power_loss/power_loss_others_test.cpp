@@ -14,11 +14,9 @@ namespace {
 
 using things::Ids;
 using things::Insert;
-using things::WhatRaises;
 
-const Text kPath = u"site.mdb";
+const Text kSite = u"site.mdb";
 const std::string kNothing = "nothing was raised";
-constexpr size_t kPageSize = 4096;
 
 class PowerLossWithOthers : public testing::Test {
  protected:
@@ -29,14 +27,14 @@ class PowerLossWithOthers : public testing::Test {
 
   void Start(int32_t count) {
     SimulatedDisk disk;
-    things::Create(kPath, count, 30, &disk);
+    things::Create(kSite, count, 30, &disk);
     start_ = disk.Contents();
     Again();
   }
   void Again() { disk_ = std::make_unique<SimulatedDisk>(start_); }
 
   std::unique_ptr<Engine> Open(FileSystem& files) {
-    return Engine::Open(kPath, {.lock_wait = std::chrono::milliseconds(1), .files = &files});
+    return Engine::Open(kSite, {.lock_wait = std::chrono::milliseconds(1), .files = &files});
   }
   std::unique_ptr<Engine> Open() { return Open(*disk_); }
 
@@ -67,8 +65,8 @@ class PowerLossWithOthers : public testing::Test {
       const std::set<int32_t> ids = Ids(*engine);
       EXPECT_TRUE(std::ranges::includes(ids, needed)) << "a row that had to be there is lost";
       const bool is_new =
-          sound_.insert(ContentSum(after.ContentOf(kPath).subspan(kPageSize))).second;
-      EXPECT_EQ(is_new ? things::Findings(*engine) : "", "");
+          sound_.insert(ContentSum(after.ContentOf(kSite).subspan(kPageSize))).second;
+      EXPECT_EQ(is_new ? Findings(*engine) : "", "");
     } catch (const std::exception& error) {
       ADD_FAILURE() << error.what();
     }
@@ -309,7 +307,7 @@ TEST_F(PowerLossWithOthers, AJournalThatCannotBeRemovedIsNotPlayedLater) {
     Prove(Now(), needed);
   }
   Prove(0);
-  EXPECT_TRUE(disk_->Exists(kPath + u"-journal"));
+  EXPECT_TRUE(disk_->Exists(kSite + u"-journal"));
   EXPECT_GT(states_, 80u);
 }
 

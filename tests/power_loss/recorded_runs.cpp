@@ -6,13 +6,11 @@
 #include <chrono>
 
 #include "data/commands.h"
-#include "data/jet/catalog/table_spec.h"
 #include "data/jet/check/repair.h"
 #include "data/jet/engine.h"
 #include "data/jet/format/format.h"
-#include "data/jet/index/index_cursor.h"
-#include "data/jet/index/index_key.h"
 #include "data/jet/sql/jet_connection.h"
+#include "tests/jet/indexed_things.h"
 #include "tests/jet/write_support.h"
 #include "tests/support/link_maker.h"
 
@@ -22,32 +20,6 @@ namespace {
 const Text kPath = u"site.mdb";
 const Text kPartPath = u"part.mdb";
 constexpr std::chrono::milliseconds kNoWait{1};
-
-const TableSpec kThings = {
-    .name = u"Things",
-    .columns = {{.name = u"ID", .type = ColumnType::Long},
-                {.name = u"Name", .type = ColumnType::Text, .length = 200},
-                {.name = u"Notes", .type = ColumnType::Memo},
-                {.name = u"Counter", .type = ColumnType::Long}},
-    .indexes = {{.name = u"PrimaryKey", .columns = {{u"ID"}}, .primary = true},
-                {.name = u"Name", .columns = {{u"Name"}}}}};
-
-std::vector<Assignment> Thing(int32_t id, size_t name_length, size_t notes_length) {
-  return {{0, id},
-          {1, Text(name_length, static_cast<char16_t>(u'a' + id % 26))},
-          {2, Text(notes_length, u'n')},
-          {3, int32_t{0}}};
-}
-
-// Nothing for one whose insertion was refused.
-std::optional<RowId> FindThing(Engine& engine, int32_t id) {
-  const TableDefinition& table = engine.Table(u"Things");
-  const Value value = id;
-  IndexSeek seek(engine.File(), table, table.indexes[0],
-                 BuildKey(engine.File(), table, table.indexes[0], {&value, 1}));
-  if (!seek.Next()) return std::nullopt;
-  return seek.Row().Id();
-}
 
 void Insert(Engine& engine, int32_t id, size_t name_length, size_t notes_length) {
   engine.Insert(engine.Table(u"Things"), Thing(id, name_length, notes_length));
@@ -66,7 +38,7 @@ DiskContents Things(int32_t count, size_t notes_length = 20) {
   SimulatedDisk disk;
   Engine::Create(kPath, {.files = &disk}, [&](Engine& engine) {
     Engine::WriteScope scope(engine);
-    engine.CreateTable(kThings);
+    engine.CreateTable(IndexedThings());
     for (int32_t i = 0; i < count; ++i)
       Insert(engine, i * 2, 60, i % 10 == 0 ? notes_length * 40 : notes_length);
     scope.Commit();
@@ -159,7 +131,7 @@ void PlayNewDatabase(DiskRecorder& recorder) {
   recorder.DoAndClose([&] {
     Engine::Create(kPath, {.lock_wait = kNoWait, .files = &recorder.Disk()}, [](Engine& engine) {
       Engine::WriteScope scope(engine);
-      engine.CreateTable(kThings);
+      engine.CreateTable(IndexedThings());
       Insert(engine, 1, 100, 5000);
       scope.Commit();
     });

@@ -8,12 +8,6 @@ namespace {
 
 using ::testing::IsEmpty;
 
-// Rows of configuration 1 of the site "plain".
-constexpr int kHybridRow = 1;
-constexpr int kImpedanceRow = 5;
-constexpr int kNotInstalledRow = 7;
-constexpr int kMohRow = 9;
-
 class Choices : public ControlTest {
  protected:
   void SetUp() override {

@@ -12,12 +12,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-// Rows of configuration 1 of the site "plain".
-constexpr int kHybridRow = 1;
-constexpr int kImpedanceRow = 5;
-constexpr int kNotInstalledRow = 7;
-constexpr int kMohRow = 9;
-
 const Message kLabelMessage{
     u"Double quotes and continuous single quotes are not allowed in the Label field", 64,
     Text(u"Information")};
@@ -32,13 +26,13 @@ class TextEditors : public ControlTest {
   }
 };
 
-struct TypedRow {
+struct PastedRow {
   TextView pasted;
   TextView text;
   TextView shown;
 };
 
-class EwtOption : public TextEditors, public ::testing::WithParamInterface<TypedRow> {};
+class EwtOption : public TextEditors, public ::testing::WithParamInterface<PastedRow> {};
 
 TEST_P(EwtOption, KeepsItsDigitsAndShowsZeroAsDisabled) {
   Click(2, column::kEWTOption);
@@ -49,11 +43,11 @@ TEST_P(EwtOption, KeepsItsDigitsAndShowsZeroAsDisabled) {
 
 INSTANTIATE_TEST_SUITE_P(
     Table, EwtOption,
-    ::testing::Values(TypedRow{u"12a", u"12", u"12"}, TypedRow{u"", u"0", u"Disabled"},
-                      TypedRow{u"000", u"000", u"Disabled"}, TypedRow{u"007", u"007", u"007"},
-                      TypedRow{u"-1.5", u"15", u"15"}, TypedRow{u"abc", u"0", u"Disabled"},
-                      TypedRow{u" 1 2 ", u"12", u"12"}, TypedRow{u"\u0661", u"0", u"Disabled"},
-                      TypedRow{u"2147483647", u"2147483647", u"2147483647"}));
+    ::testing::Values(PastedRow{u"12a", u"12", u"12"}, PastedRow{u"", u"0", u"Disabled"},
+                      PastedRow{u"000", u"000", u"Disabled"}, PastedRow{u"007", u"007", u"007"},
+                      PastedRow{u"-1.5", u"15", u"15"}, PastedRow{u"abc", u"0", u"Disabled"},
+                      PastedRow{u" 1 2 ", u"12", u"12"}, PastedRow{u"\u0661", u"0", u"Disabled"},
+                      PastedRow{u"2147483647", u"2147483647", u"2147483647"}));
 
 TEST_F(TextEditors, AnEwtOptionBeyond32BitsStaysInTheBoxAndOutOfTheGrid) {
   Click(2, column::kEWTOption);

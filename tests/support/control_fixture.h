@@ -27,6 +27,12 @@ inline void PrintTo(const Text& text, std::ostream* out) {
 
 namespace rdv::test {
 
+// Rows of configuration 1 of the site "plain", by the type of their line.
+inline constexpr int kHybridRow = 1;
+inline constexpr int kImpedanceRow = 5;
+inline constexpr int kNotInstalledRow = 7;
+inline constexpr int kMohRow = 9;
+
 using GridRow = std::array<Text, kColumnCount>;
 
 inline void PrintTo(const Message& message, std::ostream* out) {

@@ -3,20 +3,18 @@
 #include <chrono>
 #include <fstream>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "tools/lines/json_output.h"
 #include "tools/lines/output_file.h"
 #include "tools/lines/stored_lines.h"
 
 namespace rdv::lines {
 namespace {
 
-using Json = nlohmann::ordered_json;
 using namespace std::chrono;
 
 constexpr int kVersion = 2;
-constexpr const char* kTableNames[] = {"Used_Lines", "Used_Cards"};
 
 // Without a half of a pair of units that stands alone, which no JSON text may hold.
 bool IsWellFormed(const Text& text) {
@@ -94,7 +92,7 @@ Fields AllFields(const RowTable& table, size_t row) {
 
 Json ToJson(const RowChange& row) {
   Json json;
-  json["table"] = kTableNames[static_cast<size_t>(row.table)];
+  json["table"] = ToUtf8(NameOf(row.table));
   json["configuration"] = row.config;
   if (row.table == ChangedTable::Lines) json["line"] = row.line;
   json["before"] = ToJson(row.before);
@@ -110,7 +108,8 @@ Json ToJson(const RowChange& row) {
 RowChange RowFrom(const Json& json) {
   RowChange row;
   const std::string table = json.at("table");
-  row.table = table == kTableNames[0] ? ChangedTable::Lines : ChangedTable::Cards;
+  row.table =
+      FromUtf8(table) == NameOf(ChangedTable::Lines) ? ChangedTable::Lines : ChangedTable::Cards;
   row.config = json.at("configuration");
   row.line = json.value("line", int16_t{0});
   row.before = FieldsFrom(json.at("before"));
@@ -137,6 +136,10 @@ Json Parsed(const std::filesystem::path& path) {
 
 bool IsKept(const Value& value) {
   return ToJson(value).has_value();
+}
+
+TextView NameOf(ChangedTable table) {
+  return table == ChangedTable::Lines ? u"Used_Lines" : u"Used_Cards";
 }
 
 std::string RecordTimeNow() {
@@ -223,7 +226,8 @@ void WriteRecord(const Text& database, const std::filesystem::path& path,
   json["when"] = record.when;
   json["command"] = ToUtf8(record.command);
   for (size_t table = 0; table < record.columns.size(); ++table) {
-    Json& columns = json["columns"][kTableNames[table]] = Json::array();
+    Json& columns = json["columns"][ToUtf8(NameOf(static_cast<ChangedTable>(table)))] =
+        Json::array();
     for (const Text& column : record.columns[table]) columns.push_back(ToUtf8(column));
   }
   json["rows"] = Json::array();
@@ -242,7 +246,8 @@ ChangeRecord ReadRecord(const std::filesystem::path& path) {
     record.when = json.at("when");
     record.command = FromUtf8(json.at("command").get<std::string>());
     for (size_t table = 0; table < record.columns.size(); ++table) {
-      for (const Json& column : json.at("columns").at(kTableNames[table])) {
+      for (const Json& column :
+           json.at("columns").at(ToUtf8(NameOf(static_cast<ChangedTable>(table))))) {
         record.columns[table].push_back(FromUtf8(column.get<std::string>()));
       }
     }

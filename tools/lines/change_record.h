@@ -19,6 +19,9 @@ using Fields = std::vector<std::pair<Text, Value>>;  // by column
 
 enum class ChangedTable { Lines, Cards };
 
+// As the database calls it.
+TextView NameOf(ChangedTable table);
+
 // A row of a unit. Where it was there before and after, the fields are those that differ; else all.
 struct RowChange {
   ChangedTable table = ChangedTable::Lines;

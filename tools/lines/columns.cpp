@@ -13,6 +13,13 @@ std::optional<int> ShownColumnNamed(TextView caption) {
   return std::nullopt;
 }
 
+std::string PlaceOf(int16_t config, int line, int column) {
+  std::string place = "configuration " + std::to_string(config);
+  if (line != 0) place += ", line " + std::to_string(line);
+  if (column != 0) place += ", " + ToUtf8(CaptionOf(column));
+  return place;
+}
+
 Text CodesOf(const RowCells& row, const ShownColumn& shown) {
   Text codes;
   for (const CodeColumn& code : shown.codes) {

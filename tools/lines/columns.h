@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 #include <span>
+#include <string>
 
 #include "rules/grid_columns.h"
 #include "rules/grid_rows.h"
@@ -46,6 +47,9 @@ TextView CaptionOf(int column);
 
 // The shown column of that caption, without regard to case; nothing for any other name.
 std::optional<int> ShownColumnNamed(TextView caption);
+
+// "configuration 4, line 5, Impedance", as far as there is a line and a column.
+std::string PlaceOf(int16_t config, int line, int column);
 
 // The codes of a cell, as in "1/3"; "" for a column without any.
 Text CodesOf(const RowCells& row, const ShownColumn& shown);

@@ -9,6 +9,7 @@
 #include "rules/text_fields.h"
 #include "rules/volume_captions.h"
 #include "runtime/error.h"
+#include "tools/lines/text_table.h"
 
 namespace rdv::lines {
 
@@ -38,10 +39,6 @@ using Broken = std::optional<Text>;
 const Broken kFine;
 constexpr TextView kEmpty = u"is empty, and the control cannot show a line without it";
 
-Text Quoted(TextView text) {
-  return u"\"" + Text(text) + u"\"";
-}
-
 // The name of a code; null where none is defined.
 const Text* NameIn(const KeyedCollection& names, Code code) {
   const Text key = Decimal(code);
@@ -54,13 +51,13 @@ bool IsMusicOnHold(const LineFacts& line) {
 
 Text OfThisType(const LineFacts& line) {
   const Text* name = NameIn(line.State().CardTypes, line.line_type);
-  return u"lines of type " + (name ? Quoted(*name) : Decimal(line.line_type));
+  return u"lines of type " + (name ? InQuotes(*name) : Decimal(line.line_type));
 }
 
 // Whether a stored caption is one of those that belong to the codes beside it.
 Broken RequireOneOf(const Text& stored, std::initializer_list<Text> belonging) {
   if (std::find(belonging.begin(), belonging.end(), stored) != belonging.end()) return kFine;
-  return u"does not belong to the code, which is called " + Quoted(*belonging.begin());
+  return u"does not belong to the code, which is called " + InQuotes(*belonging.begin());
 }
 
 // The lines of music on hold have no such option; no other value than 0 was ever chosen.
@@ -223,13 +220,13 @@ Broken SoftStop(const LineFacts& line) {
   const auto code = line.CodeIn(u"SoftStop");
   if (!code) return Text(kEmpty);
   if (*code == soft_stop::kDisabled || *code == soft_stop::kEnabled) return kFine;
-  return u"is neither 0 nor 1; the control shows " + Quoted(caption::kDisabled);
+  return u"is neither 0 nor 1; the control shows " + InQuotes(caption::kDisabled);
 }
 
 Broken Label(const LineFacts& line) {
   const Text label = line.Stored(u"Description");
   if (MakeBuiltInLabelValidator()->IsAcceptable(label)) return kFine;
-  return u"the rules make " + Quoted(CleanLabel(label)) + u" of it";
+  return u"the rules make " + InQuotes(CleanLabel(label)) + u" of it";
 }
 
 constexpr LineRule kAllLines[] = {

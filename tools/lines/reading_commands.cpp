@@ -20,15 +20,7 @@ using tools::kDone;
 using tools::kFindings;
 
 std::string ConfigurationName(int16_t config) {
-  return "configuration " + std::to_string(config);
-}
-
-// "configuration 4, line 5, Impedance", as far as there is a line and a column.
-std::string PlaceOf(int16_t config, int line, int column) {
-  std::string place = ConfigurationName(config);
-  if (line != 0) place += ", line " + std::to_string(line);
-  if (column != 0) place += ", " + ToUtf8(CaptionOf(column));
-  return place;
+  return PlaceOf(config, 0, 0);
 }
 
 void ShowText(const std::vector<Unit>& units, std::ostream& out) {

@@ -78,6 +78,10 @@ std::string AlignedTable(const std::vector<std::vector<Text>>& rows) {
   return table;
 }
 
+Text InQuotes(TextView text) {
+  return u"\"" + Text(text) + u"\"";
+}
+
 std::string Quotation(TextView text) {
   return "\"" + OnOneLine(text) + "\"";
 }

@@ -20,6 +20,9 @@ std::string AlignedTable(const std::vector<std::vector<Text>>& rows);
 // follows, becomes a blank. UTF-8.
 std::string OnOneLine(TextView text);
 
+// A text in quotes, as it is: for a message that goes through OnOneLine as a whole.
+Text InQuotes(TextView text);
+
 // A text in quotes for a message: what would break the line becomes a blank.
 std::string Quotation(TextView text);
 

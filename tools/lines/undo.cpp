@@ -13,8 +13,6 @@
 namespace rdv::lines {
 namespace {
 
-constexpr TextView kTableNames[] = {u"Used_Lines", u"Used_Cards"};
-
 Argument AsArgument(const Value& value) {
   if (IsNull(value)) return std::nullopt;
   return ToText(value);
@@ -40,7 +38,7 @@ Text WhereIs(const RowChange& row) {
 
 // The statement that brings the row back to what it was.
 void TakeBack(SiteSession& session, const RowChange& row) {
-  const Text table(kTableNames[static_cast<size_t>(row.table)]);
+  const Text table(NameOf(row.table));
   std::vector<Argument> arguments;
   if (!row.before) {
     session.Execute(u"DELETE FROM " + table + WhereIs(row), arguments);
@@ -99,10 +97,11 @@ bool Holds(const RowTable& table, size_t row, const Fields& fields) {
   return true;
 }
 
-class Undo {
+class UndoOfLast {
  public:
   // The records lie beside `database`, of which the session may have a copy.
-  Undo(SiteSession& session, const std::filesystem::path& database, const ChangeOptions& options)
+  UndoOfLast(SiteSession& session, const std::filesystem::path& database,
+             const ChangeOptions& options)
       : session_(session), database_(database), options_(options) {}
 
   UndoOutcome Run() {
@@ -210,8 +209,9 @@ class Undo {
 
 UndoOutcome UndoLastChange(SiteSession& session, const ChangeOptions& options) {
   const std::filesystem::path database(session.Database());
-  UndoOutcome outcome = WithTrialSite(
-      session, options.dry_run, [&](SiteSession& on) { return Undo(on, database, options).Run(); });
+  UndoOutcome outcome = WithTrialSite(session, options.dry_run, [&](SiteSession& on) {
+    return UndoOfLast(on, database, options).Run();
+  });
   if (!outcome.changes.empty() && !options.dry_run) session.Close();
   return outcome;
 }

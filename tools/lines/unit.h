@@ -61,7 +61,7 @@ class UnitReader {
   Text settings_failure_;
 };
 
-// What a report of the control says, on one line.
+// What a report of the control says, its lines joined by semicolons.
 Text InOneLine(TextView report);
 
 // What several reports say, on one line; a reason that several of them give is told once.

@@ -9,6 +9,7 @@
 #include "runtime/conversion.h"
 #include "runtime/error.h"
 #include "tools/lines/columns.h"
+#include "tools/lines/text_table.h"
 #include "tools/lines/unit.h"
 
 namespace rdv::lines {
@@ -16,10 +17,6 @@ namespace {
 
 // All rows of any unit and all columns are in sight.
 constexpr Size kRoom = {60000, 20'000'000};
-
-Text Quoted(TextView text) {
-  return u"\"" + Text(text) + u"\"";
-}
 
 // "the list has A, B, C", the longest lists by their ends.
 Text Entries(const memory::MemoryComboBox& list) {
@@ -171,7 +168,7 @@ std::optional<Text> UnitEditor::ListedVolume(int row, const Text& shown) {
 
 WhyRefused UnitEditor::Pick(int row, int column, memory::MemoryComboBox& list, const Text& value) {
   if (!list.Visible())
-    return u"lines of type " + Quoted(Cell(row, column::kLineType)) + u" have none";
+    return u"lines of type " + InQuotes(Cell(row, column::kLineType)) + u" have none";
   bool found = false;
   // Two entries may have one caption: the one that the cell then shows is meant.
   for (int entry = 0; entry < list.ListCount(); ++entry) {
@@ -180,13 +177,13 @@ WhyRefused UnitEditor::Pick(int row, int column, memory::MemoryComboBox& list, c
     if (const Refusal refused = list.UserPick(entry)) return Text(*refused);
     if (Cell(row, column) == value) return std::nullopt;
   }
-  if (found) return u"lines of type " + Quoted(Cell(row, column::kLineType)) + u" do not take it";
+  if (found) return u"lines of type " + InQuotes(Cell(row, column::kLineType)) + u" do not take it";
   return Entries(list);
 }
 
 WhyRefused UnitEditor::Write(int row, int column, memory::MemoryTextBox& box, const Text& value) {
   if (!box.Visible())
-    return u"lines of type " + Quoted(Cell(row, column::kLineType)) + u" have none";
+    return u"lines of type " + InQuotes(Cell(row, column::kLineType)) + u" have none";
   const bool disables =
       column == column::kEWTOption && EqualsIgnoringCase(value, caption::kDisabled);
   if (const Refusal refused = box.UserPaste(disables ? TextView(u"0") : TextView(value))) {
@@ -204,7 +201,7 @@ WhyRefused UnitEditor::Write(int row, int column, memory::MemoryTextBox& box, co
   if (shown == value || (disables || means_disabled ? shown == caption::kDisabled : false)) {
     return std::nullopt;
   }
-  return u"the rules make " + Quoted(shown) + u" of it";
+  return u"the rules make " + InQuotes(shown) + u" of it";
 }
 
 WhyRefused UnitEditor::PickPair(int row, int column, const Text& value) {
@@ -219,7 +216,7 @@ WhyRefused UnitEditor::PickPair(int row, int column, const Text& value) {
     if (!entry) return Entries(pair.names);
     if (const Refusal refused = pair.names.UserPick(*entry)) return Text(*refused);
     if (Cell(row, pair.name_code) != Decimal(pair.names.ItemData(*entry))) {
-      return u"lines of type " + Quoted(Cell(row, column::kLineType)) + u" do not take it";
+      return u"lines of type " + InQuotes(Cell(row, column::kLineType)) + u" do not take it";
     }
   }
   // A number that is there already needs no choice: where there is no list for it, it stays.
@@ -229,7 +226,7 @@ WhyRefused UnitEditor::PickPair(int row, int column, const Text& value) {
     if (!entry) return Entries(pair.numbers);
     if (const Refusal refused = pair.numbers.UserPick(*entry)) return Text(*refused);
     if (Cell(row, pair.number_code) != *number) {
-      return u"lines of type " + Quoted(Cell(row, column::kLineType)) + u" take no such number";
+      return u"lines of type " + InQuotes(Cell(row, column::kLineType)) + u" take no such number";
     }
   }
   return std::nullopt;

@@ -14,7 +14,7 @@ namespace {
 constexpr TextView kConfiguration = u"Configuration";
 constexpr size_t kLongestQuotation = 40;
 
-std::string Quoted(TextView text) {
+std::string QuotedBeginning(TextView text) {
   const bool cut = text.size() > kLongestQuotation;
   return "\"" + ToUtf8(text.substr(0, kLongestQuotation)) + (cut ? "...\"" : "\"");
 }
@@ -26,7 +26,8 @@ int16_t NumberIn(const Text& field, size_t row, size_t column) {
   } catch (const RuntimeError&) {
     // Told below.
   }
-  throw CsvError(row, column, Quoted(field) + " is no number of a configuration or a line");
+  throw CsvError(row, column,
+                 QuotedBeginning(field) + " is no number of a configuration or a line");
 }
 
 void RequireHeader(const std::vector<Text>& fields, size_t row) {
@@ -35,7 +36,8 @@ void RequireHeader(const std::vector<Text>& fields, size_t row) {
     const Text found = i < fields.size() ? fields[i] : Text();
     if (found == header[i]) continue;
     throw CsvError(row, i + 1,
-                   "the header has " + Quoted(found) + " where " + Quoted(header[i]) + " belongs");
+                   "the header has " + QuotedBeginning(found) + " where " +
+                       QuotedBeginning(header[i]) + " belongs");
   }
   if (fields.size() > header.size()) {
     throw CsvError(row, header.size() + 1, "the header has one column too many");

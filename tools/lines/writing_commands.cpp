@@ -21,13 +21,6 @@ namespace {
 using tools::kDone;
 using tools::kFindings;
 
-std::string PlaceOf(int16_t config, int line, int column) {
-  std::string place = "configuration " + std::to_string(config);
-  if (line != 0) place += ", line " + std::to_string(line);
-  if (column != 0) place += ", " + ToUtf8(CaptionOf(column));
-  return place;
-}
-
 void Print(const std::vector<CellChange>& changes, std::ostream& out) {
   for (const CellChange& change : changes) {
     out << PlaceOf(change.config, change.line, change.column) << ": " << Quotation(change.before)

@@ -11,12 +11,12 @@
 namespace rdv {
 namespace {
 
-struct Options {
+struct CreateOptions {
   std::string folder;
   int configurations = kDefaultConfigurations;
 };
 
-int Create(const Options& options, std::ostream& out) {
+int Create(const CreateOptions& options, std::ostream& out) {
   try {
     out << ToUtf8(CreateDemonstrationSite(FromUtf8(options.folder), options.configurations)
                       .u16string())
@@ -42,7 +42,7 @@ int Create(const Options& options, std::ostream& out) {
 }  // namespace
 
 void AddCreate(tools::CommandLine& line, std::ostream& out) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<CreateOptions>();
   CLI::App& command = line.Add("create", "makes a site to try things with",
                                [options, &out] { return Create(*options, out); });
   command

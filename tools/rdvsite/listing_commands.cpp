@@ -24,7 +24,7 @@ using jet::LogicalIndexKind;
 using jet::Relationship;
 using jet::TableDefinition;
 
-struct Options {
+struct ListingOptions {
   std::string file;
   std::vector<std::string> tables;
 };
@@ -66,7 +66,7 @@ void ShowCatalog(const std::string& file,
   }
 }
 
-int Tables(const Options& options, std::ostream& out) {
+int Tables(const ListingOptions& options, std::ostream& out) {
   ShowCatalog(options.file, [&out](jet::Engine&, const Catalog& catalog) {
     constexpr size_t kNameWidth = 32;
     for (const CatalogObject& object : catalog.UserTables()) {
@@ -134,7 +134,7 @@ void PrintRelationship(const Relationship& relationship, std::ostream& out) {
   out << '\n';
 }
 
-int Schema(const Options& options, std::ostream& out) {
+int Schema(const ListingOptions& options, std::ostream& out) {
   ShowCatalog(options.file, [&](jet::Engine& engine, const Catalog& catalog) {
     RequireTables(engine, options.tables);
     std::vector<TableDefinition> tables;
@@ -156,7 +156,7 @@ int Schema(const Options& options, std::ostream& out) {
   return tools::kDone;
 }
 
-int Dump(const Options& options, std::ostream& out, std::ostream& errors) {
+int Dump(const ListingOptions& options, std::ostream& out, std::ostream& errors) {
   const Text path = DatabasePath(options.file);
   std::vector<Text> tables;
   for (const std::string& name : options.tables) tables.push_back(FromUtf8(name));
@@ -183,26 +183,26 @@ int Dump(const Options& options, std::ostream& out, std::ostream& errors) {
 }
 
 CLI::App& AddListing(tools::CommandLine& line, const std::string& word, const std::string& purpose,
-                     const std::shared_ptr<Options>& options, tools::CommandLine::Run run) {
+                     const std::shared_ptr<ListingOptions>& options, tools::CommandLine::Run run) {
   CLI::App& command = line.Add(word, purpose, std::move(run));
   AddFileOperand(command, options->file);
   return command;
 }
 
-void AddTableOperand(CLI::App& command, Options& options) {
+void AddTableOperand(CLI::App& command, ListingOptions& options) {
   command.add_option("TABLE", options.tables, "Only these tables; all when none is named");
 }
 
 }  // namespace
 
 void AddTables(tools::CommandLine& line, std::ostream& out) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<ListingOptions>();
   AddListing(line, "tables", "lists the tables with the number of their rows", options,
              [options, &out] { return Tables(*options, out); });
 }
 
 void AddSchema(tools::CommandLine& line, std::ostream& out) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<ListingOptions>();
   CLI::App& command =
       AddListing(line, "schema", "shows columns, indexes and relationships of the tables", options,
                  [options, &out] { return Schema(*options, out); });
@@ -210,7 +210,7 @@ void AddSchema(tools::CommandLine& line, std::ostream& out) {
 }
 
 void AddDump(tools::CommandLine& line, std::ostream& out, std::ostream& errors) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<ListingOptions>();
   CLI::App& command =
       AddListing(line, "dump", "prints a whole database, or some tables, as JSON", options,
                  [options, &out, &errors] { return Dump(*options, out, errors); });

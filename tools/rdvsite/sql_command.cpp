@@ -55,7 +55,7 @@ constexpr const char* kGrammar =
     "          \"Spare parts\"\n"
     "  rdvsite sql NewDB.mdb \"DELETE FROM Used_Cards WHERE Config_ID = c\" -1";
 
-struct Options {
+struct SqlOptions {
   std::string file;
   std::string statement;
   std::vector<std::string> arguments;
@@ -79,7 +79,7 @@ std::string WithoutValue(const Text& name, const jet::TableDefinition& table) {
 // As many arguments as parameters: what is missing is a name that is misspelt as a rule, and what
 // is too much was meant for something.
 void RequireArguments(const jet::sql::Statement& statement, const jet::TableDefinition& table,
-                      const Options& options) {
+                      const SqlOptions& options) {
   const std::vector<Text> parameters = jet::sql::ParametersOf(statement, table);
   const size_t given = options.arguments.size();
   if (given > parameters.size()) {
@@ -126,7 +126,7 @@ void PrintRows(const RowTable& table, std::ostream& out) {
   json.Flush();
 }
 
-std::vector<Argument> ArgumentsOf(const Options& options) {
+std::vector<Argument> ArgumentsOf(const SqlOptions& options) {
   std::vector<Argument> values;
   for (const std::string& argument : options.arguments)
     values.push_back(argument == "\\N" ? Argument() : Argument(FromUtf8(argument)));
@@ -134,7 +134,8 @@ std::vector<Argument> ArgumentsOf(const Options& options) {
 }
 
 // What the engine's error does not say: which column it is about, and which value.
-std::string WithRefusedValues(const RuntimeError& error, const Text& path, const Options& options) {
+std::string WithRefusedValues(const RuntimeError& error, const Text& path,
+                              const SqlOptions& options) {
   std::string refused;
   try {
     const jet::sql::Statement statement = jet::sql::ParseStatement(FromUtf8(options.statement));
@@ -148,7 +149,7 @@ std::string WithRefusedValues(const RuntimeError& error, const Text& path, const
   return (refused.empty() ? "" : refused + ". ") + Explained(error, path);
 }
 
-CommandResult Execute(const Text& path, const Options& options) {
+CommandResult Execute(const Text& path, const SqlOptions& options) {
   const Text text = FromUtf8(options.statement);
   try {
     const jet::sql::Statement statement = jet::sql::ParseStatement(text);
@@ -172,7 +173,7 @@ CommandResult Execute(const Text& path, const Options& options) {
   }
 }
 
-int Sql(const Options& options, std::ostream& out) {
+int Sql(const SqlOptions& options, std::ostream& out) {
   const CommandResult result = Execute(DatabasePath(options.file), options);
   if (result.rows) {
     PrintRows(*result.rows, out);
@@ -186,7 +187,7 @@ int Sql(const Options& options, std::ostream& out) {
 }  // namespace
 
 void AddSql(tools::CommandLine& line, std::ostream& out) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<SqlOptions>();
   CLI::App& command = line.Add("sql", "runs one SELECT, UPDATE, INSERT or DELETE",
                                [options, &out] { return Sql(*options, out); });
   AddFileOperand(command, options->file);

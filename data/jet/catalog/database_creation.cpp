@@ -10,19 +10,17 @@
 #include "data/jet/file/write_context.h"
 #include "data/jet/format/errors.h"
 #include "data/jet/format/header.h"
+#include "data/jet/format/text_units.h"
 #include "data/jet/rows/data_page.h"
 
 namespace rdv::jet {
 namespace {
 
-constexpr const Format& kFormat = kJet4;
 constexpr uint32_t kPages = 16;
 constexpr uint32_t kMapPage = 6;
 constexpr uint8_t kMapRows = 31;
 constexpr uint32_t kObjectsRows = 14;  // data page of MSysObjects
 constexpr uint32_t kAcesRows = 15;     // data page of MSysACEs
-
-using enum ColumnType;
 
 struct SystemColumn {
   TextView name;
@@ -54,6 +52,7 @@ struct SystemTable {
 
 // The tables that hold the catalog; rows of page 6 are their maps.
 const std::vector<SystemTable>& SystemTables() {
+  using enum ColumnType;
   static const std::vector<SystemTable> tables = {
       {.page = kObjectsPage,
        .first_map_row = 0,
@@ -159,7 +158,7 @@ constexpr ObjectSpec kObjects[] = {
     {kTablesContainer, kRootContainer, kObjectContainer, u"Tables", kEngineSid},
     {kDatabasesContainer, kRootContainer, kObjectContainer, u"Databases", kEngineSid},
     {kRelationshipsContainer, kRootContainer, kObjectContainer, u"Relationships", kEngineSid},
-    {kDatabaseObject, kDatabasesContainer, kObjectDatabase, u"MSysDb", kAdminSid},
+    {kDatabaseObject, kDatabasesContainer, kObjectDatabase, kDatabaseName, kAdminSid},
     {kObjectsPage, kTablesContainer, kObjectTable, kObjectsName, kEngineSid},
     {kAcesPage, kTablesContainer, kObjectTable, kAcesName, kEngineSid},
     {kQueriesPage, kTablesContainer, kObjectTable, kQueriesName, kEngineSid},
@@ -199,6 +198,7 @@ TableDefinition Definition(const SystemTable& system) {
   const auto map = [](uint8_t row) { return RowId{kMapPage, row}; };
   table.owned_map = map(system.first_map_row);
   table.free_map = map(static_cast<uint8_t>(system.first_map_row + 1));
+  constexpr uint16_t kLongest = kMaxTextUnits * kUnitSize;
   size_t long_values = 0;
   for (const SystemColumn& spec : system.columns) {
     Column column;
@@ -207,8 +207,8 @@ TableDefinition Definition(const SystemTable& system) {
     column.sort_order = kSortOrderGeneral;
     column.fixed = spec.fixed;
     column.sid = spec.sid;
-    column.length = spec.fixed ? static_cast<uint16_t>(FixedSize(column)) : uint16_t{510};
-    if (spec.type == Boolean) column.length = 1;
+    column.length = spec.fixed ? static_cast<uint16_t>(FixedSize(column)) : kLongest;
+    if (spec.type == ColumnType::Boolean) column.length = 1;
     if (column.IsLongValue()) {
       const uint8_t row = system.long_value_map_rows[long_values++];
       column.length = 0;
@@ -233,7 +233,7 @@ TableDefinition Definition(const SystemTable& system) {
 // The file before its first rows: all pages are there, and the pager can work on them.
 class Foundation {
  public:
-  explicit Foundation(const CreationStamp& stamp) : bytes_(size_t{kPages} * kFormat.page_size, 0) {
+  explicit Foundation(const CreationStamp& stamp) : bytes_(size_t{kPages} * kJet4.page_size, 0) {
     Header(stamp);
     GlobalMaps();
     Maps();
@@ -244,8 +244,7 @@ class Foundation {
 
  private:
   std::span<uint8_t> Page(uint32_t number) {
-    return std::span<uint8_t>(bytes_).subspan(size_t{number} * kFormat.page_size,
-                                              kFormat.page_size);
+    return std::span<uint8_t>(bytes_).subspan(size_t{number} * kJet4.page_size, kJet4.page_size);
   }
 
   void Header(const CreationStamp& stamp) {
@@ -263,54 +262,54 @@ class Foundation {
     Store16(&page[kHeaderCodePage], kCodePageWestern);
     // No password: its place holds what a password would be covered with.
     const std::array<uint8_t, 4> date_mask = DateMask(stamp.creation_date);
-    for (size_t i = 0; i < kFormat.header.password_size; ++i)
+    for (size_t i = 0; i < kJet4.header.password_size; ++i)
       page[kHeaderPassword + i] = date_mask[i % date_mask.size()];
-    Store32(&page[kFormat.header.build], stamp.build);
-    Store16(&page[kFormat.header.sort_order], kSortOrderGeneral);
-    StoreDouble(&page[kFormat.header.creation_date], stamp.creation_date);
-    ApplyHeaderMask(page, kFormat);
-    Store32(&page[kFormat.header.engine_constant], kEngineConstant);
-    std::memcpy(&page[kFormat.header.engine_constant + 4], kEngineVersion, sizeof kEngineVersion);
+    Store32(&page[kJet4.header.build], stamp.build);
+    Store16(&page[kJet4.header.sort_order], kSortOrderGeneral);
+    StoreDouble(&page[kJet4.header.creation_date], stamp.creation_date);
+    ApplyHeaderMask(page, kJet4);
+    Store32(&page[kJet4.header.engine_constant], kEngineConstant);
+    std::memcpy(&page[kJet4.header.engine_constant + 4], kEngineVersion, sizeof kEngineVersion);
     for (size_t slot = 0; slot < kCommitWordCount; ++slot)
-      Store16(&page[kFormat.header.commit_words + 2 * slot], kCommitIdle);
+      Store16(&page[kJet4.header.commit_words + 2 * slot], kCommitIdle);
   }
 
   void DataPage(uint32_t number, uint32_t owner, size_t rows, size_t row_size) {
     const std::span<uint8_t> page = Page(number);
     page[0] = static_cast<uint8_t>(PageType::Data);
     page[1] = kPageMark;
-    const size_t used = kFormat.data.slots + rows * (kSlotSize + row_size);
-    Store16(&page[kPageFreeBytes], static_cast<uint16_t>(kFormat.page_size - used));
+    const size_t used = kJet4.data.slots + rows * (kSlotSize + row_size);
+    Store16(&page[kPageFreeBytes], static_cast<uint16_t>(kJet4.page_size - used));
     Store32(&page[kPageOwner], owner);
-    Store16(&page[kFormat.data.slot_count], static_cast<uint16_t>(rows));
+    Store16(&page[kJet4.data.slot_count], static_cast<uint16_t>(rows));
     for (size_t row = 0; row < rows; ++row) {
-      Store16(&page[kFormat.data.slots + row * kSlotSize],
-              static_cast<uint16_t>(kFormat.page_size - (row + 1) * row_size));
+      Store16(&page[kJet4.data.slots + row * kSlotSize],
+              static_cast<uint16_t>(kJet4.page_size - (row + 1) * row_size));
     }
   }
 
   std::span<uint8_t> MapBits(uint32_t page, uint8_t row) {
-    const size_t size = EmptyMap(kFormat).size();
-    return Page(page).subspan(kFormat.page_size - (row + size_t{1}) * size + kMapInlineBits,
-                              kFormat.initial_map_bits);
+    const size_t size = EmptyMap(kJet4).size();
+    return Page(page).subspan(kJet4.page_size - (row + size_t{1}) * size + kMapInlineBits,
+                              kJet4.initial_map_bits);
   }
   void AddToMap(uint8_t row, uint32_t page) {
     MapBits(kMapPage, row)[page / 8] |= static_cast<uint8_t>(1u << (page % 8));
   }
 
   void GlobalMaps() {
-    DataPage(kGlobalMapPage, kOwnerGlobalMaps, 2, EmptyMap(kFormat).size());
+    DataPage(kGlobalMapPage, kOwnerGlobalMaps, 2, EmptyMap(kJet4).size());
     const std::span<uint8_t> bits = MapBits(kGlobalMapPage, kFreePagesRow);
     std::fill(bits.begin() + kPages / 8, bits.end(), uint8_t{0xFF});
   }
 
-  void Maps() { DataPage(kMapPage, kOwnerUsageMaps, kMapRows, EmptyMap(kFormat).size()); }
+  void Maps() { DataPage(kMapPage, kOwnerUsageMaps, kMapRows, EmptyMap(kJet4).size()); }
 
   void Table(const SystemTable& system) {
     std::vector<uint8_t> definition = EncodeDefinition(Definition(system));
     for (size_t i = 0; i < system.indexes.size(); ++i) {
-      Store32(&definition[kFormat.definition.statistics + i * kFormat.definition.statistics_size +
-                          kFormat.definition.distinct_keys],
+      Store32(&definition[kJet4.definition.statistics + i * kJet4.definition.statistics_size +
+                          kJet4.definition.distinct_keys],
               system.keys);
     }
     const std::span<uint8_t> page = Page(system.page);
@@ -326,8 +325,7 @@ class Foundation {
       const std::span<uint8_t> root = Page(index.root);
       root[0] = static_cast<uint8_t>(PageType::IndexLeaf);
       root[1] = kPageMark;
-      Store16(&root[kPageFreeBytes],
-              static_cast<uint16_t>(kFormat.page_size - kFormat.index.entries));
+      Store16(&root[kPageFreeBytes], static_cast<uint16_t>(kJet4.page_size - kJet4.index.entries));
       Store32(&root[kPageOwner], system.page);
       AddToMap(index.map_row, index.root);
     }

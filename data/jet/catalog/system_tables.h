@@ -15,6 +15,7 @@ inline constexpr TextView kObjectsName = u"MSysObjects";
 inline constexpr TextView kAcesName = u"MSysACEs";
 inline constexpr TextView kQueriesName = u"MSysQueries";
 inline constexpr TextView kRelationshipsName = u"MSysRelationships";
+inline constexpr TextView kDatabaseName = u"MSysDb";  // an object, no table
 
 // MSysObjects.
 inline constexpr size_t kObjectId = 0;

@@ -16,8 +16,6 @@
 namespace rdv::jet {
 namespace {
 
-constexpr const Format& kFormat = kJet4;
-
 bool IsFixed(ColumnType type) {
   switch (type) {
     case ColumnType::Text:
@@ -148,7 +146,7 @@ void SchemaWriter::AllocateMaps(TableDefinition& table) {
 }
 
 RowId SchemaWriter::NewMap(uint32_t& page) {
-  const std::vector<uint8_t> map = EmptyMap(kFormat);
+  const std::vector<uint8_t> map = EmptyMap(kJet4);
   const bool has_room =
       page != 0 && DataPageWriter(context_, page, kOwnerUsageMaps).HasRoomFor(map.size());
   if (!has_room) {

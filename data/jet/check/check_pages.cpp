@@ -3,13 +3,6 @@
 #include "data/jet/check/check_parts.h"
 
 namespace rdv::jet {
-namespace {
-
-constexpr RowId kFreePages{kGlobalMapPage, kFreePagesRow};
-constexpr RowId kPendingPages{kGlobalMapPage, kPendingPagesRow};
-
-}  // namespace
-
 PageOwners::PageOwners(const FileReader& file, CheckReport& report)
     : file_(file), report_(report), claims_(file.PageCount(), Claim::Nobody) {
   ClaimPage(0, 0);

@@ -17,7 +17,7 @@
 namespace rdv::jet {
 namespace {
 
-constexpr size_t kCachedPages = 1024;
+constexpr size_t kPagesInMemory = 1024;
 
 using Kinds = std::initializer_list<FindingKind>;
 
@@ -196,7 +196,7 @@ class Repair {
 
 RepairReport RepairDatabase(FileSystem& files, const Text& path,
                             std::chrono::milliseconds lock_wait) {
-  Pager pager(files, path, lock_wait, kCachedPages, Suspects::Mended);
+  Pager pager(files, path, lock_wait, kPagesInMemory, Suspects::Mended);
   pager.BeginWrite();
   RepairReport report;
   try {

@@ -8,6 +8,7 @@
 
 #include "data/jet/catalog/catalog.h"
 #include "data/jet/catalog/properties.h"
+#include "data/jet/catalog/system_tables.h"
 #include "data/jet/dump/json_writer.h"
 #include "data/jet/format/errors.h"
 #include "data/jet/rows/table_scan.h"
@@ -48,12 +49,11 @@ constexpr std::array<AccessVersion, 2> kAccessVersions = {
     {{u"08.50", "V2000"}, {u"09.50", "V2003"}}};
 constexpr std::string_view kVersionJet3 = "V1997";
 constexpr std::string_view kVersionUnknown = "GENERIC_JET4";
-constexpr TextView kDatabaseObject = u"MSysDb";
 constexpr TextView kAccessVersionProperty = u"AccessVersion";
 
 std::string_view VersionName(const FileReader& file, const Catalog& catalog) {
   if (!file.Layout().IsJet4()) return kVersionJet3;
-  const auto database = catalog.Find(kDatabasesContainer, kDatabaseObject);
+  const auto database = catalog.Find(kDatabasesContainer, kDatabaseName);
   if (!database) return kVersionUnknown;
   const std::vector<uint8_t> bytes = catalog.Properties(*database);
   if (bytes.empty()) return kVersionUnknown;

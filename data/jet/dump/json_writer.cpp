@@ -12,7 +12,7 @@
 namespace rdv::jet {
 namespace {
 
-constexpr size_t kPieceSize = size_t{64} * 1024;
+constexpr size_t kBufferSize = size_t{64} * 1024;
 
 // The year, month and day of the Gregorian calendar, from days since 1899-12-30.
 struct Day {
@@ -87,7 +87,7 @@ struct FieldWriter {
 
 void JsonWriter::Raw(std::string_view text) {
   buffer_ += text;
-  if (buffer_.size() >= kPieceSize) Flush();
+  if (buffer_.size() >= kBufferSize) Flush();
 }
 
 void JsonWriter::Flush() {

@@ -12,10 +12,7 @@
 namespace rdv::jet {
 namespace {
 
-// A compressed text begins with this mark, which no plain text may begin with.
-constexpr uint8_t kCompressedMark[] = {0xFF, 0xFE};
 constexpr uint8_t kRunEnd = 0x00;
-constexpr size_t kUnitSize = sizeof(char16_t);
 
 void AppendUnits(Bytes stored, Text& to) {
   const size_t old_size = to.size();
@@ -116,10 +113,8 @@ void FileReader::AppendText(Bytes stored, Text& to) const {
     to += DecodeName(stored);
     return;
   }
-  constexpr size_t mark_size = sizeof kCompressedMark;
-  if (stored.size() >= mark_size && stored[0] == kCompressedMark[0] &&
-      stored[1] == kCompressedMark[1]) {
-    const Bytes content = stored.subspan(mark_size);
+  if (stored.size() >= kUnitSize && Load16(stored.data()) == kCompressedMark) {
+    const Bytes content = stored.subspan(kUnitSize);
     // Nearly every text is one run of single bytes, without the byte that ends it.
     const size_t old_size = to.size();
     to.resize(old_size + content.size());

@@ -1,5 +1,6 @@
-// Between the units of texts and single bytes, eight at a time, in steps of a fixed size that a
-// compiler turns into single instructions: the texts of lines are short, and many.
+// Texts as they are stored, and the way between their units and single bytes, eight at a time, in
+// steps of a fixed size that a compiler turns into single instructions: the texts of lines are
+// short, and many.
 #pragma once
 
 #include <array>
@@ -8,6 +9,10 @@
 #include <cstring>
 
 namespace rdv::jet {
+
+inline constexpr size_t kUnitSize = sizeof(char16_t);
+// What a compressed text begins with. No plain text may.
+inline constexpr char16_t kCompressedMark = 0xFEFF;
 
 inline constexpr size_t kUnitStep = 8;
 

@@ -53,9 +53,6 @@ void InitializeMapPage(const WriteContext& context, uint32_t page, uint8_t fill)
   bytes[1] = kPageMark;
 }
 
-constexpr RowId kFreePages{kGlobalMapPage, kFreePagesRow};
-constexpr RowId kPendingPages{kGlobalMapPage, kPendingPagesRow};
-
 }  // namespace
 
 std::vector<uint8_t> EmptyMap(const Format& format) {

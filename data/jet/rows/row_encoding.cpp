@@ -10,10 +10,7 @@ namespace rdv::jet {
 namespace {
 
 constexpr size_t kShortestCompressed = 3;  // units; compressing fewer saves nothing
-constexpr char16_t kCompressedMarkUnit = 0xFEFF;
-constexpr size_t kUnitSize = sizeof(char16_t);
-constexpr uint8_t kBlank[] = {' ', 0};
-constexpr size_t kOffsetSize = 2;  // of a variable column's place in the row
+constexpr size_t kOffsetSize = 2;          // of a variable column's place in the row
 
 template <typename T>
 const T& As(const Value& value) {
@@ -33,12 +30,12 @@ void AppendNumeric(const Column& column, const DecimalNumber& number, FieldBuffe
 void AppendEncodedText(TextView text, bool compressible, FieldBuffer& to) {
   if (compressible && text.size() >= kShortestCompressed) {
     uint8_t* bytes = to.Extend(kUnitSize + text.size());
-    Store16(bytes, kCompressedMarkUnit);
+    Store16(bytes, kCompressedMark);
     if (NarrowUnits(text.data(), text.size(), bytes + kUnitSize)) return;
     to.TakeBack(kUnitSize + text.size());
   }
   // Such a text would be taken for a compressed one.
-  if (!text.empty() && text.front() == kCompressedMarkUnit) RaiseUnstorableText();
+  if (!text.empty() && text.front() == kCompressedMark) RaiseUnstorableText();
   uint8_t* bytes = to.Extend(kUnitSize * text.size());
   for (size_t i = 0; i < text.size(); ++i) Store16(bytes + kUnitSize * i, text[i]);
 }
@@ -48,8 +45,7 @@ void AppendTextField(const Column& column, const Text& text, FieldBuffer& to) {
   const size_t start = to.Size();
   AppendEncodedText(text, column.compressible && !column.fixed, to);
   if (!column.fixed) return;
-  while (to.Size() - start + kUnitSize <= column.length)
-    std::ranges::copy(kBlank, to.Extend(kUnitSize));
+  while (to.Size() - start + kUnitSize <= column.length) Store16(to.Extend(kUnitSize), u' ');
   // Half a unit, in a definition that no sound file has.
   if (to.Size() - start < column.length) *to.Extend(1) = 0;
 }

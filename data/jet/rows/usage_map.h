@@ -11,6 +11,10 @@
 
 namespace rdv::jet {
 
+// The maps of the file as a whole, on a page that nothing else owns.
+inline constexpr RowId kFreePages{kGlobalMapPage, kFreePagesRow};
+inline constexpr RowId kPendingPages{kGlobalMapPage, kPendingPagesRow};
+
 // The row of a map, judged: what readers and writers rely on holds. Raises the damaged file's error
 // for others. `owner` is that of the page the row lies on.
 Bytes RequireMap(const FileReader& file, RowId map, uint32_t owner = kOwnerUsageMaps);

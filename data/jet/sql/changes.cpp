@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cassert>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -24,10 +25,11 @@ size_t PositionOf(const TableDefinition& table, const Column& column) {
 }
 
 // `constant` is a parameter or a literal.
-Value ConstantFor(const Column& column, const BoundOperand& constant,
-                  std::span<const Argument> arguments) {
-  if (const auto* parameter = std::get_if<ParameterOperand>(&constant))
-    return ToColumn(column, arguments[parameter->number]);
+Value AssignedConstant(const Column& column, const BoundOperand& constant,
+                       std::span<const Argument> arguments) {
+  const auto* parameter = std::get_if<ParameterOperand>(&constant);
+  assert(parameter == nullptr || parameter->number < arguments.size());
+  if (parameter != nullptr) return ToColumn(column, arguments[parameter->number]);
   return ToColumn(column, std::get<Literal>(constant));
 }
 
@@ -74,7 +76,7 @@ class NewValues {
         if (!row) FetchRow(file, table_, id, row.emplace(file, table_));
         assignments_[i].value = ToColumn(target, row->Get(*source->column));
       } else if (first) {
-        assignments_[i].value = ConstantFor(target, values_[i], arguments);
+        assignments_[i].value = AssignedConstant(target, values_[i], arguments);
       }
     }
     return assignments_;
@@ -146,8 +148,8 @@ class InsertPlan : public Plan {
     std::vector<Assignment> assignments;
     assignments.reserve(targets_.size());
     for (size_t i = 0; i < targets_.size(); ++i) {
-      assignments.push_back(
-          {PositionOf(table_, *targets_[i]), ConstantFor(*targets_[i], values_[i], arguments)});
+      assignments.push_back({PositionOf(table_, *targets_[i]),
+                             AssignedConstant(*targets_[i], values_[i], arguments)});
     }
     engine.Insert(table_, assignments);
     return Written(1);

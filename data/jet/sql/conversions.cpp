@@ -193,7 +193,7 @@ Value ToColumn(const Column& column, TextView text) {
   RaiseTypeMismatch();
 }
 
-SearchValue ToSearchValue(const Column& column, TextView text) {
+SearchValue SearchValueOf(const Column& column, TextView text) {
   Conversion conversion = Convert(column, text);
   switch (conversion.outcome) {
     case Conversion::kDone:
@@ -275,7 +275,7 @@ Value ToColumn(const Column& column, const Value& value) {
 }
 
 SearchValue ToSearchValue(const Column& column, const Argument& argument) {
-  return argument ? ToSearchValue(column, TextView{*argument}) : SearchValue{};
+  return argument ? SearchValueOf(column, TextView{*argument}) : SearchValue{};
 }
 
 SearchValue ToSearchValue(const Column& column, const Literal& literal) {
@@ -283,7 +283,7 @@ SearchValue ToSearchValue(const Column& column, const Literal& literal) {
   if (!IsWrittenLike(column, literal.kind)) RaiseTypeMismatch();
   const auto number = ParseNumberText(literal.text);
   if (number && column.type == ColumnType::Boolean) return AmongBooleans(*number);
-  SearchValue search = ToSearchValue(column, TextView{literal.text});
+  SearchValue search = SearchValueOf(column, TextView{literal.text});
   const auto decimals = DecimalsOf(column);
   if (number && decimals && search.beyond == 0) search.beside = BesideScaled(*number, *decimals);
   return search;

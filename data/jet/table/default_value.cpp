@@ -18,10 +18,10 @@ Value WholeNumber(double number) {
 }
 
 Value CurrencyNumber(double number) {
-  constexpr double kUnit = 10000;
-  constexpr double kLargest = 9.2e18;
-  const double amount = std::nearbyint(number * kUnit);
-  if (std::abs(amount) > kLargest) return Null();
+  constexpr double kPerUnit = 10000;
+  constexpr double kLargestAmount = 9.2e18;
+  const double amount = std::nearbyint(number * kPerUnit);
+  if (std::abs(amount) > kLargestAmount) return Null();
   return Currency{static_cast<int64_t>(amount)};
 }
 

@@ -54,8 +54,8 @@ bool HasMapPages(const FileReader& file, const TableDefinition& table, uint32_t 
 }
 
 bool IsPageOfGlobalMap(const FileReader& file, uint32_t page) {
-  return IsPageOfMap(file, {kGlobalMapPage, kFreePagesRow}, page, kOwnerGlobalMaps) ||
-         IsPageOfMap(file, {kGlobalMapPage, kPendingPagesRow}, page, kOwnerGlobalMaps);
+  return IsPageOfMap(file, kFreePages, page, kOwnerGlobalMaps) ||
+         IsPageOfMap(file, kPendingPages, page, kOwnerGlobalMaps);
 }
 
 }  // namespace

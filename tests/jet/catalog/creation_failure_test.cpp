@@ -11,12 +11,12 @@
 namespace rdv::jet {
 namespace {
 
-const TableSpec kThings = {
+const TableSpec kOneColumn = {
     .name = u"Things", .columns = {{.name = u"ID", .type = ColumnType::Long}}, .indexes = {}};
 
 void AddThings(Engine& engine) {
   Engine::WriteScope scope(engine);
-  engine.CreateTable(kThings);
+  engine.CreateTable(kOneColumn);
   scope.Commit();
 }
 

@@ -13,23 +13,12 @@
 #include "data/jet/engine.h"
 #include "data/jet/rows/table_scan.h"
 #include "runtime/error.h"
+#include "tests/jet/findings.h"
 #include "tests/jet/write_support.h"
 #include "tests/support/foreign_files.h"
 
 namespace rdv::jet {
 namespace {
-
-std::string Findings(const CheckReport& report) {
-  std::string text;
-  for (const Finding& finding : report.findings)
-    text += ToUtf8(KindName(finding.kind) + u": " + finding.text) + "\n";
-  return text;
-}
-
-std::string Check(Engine& engine) {
-  const Engine::ReadScope scope(engine);
-  return Findings(CheckFile(engine.File()));
-}
 
 RDV_TEST_ON_FILE(testing::Test, CreatedDatabaseEqualsOneThatJetMadeButForBytesThatMeanNothing,
                  "corpus/blank/adox_jet4.mdb") {
@@ -150,7 +139,7 @@ class CreatedFile : public testing::Test {
 };
 
 TEST_F(CreatedFile, HasItsTablesWithNothingWrong) {
-  EXPECT_EQ(Check(*engine_), "");
+  EXPECT_EQ(Findings(*engine_), "");
   const Engine::ReadScope scope(*engine_);
   EXPECT_EQ(engine_->UserTableNames(), (std::vector<Text>{u"Customers", u"Orders"}));
   const TableDefinition& table = engine_->Table(u"CUSTOMERS");
@@ -175,7 +164,7 @@ TEST_F(CreatedFile, RelatesToTheUniqueIndexOfTheColumn) {
                                  .columns = {{u"Customer", u"ID"}}});
   });
   EXPECT_NE(Refused([&] { AddOrder(1, int32_t{1}); }).find("related record"), std::string::npos);
-  EXPECT_EQ(Check(*engine_), "");
+  EXPECT_EQ(Findings(*engine_), "");
 }
 
 // A table's references to itself are not made, nor a second relationship of the same name.
@@ -196,7 +185,7 @@ TEST_F(CreatedFile, RefusesRelationshipsThatItCannotHave) {
   Relate(false, false);
   EXPECT_EQ(relate(u"customersorders", u"Orders", u"Customer"),
             "Relationship 'customersorders' cannot be made.");
-  EXPECT_EQ(Check(*engine_), "");
+  EXPECT_EQ(Findings(*engine_), "");
 }
 
 #ifndef _WIN32
@@ -254,7 +243,7 @@ TEST_F(CreatedFile, RefusesWhatItsRulesForbidAndTakesNothingOfIt) {
             }).find("primary key cannot contain a Null"),
             std::string::npos);
   EXPECT_TRUE(Rows(u"Customers").empty());
-  EXPECT_EQ(Check(*engine_), "");
+  EXPECT_EQ(Findings(*engine_), "");
 }
 
 TEST_F(CreatedFile, CountsItsNumbersOn) {
@@ -271,7 +260,7 @@ TEST_F(CreatedFile, CountsItsNumbersOn) {
 
 TEST_F(CreatedFile, ARelationshipIsEnforced) {
   Relate(false, false);
-  EXPECT_EQ(Check(*engine_), "");
+  EXPECT_EQ(Findings(*engine_), "");
   RowId customer;
   RowId order;
   Write([&] {
@@ -300,7 +289,7 @@ TEST_F(CreatedFile, ARelationshipIsEnforced) {
     engine_->Delete(engine_->Table(u"Customers"), customer);
   });
   EXPECT_EQ(Rows(u"Orders").size(), 1u);
-  EXPECT_EQ(Check(*engine_), "");
+  EXPECT_EQ(Findings(*engine_), "");
 }
 
 TEST_F(CreatedFile, ARelationshipCascades) {
@@ -311,24 +300,24 @@ TEST_F(CreatedFile, ARelationshipCascades) {
     for (int16_t i = 0; i < 300; ++i) AddOrder(i, int32_t{1 + i % 2});
   });
   Relate(true, true);
-  EXPECT_EQ(Check(*engine_), "");
+  EXPECT_EQ(Findings(*engine_), "");
   Write([&] {
     engine_->Update(engine_->Table(u"Customers"), customer,
                     std::vector<Assignment>{{0, int32_t{1000}}});
   });
-  EXPECT_EQ(Check(*engine_), "");
+  EXPECT_EQ(Findings(*engine_), "");
   const auto orders = Rows(u"Orders");
   EXPECT_EQ(std::ranges::count_if(orders, [](const auto& row) { return row[1] == Value(1000); }),
             150);
   Write([&] { engine_->Delete(engine_->Table(u"Customers"), customer); });
   EXPECT_EQ(Rows(u"Orders").size(), 150u);
-  EXPECT_EQ(Check(*engine_), "");
+  EXPECT_EQ(Findings(*engine_), "");
 }
 
 TEST_F(CreatedFile, ARelationshipThatTheRowsBreakIsNotMade) {
   Write([&] { AddOrder(1, int32_t{77}); });
   EXPECT_THROW(Relate(false, false), RuntimeError);
-  EXPECT_EQ(Check(*engine_), "");
+  EXPECT_EQ(Findings(*engine_), "");
   const Engine::ReadScope scope(*engine_);
   EXPECT_EQ(engine_->Table(u"Orders").logical_indexes.size(), 1u);
 }
@@ -345,7 +334,7 @@ TEST_F(CreatedFile, ATableOfManyColumnsTakesMoreThanAPageToDefine) {
     spec.indexes.push_back({.name = name, .columns = {{name}}});
   }
   Write([&] { engine_->CreateTable(spec); });
-  EXPECT_EQ(Check(*engine_), "");
+  EXPECT_EQ(Findings(*engine_), "");
   Write([&] {
     for (int i = 0; i < 50; ++i) {
       std::vector<Assignment> values;
@@ -357,7 +346,7 @@ TEST_F(CreatedFile, ATableOfManyColumnsTakesMoreThanAPageToDefine) {
       engine_->Insert(engine_->Table(u"Wide"), values);
     }
   });
-  EXPECT_EQ(Check(*engine_), "");
+  EXPECT_EQ(Findings(*engine_), "");
   EXPECT_EQ(Rows(u"Wide").size(), 50u);
 }
 

@@ -191,24 +191,25 @@ TEST_P(CheckRepairTest, IsFoundAndMendedWherePossible) {
   EXPECT_TRUE(RepairDatabase(NativeFileSystem(), PathText(path), kWait).mended.empty());
 }
 
-using enum FindingKind;
+using Kind = FindingKind;
 INSTANTIATE_TEST_SUITE_P(
     Every, CheckRepairTest,
-    testing::Values(Damage{"LeakedPage", LeakedPage, true, LeakAPage},
-                    Damage{"OwnedPageFree", OwnedPageFree, true, FreeAPageInUse},
-                    Damage{"OwnedTwice", OwnedTwice, false, GiveAPageTwoOwners},
-                    Damage{"WrongPage", WrongPage, true, MapAPageOfAnotherKind},
-                    Damage{"FreeBytes", FreeBytes, true, MiscountFreeBytes},
-                    Damage{"RowCount", RowCount, true, MiscountRows},
-                    Damage{"Autonumber", Autonumber, true, LowerTheAutonumber},
-                    Damage{"OrphanRow", OrphanRow, true, LosePointer},
-                    Damage{"LostRow", LostRow, true, LoseMovedRow},
-                    Damage{"EntryWithoutRow", Index, true, LoseRow},
-                    Damage{"WrongEntry", Index, true, ChangeIndexEntry},
-                    Damage{"LeakedLongValue", LeakedLongValue, true, LeakLongValue},
-                    Damage{"DamagedLongValue", DamagedLongValue, false, LengthenInlineLongValue},
-                    Damage{"DamagedRow", DamagedRow, false, SpoilRow},
-                    Damage{"DamagedPage", DamagedPage, false, SpoilSlot}),
+    testing::Values(Damage{"LeakedPage", Kind::LeakedPage, true, LeakAPage},
+                    Damage{"OwnedPageFree", Kind::OwnedPageFree, true, FreeAPageInUse},
+                    Damage{"OwnedTwice", Kind::OwnedTwice, false, GiveAPageTwoOwners},
+                    Damage{"WrongPage", Kind::WrongPage, true, MapAPageOfAnotherKind},
+                    Damage{"FreeBytes", Kind::FreeBytes, true, MiscountFreeBytes},
+                    Damage{"RowCount", Kind::RowCount, true, MiscountRows},
+                    Damage{"Autonumber", Kind::Autonumber, true, LowerTheAutonumber},
+                    Damage{"OrphanRow", Kind::OrphanRow, true, LosePointer},
+                    Damage{"LostRow", Kind::LostRow, true, LoseMovedRow},
+                    Damage{"EntryWithoutRow", Kind::Index, true, LoseRow},
+                    Damage{"WrongEntry", Kind::Index, true, ChangeIndexEntry},
+                    Damage{"LeakedLongValue", Kind::LeakedLongValue, true, LeakLongValue},
+                    Damage{"DamagedLongValue", Kind::DamagedLongValue, false,
+                           LengthenInlineLongValue},
+                    Damage{"DamagedRow", Kind::DamagedRow, false, SpoilRow},
+                    Damage{"DamagedPage", Kind::DamagedPage, false, SpoilSlot}),
     [](const testing::TestParamInfo<Damage>& param) { return std::string(param.param.name); });
 
 struct Unreadable {
@@ -252,7 +253,7 @@ TEST(CheckRepair, AFileLeftInTheMiddleOfAWriteIsMended) {
   const RepairReport report = RepairDatabase(NativeFileSystem(), PathText(path), kWait);
   EXPECT_TRUE(report.remaining.Clean());
   ASSERT_EQ(report.mended.size(), 1u);
-  EXPECT_EQ(report.mended[0].kind, CommitWords);
+  EXPECT_EQ(report.mended[0].kind, Kind::CommitWords);
 }
 
 }  // namespace

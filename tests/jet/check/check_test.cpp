@@ -4,6 +4,7 @@
 
 #include "data/jet/file/pager.h"
 #include "tests/jet/corpus.h"
+#include "tests/jet/findings.h"
 #include "tests/jet/write_support.h"
 
 namespace rdv::jet {
@@ -13,13 +14,6 @@ namespace {
 bool Known(const std::filesystem::path& path, const Finding& finding) {
   return path.filename() == "queryTestV2000.mdb" && finding.kind == FindingKind::RowCount &&
          finding.table == kQueriesPage;
-}
-
-std::string Findings(const CheckReport& report) {
-  std::string text;
-  for (const Finding& finding : report.findings)
-    text += ToUtf8(KindName(finding.kind) + u": " + finding.text) + "\n";
-  return text;
 }
 
 TEST(Check, FindsNothingInSoundFiles) {

@@ -7,6 +7,7 @@
 
 #include "data/jet/file/pager.h"
 #include "runtime/error.h"
+#include "tests/jet/what_raises.h"
 #include "tests/jet/write_support.h"
 
 namespace rdv::jet {
@@ -15,15 +16,6 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds kShortWait{30};
-
-std::string WhatRaises(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const std::exception& error) {
-    return error.what();
-  }
-  return "nothing was raised";
-}
 
 // The native file system, with an eye on the copy.
 class WatchedFileSystem : public FaultyFileSystem {

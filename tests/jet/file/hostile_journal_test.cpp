@@ -9,8 +9,8 @@
 namespace rdv::jet {
 namespace {
 
-constexpr uint32_t kPageSize = 4096;
-constexpr JournaledFile kDatabase = {.identity = 77, .page_size = kPageSize, .page_count = 55};
+constexpr uint32_t kPageOfSite = 4096;
+constexpr JournaledFile kDatabase = {.identity = 77, .page_size = kPageOfSite, .page_count = 55};
 
 class HostileJournal : public testing::Test {
  protected:
@@ -28,7 +28,7 @@ class HostileJournal : public testing::Test {
   std::filesystem::path path_ = folder_.Path() / "site.mdb-journal";
   CommitWords words_ = CommitWords::AtRest(5);
   JournalHead head_ = {.salt = 9,
-                       .page_size = kPageSize,
+                       .page_size = kPageOfSite,
                        .page_count = 55,
                        .identity = 77,
                        .origin = {},

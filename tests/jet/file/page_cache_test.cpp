@@ -8,10 +8,10 @@
 namespace rdv::jet {
 namespace {
 
-constexpr uint32_t kPageSize = 16;
+constexpr uint32_t kSmallPage = 16;
 
 void Read(PageCache& cache, uint32_t number, uint8_t fill) {
-  std::fill_n(cache.Room(), kPageSize, fill);
+  std::fill_n(cache.Room(), kSmallPage, fill);
   cache.Keep(number);
 }
 
@@ -26,21 +26,21 @@ uint32_t InMemory(PageCache& cache) {
 
 TEST(PageCache, KnowsWhatWasAskedForAndForgetsEverythingAtOnce) {
   PageCache cache(10);
-  cache.Reset(1000, kPageSize);
+  cache.Reset(1000, kSmallPage);
   EXPECT_EQ(cache.Find(500), nullptr);
   Read(cache, 500, 1);
   ASSERT_NE(cache.Find(500), nullptr);
   EXPECT_EQ(cache.Find(500)->bytes[3], 1);
   EXPECT_EQ(cache.Find(100), nullptr);
   EXPECT_EQ(cache.Find(1000), nullptr);
-  cache.Reset(501, kPageSize);
+  cache.Reset(501, kSmallPage);
   EXPECT_EQ(cache.Find(500), nullptr);
   EXPECT_EQ(cache.Count(), 501u);
 }
 
 TEST(PageCache, HoldsNoMoreThanItsBudgetAndGivesUpUnusedPagesFirst) {
   PageCache cache(3);
-  cache.Reset(2000, kPageSize);
+  cache.Reset(2000, kSmallPage);
   for (const uint32_t number : {1u, 70u, 71u, 1500u, 1999u}) {
     Read(cache, number, 1);
     cache.At(number).used = number == 70 || number == 1999;
@@ -53,7 +53,7 @@ TEST(PageCache, HoldsNoMoreThanItsBudgetAndGivesUpUnusedPagesFirst) {
 
 TEST(PageCache, PutsChangedPagesBackAsTheyWere) {
   PageCache cache(10);
-  cache.Reset(40, kPageSize);
+  cache.Reset(40, kSmallPage);
   Read(cache, 5, 1);
   cache.Change(5)[0] = 9;
   cache.Change(5)[1] = 9;
@@ -74,7 +74,7 @@ TEST(PageCache, PutsChangedPagesBackAsTheyWere) {
 
 TEST(PageCache, KeepsChangedPagesAsTheyBecame) {
   PageCache cache(1);
-  cache.Reset(40, kPageSize);
+  cache.Reset(40, kSmallPage);
   Read(cache, 5, 1);
   Read(cache, 6, 1);
   cache.Change(5)[0] = 9;
@@ -92,7 +92,7 @@ TEST(PageCache, KeepsChangedPagesAsTheyBecame) {
 
 TEST(PageCache, APageThatWasReadInPassingIsGivenUpWhenThereAreTooMany) {
   PageCache cache(1);
-  cache.Reset(10, kPageSize);
+  cache.Reset(10, kSmallPage);
   for (const uint32_t number : {1u, 2u}) {
     Read(cache, number, 1);
     cache.At(number).holder = PageCache::Holder::Passerby;
@@ -114,7 +114,7 @@ void Pass(PageCache& cache, uint32_t number) {
 
 TEST(PageCache, ScansKeepAQuarterOfTheBudgetAndLeaveTheOthersTheirPages) {
   PageCache cache(40);
-  cache.Reset(200, kPageSize);
+  cache.Reset(200, kSmallPage);
   for (const uint32_t number : {1u, 2u}) {
     Read(cache, number, static_cast<uint8_t>(number));
     cache.At(number).holder = PageCache::Holder::Statement;
@@ -131,7 +131,7 @@ TEST(PageCache, ScansKeepAQuarterOfTheBudgetAndLeaveTheOthersTheirPages) {
 
 TEST(PageCache, PagesThatFitTheScansPartStayFromScanToScan) {
   PageCache cache(40);
-  cache.Reset(200, kPageSize);
+  cache.Reset(200, kSmallPage);
   for (int scan = 0; scan < 5; ++scan) {
     for (uint32_t number = 100; number < 110; ++number) {
       EXPECT_EQ(cache.At(number).bytes != nullptr, scan > 0);
@@ -144,7 +144,7 @@ TEST(PageCache, PagesThatFitTheScansPartStayFromScanToScan) {
 // again.
 TEST(PageCache, NoTwoPagesShareTheirMemoryWhateverWasGivenUpBetween) {
   PageCache cache(8);
-  cache.Reset(64, kPageSize);
+  cache.Reset(64, kSmallPage);
   const auto fill_of = [](uint32_t number) { return static_cast<uint8_t>(number * 3 + 1); };
   for (uint32_t round = 0; round < 40; ++round) {
     for (uint32_t i = 0; i < 24; ++i) {
@@ -163,7 +163,7 @@ TEST(PageCache, NoTwoPagesShareTheirMemoryWhateverWasGivenUpBetween) {
       const PageCache::Page& page = cache.At(number);
       if (!page.bytes) continue;
       const auto differs = [&](uint8_t byte) { return byte != fill_of(number); };
-      EXPECT_TRUE(std::none_of(page.bytes, page.bytes + kPageSize, differs))
+      EXPECT_TRUE(std::none_of(page.bytes, page.bytes + kSmallPage, differs))
           << round << ' ' << number;
     }
     cache.Trim();

@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "runtime/error.h"
+#include "tests/jet/what_raises.h"
 #include "tests/jet/write_support.h"
 
 namespace rdv::jet {
@@ -12,18 +13,18 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds kShortWait{30};
-const std::string kSite = "sites/indexed/NewDB.mdb";
+constexpr milliseconds kPagerWait{30};
+const std::string kIndexedSite = "sites/indexed/NewDB.mdb";
 
 class PagerTest : public testing::Test {
  protected:
-  void SetUp() override { path_ = folder_.Copy(SamplePath(kSite)); }
+  void SetUp() override { path_ = folder_.Copy(SamplePath(kIndexedSite)); }
 
   std::unique_ptr<Pager> Open(FileSystem& files = NativeFileSystem(), size_t cache_pages = 100) {
-    return std::make_unique<Pager>(files, PathText(path_), kShortWait, cache_pages);
+    return std::make_unique<Pager>(files, PathText(path_), kPagerWait, cache_pages);
   }
   std::unique_ptr<Pager> Open(Suspects suspects) {
-    return std::make_unique<Pager>(NativeFileSystem(), PathText(path_), kShortWait, 100, suspects);
+    return std::make_unique<Pager>(NativeFileSystem(), PathText(path_), kPagerWait, 100, suspects);
   }
   std::filesystem::path Beside(const std::string& extension) const {
     return std::filesystem::path(path_).replace_extension(extension);
@@ -46,15 +47,6 @@ void Mark(Pager& pager, uint8_t mark) {
     pager.Edit(page)[kMarkAt] = mark;
   }
   pager.Commit();
-}
-
-std::string WhatRaises(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const RuntimeError& error) {
-    return error.what();
-  }
-  return "nothing was raised";
 }
 
 // Pages from 1: the header page has the commit words, which count on.
@@ -227,7 +219,7 @@ TEST_F(PagerTest, AFailureOfAnyWriteRaisesAndLeavesTheFileAsItWas) {
       EXPECT_EQ(PagesOf(path_), before);
     }
     EXPECT_GT(failures, 9);
-    path_ = folder_.Copy(SamplePath(kSite));
+    path_ = folder_.Copy(SamplePath(kIndexedSite));
   }
 }
 

@@ -21,8 +21,8 @@
 namespace rdv::jet {
 namespace {
 
-constexpr int32_t kRows = 3000;
-constexpr std::chrono::milliseconds kWait{100};
+constexpr int32_t kNumbers = 3000;
+constexpr std::chrono::milliseconds kNodesWait{100};
 constexpr size_t kCachePages = 64;
 constexpr int32_t kStep = 2;  // between the numbers that are there
 
@@ -37,7 +37,7 @@ class IndexNodes : public testing::Test {
         {.name = u"Rows",
          .columns = {{.name = u"Number", .type = ColumnType::Long}},
          .indexes = {{.name = u"PrimaryKey", .columns = {{u"Number"}}, .primary = true}}});
-    for (int32_t i = 1; i <= kRows; ++i) Insert(*engine, i * kStep);
+    for (int32_t i = 1; i <= kNumbers; ++i) Insert(*engine, i * kStep);
     scope.Commit();
   }
 
@@ -55,7 +55,7 @@ class IndexNodes : public testing::Test {
 
   // Changes the index's root, which is a node.
   void ChangeRoot(const std::function<void(IndexPageImage&)>& change) {
-    Pager pager(NativeFileSystem(), path_, kWait, kCachePages);
+    Pager pager(NativeFileSystem(), path_, kNodesWait, kCachePages);
     pager.BeginWrite();
     {
       const FileReader file(pager);
@@ -115,13 +115,13 @@ TEST_F(IndexNodes, ANumberBetweenALeafAndALargerEntryAboveGoesIntoThatLeaf) {
   EXPECT_TRUE(HasNumber(free));
   EXPECT_THROW(Insert(free), RuntimeError);
   EXPECT_THROW(Insert(free + 1), RuntimeError) << "the next leaf has it";
-  EXPECT_EQ(EntriesInOrder(), kRows + 1u);
+  EXPECT_EQ(EntriesInOrder(), kNumbers + 1u);
 }
 
 TEST_F(IndexNodes, AChainOfNodesDeeperThanAnyTreeIsFoundAndNotFollowed) {
   constexpr size_t kChain = 200;
   {
-    Pager pager(NativeFileSystem(), path_, kWait, kCachePages);
+    Pager pager(NativeFileSystem(), path_, kNodesWait, kCachePages);
     pager.BeginWrite();
     const FileReader file(pager);
     const WriteContext context{pager, file};
@@ -146,24 +146,24 @@ TEST_F(IndexNodes, AChainOfNodesDeeperThanAnyTreeIsFoundAndNotFollowed) {
     EXPECT_NE(index->text.find(u"endless"), Text::npos) << ToUtf8(index->text);
     pager.Close();
   }
-  EXPECT_THROW(HasNumber(kRows * kStep + 1), RuntimeError);
+  EXPECT_THROW(HasNumber(kNumbers * kStep + 1), RuntimeError);
 }
 
 TEST_F(IndexNodes, WithoutATailTheLastChildTakesWhatIsBeyondAllEntries) {
   ChangeRoot([](IndexPageImage& root) {
     // The last child gets an entry, that of its last row.
     EntryBytes last = root.entries.back();
-    Store32BigEndian(&last[1], static_cast<uint32_t>(kRows * kStep) ^ 0x80000000u);
+    Store32BigEndian(&last[1], static_cast<uint32_t>(kNumbers * kStep) ^ 0x80000000u);
     Store32BigEndian(&last[last.size() - kEntryChildSize], root.tail);
     root.entries.push_back(last);
     root.tail = 0;
   });
-  EXPECT_TRUE(HasNumber(kRows * kStep));
-  EXPECT_FALSE(HasNumber(kRows * kStep + 1));
-  Insert(kRows * kStep + 1);
-  EXPECT_TRUE(HasNumber(kRows * kStep + 1));
-  EXPECT_THROW(Insert(kRows * kStep + 1), RuntimeError);
-  EXPECT_EQ(EntriesInOrder(), kRows + 1u);
+  EXPECT_TRUE(HasNumber(kNumbers * kStep));
+  EXPECT_FALSE(HasNumber(kNumbers * kStep + 1));
+  Insert(kNumbers * kStep + 1);
+  EXPECT_TRUE(HasNumber(kNumbers * kStep + 1));
+  EXPECT_THROW(Insert(kNumbers * kStep + 1), RuntimeError);
+  EXPECT_EQ(EntriesInOrder(), kNumbers + 1u);
 }
 
 }  // namespace

@@ -17,7 +17,7 @@
 namespace rdv::jet {
 namespace {
 
-constexpr size_t kRows = 1500;
+constexpr size_t kRowsAtFirst = 1500;
 constexpr size_t kRowsBetweenChecks = 250;
 
 // Long, and different from the first letters on, so that few share a page: in order of `number`.
@@ -39,7 +39,7 @@ class IndexShrink : public testing::Test {
         {.name = u"Rows",
          .columns = {{.name = u"Key", .type = ColumnType::Text, .length = 250}},
          .indexes = {{.name = u"PrimaryKey", .columns = {{u"Key"}}, .primary = true}}});
-    for (size_t i = 0; i < kRows; ++i) {
+    for (size_t i = 0; i < kRowsAtFirst; ++i) {
       const Assignment values[] = {{0, KeyOf(i)}};
       rows_.push_back(engine_->Insert(engine_->Table(u"Rows"), values));
     }
@@ -78,7 +78,7 @@ class IndexShrink : public testing::Test {
   void DeleteInOrder(const std::vector<size_t>& order) {
     EXPECT_GE(Levels(), 3);
     const size_t pages = Pages();
-    size_t left = kRows;
+    size_t left = kRowsAtFirst;
     for (size_t start = 0; start < order.size() && !HasFailure(); start += kRowsBetweenChecks) {
       Engine::WriteScope scope(*engine_);
       const size_t end = std::min(order.size(), start + kRowsBetweenChecks);
@@ -91,7 +91,7 @@ class IndexShrink : public testing::Test {
   }
 
   static std::vector<size_t> Ascending() {
-    std::vector<size_t> order(kRows);
+    std::vector<size_t> order(kRowsAtFirst);
     std::iota(order.begin(), order.end(), size_t{0});
     return order;
   }
@@ -119,8 +119,9 @@ TEST_F(IndexShrink, FromTheLastRowBackwards) {
 
 TEST_F(IndexShrink, FromTheMiddleToBothEnds) {
   std::vector<size_t> order = Ascending();
-  std::ranges::stable_sort(
-      order, {}, [](size_t row) { return row < kRows / 2 ? kRows / 2 - row : row - kRows / 2; });
+  std::ranges::stable_sort(order, {}, [](size_t row) {
+    return row < kRowsAtFirst / 2 ? kRowsAtFirst / 2 - row : row - kRowsAtFirst / 2;
+  });
   DeleteInOrder(order);
   ExpectEmpty();
 }
@@ -146,7 +147,7 @@ TEST_F(IndexShrink, AllButAFewAndThenGrowsAgain) {
     }
     scope.Commit();
   }
-  ExpectSound(kRows);
+  ExpectSound(kRowsAtFirst);
   EXPECT_GE(Levels(), 3);
 }
 

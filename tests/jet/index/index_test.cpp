@@ -17,15 +17,15 @@
 namespace rdv::jet {
 namespace {
 
-struct Entry {
+struct StoredEntry {
   Key key;
   RowId row;
-  auto operator<=>(const Entry&) const = default;
+  auto operator<=>(const StoredEntry&) const = default;
 };
 
-std::vector<Entry> Walk(const FileReader& file, const TableDefinition& table,
-                        const RealIndex& index) {
-  std::vector<Entry> entries;
+std::vector<StoredEntry> Walk(const FileReader& file, const TableDefinition& table,
+                              const RealIndex& index) {
+  std::vector<StoredEntry> entries;
   IndexCursor cursor(file, table, index);
   for (cursor.SeekFirst(); cursor.Valid(); cursor.Next()) {
     entries.push_back({Key(cursor.Key().begin(), cursor.Key().end()), cursor.Row()});
@@ -34,9 +34,9 @@ std::vector<Entry> Walk(const FileReader& file, const TableDefinition& table,
 }
 
 // The entries that the rows ask for, in order. Rows whose text has no known key go to `unknown`.
-std::vector<Entry> Expected(const FileReader& file, const TableDefinition& table,
-                            const RealIndex& index, std::set<RowId>& unknown) {
-  std::vector<Entry> entries;
+std::vector<StoredEntry> Expected(const FileReader& file, const TableDefinition& table,
+                                  const RealIndex& index, std::set<RowId>& unknown) {
+  std::vector<StoredEntry> entries;
   for (TableScan scan(file, table); scan.Next();) {
     try {
       if (auto key = KeyOfRow(file, table, index, scan.Row())) {
@@ -90,12 +90,12 @@ TEST_P(IndexesOfFile, HoldExactlyTheKeysThatTheRowsGive) {
   std::set<RowId> all_unknown;
   ForEachIndex([&](const FileReader& file, const TableDefinition& table, const RealIndex& index) {
     std::set<RowId> unknown;
-    const std::vector<Entry> expected = Expected(file, table, index, unknown);
-    std::vector<Entry> stored = Walk(file, table, index);
+    const std::vector<StoredEntry> expected = Expected(file, table, index, unknown);
+    std::vector<StoredEntry> stored = Walk(file, table, index);
     entries += stored.size();
     EXPECT_TRUE(std::is_sorted(stored.begin(), stored.end()));
     const size_t before = stored.size();
-    std::erase_if(stored, [&](const Entry& entry) { return unknown.contains(entry.row); });
+    std::erase_if(stored, [&](const StoredEntry& entry) { return unknown.contains(entry.row); });
     EXPECT_EQ(before - stored.size(), unknown.size());
     EXPECT_EQ(stored.size(), expected.size());
     EXPECT_TRUE(stored == expected);
@@ -107,19 +107,19 @@ TEST_P(IndexesOfFile, HoldExactlyTheKeysThatTheRowsGive) {
 
 TEST_P(IndexesOfFile, AreFoundByEveryKeyAndByItsBeginning) {
   ForEachIndex([](const FileReader& file, const TableDefinition& table, const RealIndex& index) {
-    const std::vector<Entry> entries = Walk(file, table, index);
+    const std::vector<StoredEntry> entries = Walk(file, table, index);
     IndexCursor cursor(file, table, index);
     // In large tables some hundred keys, spread over all of them.
     const size_t step = entries.size() / 300 + 1;
     for (size_t i = 0; i < entries.size(); i += step) {
       const auto same_key =
-          std::lower_bound(entries.begin(), entries.end(), Entry{entries[i].key, {}});
+          std::lower_bound(entries.begin(), entries.end(), StoredEntry{entries[i].key, {}});
       cursor.Seek(entries[i].key);
       ASSERT_TRUE(cursor.Valid());
       EXPECT_EQ(cursor.Row(), same_key->row);
       const Bytes start = Bytes(entries[i].key).first(entries[i].key.size() / 2);
       const auto same_start = std::lower_bound(entries.begin(), entries.end(),
-                                               Entry{Key(start.begin(), start.end()), {}});
+                                               StoredEntry{Key(start.begin(), start.end()), {}});
       cursor.Seek(start);
       ASSERT_TRUE(cursor.Valid());
       EXPECT_EQ(cursor.Row(), same_start->row);
@@ -148,7 +148,8 @@ TEST(StoredKeyOfRow, IsFoundForATextThatNoKeyIsKnownOf) {
   int unknown = 0;
   for (const RealIndex& index : table.indexes) {
     std::map<RowId, Key> stored;
-    for (const Entry& entry : Walk(file.Reader(), table, index)) stored[entry.row] = entry.key;
+    for (const StoredEntry& entry : Walk(file.Reader(), table, index))
+      stored[entry.row] = entry.key;
     for (TableScan scan(file.Reader(), table); scan.Next();) {
       const auto key = StoredKeyOfRow(file.Reader(), table, index, scan.Row());
       ASSERT_TRUE(key);

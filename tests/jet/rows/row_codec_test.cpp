@@ -63,7 +63,7 @@ TableDefinition NineColumns() {
   return table;
 }
 
-std::vector<Value> Fields(const FileReader& file, const TableDefinition& table, Bytes bytes) {
+std::vector<Value> FieldsOf(const FileReader& file, const TableDefinition& table, Bytes bytes) {
   RowView row(file, table);
   row.Reset({30, 1}, bytes);
   std::vector<Value> values;
@@ -91,12 +91,12 @@ const std::vector<Value> kNineValues = {Text(u"abcdefg"), Text(u"hijklmnop"), ui
 
 TEST(RowView, ReadsARowOfJet4WithPaddingBehindItsTexts) {
   const BareFile file(Version::Jet4);
-  EXPECT_EQ(Fields(file.Reader(), NineColumns(), kRowJet4), kNineValues);
+  EXPECT_EQ(FieldsOf(file.Reader(), NineColumns(), kRowJet4), kNineValues);
 }
 
 TEST(RowView, ReadsTheSameRowOfJet3) {
   const BareFile file(Version::Jet3);
-  EXPECT_EQ(Fields(file.Reader(), NineColumns(), kRowJet3), kNineValues);
+  EXPECT_EQ(FieldsOf(file.Reader(), NineColumns(), kRowJet3), kNineValues);
 }
 
 TEST(RowView, WritesFieldsAsTextLikeTheirValues) {
@@ -118,7 +118,7 @@ TEST(RowView, TakesColumnsAddedLaterForNull) {
   table.max_columns = 10;
   table.variable_columns = 10;
   for (uint16_t i = 0; i < 10; ++i) table.columns.push_back(Variable(ColumnType::Text, i, i, 100));
-  const std::vector<Value> values = Fields(
+  const std::vector<Value> values = FieldsOf(
       file.Reader(), table,
       BytesOf("03 00 ff fe 72 6f 77 31 63 6f 6c 31 ff fe 72 6f 77 31 63 6f 6c 32 16 00 16 00 0c 00 "
               "02 00 03 00 03"));
@@ -133,7 +133,7 @@ TEST(RowView, ReadsARowWrittenBeforeTheFirstVariableColumnWasAdded) {
   table.max_columns = 2;
   table.variable_columns = 1;
   table.columns = {Fixed(ColumnType::Long, 0, 0), Variable(ColumnType::Text, 1, 0, 100)};
-  const std::vector<Value> values = Fields(file.Reader(), table, BytesOf("01 00 07 00 00 00 01"));
+  const std::vector<Value> values = FieldsOf(file.Reader(), table, BytesOf("01 00 07 00 00 00 01"));
   EXPECT_EQ(values[0], Value(int32_t{7}));
   EXPECT_TRUE(IsNull(values[1]));
 }
@@ -146,7 +146,7 @@ TEST(RowView, TellsAnEmptyTextFromNull) {
   table.columns = {Variable(ColumnType::Text, 0, 0, 100), Variable(ColumnType::Text, 1, 1, 100)};
   RowFields fields(2);
   fields.Set(0, {});
-  const std::vector<Value> values = Fields(file.Reader(), table, EncodeRow(table, fields));
+  const std::vector<Value> values = FieldsOf(file.Reader(), table, EncodeRow(table, fields));
   EXPECT_EQ(values[0], Value(Text()));
   EXPECT_TRUE(IsNull(values[1]));
 }
@@ -166,7 +166,7 @@ TEST(RowView, FollowsTheJumpTableOfALongJet3Row) {
   row.push_back(1);  // the jump, before variable column 1
   row.push_back(2);
   row.push_back(0x03);
-  const std::vector<Value> values = Fields(file.Reader(), table, row);
+  const std::vector<Value> values = FieldsOf(file.Reader(), table, row);
   EXPECT_EQ(values[0], Value(Text(300, u'a')));
   EXPECT_EQ(values[1], Value(Text(u"xyz")));
 }
@@ -179,7 +179,7 @@ TEST(RowView, ReadsAnInlineMemoWhoseTextIsCompressed) {
   table.columns = {Variable(ColumnType::Memo, 0, 0, 0)};
   RowFields memo(1);
   memo.Set(0, BytesOf("0b 00 00 80 00 00 00 00 00 00 00 00 ff fe 73 6f 6d 65 20 64 61 74 61"));
-  EXPECT_EQ(Fields(file.Reader(), table, EncodeRow(table, memo))[0], Value(Text(u"some data")));
+  EXPECT_EQ(FieldsOf(file.Reader(), table, EncodeRow(table, memo))[0], Value(Text(u"some data")));
 }
 
 TEST(RowView, RefusesARowThatIsCutOffAnywhere) {
@@ -189,13 +189,13 @@ TEST(RowView, RefusesARowThatIsCutOffAnywhere) {
     const std::vector<uint8_t>& whole = version == Version::Jet4 ? kRowJet4 : kRowJet3;
     for (size_t size = 0; size < whole.size(); ++size) {
       try {
-        Fields(file.Reader(), table, Bytes(whole).first(size));
+        FieldsOf(file.Reader(), table, Bytes(whole).first(size));
       } catch (const RuntimeError& error) {
         EXPECT_NE(error.Description().find(u"'bare.mdb'"), Text::npos);
       }
     }
-    EXPECT_THROW(Fields(file.Reader(), table, {}), RuntimeError);
-    EXPECT_THROW(Fields(file.Reader(), table, Bytes(whole).first(10)), RuntimeError);
+    EXPECT_THROW(FieldsOf(file.Reader(), table, {}), RuntimeError);
+    EXPECT_THROW(FieldsOf(file.Reader(), table, Bytes(whole).first(10)), RuntimeError);
   }
 }
 

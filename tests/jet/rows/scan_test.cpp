@@ -9,7 +9,7 @@
 namespace rdv::jet {
 namespace {
 
-constexpr int16_t kRows = 3000;
+constexpr int16_t kScannedRows = 3000;
 
 // A table of rows that fill a page in fours, in a file of its own.
 class ScanTest : public testing::Test {
@@ -27,7 +27,7 @@ class ScanTest : public testing::Test {
                      {.name = u"More", .type = ColumnType::Binary, .length = 500}},
          .indexes = {}});
     const TableDefinition& table = engine->Table(u"Rows");
-    for (int16_t i = 0; i < kRows; ++i) {
+    for (int16_t i = 0; i < kScannedRows; ++i) {
       std::vector<Assignment> values = {{1, int32_t{i} * 1000}, {2, Binary(480)}, {3, Binary(480)}};
       if (i % 5 != 0) values.push_back({0, static_cast<int16_t>(i % 100)});
       engine->Insert(table, values);
@@ -45,9 +45,9 @@ class ScanTest : public testing::Test {
   uint64_t ReadAgain(size_t cache_pages) {
     const auto engine = Engine::Open(path_, {.cache_pages = cache_pages});
     const Engine::ReadScope scope(*engine);
-    EXPECT_EQ(CountRows(*engine), kRows);
+    EXPECT_EQ(CountRows(*engine), kScannedRows);
     const uint64_t before = engine->Counters().pages_read;
-    EXPECT_EQ(CountRows(*engine), kRows);
+    EXPECT_EQ(CountRows(*engine), kScannedRows);
     return engine->Counters().pages_read - before;
   }
 
@@ -56,7 +56,7 @@ class ScanTest : public testing::Test {
 };
 
 TEST_F(ScanTest, PagesAreGivenBackWhereTheyAreMoreThanTheCacheKeeps) {
-  constexpr uint64_t kLeast = kRows / 4 - 50;
+  constexpr uint64_t kLeast = kScannedRows / 4 - 50;
   EXPECT_GE(ReadAgain(20), kLeast);
   EXPECT_EQ(ReadAgain(5000), 0u);
 }
@@ -74,7 +74,7 @@ TEST_F(ScanTest, TwoScansOfTheSamePagesDoNotTakeThemFromEachOther) {
     EXPECT_EQ(slow.Row().Get(table.columns[1]), Value(expected));
     expected += 1000;
   }
-  EXPECT_EQ(expected, int32_t{kRows} * 1000);
+  EXPECT_EQ(expected, int32_t{kScannedRows} * 1000);
 }
 
 TEST_F(ScanTest, RowsWithAnotherNumberArePassedOverAndNoOther) {
@@ -88,11 +88,11 @@ TEST_F(ScanTest, RowsWithAnotherNumberArePassedOverAndNoOther) {
     while (scan.Next()) rows += scan.Row().Get(table.columns[column]) == value ? 1 : 0;
     return rows;
   };
-  EXPECT_EQ(count(0, int16_t{7}), kRows / 100);
+  EXPECT_EQ(count(0, int16_t{7}), kScannedRows / 100);
   EXPECT_EQ(count(0, int16_t{5}), 0);  // Null in all rows that would have it
   EXPECT_EQ(count(1, int32_t{2999000}), 1);
   EXPECT_EQ(count(1, int32_t{1}), 0);
-  EXPECT_EQ(count(2, Binary(480)), kRows);  // nothing is passed over
+  EXPECT_EQ(count(2, Binary(480)), kScannedRows);  // nothing is passed over
 }
 
 }  // namespace

@@ -26,7 +26,7 @@ namespace {
 using jet::Bytes;
 using jet::TableDefinition;
 
-struct Place {
+struct Spot {
   uint64_t start = 0;
   // Of a definition, which may go on on further pages: those pages; `start` counts from its
   // beginning then.
@@ -54,7 +54,7 @@ class SoundFile {
   explicit SoundFile(const std::vector<uint8_t>& bytes)
       : pages_(bytes, jet::kJet4.page_size, u"sound.mdb"), file_(pages_), catalog_(file_) {}
 
-  uint64_t OffsetOf(const Place& place) const {
+  uint64_t OffsetOf(const Spot& place) const {
     if (place.pages.empty()) return place.start;
     const size_t head = file_.Layout().definition.continuation;
     uint64_t left = place.start;
@@ -70,8 +70,8 @@ class SoundFile {
     return PageStart(place.pages[page]) + in_page + left;
   }
 
-  Place Read(LineReader& reader) {
-    Place place = ReadStart(reader);
+  Spot Read(LineReader& reader) {
+    Spot place = ReadStart(reader);
     if (reader.Take("+")) place.start += static_cast<uint64_t>(reader.Number());
     return place;
   }
@@ -88,12 +88,12 @@ class SoundFile {
     return {OfBytes(field).start + head, field.size() - head};
   }
 
-  uint64_t PageNumber(const Place& place) const {
+  uint64_t PageNumber(const Spot& place) const {
     return OffsetOf(place) / file_.Layout().page_size;
   }
 
  private:
-  Place ReadStart(LineReader& reader) {
+  Spot ReadStart(LineReader& reader) {
     if (reader.Take("page")) return OfPage(static_cast<uint32_t>(reader.Count()));
     if (reader.Take("free-pages")) return OfRow({jet::kGlobalMapPage, jet::kFreePagesRow});
     if (reader.Take("definition")) return OfDefinition(Table(reader.Name()), 0);
@@ -113,25 +113,25 @@ class SoundFile {
   }
 
   uint64_t PageStart(uint32_t page) const { return uint64_t{page} * file_.Layout().page_size; }
-  Place OfPage(uint32_t page) const { return {PageStart(page), {}}; }
+  Spot OfPage(uint32_t page) const { return {PageStart(page), {}}; }
 
   // Bytes that lie in the file.
-  Place OfBytes(Bytes bytes) const {
+  Spot OfBytes(Bytes bytes) const {
     return {static_cast<uint64_t>(bytes.data() - file_.RawPage(0).data()), {}};
   }
 
-  Place OfSlot(jet::RowId id) const {
+  Spot OfSlot(jet::RowId id) const {
     return {PageStart(id.page) + file_.Layout().data.slots + id.row * jet::kSlotSize, {}};
   }
 
-  Place OfRow(jet::RowId id) const {
+  Spot OfRow(jet::RowId id) const {
     if (!id) throw TextError("there is no such map");
     const jet::DataPageView page(file_, id.page, file_.RawPage(id.page));
     if (id.row >= page.SlotCount()) throw TextError("there is no such map");
     return {PageStart(id.page) + page.At(id.row).start, {}};
   }
 
-  static Place OfDefinition(const KnownTable& table, size_t offset) {
+  static Spot OfDefinition(const KnownTable& table, size_t offset) {
     return {offset, table.definition.pages};
   }
 
@@ -165,7 +165,7 @@ class SoundFile {
     return {&Table(name.substr(0, dot)), FromUtf8(name.substr(dot + 1))};
   }
 
-  Place OfColumn(const std::string& name) {
+  Spot OfColumn(const std::string& name) {
     const auto [table, part] = Part(name);
     const jet::Format& format = file_.Layout();
     const jet::Column& column = Column(*table, part);
@@ -199,13 +199,13 @@ class SoundFile {
             &table->definition.indexes[table->definition.logical_indexes[logical].real_index]};
   }
 
-  Place OfIndexBlock(const std::string& name) {
+  Spot OfIndexBlock(const std::string& name) {
     const auto [table, index] = Index(name);
     return OfDefinition(*table,
                         table->real_indexes + index->position * file_.Layout().real_index.size);
   }
 
-  Place OfLogicalIndex(const std::string& name) {
+  Spot OfLogicalIndex(const std::string& name) {
     const auto [table, part] = Part(name);
     const size_t position = LogicalPosition(*table, part);
     return OfDefinition(*table,
@@ -220,7 +220,7 @@ class SoundFile {
     return all[static_cast<size_t>(number - 1)];
   }
 
-  Place OfLeaf(LineReader& reader) {
+  Spot OfLeaf(LineReader& reader) {
     const std::string name = reader.Name();
     const auto [table, index] = Index(name);
     std::vector<uint32_t>& leaves = table->leaves[name];
@@ -234,7 +234,7 @@ class SoundFile {
     return OfPage(Nth(leaves, reader, "leaves"));
   }
 
-  Place OfDataPage(LineReader& reader) {
+  Spot OfDataPage(LineReader& reader) {
     const KnownTable& table = Table(reader.Name());
     const std::vector<uint32_t> pages = jet::UsageMap(file_, table.definition.owned_map).Pages();
     return OfPage(Nth(pages, reader, "data pages"));
@@ -244,7 +244,7 @@ class SoundFile {
     return Nth(table.rows, reader, "rows");
   }
 
-  Place OfValue(LineReader& reader) {
+  Spot OfValue(LineReader& reader) {
     const auto [table, part] = Part(reader.Name());
     const StoredRow& row = Row(*table, reader);
     jet::RowView view(file_, table->definition);
@@ -331,7 +331,7 @@ class DamageDoer {
   }
 
   size_t Offset(LineReader& reader) {
-    const Place place = sound_file_.Read(reader);
+    const Spot place = sound_file_.Read(reader);
     return static_cast<size_t>(sound_file_.OffsetOf(place));
   }
 
@@ -341,10 +341,10 @@ class DamageDoer {
   }
 
   void Write(LineReader& reader, Combine how) {
-    const Place place = sound_file_.Read(reader);
+    const Spot place = sound_file_.Read(reader);
     reader.Expect(":");
     // Each byte for itself: a definition's may lie on two pages.
-    Place next = place;
+    Spot next = place;
     do {
       for (const uint8_t byte : ReadBytes(reader)) {
         uint8_t& target = At(static_cast<size_t>(sound_file_.OffsetOf(next)));
@@ -380,7 +380,7 @@ class DamageDoer {
   uint64_t ReadNumber(LineReader& reader) {
     if (!reader.Take("number-of")) return static_cast<uint64_t>(reader.Number());
     reader.Expect("(");
-    const Place place = sound_file_.Read(reader);
+    const Spot place = sound_file_.Read(reader);
     reader.Expect(")");
     return sound_file_.PageNumber(place);
   }
