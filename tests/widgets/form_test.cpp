@@ -5,12 +5,11 @@
 #include <set>
 
 #include "runtime/error.h"
+#include "tests/widgets/grid_content.h"
 #include "widgets/memory/memory_form.h"
 
 namespace rdv::memory {
 namespace {
-
-constexpr GridContent kContent = {13000, 11};
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;

@@ -2,12 +2,11 @@
 #include <gmock/gmock.h>
 
 #include "runtime/error.h"
+#include "tests/widgets/grid_content.h"
 #include "widgets/memory/memory_form.h"
 
 namespace rdv::memory {
 namespace {
-
-constexpr GridContent kContent = {13000, 11};
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;

@@ -1,12 +1,11 @@
 // How text is set, typed and pasted, and where the caret stands.
 #include <gmock/gmock.h>
 
+#include "tests/widgets/grid_content.h"
 #include "widgets/memory/memory_form.h"
 
 namespace rdv::memory {
 namespace {
-
-constexpr GridContent kContent = {13000, 11};
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
