@@ -75,9 +75,7 @@ constexpr std::chrono::milliseconds kShortWait{30};
 const std::string kNothing = "nothing was raised";
 
 using things::Count;
-using things::Findings;
 using things::Insert;
-using things::WhatRaises;
 
 class SystemErrors : public testing::Test {
  protected:
