@@ -226,7 +226,7 @@ TEST_F(PowerLossWithOthers, WhatTheFlushOfAnotherHasLostIsWrittenOnceMoreByWhoev
       two->Close();
       Prove(Now(), needed, 20, 20);
       Prove(0, {}, 1, 20);
-      EXPECT_FALSE(disk_->Exists(kPath + u"-journal"));
+      EXPECT_FALSE(disk_->Exists(kSite + u"-journal"));
     }
   }
 }
@@ -240,7 +240,7 @@ TEST_F(PowerLossWithOthers, ARecordOfAStatementThatFailedAtOnceIsNotWrittenOver)
   disk_->FillAfter(1, 2);
   EXPECT_NE(WhatRaises([&] { Insert(*two, 200, 30); }), kNothing);
   disk_->FillAfter(0, 2);
-  EXPECT_NE(WhatRaises([&] { Insert(*one, 101, 30); }), kNothing);
+  EXPECT_NE(WhatRaises([&] { Insert(*one, 101, 9000); }), kNothing);
   disk_->FillAfter(0, 0);
   Insert(*two, 201, 30);
   ExpectSound(disk_->Contents(), {100, 201});
