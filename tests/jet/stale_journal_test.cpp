@@ -20,7 +20,6 @@ using things::Insert;
 
 constexpr std::chrono::milliseconds kWaitForWriter{30};
 constexpr int32_t kCount = 20;
-const std::string kNothing = "nothing was raised";
 
 class StaleJournal : public testing::Test {
  protected:

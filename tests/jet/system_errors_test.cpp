@@ -72,7 +72,6 @@ namespace rdv::jet {
 namespace {
 
 constexpr std::chrono::milliseconds kShortWait{30};
-const std::string kNothing = "nothing was raised";
 
 using things::Count;
 using things::Insert;

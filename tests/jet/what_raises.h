@@ -7,13 +7,15 @@
 
 namespace rdv::jet {
 
+inline const std::string kNothing = "nothing was raised";
+
 inline std::string WhatRaises(const std::function<void()>& action) {
   try {
     action();
   } catch (const std::exception& error) {
     return error.what();
   }
-  return "nothing was raised";
+  return kNothing;
 }
 
 }  // namespace rdv::jet

@@ -16,7 +16,6 @@ using things::Ids;
 using things::Insert;
 
 const Text kSite = u"site.mdb";
-const std::string kNothing = "nothing was raised";
 
 class PowerLossWithOthers : public testing::Test {
  protected:
