@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 
 #include "data/jet/check/check.h"
 #include "data/jet/engine.h"
@@ -15,7 +16,10 @@ namespace {
 // What RDV_POWER_LOSS_STATES is without being said.
 constexpr int kEverydayStates = 80;
 
-size_t judged_in_all = 0;
+size_t& JudgedInAll() {
+  static size_t judged = 0;
+  return judged;
+}
 
 int NumberFrom(const char* variable, int without) {
   const char* const said = std::getenv(variable);
@@ -25,13 +29,15 @@ int NumberFrom(const char* variable, int without) {
 class CountOfAllTests : public testing::Environment {
  public:
   void TearDown() override {
-    if (judged_in_all == 0) return;
-    std::printf("%zu states of the disk were judged in all\n", judged_in_all);
+    if (JudgedInAll() == 0) return;
+    std::printf("%zu states of the disk were judged in all\n", JudgedInAll());
     const int wanted = NumberFrom("RDV_POWER_LOSS_IN_ALL", 0);
-    EXPECT_GE(judged_in_all, static_cast<size_t>(std::max(0, wanted)));
+    EXPECT_GE(JudgedInAll(), static_cast<size_t>(std::max(0, wanted)));
   }
 };
-const testing::Environment* const kCount = testing::AddGlobalTestEnvironment(new CountOfAllTests);
+// The framework takes it over.
+const testing::Environment* const kCount =
+    testing::AddGlobalTestEnvironment(std::make_unique<CountOfAllTests>().release());
 
 std::string Described(const std::vector<PowerLoss::Fate>& fates) {
   std::string text = ", pending ";
@@ -58,7 +64,7 @@ size_t Thoroughness() {
 }
 
 void CountJudgedState() {
-  ++judged_in_all;
+  ++JudgedInAll();
 }
 
 std::string FindingsOf(SimulatedDisk& disk, const Text& path) {
@@ -150,7 +156,7 @@ void DiskJudge::ExpectOneOf(const DiskContents& contents, std::pair<size_t, size
   }
 }
 
-bool DiskJudge::Opens(SimulatedDisk& disk, const Text& path) {
+bool DiskJudge::Opens(SimulatedDisk& disk, const Text& path) const {
   try {
     const auto engine = Engine::Open(path, {.reads_suspect = !run_.all_sound, .files = &disk});
     const Engine::ReadScope scope(*engine);

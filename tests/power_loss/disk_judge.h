@@ -53,7 +53,7 @@ class DiskJudge : public testing::Test {
   void ForEachMoment(const std::function<void(const PowerLoss&)>& call);
   void ExpectOneOf(const DiskContents& contents, std::pair<size_t, size_t> allowed,
                    uint64_t session, bool and_again);
-  bool Opens(SimulatedDisk& disk, const Text& path);
+  bool Opens(SimulatedDisk& disk, const Text& path) const;
   void ExpectKnown(const DatabasePages& found, std::pair<size_t, size_t> allowed);
   void ExpectSound(SimulatedDisk& disk, const Text& path);
   void LosePowerAgain(const DiskContents& contents, const std::vector<DiskOperation>& operations,

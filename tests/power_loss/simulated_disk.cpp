@@ -39,6 +39,8 @@ void PutTorn(std::vector<uint8_t>& content, uint64_t offset, Bytes bytes, std::m
 class SimulatedDisk::OpenFile : public File {
  public:
   OpenFile(SimulatedDisk& disk, size_t file) : disk_(disk), file_(file) {}
+  OpenFile(const OpenFile&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
   ~OpenFile() override {
     std::erase_if(Locks(), [this](const Lock& lock) { return lock.owner == this; });
   }
@@ -111,9 +113,9 @@ class SimulatedDisk::OpenFile : public File {
 SimulatedDisk::SimulatedDisk(DiskContents contents, uint64_t session) : session_(session) {
   static uint64_t sessions = 0;
   if (session_ == 0) session_ = ++sessions;
-  for (auto& [name, bytes] : contents) {
-    names_[name] = files_.size();
-    files_.push_back({.bytes = std::move(bytes), .locks = {}});
+  for (DiskContents::value_type& file : contents) {
+    names_[file.first] = files_.size();
+    files_.push_back({.bytes = std::move(file.second), .locks = {}});
   }
 }
 SimulatedDisk::~SimulatedDisk() = default;

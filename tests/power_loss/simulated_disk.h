@@ -34,6 +34,8 @@ class SimulatedDisk : public FileSystem {
   // `session`: that of another disk, which is this one at an earlier moment; 0 for the computer
   // started anew.
   explicit SimulatedDisk(DiskContents contents = {}, uint64_t session = 0);
+  SimulatedDisk(const SimulatedDisk&) = delete;
+  SimulatedDisk& operator=(const SimulatedDisk&) = delete;
   ~SimulatedDisk() override;
 
   // What a process sees.
