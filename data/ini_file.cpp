@@ -62,14 +62,9 @@ std::optional<std::string_view> SectionName(std::string_view line) {
 // What the name stands for is looked at before it is read: the system's function, which reads the
 // settings, takes a name as well, and reads no more than its caller has room for.
 std::string Content(const Text& path) {
-  const std::filesystem::path file(path);
-  std::error_code error;
-  const auto status = std::filesystem::status(file, error);
-  if (!std::filesystem::exists(status)) return {};
-  if (!std::filesystem::is_regular_file(status)) RefuseKind(path);
-  if (std::filesystem::file_size(file, error) > kLargestSettingsFile || error) RefuseSize(path);
+  RequireSettingsFile(path);
   std::string content(kLargestSettingsFile, '\0');
-  std::ifstream stream(file, std::ios::binary);
+  std::ifstream stream(std::filesystem::path(path), std::ios::binary);
   stream.read(content.data(), static_cast<std::streamsize>(content.size()));
   content.resize(static_cast<size_t>(stream.gcount()));
   return content;
@@ -106,9 +101,16 @@ std::string Content(const Text& path) {
 
 }  // namespace
 
+#ifdef _WIN32
 void RequireSettingsFile(const Text& path) {
-  Content(path);
+  const std::filesystem::path file(path);
+  std::error_code error;
+  const auto status = std::filesystem::status(file, error);
+  if (!std::filesystem::exists(status)) return;
+  if (!std::filesystem::is_regular_file(status)) RefuseKind(path);
+  if (std::filesystem::file_size(file, error) > kLargestSettingsFile || error) RefuseSize(path);
 }
+#endif
 
 std::optional<std::string> FindIniValue(const Text& path, TextView section, TextView key) {
   const std::string content = Content(path);

@@ -14,12 +14,14 @@
 
 namespace rdv {
 
-// Raises 75 for a file that is there but is no regular one, which might never end, or is larger
-// than 64 KB.
-void RequireSettingsFile(const Text& path);
-
 // The value's bytes as they stand in the file; nothing when file, section or key is absent. Raises
-// what RequireSettingsFile does.
+// 75 for a file that is there but is no regular one, which might never end, or is larger than 64
+// KB.
 std::optional<std::string> FindIniValue(const Text& path, TextView section, TextView key);
+
+#ifdef _WIN32
+// Raises the same, for a file that the system's function is going to read. Reads nothing of it.
+void RequireSettingsFile(const Text& path);
+#endif
 
 }  // namespace rdv

@@ -54,9 +54,6 @@ constexpr SharedField kSharedFields[] = {
     {u"Mode_Ring_Number", column::kMode},
 };
 
-// The lines that a unit may have: the two pairs for music on hold are the last.
-constexpr int16_t kFirstLine = 1;
-constexpr int16_t kLastLine = 12;
 constexpr int16_t kFirstConfig = 1;
 
 class UnitCheck {

@@ -53,7 +53,7 @@ std::vector<int16_t> KnownConfigurations(SiteSession& session) {
 }
 
 size_t MostLines(SiteSession& session) {
-  constexpr size_t kLinesOfAUnit = 12;
+  constexpr size_t kLinesOfAUnit = kLastLine - kFirstLine + 1;
   return session.Rows(kUnitLines).rows.size() + KnownConfigurations(session).size() * kLinesOfAUnit;
 }
 

@@ -13,6 +13,10 @@
 
 namespace rdv::lines {
 
+// The lines that a unit may have: the two pairs for music on hold are the last.
+inline constexpr int16_t kFirstLine = 1;
+inline constexpr int16_t kLastLine = 12;
+
 // All columns of all stored lines of the unit, by line number.
 RowTable ReadStoredLines(SiteSession& session, int16_t config);
 // The unit's card, no row or one.
