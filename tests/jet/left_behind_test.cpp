@@ -12,6 +12,7 @@
 #include "data/jet/rows/usage_map.h"
 #include "runtime/error.h"
 #include "tests/jet/dead_writer.h"
+#include "tests/jet/things_on_disk.h"
 
 #ifndef _WIN32
 #include <sys/stat.h>
@@ -22,19 +23,11 @@
 namespace rdv::jet {
 namespace {
 
-constexpr std::chrono::milliseconds kWaitForOthers{30};
-
 using things::Count;
 using things::Insert;
 
-class LeftBehind : public testing::Test {
+class LeftBehind : public things::OnDisk {
  protected:
-  LeftBehind() { things::Create(PathText(path_), kCount, 3000); }
-
-  std::unique_ptr<Engine> Open(const std::filesystem::path& path, FileSystem* files = nullptr) {
-    return Engine::Open(PathText(path), {.lock_wait = kWaitForOthers, .files = files});
-  }
-  std::unique_ptr<Engine> Open() { return Open(path_); }
   std::filesystem::path Journal() const { return things::JournalOf(path_); }
   std::filesystem::path UserFilePath() const {
     return std::filesystem::path(path_).replace_extension(".ldb");
@@ -51,10 +44,6 @@ class LeftBehind : public testing::Test {
     Store16(bytes.data() + kJet4.header.commit_words + 2 * slot, word);
     WriteWholeFile(path_, bytes);
   }
-
-  static constexpr int32_t kCount = 20;
-  TemporaryFolder folder_;
-  std::filesystem::path path_ = folder_.Path() / "site.mdb";
 };
 
 TEST_F(LeftBehind, AJournalThatIsNotNeededIsRemovedByTheFirstWhoReads) {

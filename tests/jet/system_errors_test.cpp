@@ -15,6 +15,7 @@
 #include <cstdio>
 
 #include "tests/jet/dead_writer.h"
+#include "tests/jet/things_on_disk.h"
 
 namespace {
 
@@ -71,20 +72,11 @@ extern "C" int open(const char* name, int flags, ...) {
 namespace rdv::jet {
 namespace {
 
-constexpr std::chrono::milliseconds kShortWait{30};
-
 using things::Count;
 using things::Insert;
 
-class SystemErrors : public testing::Test {
+class SystemErrors : public things::OnDisk {
  protected:
-  SystemErrors() { things::Create(PathText(path_), kCount, 3000); }
-
-  std::unique_ptr<Engine> Open(const std::filesystem::path& path) {
-    return Engine::Open(PathText(path), {.lock_wait = kShortWait});
-  }
-  std::unique_ptr<Engine> Open() { return Open(path_); }
-
   // From some call of the system on, all that open, write, flush, cut, name or remove fail, as long
   // as the action lasts and no longer. `judge` is told what was raised. Ends with the action that
   // needs no more calls.
@@ -110,10 +102,6 @@ class SystemErrors : public testing::Test {
       EXPECT_GT(failed, 8) << "the system's calls were not the test's";
     }
   }
-
-  static constexpr int32_t kCount = 20;
-  TemporaryFolder folder_;
-  std::filesystem::path path_ = folder_.Path() / "site.mdb";
 };
 
 TEST_F(SystemErrors, AtAnyCallLeaveTheFileAfterSomeWholeStatement) {
